@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstdint>
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+/// Reading and writing of the stored documents. They all have one shape: an object of plain members and at most one
+/// list of records, each record an object of plain members.
+namespace ordovan::json {
+
+/// The type a known member must have.
+enum class Type {
+    text,
+    integer,  ///< no fraction, no exponent, within 64 bits signed
+    number,   ///< any finite number
+    boolean,
+    texts,    ///< a list of texts
+};
+
+/// One known member of an object. All known members are required; unknown ones are read over, whatever they hold.
+struct Member {
+    std::string_view key;
+    Type type;
+};
+
+/// What a document may hold.
+struct Schema {
+    std::span<const Member> members;        ///< of the top object
+    std::string_view recordsKey;            ///< the member holding the list of records; empty for none
+    std::span<const Member> recordMembers;  ///< of each record
+};
+
+/// The value of a member. Texts are only valid during the call that hands them over.
+using Value = std::variant<std::string_view, std::int64_t, double, bool, std::span<const std::string>>;
+
+/// Receives a document's values as they are read. Index = the member's position in the schema.
+class Receiver {
+public:
+    virtual ~Receiver() = default;
+    /// A member of the top object. False refuses the document with `error`.
+    virtual bool member(std::size_t index, const Value& value, std::string& error) = 0;
+    /// One whole record, its values in schema order. False refuses the document with `error`.
+    virtual bool record(std::span<const Value> values, std::string& error) = 0;
+};
+
+/// A strict reader fed in pieces of any size. Refused with one sentence: anything that is not one well-formed JSON
+/// text (RFC 8259) in valid UTF-8, a repeated known member, a missing one, one of another type, an integer with a
+/// fraction or beyond 64 bits, nesting deeper than 32. No tree is built: memory is one record.
+class Reader {
+public:
+    Reader(const Schema& schema, Receiver& receiver);
+    ~Reader();
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    /// Reads on. After an error, further calls return the same error.
+    [[nodiscard]] std::expected<void, std::string> feed(std::string_view piece);
+    /// Says that the document has ended.
+    [[nodiscard]] std::expected<void, std::string> finish();
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// Reads a whole document in memory.
+[[nodiscard]] std::expected<void, std::string> read(std::string_view document, const Schema& schema,
+                                                    Receiver& receiver);
+
+/// Appends a JSON string, quotes included. Bytes that are not UTF-8 become U+FFFD. Escaped are the quote, the
+/// backslash and control characters; "/" and everything else stand as they are.
+void appendText(std::string& out, std::string_view text);
+
+/// Appends the shortest decimal that reads back as the same number; whole numbers without a fraction.
+/// Infinities and NaN, which JSON lacks, are written as 0.
+void appendNumber(std::string& out, double number);
+
+}  // namespace ordovan::json

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The one door to Unicode: every question about characters, order and calendars is answered here, by ICU.
+///
+/// Text is UTF-8 in `std::string`. File names that are not UTF-8 may be passed to every function; where a function
+/// can not work on such bytes, it says what it does with them. All functions may be called from any thread.
+namespace ordovan::text {
+
+/// True when the bytes are well-formed UTF-8 (no overlong forms, no surrogates; RFC 3629). NUL is allowed.
+[[nodiscard]] bool isUtf8(std::string_view bytes) noexcept;
+
+/// True when every byte is below 0x80.
+[[nodiscard]] bool isAscii(std::string_view bytes) noexcept;
+
+/// Unicode canonical composition (NFC, Unicode Standard Annex 15). Bytes that are not UTF-8 are returned unchanged.
+[[nodiscard]] std::string composed(std::string_view utf8);
+
+/// True when `composed` would return the very same bytes; cheaper than composing. True for what is not UTF-8.
+[[nodiscard]] bool isComposed(std::string_view utf8);
+
+/// Full Unicode lower-casing without a locale's special rules (SpecialCasing included, so that "İ" becomes two
+/// characters). Bytes that are not UTF-8 have only their ASCII letters lowered.
+[[nodiscard]] std::string lowercased(std::string_view utf8);
+
+/// User-perceived characters (extended grapheme clusters, Unicode Standard Annex 29).
+[[nodiscard]] std::size_t characterCount(std::string_view utf8);
+
+/// The text without white space and line ends (Unicode White_Space) at both ends.
+[[nodiscard]] std::string_view trimmed(std::string_view utf8);
+
+/// True when any code point is a control character (general category Cc).
+[[nodiscard]] bool hasControlCharacter(std::string_view utf8);
+
+/// The text as valid UTF-8: each maximal ill-formed sequence becomes U+FFFD (Unicode Standard, section 3.9).
+[[nodiscard]] std::string withReplacements(std::string_view bytes);
+
+/// The order a file browser shows: by the locale's collation, case ignored (secondary strength), digit runs by value.
+/// The locale is the process's own (LC_ALL, LC_COLLATE, LANG; "C" and "POSIX" mean the root collation).
+/// Negative, zero or positive. Zero does not mean equal bytes ("a07" and "A7" compare as equal).
+[[nodiscard]] int compareStandard(std::string_view a, std::string_view b);
+
+/// Sorts by `compareStandard`, computing one sort key for each text instead of comparing texts again and again.
+/// One sorter keeps its memory from call to call; it is not shared between threads.
+class StandardSorter {
+public:
+    StandardSorter();
+    ~StandardSorter();
+    StandardSorter(const StandardSorter&) = delete;
+    StandardSorter& operator=(const StandardSorter&) = delete;
+
+    /// The positions of `texts` in standard order. Stable: texts that compare as equal keep their order.
+    /// The result stands until the next call. At most 2^32 - 1 texts.
+    std::span<const std::uint32_t> order(std::span<const std::string_view> texts);
+
+    /// The same; texts that compare as equal are ordered by the text at the same position of `second`.
+    std::span<const std::uint32_t> order(std::span<const std::string_view> texts,
+                                         std::span<const std::string_view> second);
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+/// A time zone by its IANA name ("Europe/Berlin") or as an offset ("GMT+2").
+class TimeZone {
+public:
+    /// The process's zone: TZ, else /etc/localtime, else UTC.
+    static TimeZone current();
+    static TimeZone utc();
+    /// Nothing for a name that the time zone database does not know.
+    static std::optional<TimeZone> named(std::string_view name);
+
+    [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    friend bool operator==(const TimeZone&, const TimeZone&) = default;
+
+private:
+    explicit TimeZone(std::string name) : name_(std::move(name)) {}
+    std::string name_;
+};
+
+/// An instant on the wall clock of a time zone, in the Gregorian calendar.
+struct LocalDateTime {
+    int year = 1970;
+    int month = 1;  // 1 to 12
+    int day = 1;    // 1 to 31
+    int hour = 0, minute = 0, second = 0;
+    friend bool operator==(const LocalDateTime&, const LocalDateTime&) = default;
+};
+
+/// Turns instants into wall-clock dates of one zone. Opening a calendar is dear, so keep one for many instants; one
+/// object is not shared between threads.
+class Calendar {
+public:
+    explicit Calendar(const TimeZone& zone);
+    ~Calendar();
+    Calendar(Calendar&&) noexcept;
+    Calendar& operator=(Calendar&&) noexcept;
+
+    /// `epoch` is in seconds since 1970-01-01 00:00 UTC; what ICU can not represent (beyond some 5.8 million years,
+    /// NaN) is pinned to its nearest date.
+    [[nodiscard]] LocalDateTime at(double epoch) const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace ordovan::text

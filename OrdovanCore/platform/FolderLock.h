@@ -1,0 +1,32 @@
+#pragma once
+
+#include "OrdovanCore/FileSystem.h"
+
+#include <utility>
+
+namespace ordovan {
+
+/// An exclusive lock on a folder (flock(2) on the folder itself), for processes that agree to ask for it. It leaves no
+/// file behind and the kernel releases it when the process ends, however it ends. Two locks on one folder exclude each
+/// other within one process as well.
+class FolderLock {
+public:
+    /// Takes the lock or fails at once: EWOULDBLOCK when another holds it, else the system's error (ENOENT, EACCES).
+    /// A file system without locks (ENOLCK, ENOTSUP) gives a lock that excludes nobody.
+    static OrdovanResult<FolderLock> tryAcquire(const Url& folder);
+    /// Takes the lock, waiting for as long as another holds it. The folder is made (0700) when it is missing.
+    static OrdovanResult<FolderLock> acquire(const Url& folder);
+
+    FolderLock(FolderLock&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+    FolderLock& operator=(FolderLock&& other) noexcept {
+        std::swap(descriptor_, other.descriptor_);
+        return *this;
+    }
+    ~FolderLock();
+
+private:
+    explicit FolderLock(int descriptor) noexcept : descriptor_(descriptor) {}
+    int descriptor_;
+};
+
+}  // namespace ordovan

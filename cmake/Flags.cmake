@@ -1,0 +1,27 @@
+# Flags that every target of the project shares, gathered in one interface target.
+add_library(ordovan_flags INTERFACE)
+target_include_directories(ordovan_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(ordovan_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wnull-dereference
+  -Wformat=2 -Wimplicit-fallthrough -fno-strict-aliasing -fstack-protector-strong)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # g++ 12 warns about correct uses of std::string and std::optional in its own headers.
+  target_compile_options(ordovan_flags INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized -Wno-restrict)
+endif()
+if(ORDOVAN_WARNINGS_ARE_ERRORS)
+  target_compile_options(ordovan_flags INTERFACE -Werror)
+endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  target_compile_definitions(ordovan_flags INTERFACE _FORTIFY_SOURCE=2)
+else()
+  target_compile_definitions(ordovan_flags INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
+if(ORDOVAN_SANITIZE)
+  target_compile_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE} -fno-sanitize-recover=all
+                                                 -fno-omit-frame-pointer)
+  target_link_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE})
+endif()
+if(ORDOVAN_COVERAGE)
+  target_compile_options(ordovan_flags INTERFACE --coverage)
+  target_link_options(ordovan_flags INTERFACE --coverage)
+endif()
