@@ -43,16 +43,36 @@ namespace ordovan::text {
 /// The text as valid UTF-8: each maximal ill-formed sequence becomes U+FFFD (Unicode Standard, section 3.9).
 [[nodiscard]] std::string withReplacements(std::string_view bytes);
 
-/// The order a file browser shows: by the locale's collation, case ignored (secondary strength), digit runs by value.
-/// The locale is the process's own (LC_ALL, LC_COLLATE, LANG; "C" and "POSIX" mean the root collation).
-/// Negative, zero or positive. Zero does not mean equal bytes ("a07" and "A7" compare as equal).
+/// The order a file browser shows: by a locale's collation, case ignored (secondary strength), digit runs by value
+/// (Unicode Technical Standard 10). Any thread; opening one is dear, so keep it.
+class Collation {
+public:
+    /// The process's own: LC_ALL, LC_COLLATE or LANG, whichever is set first; "C" and "POSIX" mean the root collation.
+    static const Collation& system();
+
+    /// A locale's by its name ("de", "sv_SE"); one that ICU does not know gives the root collation.
+    explicit Collation(std::string_view locale);
+    ~Collation();
+    Collation(const Collation&) = delete;
+    Collation& operator=(const Collation&) = delete;
+
+    /// Negative, zero or positive. Zero does not mean equal bytes ("a07" and "A7" compare as equal).
+    [[nodiscard]] int compare(std::string_view a, std::string_view b) const;
+
+private:
+    friend class StandardSorter;
+    struct State;
+    std::unique_ptr<const State> state_;
+};
+
+/// `Collation::system().compare`.
 [[nodiscard]] int compareStandard(std::string_view a, std::string_view b);
 
-/// Sorts by `compareStandard`, computing one sort key for each text instead of comparing texts again and again.
-/// One sorter keeps its memory from call to call; it is not shared between threads.
+/// Sorts by a collation, computing one sort key for each text instead of comparing texts again and again. One sorter
+/// keeps its memory from call to call; it is not shared between threads.
 class StandardSorter {
 public:
-    StandardSorter();
+    explicit StandardSorter(const Collation& collation = Collation::system());
     ~StandardSorter();
     StandardSorter(const StandardSorter&) = delete;
     StandardSorter& operator=(const StandardSorter&) = delete;
@@ -105,8 +125,7 @@ public:
     Calendar(Calendar&&) noexcept;
     Calendar& operator=(Calendar&&) noexcept;
 
-    /// `epoch` is in seconds since 1970-01-01 00:00 UTC; what ICU can not represent (beyond some 5.8 million years,
-    /// NaN) is pinned to its nearest date.
+    /// `epoch` is in seconds since 1970-01-01 00:00 UTC. Years before 1 and after 9999 are pinned to those; NaN is 1970.
     [[nodiscard]] LocalDateTime at(double epoch) const;
 
 private:
