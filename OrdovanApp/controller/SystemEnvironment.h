@@ -1,0 +1,29 @@
+#pragma once
+
+#include "OrdovanApp/controller/TidyPorts.h"
+#include "OrdovanApp/stores/AppSettings.h"
+#include "OrdovanApp/stores/RuleStore.h"
+#include "OrdovanApp/stores/StorageLocations.h"
+
+#include <memory>
+
+/// The real disk, clock, threads and stores, as both front ends use them. Made on the main thread once there is a
+/// QCoreApplication, and destroyed (waiting for running work) on it after the controllers that use its ports.
+class SystemEnvironment {
+public:
+    /// With the user's own storage locations.
+    SystemEnvironment();
+    explicit SystemEnvironment(ordovan::StorageLocations locations);
+    ~SystemEnvironment();
+    SystemEnvironment(const SystemEnvironment&) = delete;
+    SystemEnvironment& operator=(const SystemEnvironment&) = delete;
+
+    [[nodiscard]] TidyPorts ports();
+    [[nodiscard]] AppSettings& settings();
+    [[nodiscard]] RuleStore& rules();
+    [[nodiscard]] const ordovan::StorageLocations& locations() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> state_;
+};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "OrdovanApp/controller/Clock.h"
+#include "OrdovanApp/controller/TaskRunner.h"
+#include "OrdovanApp/stores/HeldLock.h"
+#include "OrdovanApp/stores/HistoryStore.h"
+#include "OrdovanApp/stores/JournalStore.h"
+#include "OrdovanApp/stores/RecentFoldersStore.h"
+#include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/Inventory.h"
+#include "OrdovanCore/Text.h"
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+
+class AppSettings;
+class RuleStore;
+
+/// Everything the controller uses of the world around it. A set of references: what it refers to outlives both the
+/// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
+struct TidyPorts {
+    OrdovanFileSystem& fileSystem;
+    /// A reader for one scan.
+    std::function<std::unique_ptr<OrdovanDirectoryReading>()> makeDirectoryReader;
+    /// Whether names in a folder differ by case; nothing when that can not be told.
+    std::function<std::optional<bool>(const Url& folder)> supportsCaseSensitiveNames;
+    /// `OrdovanFolderCleanup::removeEmptyFolders`, or a stand-in over another file system.
+    std::function<std::size_t(std::span<const Url> thatHeld, const Url& within)> removeEmptyFolders;
+    /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in. Called on the controller's thread.
+    std::function<Url(const Url&)> resolveExisting;
+    /// Takes the lock of an organized folder or fails at once, with EWOULDBLOCK when another run holds it.
+    ordovan::LockFunction tryLockFolder;
+    /// Any thread.
+    ordovan::Clock clock;
+    /// The zone in which files are grouped by month. Called on the controller's thread.
+    std::function<ordovan::text::TimeZone()> timeZone;
+    ordovan::TaskRunner& tasks;
+    ordovan::JournalStore& journals;
+    ordovan::HistoryStore& history;
+    /// Used on the controller's thread only.
+    ordovan::RecentFoldersStore& recentFolders;
+    AppSettings& settings;
+    RuleStore& rules;
+};

@@ -1,0 +1,212 @@
+#pragma once
+
+#include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/TidyPorts.h"
+#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/Inventory.h"
+#include "OrdovanCore/Journal.h"
+#include "OrdovanCore/Planner.h"
+#include "OrdovanCore/PreviewStatus.h"
+#include "OrdovanCore/Rules.h"
+#include "OrdovanCore/RunHistory.h"
+#include "OrdovanCore/Url.h"
+
+#include <QObject>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+struct PreviewResult;
+struct OrganizeResult;
+struct UndoResult;
+
+/// The application's controller: it previews one folder, organizes what is ticked, takes runs back and keeps the
+/// record of both. Both front ends drive it.
+///
+/// Confined to the thread that made it. Long work runs through the task runner of its ports; its result is applied
+/// here. Every field has a reader and a signal that is sent only when the value changed. Big values are immutable and
+/// shared, so that reading one costs a pointer and a view may keep an old one.
+class TidyViewModel : public QObject {
+    Q_OBJECT
+
+public:
+    /// Where the preview stands.
+    struct Phase {
+        enum class Case { idle, scanning, ready, failed };
+        Case kind = Case::idle;
+        std::string message;  ///< for `failed`: a sentence for the user
+        friend bool operator==(const Phase&, const Phase&) = default;
+    };
+
+    struct Options {
+        /// Whether a folder is previewed again after each run in it.
+        bool repreviewsAfterRuns = true;
+    };
+
+    /// Stands in for the stored settings in the previews of this controller; they are not changed.
+    struct SettingOverrides {
+        std::optional<bool> groupByMonth;
+        std::optional<bool> includeHidden;
+        friend bool operator==(const SettingOverrides&, const SettingOverrides&) = default;
+    };
+
+    /// Loads the history and the recent folders.
+    explicit TidyViewModel(TidyPorts ports, Options options, QObject* parent = nullptr);
+    /// Stops what runs; a run under way still saves the record of what it moved (the task runner waits for it).
+    ~TidyViewModel() override;
+
+    // State.
+    [[nodiscard]] const Phase& phase() const { return phase_; }
+    /// The folder being previewed: the only one in which anything is moved.
+    [[nodiscard]] const std::optional<Url>& rootURL() const { return rootURL_; }
+    /// The folder that organized files go to: inside `rootURL`. Only when a folder is chosen.
+    [[nodiscard]] std::optional<Url> outputRoot() const;
+    /// The last plan, or null. While another folder is scanned, or when it could not be read, this is still the last
+    /// folder's; `planRoot` tells.
+    [[nodiscard]] const std::shared_ptr<const OrdovanPlanResult>& plan() const { return plan_; }
+    /// The last scan, or null; it belongs to the plan.
+    [[nodiscard]] const std::shared_ptr<const OrdovanInventory>& inventory() const { return inventory_; }
+    /// The folder that plan and inventory are of.
+    [[nodiscard]] const std::optional<Url>& planRoot() const { return planRoot_; }
+    /// Whether the last plan takes names that differ only in case for one name.
+    [[nodiscard]] bool caseInsensitive() const { return caseInsensitive_; }
+    /// The last scan stopped at one of its limits.
+    [[nodiscard]] bool partialScan() const { return partialScan_; }
+    /// An organize or an undo is running.
+    [[nodiscard]] bool isApplying() const { return isApplying_; }
+    /// The report of the last organize or undo, or null.
+    [[nodiscard]] const std::shared_ptr<const OrdovanExecutionReport>& lastReport() const { return lastReport_; }
+    /// What can be undone in this folder; null when nothing can.
+    [[nodiscard]] const std::shared_ptr<const OrdovanJournal>& recoverableJournal() const { return journal_; }
+    /// A sentence about the undo record, until the next run starts.
+    [[nodiscard]] const std::optional<std::string>& journalWarning() const { return journalWarning_; }
+    /// Why the last run did nothing at all (another run holds the folder), until the next run starts.
+    [[nodiscard]] const std::optional<std::string>& runRefusal() const { return runRefusal_; }
+    /// The rules, settings and overrides as the last preview used them.
+    [[nodiscard]] const OrdovanRuleSet& rules() const { return rules_; }
+    [[nodiscard]] bool groupByMonth() const { return groupByMonth_; }
+    [[nodiscard]] bool includeHidden() const { return includeHidden_; }
+    /// The ids of the proposals that are not ticked.
+    [[nodiscard]] const std::unordered_set<std::string>& excluded() const { return excluded_; }
+    [[nodiscard]] const OrdovanRunHistory& history() const { return history_; }
+    /// Newest first, at most 5.
+    [[nodiscard]] const std::vector<Url>& recentFolders() const { return recentFolders_; }
+    /// The state of the preview in words.
+    [[nodiscard]] OrdovanPreviewStatus status() const;
+
+    // Preview.
+    /// Makes a folder the chosen one (links in its path resolved) and previews it. The path is kept byte for byte.
+    void chooseFolder(const Url& folder);
+    /// Previews the chosen folder anew; a preview under way is dropped. Without a chosen folder nothing happens.
+    void preview();
+    /// Drops the preview under way: the phase is then `ready` where the folder has a plan, else `idle`.
+    void cancelPreview();
+    /// Applies from the next preview on.
+    void setSettingOverrides(const SettingOverrides& overrides) { overrides_ = overrides; }
+
+    // Selection.
+    /// The ticked proposals in plan order.
+    [[nodiscard]] std::vector<OrdovanFileProposal> selectedProposals() const;
+    /// Ticks or unticks one proposal.
+    void toggle(const std::string& proposalID);
+    /// Unticks exactly these proposals. Ids that the plan lacks are forgotten at the next preview.
+    void setExcluded(std::unordered_set<std::string> proposalIDs);
+    /// Ticks the files last changed more than this many days ago, and unticks the others.
+    void tickOlderThan(double days);
+
+    // Runs. One at a time: while `isApplying`, these do nothing and say false. They say true when a run was started;
+    // it has ended when `isApplying` is false again.
+    /// Organizes the ticked proposals. False without a plan of the chosen folder or with nothing ticked.
+    bool organize();
+    /// Puts back everything the journal of the chosen folder holds. False where it holds nothing.
+    bool undo();
+    /// Puts back the entries with these ids (their destination paths). False where there are none.
+    bool undo(const std::unordered_set<std::string>& entryIDs);
+    /// Stops the run before its next file; what it did is recorded.
+    void cancelRun();
+
+    /// Empties the history, on disk as well; where that fails, it stays.
+    void clearHistory();
+
+Q_SIGNALS:
+    void phaseChanged();
+    void rootURLChanged();
+    void planChanged();
+    void inventoryChanged();
+    void partialScanChanged();
+    void isApplyingChanged();
+    void lastReportChanged();
+    void recoverableJournalChanged();
+    void journalWarningChanged();
+    void runRefusalChanged();
+    void rulesChanged();
+    void groupByMonthChanged();
+    void includeHiddenChanged();
+    void excludedChanged();
+    void historyChanged();
+    void recentFoldersChanged();
+    /// A run goes on: files done, of how many. At most some ten times a second.
+    void runProgressed(quint64 done, quint64 total);
+
+private:
+    template <class T>
+    void set(T& field, T value, void (TidyViewModel::*changed)());
+    template <class T>
+    void publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, void (TidyViewModel::*changed)());
+
+    void refreshInputs();
+    void completePreview(const CancelFlag& flag, PreviewResult result);
+    void pruneExcluded();
+    void addRecentFolder(const Url& folder);
+
+    void beginRun();
+    [[nodiscard]] OrdovanRunControl runControl();
+    bool startUndo(OrdovanJournal entries);
+    void completeOrganize(const Url& root, OrganizeResult result);
+    void completeUndo(const Url& root, UndoResult result);
+    void adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
+                      std::shared_ptr<const OrdovanJournal> unsaved);
+    void adoptHistory(ordovan::HistoryStore::Result result);
+    void endRun();
+
+    /// `call`, made a call that does nothing once this object is gone.
+    template <class Call>
+    [[nodiscard]] auto whileAlive(Call call);
+
+    const TidyPorts ports_;
+    const Options options_;
+
+    Phase phase_;
+    std::optional<Url> rootURL_;
+    std::optional<Url> planRoot_;
+    std::shared_ptr<const OrdovanPlanResult> plan_;
+    std::shared_ptr<const OrdovanInventory> inventory_;
+    bool caseInsensitive_ = true;
+    bool partialScan_ = false;
+    bool isApplying_ = false;
+    std::shared_ptr<const OrdovanExecutionReport> lastReport_;
+    std::shared_ptr<const OrdovanJournal> journal_;
+    std::optional<Url> journalRoot_;
+    std::optional<std::string> journalWarning_;
+    std::optional<std::string> runRefusal_;
+    OrdovanRuleSet rules_;
+    bool groupByMonth_ = false;
+    bool includeHidden_ = false;
+    SettingOverrides overrides_;
+    std::unordered_set<std::string> excluded_;
+    OrdovanRunHistory history_;
+    std::uint64_t historyRevision_ = 0;
+    std::vector<OrdovanRunRecord> unsavedRuns_;  // newest first
+    std::vector<Url> recentFolders_;
+
+    std::shared_ptr<CancelFlag> scanFlag_;
+    std::shared_ptr<CancelFlag> runFlag_;
+    /// What could not be saved, for each folder: kept until it can be, or until the program ends.
+    std::unordered_map<std::string, std::shared_ptr<const OrdovanJournal>> unsavedJournals_;
+    std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
+};

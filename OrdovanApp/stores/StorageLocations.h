@@ -1,0 +1,46 @@
+#pragma once
+
+#include "OrdovanCore/Url.h"
+
+#include <array>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ordovan {
+
+/// Where everything that outlives the program is kept. Pure, but for `system`; any thread.
+struct StorageLocations {
+    Url recordsFolder;   ///< holds the history and the journals; also what the shared records' lock is taken on
+    Url settingsFolder;  ///< holds the settings file
+
+    /// By the XDG Base Directory Specification 0.8: `$XDG_DATA_HOME/ordovan` and `$XDG_CONFIG_HOME/ordovan`, by default
+    /// `~/.local/share/ordovan` and `~/.config/ordovan`. Empty and relative values are ignored; the home folder is
+    /// `$HOME`, else the user database's.
+    static StorageLocations system();
+
+    /// The same from a given environment (a variable's value, or nothing) and the user database's home folder.
+    static StorageLocations fromEnvironment(
+        const std::function<std::optional<std::string>(const char* variable)>& environment, std::string_view userHome);
+
+    /// The undo journal of one folder: "journals/", the lower-case hexadecimal SHA-256 of the folder's canonical
+    /// path, ".json".
+    [[nodiscard]] Url journal(const Url& root) const;
+
+    /// The name to which an unreadable journal is set aside by a run at this time (whole seconds since 1970).
+    [[nodiscard]] Url unreadableJournal(double epoch) const;
+
+    /// Where older versions kept a folder's journal, oldest first: in its folder "Organized", in its output folder.
+    [[nodiscard]] static std::array<Url, 2> olderJournals(const Url& root);
+
+    [[nodiscard]] Url history() const;
+    [[nodiscard]] Url unreadableHistory(double epoch) const;
+    [[nodiscard]] Url trashRecord() const;
+    [[nodiscard]] Url settingsFile() const;
+};
+
+/// The folder name that an earlier version organized into, inside the chosen folder.
+inline constexpr std::string_view olderOutputFolderName = "Organized";
+
+}  // namespace ordovan
