@@ -47,6 +47,8 @@ namespace OrdovanProposalPlanner {
 /// Unicode NFC, so that composed and decomposed spellings are equal. Case is kept. Never touches the disk. A path
 /// that is not UTF-8 is only made normal.
 [[nodiscard]] std::string canonicalPath(const Url& url);
+/// The same for a path.
+[[nodiscard]] std::string canonicalPath(std::string_view path);
 
 /// True when canonical `path` is `within` or lies below it.
 [[nodiscard]] bool containsCanonical(std::string_view path, std::string_view within);
