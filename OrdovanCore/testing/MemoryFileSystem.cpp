@@ -168,7 +168,7 @@ OrdovanResult<std::string> MemoryFileSystem::contentHash(const Url& url) {
     record("contentHash", url.path());
     const auto file = openForReading(*tree_, url, EISDIR);
     if (!file) return refused(file.error());
-    return sha256((*file)->content);
+    return digestOf((*file)->content);
 }
 
 OrdovanResult<std::string> MemoryFileSystem::fileIdentity(const Url& url) {

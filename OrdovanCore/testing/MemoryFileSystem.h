@@ -125,6 +125,6 @@ private:
 };
 
 /// The SHA-256 of some bytes as 64 lower-case hexadecimal digits.
-[[nodiscard]] std::string sha256(std::string_view bytes);
+[[nodiscard]] std::string digestOf(std::string_view bytes);
 
 }  // namespace ordovan::testing

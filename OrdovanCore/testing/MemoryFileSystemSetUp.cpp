@@ -1,10 +1,8 @@
+#include "OrdovanCore/platform/Sha256.h"
 #include "OrdovanCore/testing/MemoryFileSystem.h"
 #include "OrdovanCore/testing/MemoryTree.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 
-#include <openssl/evp.h>
-
-#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -81,17 +79,10 @@ bool isTrashInfo(std::string_view path) {
 
 }  // namespace
 
-std::string sha256(std::string_view bytes) {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned length = 0;
-    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), &length, EVP_sha256(), nullptr) != 1) std::abort();
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (unsigned i = 0; i < length; ++i) {
-        text += digits[digest[i] >> 4U];
-        text += digits[digest[i] & 15U];
-    }
-    return text;
+std::string digestOf(std::string_view bytes) {
+    auto digest = sha256(bytes);
+    if (!digest) std::abort();
+    return std::move(*digest);
 }
 
 MemoryFileSystem::MemoryFileSystem() : tree_(std::make_unique<MemoryTree>()) {
@@ -241,7 +232,7 @@ std::multiset<std::string> MemoryFileSystem::contents() const {
     std::multiset<std::string> hashes;
     forEachBelow(tree_->root(), "/", [&](const std::string& path, const MemoryNode& node) {
         if (node.type != ItemType::file || isTrashInfo(path) || !seen.insert(&node).second) return;
-        hashes.insert(sha256(node.content));
+        hashes.insert(digestOf(node.content));
     });
     return hashes;
 }

@@ -133,9 +133,10 @@ std::expected<void, int> MemoryTree::makeFolders(std::string_view path, std::uin
     if (unfollowed && unfollowed->node) return std::unexpected(EEXIST);
     if (!place && place.error() != ENOENT) return std::unexpected(place.error());
     if (!place) {
-        if (auto above = makeFolders(parentPath(path), mode, rights); !above) {
-            // Something that is no folder stands above: then this path goes through it.
-            return std::unexpected(above.error() == EEXIST ? ENOTDIR : above.error());
+        auto above = makeFolders(parentPath(path), mode, rights);
+        if (!above) {
+            // A dangling link stands on the way: the path through it leads nowhere.
+            return std::unexpected(above.error() == EEXIST ? ENOENT : above.error());
         }
         return makeFolders(path, mode, rights);
     }

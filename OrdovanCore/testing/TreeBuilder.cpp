@@ -73,7 +73,7 @@ std::string shownContent(std::string_view content) {
     constexpr std::size_t longestShown = 64;
     bool printable = content.size() <= longestShown;
     for (const char c : content) printable = printable && c >= ' ' && c <= '~';
-    return printable ? std::string(content) : "sha256 " + sha256(content);
+    return printable ? std::string(content) : "sha256 " + digestOf(content);
 }
 
 std::string describeOnDisk(const std::string& path) {
