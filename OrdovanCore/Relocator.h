@@ -1,0 +1,68 @@
+#pragma once
+
+#include "OrdovanCore/FileSystem.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace ordovan {
+
+/// What a file was when it was last examined.
+struct Fingerprint {
+    std::int64_t byteSize = 0;
+    std::string contentHash;
+    std::string identity;
+};
+
+/// How far a relocation came, and what stopped it.
+struct Relocation {
+    enum class End {
+        done,                ///< the file lies at its new place and nowhere else
+        folderFailed,        ///< the new folder could not be made
+        moveFailed,          ///< the rename failed
+        didNotLand,          ///< the rename claimed success, but no regular file is at the new place
+        copyFailed,          ///< no copy came about
+        verificationFailed,  ///< the copy differs, or the original changed meanwhile; the copy was removed
+        publishFailed,       ///< the verified copy could not be renamed into place, and was removed
+        originalStays,       ///< the original could not be removed after the copy, which was therefore removed
+    };
+    End end;
+    bool sameVolume = false;
+    OrdovanSystemError error = {};  ///< for the ends that a system error caused
+};
+
+/// Moves single files to free places, within a volume by a rename, across volumes by copy, verify, rename, remove.
+/// One object serves one run on one thread: it remembers the folders that it made.
+///
+/// A reply is not trusted blindly: the answer to a rename or removal may be lost on its way (network file systems), so
+/// after an error both ends are looked at, and what in fact happened counts. A rollback removes only copies made here,
+/// and only while the original is seen in its place: when in doubt a file exists twice, never not at all.
+class Relocator {
+public:
+    explicit Relocator(OrdovanFileSystem& fs) : fs_(fs) {}
+
+    /// Takes the file that `was` describes from one place to another, making the folder where needed. Never overwrites.
+    [[nodiscard]] Relocation relocate(const Url& from, const Url& to, const Fingerprint& was);
+
+private:
+    template <class Operation>
+    OrdovanResult<void> inFolder(const Url& folder, const Operation& operation);
+    OrdovanResult<void> makeFolder(const Url& folder);
+
+    Relocation rename(const Url& from, const Url& to, const Url& folder, const std::string& identity);
+    Relocation carry(const Url& from, const Url& to, const Url& folder, const Fingerprint& was);
+    Relocation replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity, const Fingerprint& was);
+
+    bool isThere(const Url& url, const std::string& identity);
+    bool isGone(const Url& url);
+    bool hasMoved(const Url& from, const Url& to, const std::string& identity);
+    void discardPartial(const Url& partial, const Url& original);
+
+    OrdovanFileSystem& fs_;
+    std::unordered_set<std::string> madeFolders_;
+    std::string lastFolder_;  // the folder made or used last, which is the next file's folder as a rule
+};
+
+}  // namespace ordovan
