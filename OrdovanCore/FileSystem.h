@@ -43,8 +43,9 @@ using OrdovanResult = std::expected<T, OrdovanSystemError>;
 /// **no call ever replaces or deletes something that exists**, save `remove`, which takes away the one file it names.
 ///
 /// Locations are file URLs with absolute paths. Unless an operation says otherwise, symbolic links among the parent
-/// folders are followed and a final one is not. Calls may come from any thread; two calls about the same path from
-/// different threads are not coordinated here.
+/// folders are followed and a final one is not. Slashes at the end of a path mean nothing. A location that is no
+/// absolute file path or holds a NUL byte is EINVAL. Calls may come from any thread; two calls about the same path
+/// from different threads are not coordinated here.
 class OrdovanFileSystem {
 public:
     virtual ~OrdovanFileSystem() = default;
@@ -71,13 +72,14 @@ public:
     /// Renames an item within its volume; content, times, modes and identity stay. When anything exists at `to` (a
     /// dangling link too) nothing changes and the error is EEXIST, also when it appears at the last instant. Another
     /// device is EXDEV. A missing parent of `to` is ENOENT. Durability: the rename is atomic but not flushed, except
-    /// when `from` bears a partial-copy name (`OrdovanPartialName`): then the folder is on disk before the call returns, so
-    /// that the caller may remove the original.
+    /// when `from` bears a partial-copy name (`OrdovanPartialName`): then the folder is on disk before the call
+    /// returns, so that the caller may remove the original.
     virtual OrdovanResult<void> move(const Url& from, const Url& to) = 0;
 
     /// Copies a regular file to a name that must be free (EEXIST otherwise): content, holes, mode, times, extended
     /// attributes and access control lists. Owner and group are kept where the system allows it. When it returns, the
-    /// copy is on disk (fsync(2)); when it fails, nothing is left at `to`. Not a regular file: EINVAL; a link: ELOOP.
+    /// copy is on disk (fsync(2)); when it fails, nothing is left at `to`. Not a regular file: EINVAL; a link: ELOOP;
+    /// changed or replaced while it was read: EBUSY.
     virtual OrdovanResult<void> copy(const Url& from, const Url& to) = 0;
 
     /// Removes a file or a symbolic link (itself). A folder is refused with EISDIR: nothing is removed recursively.
@@ -105,8 +107,8 @@ public:
 /// ".", the final name, ".ordovan-partial-", a UUID.
 namespace OrdovanPartialName {
 
-/// A fresh partial-copy location beside `destination`. The file-name piece is shortened at a character boundary so that the
-/// whole name fits in 255 bytes (NAME_MAX).
+/// A fresh partial-copy location beside `destination`. The file-name piece is shortened at a character boundary so that
+/// the whole name fits in 255 bytes (NAME_MAX).
 [[nodiscard]] Url beside(const Url& destination);
 
 /// True for a path whose last component has that form.

@@ -19,12 +19,13 @@ public:
     virtual ~RecordStorage() = default;
 
     /// Hands the document to `sink` piece by piece (about 256 KiB each). ENOENT when there is none; EINVAL when what
-    /// stands there is not a regular file; ECANCELED when the sink stopped it.
+    /// stands there is not a regular file (a link to one is not); ECANCELED when the sink stopped it.
     virtual OrdovanResult<void> read(const Url& file, const Sink& sink) = 0;
 
     /// Writes the document whole or not at all: a temporary file in the same folder (made with all folders above it,
     /// mode 0700), mode 0600, flushed, renamed over the old document, the folder flushed. On any error the old
-    /// document stands as it was and no temporary is left. ECANCELED when the producer gave up.
+    /// document stands as it was and no temporary is left; only when that last flush fails does the new one stand
+    /// already, and may be lost with the power. ECANCELED when the producer gave up.
     virtual OrdovanResult<void> write(const Url& file, const Producer& producer) = 0;
 
     /// Removes the document; none there is no error.

@@ -1,0 +1,27 @@
+#pragma once
+
+namespace ordovan {
+
+/// The ways to rename without replacing, in the order in which they are tried.
+struct MoveWays {
+    /// renameat2(2) with RENAME_NOREPLACE. NFS and many FUSE file systems answer EINVAL.
+    bool rename = true;
+    /// link(2), which never replaces, then unlink(2) of the old name. FAT and some FUSE file systems have no links.
+    bool link = true;
+    /// An empty file made exclusively under the new name, replaced by rename(2) while it is provably still that file
+    /// and still empty. Between proof and rename stand no other calls; what another program writes to our empty file
+    /// in that instant would be lost, which is why this comes last.
+    bool placeholder = true;
+};
+
+/// Renames an item to a name that must be free and returns 0 or the errno (EEXIST when it is taken, a dangling link
+/// counting as taken; EXDEV for another volume). On failure the item stands where it stood and nowhere else, and what
+/// stood at `to` is untouched. Folders too, which take the `placeholder` way where the first one fails (rename(2)
+/// replaces a folder only while it is empty).
+int moveExclusively(const char* from, const char* to, MoveWays ways = {});
+
+/// The same, and the new name is on disk when it returns. When it can not be put there, the item goes back to its old
+/// name and the error is that of the flush. `sync` flushes the folder of the item it is given; 0 or an errno.
+int moveDurably(const char* from, const char* to, MoveWays ways, int (*sync)(const char* item));
+
+}  // namespace ordovan

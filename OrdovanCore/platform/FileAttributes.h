@@ -1,0 +1,12 @@
+#pragma once
+
+#include <sys/stat.h>
+
+namespace ordovan {
+
+/// Gives an open file the owner, extended attributes, access control list, mode and times of another one, whose
+/// fstat(2) is given. What the target can not hold or we may not set is left out, see `copyExclusively`.
+/// Returns 0 or the errno of a failure that is neither of these (a full disk, a device error).
+int copyAttributes(int from, const struct ::stat& facts, int to);
+
+}  // namespace ordovan

@@ -1,0 +1,68 @@
+#include "OrdovanCore/platform/FolderLock.h"
+
+#include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/Folders.h"
+#include "OrdovanCore/platform/SystemPath.h"
+
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace ordovan {
+
+namespace {
+
+/// flock(2), again after an interrupting signal; 0 or the errno.
+int lock(int folder, int operation) {
+    while (::flock(folder, operation) != 0) {
+        switch (errno) {
+            case EINTR:
+                continue;
+            case ENOLCK:
+            case ENOTSUP:
+            case ENOSYS:
+            case EINVAL:
+                return 0;  // no locks on this file system
+            default:
+                return errno;
+        }
+    }
+    return 0;
+}
+
+/// True when the path still leads to the open folder.
+bool leadsTo(const char* path, int folder) {
+    struct ::stat there, opened;
+    return ::stat(path, &there) == 0 && ::fstat(folder, &opened) == 0 && there.st_dev == opened.st_dev &&
+           there.st_ino == opened.st_ino;
+}
+
+}  // namespace
+
+OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
+    const SystemPath path(folder);
+    if (path.error() != 0) return std::unexpected(OrdovanSystemError::posix(path.error()));
+    Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
+    const int error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
+    if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
+    return FolderLock(opened.release());
+}
+
+OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder) {
+    const SystemPath path(folder);
+    if (path.error() != 0) return std::unexpected(OrdovanSystemError::posix(path.error()));
+    for (;;) {
+        int error = makeFolders(path.view(), 0700);
+        if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
+        Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
+        error = opened ? lock(opened.get(), LOCK_EX) : errno;
+        if (error != 0 && error != ENOENT) return std::unexpected(OrdovanSystemError::posix(error));
+        // While we waited, somebody may have put another folder in its place, which others would lock from now on.
+        if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(opened.release());
+    }
+}
+
+FolderLock::~FolderLock() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+}  // namespace ordovan

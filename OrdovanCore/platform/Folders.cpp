@@ -1,0 +1,60 @@
+#include "OrdovanCore/platform/Folders.h"
+
+#include "OrdovanCore/Url.h"
+#include "OrdovanCore/platform/Descriptor.h"
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace ordovan {
+
+namespace {
+
+bool isFolder(const char* path) {
+    struct ::stat facts;
+    return ::stat(path, &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+int makeOne(const char* path, ::mode_t mode) {
+    return ::mkdir(path, mode) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
+int makeFolders(std::string_view path, ::mode_t mode) {
+    std::string text(path);
+    // Most often it is there already, and then this is the only call.
+    struct ::stat facts;
+    if (::stat(text.c_str(), &facts) == 0) return S_ISDIR(facts.st_mode) ? 0 : EEXIST;
+
+    // Upwards to the first folder that can be made or stands; the slashes on the way become ends of the text.
+    std::size_t end = text.size();
+    int error = makeOne(text.c_str(), mode);
+    while (error == ENOENT) {
+        const std::size_t parent = parentPath(std::string_view(text).substr(0, end)).size();
+        if (parent <= 1 || parent >= end) return ENOENT;
+        end = parent;
+        text[end] = '\0';
+        error = makeOne(text.c_str(), mode);
+    }
+    // And down again. Another process may make the same folders meanwhile.
+    while (end < text.size() && (error == 0 || error == EEXIST)) {
+        text[end] = '/';
+        end = text.find('\0', end);
+        if (end == std::string::npos) end = text.size();
+        error = makeOne(text.c_str(), mode);
+    }
+    return error == EEXIST && isFolder(text.c_str()) ? 0 : error;
+}
+
+int syncFolderOf(const char* item) {
+    const std::string folder(parentPath(item));
+    const Descriptor opened = Descriptor::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+    if (opened) return ::fsync(opened.get()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
+    if (errno != EACCES) return errno;
+    const Descriptor inside = Descriptor::open(item, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
+}
+
+}  // namespace ordovan

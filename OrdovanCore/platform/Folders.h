@@ -1,0 +1,19 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <string_view>
+
+namespace ordovan {
+
+/// Makes a folder and all missing folders above it, each with `mode` (less the umask). An existing folder, or a link
+/// to one, is no error and keeps its mode. Returns 0 or the errno: EEXIST when something else bears the name, ENOTDIR
+/// or EEXIST when something else stands on the way.
+int makeFolders(std::string_view path, ::mode_t mode);
+
+/// Puts the entry of an item in its folder on disk (fsync(2) on the folder). For a folder that may be written but not
+/// read, the whole volume is flushed instead. Returns 0 or the errno; a file system that can not flush folders at all
+/// counts as having done so.
+int syncFolderOf(const char* item);
+
+}  // namespace ordovan

@@ -1,0 +1,25 @@
+#include "OrdovanCore/platform/RegularFile.h"
+
+namespace ordovan {
+
+int RegularFile::open(const char* path) {
+    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK;
+    descriptor = Descriptor::open(path, flags | O_NOATIME);
+    if (!descriptor && errno == EPERM) descriptor = Descriptor::open(path, flags);  // O_NOATIME is the owner's alone
+    if (!descriptor) {
+        switch (errno) {
+            case ENXIO:  // a socket
+            case ENODEV:
+                return EINVAL;
+            case EWOULDBLOCK:
+                return EBUSY;
+            default:
+                return errno;
+        }
+    }
+    if (::fstat(descriptor.get(), &facts) != 0) return errno;
+    if (S_ISDIR(facts.st_mode)) return EISDIR;
+    return S_ISREG(facts.st_mode) ? 0 : EINVAL;
+}
+
+}  // namespace ordovan

@@ -1,0 +1,154 @@
+#include "OrdovanCore/platform/SystemFileSystem.h"
+
+#include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/FileCopy.h"
+#include "OrdovanCore/platform/Folders.h"
+#include "OrdovanCore/platform/RegularFile.h"
+#include "OrdovanCore/platform/Sha256.h"
+#include "OrdovanCore/platform/SystemPath.h"
+#include "OrdovanCore/platform/Trash.h"
+
+#include <charconv>
+#include <memory>
+#include <optional>
+
+using ordovan::SystemPath;
+
+namespace {
+
+constexpr std::size_t hashPieceSize = 1 << 20;
+
+std::unexpected<OrdovanSystemError> failure(int error) {
+    return std::unexpected(OrdovanSystemError::posix(error));
+}
+
+OrdovanResult<void> outcome(int error) {
+    if (error != 0) return failure(error);
+    return {};
+}
+
+std::unexpected<OrdovanSystemError> notExamined() {
+    return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileReadNoSuchFile));
+}
+
+/// stat(2); false when the path can not be examined.
+bool examine(const Url& url, struct ::stat& facts) {
+    const SystemPath path(url);
+    return path.error() == 0 && ::stat(path.text(), &facts) == 0;
+}
+
+/// The same for the item itself, lstat(2).
+bool examineItself(const Url& url, struct ::stat& facts) {
+    const SystemPath path(url);
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0;
+}
+
+bool hasType(const Url& url, ::mode_t type) {
+    struct ::stat facts;
+    return examineItself(url, facts) && (facts.st_mode & S_IFMT) == type;
+}
+
+/// The device of the nearest existing ancestor, the item itself first.
+std::optional<::dev_t> deviceOf(const Url& url) {
+    SystemPath path(url);
+    if (path.error() != 0) return std::nullopt;
+    struct ::stat facts;
+    do {
+        if (::stat(path.text(), &facts) == 0) return facts.st_dev;
+    } while (path.stepUp());
+    return std::nullopt;
+}
+
+/// What hashing needs for every file anew, kept for the thread: memory stays at one piece however large the file.
+struct Hashing {
+    ordovan::Sha256 digest;
+    std::unique_ptr<char[]> piece = std::make_unique_for_overwrite<char[]>(hashPieceSize);
+};
+
+}  // namespace
+
+bool SystemFileSystem::exists(const Url& url) {
+    struct ::stat facts;
+    return examine(url, facts);
+}
+
+bool SystemFileSystem::isRegularFile(const Url& url) {
+    return hasType(url, S_IFREG);
+}
+
+bool SystemFileSystem::isSymlink(const Url& url) {
+    return hasType(url, S_IFLNK);
+}
+
+bool SystemFileSystem::sameVolume(const Url& a, const Url& b) {
+    const std::optional<::dev_t> device = deviceOf(a);
+    return device.has_value() && device == deviceOf(b);
+}
+
+OrdovanResult<void> SystemFileSystem::createDirectory(const Url& url) {
+    const SystemPath path(url);
+    return outcome(path.error() != 0 ? path.error() : ordovan::makeFolders(path.view(), 0777));
+}
+
+OrdovanResult<void> SystemFileSystem::move(const Url& from, const Url& to) {
+    const SystemPath source(from), target(to);
+    if (source.error() != 0) return failure(source.error());
+    if (target.error() != 0) return failure(target.error());
+    if (!OrdovanPartialName::isPartial(source.view())) {
+        return outcome(ordovan::moveExclusively(source.text(), target.text()));
+    }
+    return outcome(ordovan::moveDurably(source.text(), target.text(), {}, ordovan::syncFolderOf));
+}
+
+OrdovanResult<void> SystemFileSystem::copy(const Url& from, const Url& to) {
+    const SystemPath source(from), target(to);
+    if (source.error() != 0) return failure(source.error());
+    if (target.error() != 0) return failure(target.error());
+    return outcome(ordovan::copyExclusively(source.text(), target.text(), {.sync = ordovan::syncFolderOf}));
+}
+
+OrdovanResult<void> SystemFileSystem::remove(const Url& url) {
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    return outcome(::unlink(path.text()) == 0 ? 0 : errno);
+}
+
+OrdovanResult<std::int64_t> SystemFileSystem::fileSize(const Url& url) {
+    struct ::stat facts;
+    if (!examineItself(url, facts)) return notExamined();
+    return facts.st_size;
+}
+
+OrdovanResult<std::string> SystemFileSystem::contentHash(const Url& url) {
+    thread_local Hashing hashing;
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    ordovan::RegularFile file;
+    const int error = file.open(path.text());
+    if (error != 0) return failure(error);
+    bool digested = hashing.digest.begin();
+    while (digested) {
+        const ::ssize_t got = ::read(file.descriptor.get(), hashing.piece.get(), hashPieceSize);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return failure(errno);
+        if (got == 0) break;
+        digested = hashing.digest.add(hashing.piece.get(), static_cast<std::size_t>(got));
+    }
+    std::string text = digested ? hashing.digest.finish() : std::string();
+    if (text.empty()) return failure(ENOTSUP);
+    return text;
+}
+
+OrdovanResult<std::string> SystemFileSystem::fileIdentity(const Url& url) {
+    struct ::stat facts;
+    if (!examine(url, facts)) return notExamined();
+    char text[sizeof "-2147483648:18446744073709551615"];
+    char* end = std::to_chars(text, std::end(text), static_cast<std::int32_t>(facts.st_dev)).ptr;
+    *end++ = ':';
+    end = std::to_chars(end, std::end(text), static_cast<std::uint64_t>(facts.st_ino)).ptr;
+    return std::string(text, end);
+}
+
+OrdovanResult<Url> SystemFileSystem::trash(const Url& url) {
+    return ordovan::moveToTrash(url);
+}
