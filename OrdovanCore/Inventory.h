@@ -15,7 +15,7 @@
 
 /// One item met by a scan.
 struct OrdovanInventoryEntry {
-    Url url;
+    Url url = {};
     bool isDirectory = false;      ///< a package is also a directory
     bool isSymbolicLink = false;   ///< never followed
     bool isHidden = false;         ///< the name begins with a dot

@@ -1,0 +1,59 @@
+#include "OrdovanCore/Categories.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+using enum OrdovanFileCategory;
+using OrdovanFileCategories::forExtension;
+
+TEST(Categories, IgnoreTheCaseOfAnExtension) {
+    EXPECT_EQ(forExtension("PDF"), documents);
+    EXPECT_EQ(forExtension("Pdf"), documents);
+    EXPECT_EQ(forExtension("pdf"), documents);
+}
+
+TEST(Categories, DoNotStripADot) {
+    EXPECT_EQ(forExtension(".pdf"), other);
+}
+
+TEST(Categories, FileTheDoubtfulExtensionsAsDecided) {
+    EXPECT_EQ(forExtension(""), other);
+    EXPECT_EQ(forExtension("tgz"), archives);
+    EXPECT_EQ(forExtension("ts"), code);
+    EXPECT_EQ(forExtension("raw"), images);
+    EXPECT_EQ(forExtension("key"), documents);
+    EXPECT_EQ(forExtension("tar.gz"), other);
+    EXPECT_EQ(forExtension(" pdf"), other);
+    EXPECT_EQ(forExtension("svg"), design);
+    EXPECT_EQ(forExtension("json"), code);
+    EXPECT_EQ(forExtension("iso"), installers);
+}
+
+TEST(Categories, AreTwelveWithOtherLast) {
+    EXPECT_EQ(OrdovanFileCategories::allCases.size(), 12U);
+    EXPECT_EQ(OrdovanFileCategories::allCases.back(), other);
+    EXPECT_EQ(OrdovanFileCategories::knownExtensions().size(), 11U);
+}
+
+TEST(Categories, ListEachOf101ExtensionsOnceAndFindIt) {
+    std::set<std::string_view> seen;
+    std::size_t row = 0;
+    for (const auto& [category, extensions] : OrdovanFileCategories::knownExtensions()) {
+        EXPECT_EQ(category, OrdovanFileCategories::allCases[row++]);
+        for (const std::string_view extension : extensions) {
+            EXPECT_TRUE(seen.insert(extension).second) << extension;
+            EXPECT_EQ(forExtension(extension), category) << extension;
+        }
+    }
+    EXPECT_EQ(seen.size(), 101U);
+}
+
+TEST(Categories, AreFoundByTheirExactFolderName) {
+    for (const OrdovanFileCategory category : OrdovanFileCategories::allCases) {
+        EXPECT_EQ(OrdovanFileCategories::fromRawValue(rawValue(category)), category);
+    }
+    EXPECT_EQ(OrdovanFileCategories::fromRawValue("documents"), std::nullopt);
+    EXPECT_EQ(rawValue(installers), "Installers");
+}
