@@ -22,8 +22,8 @@
 #include <vector>
 
 struct PreviewResult;
-struct OrganizeResult;
-struct UndoResult;
+struct RunInputs;
+struct RunResult;
 
 /// The application's controller: it previews one folder, organizes what is ticked, takes runs back and keeps the
 /// record of both. Both front ends drive it.
@@ -154,29 +154,28 @@ Q_SIGNALS:
     void runProgressed(quint64 done, quint64 total);
 
 private:
+    using Signal = void (TidyViewModel::*)();
     template <class T>
-    void set(T& field, T value, void (TidyViewModel::*changed)());
+    void set(T& field, T value, Signal changed);
     template <class T>
-    void publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, void (TidyViewModel::*changed)());
+    void publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, Signal changed);
 
     void refreshInputs();
-    void completePreview(const CancelFlag& flag, PreviewResult result);
+    void completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result);
     void pruneExcluded();
     void addRecentFolder(const Url& folder);
 
-    void beginRun();
+    [[nodiscard]] RunInputs beginRun();
     [[nodiscard]] OrdovanRunControl runControl();
     bool startUndo(OrdovanJournal entries);
-    void completeOrganize(const Url& root, OrganizeResult result);
-    void completeUndo(const Url& root, UndoResult result);
+    void completeRun(const Url& root, RunResult result);
     void adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
                       std::shared_ptr<const OrdovanJournal> unsaved);
-    void adoptHistory(ordovan::HistoryStore::Result result);
-    void endRun();
+    [[nodiscard]] std::shared_ptr<const OrdovanJournal> unsavedJournal(const Url& root) const;
 
-    /// `call`, made a call that does nothing once this object is gone.
+    /// A call that does nothing once this object is gone. For calls on the controller's thread.
     template <class Call>
-    [[nodiscard]] auto whileAlive(Call call);
+    [[nodiscard]] auto whileAlive(Call call) const;
 
     const TidyPorts ports_;
     const Options options_;
@@ -201,6 +200,7 @@ private:
     std::unordered_set<std::string> excluded_;
     OrdovanRunHistory history_;
     std::uint64_t historyRevision_ = 0;
+    std::uint64_t finishedRuns_ = 0;
     std::vector<OrdovanRunRecord> unsavedRuns_;  // newest first
     std::vector<Url> recentFolders_;
 

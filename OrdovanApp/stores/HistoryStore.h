@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <mutex>
 #include <span>
-#include <vector>
 
 namespace ordovan {
 
@@ -19,10 +18,9 @@ class HistoryStore {
 public:
     /// What a change led to.
     struct Result {
-        OrdovanRunHistory history;              ///< as stored now, and with what could not be stored
-        std::vector<OrdovanRunRecord> unsaved;  ///< runs that are in memory only, newest first
         bool saved = false;
-        std::uint64_t revision = 0;  ///< of two results of one store, the later one has the higher
+        OrdovanRunHistory history;   ///< as stored now; only when it was saved
+        std::uint64_t revision = 0;  ///< of two changes through one store, the later one has the higher
     };
 
     HistoryStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords);
@@ -31,14 +29,16 @@ public:
     [[nodiscard]] OrdovanRunHistory load() const;
 
     /// Puts a run in front of the list, and behind it the runs that could not be stored before (newest first). An
-    /// unreadable list is set aside.
+    /// unreadable list is set aside first; where it can not be, nothing is written.
     [[nodiscard]] Result add(const OrdovanRunRecord& run, std::span<const OrdovanRunRecord> unsaved, double nowEpoch);
 
     /// Empties the list.
-    [[nodiscard]] Result clear(std::span<const OrdovanRunRecord> unsaved);
+    [[nodiscard]] Result clear();
 
 private:
-    [[nodiscard]] bool write(const OrdovanRunHistory& history);
+    struct Stored;
+    [[nodiscard]] Stored read() const;
+    [[nodiscard]] Result written(OrdovanRunHistory history);
 
     RecordStorage& storage_;
     StorageLocations locations_;

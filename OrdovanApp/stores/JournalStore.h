@@ -5,10 +5,11 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/RecordStorage.h"
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 
 namespace ordovan {
 
@@ -41,24 +42,29 @@ public:
     /// The stored journal of a folder.
     [[nodiscard]] Stored read(const Url& root) const;
 
-    /// The journal of a folder for a preview. Where none is stored, a journal that an older version left inside the
-    /// folder is moved to where it belongs now. `isSymlink` guards that step: nothing is read or removed through a
-    /// linked folder. Null where there is none or it can not be read.
-    [[nodiscard]] Journal load(const Url& root, double nowEpoch, OrdovanFileSystem& fs) const;
+    /// What can be undone in a folder.
+    struct Loaded {
+        Journal journal;  ///< null when nothing can
+        Journal unsaved;  ///< the part of it that is in memory only, or null
+    };
+
+    /// The journal of a folder for a preview: the stored one, and behind it what could not be stored (`unsaved`, may
+    /// be null). Where none is stored, the journals that older versions left inside the folder are moved to where they
+    /// belong now; nothing is read or removed through a linked folder. One that can not be read counts as none.
+    [[nodiscard]] Loaded load(const Url& root, const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs) const;
 
     /// Adds a run to the stored journal. An unreadable document is set aside first, and then `known` (what the program
     /// had read before, may be null) stands in for it. `unsaved`: what earlier runs could not store; it goes first.
     [[nodiscard]] Saved append(const Url& root, const OrdovanJournal& run, const Journal& known, const Journal& unsaved,
                                double nowEpoch) const;
 
-    /// Takes entries that were put back out of the stored journal; the document goes when nothing remains.
-    struct Restoration {
-        Journal known;                 ///< the journal in memory before the run
-        Journal unsaved;               ///< its part that is not stored, or null
-        const OrdovanJournal& undone;  ///< the entries that the run was to put back
-        const OrdovanJournal& left;    ///< those of them that it did not put back
-    };
-    [[nodiscard]] Saved removeRestored(const Url& root, const Restoration& run, double nowEpoch,
+    /// Takes the entries that a run has put back out of the stored journal; the document goes when nothing remains.
+    ///
+    /// `restored`: the destinations of the entries that were put back. `known` and `unsaved`: as for `append`. What
+    /// the document holds beyond `known` stays. What only memory holds stays as well, unless another process has
+    /// plainly dealt with it: taken from the document, and nothing lies at its destination any more.
+    [[nodiscard]] Saved removeRestored(const Url& root, const std::unordered_set<std::string_view>& restored,
+                                       const Journal& known, const Journal& unsaved, double nowEpoch,
                                        OrdovanFileSystem& fs) const;
 
 private:

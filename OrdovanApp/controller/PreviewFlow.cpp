@@ -1,0 +1,87 @@
+#include "OrdovanApp/controller/PreviewFlow.h"
+
+#include "OrdovanApp/stores/StorageLocations.h"
+#include "OrdovanCore/Categories.h"
+#include "OrdovanCore/Proposals.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+#include <unordered_set>
+#include <utility>
+
+namespace {
+
+using OrdovanProposalPlanner::canonicalPath;
+using OrdovanProposalPlanner::containsCanonical;
+
+/// The bounds of the scan that learns what exists in the output folder: what was organized into it over the years.
+constexpr OrdovanInventoryLimits outputLimits = {
+    .maxFiles = 200'000, .maxDepth = 32, .maxDirectories = 200'000, .includeHidden = true};
+
+/// The output folder, and the other folders that files were organized into.
+std::vector<Url> excludedSubtrees(const PreviewInputs& inputs, const ordovan::JournalStore::Journal& journal) {
+    std::vector<Url> excluded = {inputs.outputRoot};
+    if (!journal) return excluded;
+    for (Url& folder : PreviewFlow::outputRoots(*journal, inputs.root)) {
+        if (folder.path() != inputs.outputRoot.path()) excluded.push_back(std::move(folder));
+    }
+    return excluded;
+}
+
+/// The canonical paths of everything a scan met, also of what it did not enter: a link or a package occupies its name
+/// like any file.
+std::unordered_set<std::string> pathsMet(const OrdovanInventory& scan) {
+    std::unordered_set<std::string> paths;
+    paths.reserve(scan.files.size() + scan.directories.size() + scan.skipped.size());
+    for (const auto& entry : scan.files) paths.insert(canonicalPath(entry.url));
+    for (const auto& entry : scan.directories) paths.insert(canonicalPath(entry.url));
+    for (const auto& skip : scan.skipped) paths.insert(canonicalPath(skip.url));
+    return paths;
+}
+
+}  // namespace
+
+PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inputs) {
+    const auto shouldContinue = [&flag = *inputs.flag] { return !flag.isCancelled(); };
+    PreviewResult result;
+    result.journal = ports.journals.load(inputs.root, inputs.unsavedJournal, ports.clock(), ports.fileSystem);
+
+    OrdovanInventory inventory = OrdovanInventoryScanner::scan(
+        inputs.root, *ports.makeDirectoryReader(), OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
+        excludedSubtrees(inputs, result.journal.journal), shouldContinue);
+    if (!shouldContinue() || inventory.rootWasUnreadable(inputs.root)) return result;
+    result.partial = inventory.truncated;
+
+    std::unordered_set<std::string> preexisting;
+    if (ports.fileSystem.exists(inputs.outputRoot)) {
+        const OrdovanInventory output = OrdovanInventoryScanner::scan(inputs.outputRoot, *ports.makeDirectoryReader(),
+                                                                      outputLimits, {}, shouldContinue);
+        result.partial = result.partial || output.truncated;
+        preexisting = pathsMet(output);
+    }
+    if (!shouldContinue()) return result;
+
+    result.caseInsensitive = !ports.supportsCaseSensitiveNames(inputs.root).value_or(false);
+    result.plan = std::make_shared<const OrdovanPlanResult>(
+        OrdovanPlanner::plan(inventory.files, inputs.root, inputs.outputRoot, preexisting, result.caseInsensitive,
+                             inputs.rules, inputs.groupByMonth, inputs.timeZone));
+    result.inventory = std::make_shared<const OrdovanInventory>(std::move(inventory));
+    return result;
+}
+
+std::vector<Url> PreviewFlow::outputRoots(const OrdovanJournal& journal, const Url& root) {
+    std::vector<Url> roots;
+    for (const std::string_view name : {OrdovanOutput::folderName, ordovan::olderOutputFolderName}) {
+        const Url folder = root.appending(name);
+        const std::string canonical = canonicalPath(folder);
+        const bool used = std::ranges::any_of(journal.entries, [&](const OrdovanJournalEntry& entry) {
+            // Composing never makes these letters, so a path without the name is not in the folder: most journals are
+            // done with here, without a canonical path for each of a million entries.
+            return entry.destination().find(name) != std::string_view::npos &&
+                   containsCanonical(canonicalPath(Url::file(entry.destination())), canonical);
+        });
+        if (used) roots.push_back(folder);
+    }
+    return roots;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OrdovanApp/controller/TidyPorts.h"
+#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/Journal.h"
+#include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/RunHistory.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+/// What every run works from; nothing else is looked at while it runs.
+struct RunInputs {
+    Url root;
+    Url outputRoot;
+    double nowEpoch = 0;
+    ordovan::JournalStore::Journal known;    ///< the folder's journal in memory, or null
+    ordovan::JournalStore::Journal unsaved;  ///< the part of it that is not stored, or null
+    std::vector<OrdovanRunRecord> unsavedRuns;
+    OrdovanRunControl control;
+};
+
+/// What a run did.
+struct RunResult {
+    bool refused = false;  ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    std::shared_ptr<const OrdovanExecutionReport> report;
+    ordovan::JournalStore::Saved record;
+    OrdovanRunRecord run{};
+    ordovan::HistoryStore::Result history;
+};
+
+/// The runs that change a folder, from the lock on it to the record of what was done. They run on a background thread.
+namespace RunFlow {
+
+/// Moves the files of these proposals.
+[[nodiscard]] RunResult organize(const TidyPorts& ports, const RunInputs& inputs,
+                                 std::span<const OrdovanFileProposal> proposals);
+
+/// Puts back the files of these entries of the journal, and removes the folders that this empties.
+[[nodiscard]] RunResult undo(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries);
+
+}  // namespace RunFlow

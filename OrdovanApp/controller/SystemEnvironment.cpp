@@ -1,0 +1,64 @@
+#include "OrdovanApp/controller/SystemEnvironment.h"
+
+#include "OrdovanApp/controller/ThreadTaskRunner.h"
+#include "OrdovanApp/stores/SettingsFileStore.h"
+#include "OrdovanCore/FolderCleanup.h"
+#include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/platform/DirectoryReader.h"
+#include "OrdovanCore/platform/FileRecordStorage.h"
+#include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/platform/Volumes.h"
+
+#include <utility>
+
+/// In the order of dependence: the tasks are last, so that they end while everything they use is still there.
+struct SystemEnvironment::State {
+    explicit State(ordovan::StorageLocations where) : locations(std::move(where)) {}
+
+    const ordovan::StorageLocations locations;
+    SystemFileSystem fileSystem;
+    ordovan::FileRecordStorage records;
+    ordovan::SettingsFileStore values{locations.settingsFile()};
+    AppSettings settings{values};
+    RuleStore rules{values, [folder = locations.recordsFolder] { return ordovan::lockFolder(folder); }};
+    ordovan::JournalStore journals{records, locations, ordovan::lockFolder};
+    ordovan::HistoryStore history{records, locations, ordovan::lockFolder};
+    ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); }};
+    ordovan::ThreadTaskRunner tasks;
+};
+
+SystemEnvironment::SystemEnvironment() : SystemEnvironment(ordovan::StorageLocations::system()) {}
+
+SystemEnvironment::SystemEnvironment(ordovan::StorageLocations locations)
+    : state_(std::make_unique<State>(std::move(locations))) {}
+
+SystemEnvironment::~SystemEnvironment() = default;
+
+TidyPorts SystemEnvironment::ports() {
+    return {.fileSystem = state_->fileSystem,
+            .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
+            .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
+            .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
+            .resolveExisting = OrdovanProposalPlanner::resolveExisting,
+            .tryLockFolder = ordovan::tryLockFolder,
+            .clock = ordovan::systemTime,
+            .timeZone = ordovan::text::TimeZone::current,
+            .tasks = state_->tasks,
+            .journals = state_->journals,
+            .history = state_->history,
+            .recentFolders = state_->recentFolders,
+            .settings = state_->settings,
+            .rules = state_->rules};
+}
+
+AppSettings& SystemEnvironment::settings() {
+    return state_->settings;
+}
+
+RuleStore& SystemEnvironment::rules() {
+    return state_->rules;
+}
+
+const ordovan::StorageLocations& SystemEnvironment::locations() const {
+    return state_->locations;
+}

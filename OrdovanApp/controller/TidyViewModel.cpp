@@ -1,0 +1,311 @@
+#include "OrdovanApp/controller/TidyViewModel.h"
+
+#include "OrdovanApp/controller/PreviewFlow.h"
+#include "OrdovanApp/controller/RunFlow.h"
+#include "OrdovanApp/stores/AppSettings.h"
+#include "OrdovanApp/stores/RuleStore.h"
+#include "OrdovanCore/Categories.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
+constexpr const char* heldElsewhere = "Another ordovan+ run is working in this folder. Try again when it has finished.";
+constexpr double secondsPerDay = 86'400;
+constexpr double secondsBetweenProgress = 0.1;
+
+}  // namespace
+
+TidyViewModel::TidyViewModel(TidyPorts ports, Options options, QObject* parent)
+    : QObject(parent),
+      ports_(std::move(ports)),
+      options_(options),
+      history_(ports_.history.load()),
+      recentFolders_(ports_.recentFolders.load()) {
+    refreshInputs();
+}
+
+TidyViewModel::~TidyViewModel() {
+    if (scanFlag_) scanFlag_->cancel();
+    if (runFlag_) runFlag_->cancel();
+}
+
+template <class T>
+void TidyViewModel::set(T& field, T value, Signal changed) {
+    if (field == value) return;
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+template <class T>
+void TidyViewModel::publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, Signal changed) {
+    if (field == value || (field && value && *field == *value)) return;
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+template <class Call>
+auto TidyViewModel::whileAlive(Call call) const {
+    return [alive = std::weak_ptr(alive_), call = std::move(call)](auto&&... arguments) {
+        if (alive.lock()) call(std::forward<decltype(arguments)>(arguments)...);
+    };
+}
+
+std::optional<Url> TidyViewModel::outputRoot() const {
+    if (!rootURL_) return std::nullopt;
+    return rootURL_->appending(OrdovanOutput::folderName);
+}
+
+OrdovanPreviewStatus TidyViewModel::status() const {
+    switch (phase_.kind) {
+        case Phase::Case::scanning:
+            return OrdovanPreviewStatus::scanning();
+        case Phase::Case::failed:
+            return OrdovanPreviewStatus::failed();
+        case Phase::Case::ready:
+            return OrdovanPreviewStatus::ready(static_cast<std::int64_t>(plan_->proposals.size()),
+                                               static_cast<std::int64_t>(plan_->conflicts.size()));
+        case Phase::Case::idle:
+            break;
+    }
+    return OrdovanPreviewStatus::idle();
+}
+
+// Preview.
+
+void TidyViewModel::chooseFolder(const Url& folder) {
+    set(rootURL_, std::optional(ports_.resolveExisting(folder)), &TidyViewModel::rootURLChanged);
+    preview();
+}
+
+void TidyViewModel::preview() {
+    if (!rootURL_) return;
+    if (scanFlag_) scanFlag_->cancel();
+    scanFlag_ = std::make_shared<CancelFlag>();
+    refreshInputs();
+    set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
+    PreviewInputs inputs = {.root = *rootURL_,
+                            .outputRoot = *outputRoot(),
+                            .includeHidden = includeHidden_,
+                            .groupByMonth = groupByMonth_,
+                            .rules = rules_,
+                            .timeZone = ports_.timeZone(),
+                            .unsavedJournal = unsavedJournal(*rootURL_),
+                            .flag = scanFlag_};
+    ports_.tasks.compute(
+        [ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
+        whileAlive([this, root = inputs.root, flag = scanFlag_, runs = finishedRuns_](PreviewResult result) {
+            if (!flag->isCancelled()) completePreview(root, runs, std::move(result));
+        }));
+}
+
+void TidyViewModel::cancelPreview() {
+    if (phase_.kind != Phase::Case::scanning) return;
+    scanFlag_->cancel();
+    const bool hasPlan = plan_ && planRoot_ == rootURL_;
+    set(phase_, Phase{hasPlan ? Phase::Case::ready : Phase::Case::idle, {}}, &TidyViewModel::phaseChanged);
+}
+
+/// Copies what the next preview shall use.
+void TidyViewModel::refreshInputs() {
+    set(rules_, OrdovanRuleSet(ports_.rules.ruleSet()), &TidyViewModel::rulesChanged);
+    set(groupByMonth_, overrides_.groupByMonth.value_or(ports_.settings.groupByMonth()),
+        &TidyViewModel::groupByMonthChanged);
+    set(includeHidden_, overrides_.includeHidden.value_or(ports_.settings.includeHidden()),
+        &TidyViewModel::includeHiddenChanged);
+}
+
+void TidyViewModel::completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result) {
+    // A journal read before a run ended is older than the one that the run left here.
+    if (journalRoot_ != root || runsBefore == finishedRuns_) {
+        adoptJournal(root, std::move(result.journal.journal), std::move(result.journal.unsaved));
+    }
+    if (!result.plan) {
+        set(phase_, Phase{Phase::Case::failed, unreadableFolder}, &TidyViewModel::phaseChanged);
+        return;
+    }
+    addRecentFolder(root);
+    planRoot_ = root;
+    caseInsensitive_ = result.caseInsensitive;
+    publish(inventory_, std::move(result.inventory), &TidyViewModel::inventoryChanged);
+    publish(plan_, std::move(result.plan), &TidyViewModel::planChanged);
+    pruneExcluded();
+    set(partialScan_, result.partial, &TidyViewModel::partialScanChanged);
+    set(phase_, Phase{Phase::Case::ready, {}}, &TidyViewModel::phaseChanged);
+}
+
+/// Forgets the unticked proposals that the plan does not make any more.
+void TidyViewModel::pruneExcluded() {
+    if (excluded_.empty()) return;
+    std::unordered_set<std::string> kept;
+    for (const OrdovanFileProposal& proposal : plan_->proposals) {
+        if (std::string id = proposal.id(); excluded_.contains(id)) kept.insert(std::move(id));
+    }
+    set(excluded_, std::move(kept), &TidyViewModel::excludedChanged);
+}
+
+void TidyViewModel::addRecentFolder(const Url& folder) {
+    std::vector<Url> folders = {ports_.resolveExisting(folder)};
+    for (const Url& other : recentFolders_) {
+        if (ports_.resolveExisting(other).path() != folders.front().path()) folders.push_back(other);
+    }
+    if (folders.size() > ordovan::RecentFoldersStore::maxFolders)
+        folders.resize(ordovan::RecentFoldersStore::maxFolders);
+    if (folders == recentFolders_) return;
+    // A list that can not be stored is still good until the program ends.
+    ports_.recentFolders.save(folders);
+    set(recentFolders_, std::move(folders), &TidyViewModel::recentFoldersChanged);
+}
+
+// Selection.
+
+std::vector<OrdovanFileProposal> TidyViewModel::selectedProposals() const {
+    if (!plan_) return {};
+    return plan_->selectedProposals(excluded_);
+}
+
+void TidyViewModel::toggle(const std::string& proposalID) {
+    if (excluded_.erase(proposalID) == 0) excluded_.insert(proposalID);
+    Q_EMIT excludedChanged();
+}
+
+void TidyViewModel::setExcluded(std::unordered_set<std::string> proposalIDs) {
+    set(excluded_, std::move(proposalIDs), &TidyViewModel::excludedChanged);
+}
+
+void TidyViewModel::tickOlderThan(double days) {
+    if (!plan_ || !inventory_) return;
+    std::unordered_map<std::string, double> modified;
+    for (const OrdovanInventoryEntry& entry : inventory_->files) {
+        if (entry.modifiedEpoch) modified.emplace(entry.url.path(), *entry.modifiedEpoch);
+    }
+    setExcluded(plan_->proposalIDs(ports_.clock() - days * secondsPerDay, modified));
+}
+
+// Runs.
+
+bool TidyViewModel::organize() {
+    if (isApplying_ || !rootURL_ || planRoot_ != rootURL_) return false;
+    std::vector<OrdovanFileProposal> proposals = selectedProposals();
+    if (proposals.empty()) return false;
+    RunInputs inputs = beginRun();
+    auto done = whileAlive([this, root = inputs.root](RunResult result) { completeRun(root, std::move(result)); });
+    ports_.tasks.compute([ports = ports_, inputs = std::move(inputs),
+                          proposals = std::move(proposals)] { return RunFlow::organize(ports, inputs, proposals); },
+                         std::move(done));
+    return true;
+}
+
+bool TidyViewModel::undo() {
+    if (!journal_) return false;
+    return startUndo(*journal_);
+}
+
+bool TidyViewModel::undo(const std::unordered_set<std::string>& entryIDs) {
+    if (!journal_) return false;
+    OrdovanJournal chosen;
+    chosen.createdAtEpoch = journal_->createdAtEpoch;
+    std::ranges::copy_if(journal_->entries, std::back_inserter(chosen.entries),
+                         [&](const OrdovanJournalEntry& entry) { return entryIDs.contains(std::string(entry.id())); });
+    return startUndo(std::move(chosen));
+}
+
+bool TidyViewModel::startUndo(OrdovanJournal entries) {
+    if (isApplying_ || entries.entries.empty() || !rootURL_ || journalRoot_ != rootURL_) return false;
+    RunInputs inputs = beginRun();
+    auto done = whileAlive([this, root = inputs.root](RunResult result) { completeRun(root, std::move(result)); });
+    ports_.tasks.compute([ports = ports_, inputs = std::move(inputs),
+                          entries = std::move(entries)] { return RunFlow::undo(ports, inputs, entries); },
+                         std::move(done));
+    return true;
+}
+
+void TidyViewModel::cancelRun() {
+    if (runFlag_) runFlag_->cancel();
+}
+
+/// Captures what a run works from, and says that it has begun.
+RunInputs TidyViewModel::beginRun() {
+    runFlag_ = std::make_shared<CancelFlag>();
+    RunInputs inputs = {.root = *rootURL_,
+                        .outputRoot = *outputRoot(),
+                        .nowEpoch = ports_.clock(),
+                        .known = journalRoot_ == rootURL_ ? journal_ : nullptr,
+                        .unsaved = unsavedJournal(*rootURL_),
+                        .unsavedRuns = unsavedRuns_,
+                        .control = runControl()};
+    set(isApplying_, true, &TidyViewModel::isApplyingChanged);
+    set(journalWarning_, std::optional<std::string>(), &TidyViewModel::journalWarningChanged);
+    set(runRefusal_, std::optional<std::string>(), &TidyViewModel::runRefusalChanged);
+    return inputs;
+}
+
+OrdovanRunControl TidyViewModel::runControl() {
+    OrdovanRunControl control;
+    control.shouldContinue = [flag = runFlag_] { return !flag->isCancelled(); };
+    const auto tell = whileAlive([this](std::size_t done, std::size_t total) { Q_EMIT runProgressed(done, total); });
+    control.progressed = [tell, &tasks = ports_.tasks, clock = ports_.clock, told = std::make_shared<double>(0)](
+                             std::size_t done, std::size_t total) {
+        const double now = clock();
+        const bool soon = now >= *told && now < *told + secondsBetweenProgress;
+        if (soon && done != total) return;
+        *told = now;
+        tasks.post([tell, done, total] { tell(done, total); });
+    };
+    return control;
+}
+
+void TidyViewModel::completeRun(const Url& root, RunResult result) {
+    ++finishedRuns_;
+    runFlag_ = nullptr;
+    if (result.refused) {
+        set(runRefusal_, std::optional<std::string>(heldElsewhere), &TidyViewModel::runRefusalChanged);
+        set(isApplying_, false, &TidyViewModel::isApplyingChanged);
+        return;
+    }
+    publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
+    adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
+    set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
+    if (result.history.saved) {
+        unsavedRuns_.clear();
+    } else {
+        unsavedRuns_.insert(unsavedRuns_.begin(), result.run);
+        result.history.history = history_.adding(result.run);
+    }
+    if (result.history.revision > historyRevision_) {
+        historyRevision_ = result.history.revision;
+        set(history_, std::move(result.history.history), &TidyViewModel::historyChanged);
+    }
+    set(isApplying_, false, &TidyViewModel::isApplyingChanged);
+    if (options_.repreviewsAfterRuns) preview();
+}
+
+/// Takes over what can be undone in a folder; it is shown when that folder is still the chosen one.
+void TidyViewModel::adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
+                                 std::shared_ptr<const OrdovanJournal> unsaved) {
+    if (unsaved) {
+        unsavedJournals_.insert_or_assign(std::string(root.path()), std::move(unsaved));
+    } else {
+        unsavedJournals_.erase(std::string(root.path()));
+    }
+    if (rootURL_ != root) return;
+    journalRoot_ = root;
+    publish(journal_, std::move(journal), &TidyViewModel::recoverableJournalChanged);
+}
+
+std::shared_ptr<const OrdovanJournal> TidyViewModel::unsavedJournal(const Url& root) const {
+    const auto found = unsavedJournals_.find(std::string(root.path()));
+    return found == unsavedJournals_.end() ? nullptr : found->second;
+}
+
+void TidyViewModel::clearHistory() {
+    ports_.tasks.compute([&history = ports_.history] { return history.clear(); },
+                         whileAlive([this](ordovan::HistoryStore::Result result) {
+                             if (!result.saved || result.revision <= historyRevision_) return;
+                             historyRevision_ = result.revision;
+                             unsavedRuns_.clear();
+                             set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+                         }));
+}

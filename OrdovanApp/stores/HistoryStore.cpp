@@ -1,0 +1,65 @@
+#include "OrdovanApp/stores/HistoryStore.h"
+
+#include <string>
+#include <utility>
+#include "OrdovanApp/stores/RecordErrors.h"
+
+namespace ordovan {
+
+namespace {
+
+/// Two hundred records take some 60 KiB; a document far beyond that is not one of ours and is not read to its end.
+constexpr std::size_t maxDocumentBytes = 16 * 1024 * 1024;
+
+}  // namespace
+
+struct HistoryStore::Stored {
+    bool readable = false;
+    OrdovanRunHistory history;
+};
+
+HistoryStore::HistoryStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords)
+    : storage_(storage), locations_(std::move(locations)), lockRecords_(std::move(lockRecords)) {}
+
+OrdovanRunHistory HistoryStore::load() const {
+    return read().history;
+}
+
+HistoryStore::Result HistoryStore::add(const OrdovanRunRecord& run, std::span<const OrdovanRunRecord> unsaved,
+                                       double nowEpoch) {
+    const std::lock_guard order(order_);
+    const auto lock = lockRecords_(locations_.recordsFolder);
+    Stored stored = read();
+    if (!stored.readable && !storage_.setAside(locations_.history(), locations_.unreadableHistory(nowEpoch))) {
+        return {.saved = false, .history = {}, .revision = ++revision_};
+    }
+    for (std::size_t i = unsaved.size(); i > 0; --i) stored.history = stored.history.adding(unsaved[i - 1]);
+    return written(stored.history.adding(run));
+}
+
+HistoryStore::Result HistoryStore::clear() {
+    const std::lock_guard order(order_);
+    const auto lock = lockRecords_(locations_.recordsFolder);
+    return written({});
+}
+
+/// The stored list; an absent one is readable and empty.
+HistoryStore::Stored HistoryStore::read() const {
+    std::string document;
+    const auto result = storage_.read(locations_.history(), [&](std::string_view piece) {
+        document += piece;
+        return document.size() <= maxDocumentBytes;
+    });
+    if (!result) return {.readable = isAbsent(result.error()), .history = {}};
+    auto decoded = OrdovanRunHistory::decoded(document);
+    if (!decoded) return {};
+    return {.readable = true, .history = std::move(*decoded)};
+}
+
+HistoryStore::Result HistoryStore::written(OrdovanRunHistory history) {
+    const auto result = storage_.write(
+        locations_.history(), [encoded = history.encoded()](const RecordStorage::Sink& sink) { return sink(encoded); });
+    return {.saved = result.has_value(), .history = std::move(history), .revision = ++revision_};
+}
+
+}  // namespace ordovan
