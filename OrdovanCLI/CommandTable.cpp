@@ -1,0 +1,136 @@
+#include "OrdovanCLI/Options.h"
+
+#include <array>
+#include <initializer_list>
+
+namespace ordovan::cli {
+namespace {
+
+std::bitset<commandCount> only(std::initializer_list<Command> commands) {
+    std::bitset<commandCount> set;
+    for (const Command command : commands) set.set(static_cast<std::size_t>(command));
+    return set;
+}
+
+const std::bitset<commandCount> every = std::bitset<commandCount>().set();
+const std::bitset<commandCount> planning = only({Command::preview, Command::organize});
+
+constexpr std::array<ActionSpec, 4> ruleActions = {{
+    {"list", "", 0, "Show the rules in their order (also what \"rules\" alone does)"},
+    {"add", "EXTENSIONS FOLDER", 2, "Add a rule at the end: \"rules add 'dmg, pkg' Installers\""},
+    {"delete", "N", 1, "Delete rule N of the list"},
+    {"move", "N M", 2, "Make rule N the M-th of the list"},
+}};
+
+const std::array<CommandSpec, commandCount> commands = {{
+    {Command::preview,
+     "preview",
+     "[FOLDER]",
+     1,
+     {},
+     "Show where every file of a folder would go",
+     "Reads names, sizes and dates only. Nothing is moved. FOLDER is your Downloads folder when it is left out."},
+    {Command::organize,
+     "organize",
+     "[FOLDER]",
+     1,
+     {},
+     "Move the files of a folder into its \"ordovan+\" folder",
+     "Shows the preview, asks, and moves the files. Nothing is overwritten, and \"undo\" puts everything back."},
+    {Command::undo,
+     "undo",
+     "[FOLDER]",
+     1,
+     {},
+     "Put organized files back where they came from",
+     "A file that changed since it was organized, or whose old place is taken, is left where it is."},
+    {Command::recovery,
+     "recovery",
+     "[FOLDER]",
+     1,
+     {},
+     "Show what can be put back, and what can not any more",
+     "Changes nothing."},
+    {Command::rules, "rules", "", 0, ruleActions, "Show or change your own rules: which file types go to which folder",
+     "The first rule that lists a file's extension decides; files without a rule use the built-in folders."},
+    {Command::history,
+     "history",
+     "",
+     0,
+     {},
+     "Show past runs, newest first",
+     "Clearing it touches neither your files nor the undo record."},
+    {Command::settings,
+     "settings",
+     "[KEY [VALUE]]",
+     2,
+     {},
+     "Show or change a setting",
+     "The keys are groupByMonth (true or false), includeHidden (true or false) and theme (lagoon, sunset, grape, "
+     "forest or candy)."},
+}};
+
+const std::array<OptionSpec, optionCount> options = {{
+    {Option::exportTo,
+     "--export",
+     "FILE",
+     false,
+     only({Command::preview}),
+     {},
+     "Save the preview as a new file, Markdown (.md) or CSV (.csv)"},
+    {Option::only,
+     "--only",
+     "FOLDERNAME",
+     false,
+     planning,
+     {},
+     "Select only files that would go to this folder, such as Images"},
+    {Option::leaveOut, "--leave-out", "PATH", true, planning, {}, "Leave a file, or a whole folder, where it is"},
+    {Option::olderThan,
+     "--older-than",
+     "DAYS",
+     false,
+     planning,
+     {},
+     "Select only files last changed more than DAYS days ago"},
+    {Option::groupByMonth, "--group-by-month", "", false, planning, Option::noGroupByMonth,
+     "For this run: group files by month, whatever the setting"},
+    {Option::noGroupByMonth, "--no-group-by-month", "", false, planning, {}, "For this run: do not group by month"},
+    {Option::includeHidden, "--include-hidden", "", false, planning, Option::noIncludeHidden,
+     "For this run: include hidden files, whatever the setting"},
+    {Option::noIncludeHidden, "--no-include-hidden", "", false, planning, {}, "For this run: leave hidden files out"},
+    {Option::entry,
+     "--entry",
+     "DESTINATION",
+     true,
+     only({Command::undo}),
+     {},
+     "Put back only this organized file, named by where it is now"},
+    {Option::kind, "--kind", "KIND", false, only({Command::history}), Option::clear,
+     "Show only runs of this kind: organize, undo, trash or restoreTrash"},
+    {Option::clear, "--clear", "", false, only({Command::history}), {}, "Empty the history"},
+    {Option::yes, "--yes", "", false, every, {}, "Do not ask before acting"},
+    {Option::json, "--json", "", false, every, {}, "Print the result as one JSON object"},
+    {Option::quiet, "--quiet", "", false, every, {}, "No progress and no remarks; results and errors only"},
+    {Option::noColor, "--no-color", "", false, every, {}, "No colours (the NO_COLOR variable does the same)"},
+    {Option::help, "--help", "", false, every, {}, "Show help, also for one command: \"preview --help\""},
+    {Option::version, "--version", "", false, every, {}, "Show the version"},
+}};
+
+}  // namespace
+
+std::span<const CommandSpec> commandTable() {
+    return commands;
+}
+std::span<const OptionSpec> optionTable() {
+    return options;
+}
+
+const CommandSpec& spec(Command command) {
+    return commands[static_cast<std::size_t>(command)];
+}
+const OptionSpec& spec(Option option) {
+    return options[static_cast<std::size_t>(option)];
+}
+
+}  // namespace ordovan::cli

@@ -1,0 +1,101 @@
+#include "OrdovanCLI/Commands.h"
+
+#include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/Interrupts.h"
+#include "OrdovanCore/Proposals.h"
+
+#include <QFile>
+#include <QStandardPaths>
+
+#include <filesystem>
+#include <system_error>
+
+namespace ordovan::cli {
+namespace {
+
+constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
+
+std::string downloadsFolder() {
+    return QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).toStdString();
+}
+
+}  // namespace
+
+std::expected<Url, Outcome> chosenFolder(const Invocation& invocation) {
+    namespace fs = std::filesystem;
+    const std::string typed =
+        invocation.arguments.empty() ? downloadsFolder() : std::string(invocation.arguments.front());
+    if (typed.empty()) return std::unexpected(Outcome::usage("The folder's name is empty."));
+    std::error_code error;
+    const fs::path path = fs::absolute(typed, error);
+    const fs::file_status status = error ? fs::file_status(fs::file_type::none) : fs::status(path, error);
+    if (status.type() == fs::file_type::not_found) {
+        return std::unexpected(Outcome::impossible("There is no folder " + inQuotes(typed) + "."));
+    }
+    if (error) return std::unexpected(Outcome::impossible(unreadableFolder));
+    if (status.type() != fs::file_type::directory) {
+        return std::unexpected(Outcome::impossible(inQuotes(typed) + " is not a folder."));
+    }
+    const Url folder = Url::file(path.native());
+    if (OrdovanProposalPlanner::isTooBroad(folder)) {
+        const std::string_view sentence = message(OrdovanProposalError::authorizedRootTooBroad);
+        return std::unexpected(Outcome::impossible(std::string(sentence)));
+    }
+    return folder;
+}
+
+std::optional<Outcome> Context::refusal(std::string_view act) const {
+    if (invocation.has(Option::yes) || console.canAsk()) return std::nullopt;
+    return Outcome::usage("There is nobody to ask here; say --yes to " + std::string(act) + " without a question.");
+}
+
+Console::Answer Context::consent(std::string_view question) {
+    if (interrupts::requested()) return Console::Answer::interrupted;
+    if (invocation.has(Option::yes)) return Console::Answer::yes;
+    output.flush();
+    const Console::Answer answer = console.ask(question);
+    if (answer == Console::Answer::no) console.remark("Nothing was changed.");
+    return answer;
+}
+
+std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides) {
+    session.preview(folder, overrides);
+    const TidyViewModel::Phase& phase = session.model().phase();
+    if (interrupts::requested()) return Outcome::interrupted();
+    if (phase.kind == TidyViewModel::Phase::Case::failed) return Outcome::impossible(phase.message);
+    return std::nullopt;
+}
+
+Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start) {
+    const bool isUndo = kind == OrdovanRunRecord::Kind::undo;
+    TidyViewModel& model = session.model();
+    const bool started = session.run(isUndo ? "Putting back" : "Organizing", start);
+    if (model.runRefusal()) return Outcome::impossible(*model.runRefusal());
+    const RunReport result{kind, *model.rootURL(), started ? model.lastReport() : nullptr, model.journalWarning()};
+    put(result);
+    if (result.warning) console.warn(*result.warning);
+    const bool someStayed = result.report && result.report->movedCount() < result.report->outcomes.size();
+    return {interrupts::requested() ? Outcome::Kind::interrupted : Outcome::Kind::done, someStayed, {}};
+}
+
+Outcome runCommand(Context& context) {
+    switch (*context.invocation.command) {
+        case Command::preview:
+            return runPreview(context);
+        case Command::organize:
+            return runOrganize(context);
+        case Command::undo:
+            return runUndo(context);
+        case Command::recovery:
+            return runRecovery(context);
+        case Command::rules:
+            return runRules(context);
+        case Command::history:
+            return runHistory(context);
+        case Command::settings:
+            break;
+    }
+    return runSettings(context);
+}
+
+}  // namespace ordovan::cli

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "OrdovanCLI/Console.h"
+#include "OrdovanCLI/JsonOutput.h"
+#include "OrdovanCLI/Options.h"
+#include "OrdovanCLI/Output.h"
+#include "OrdovanCLI/Session.h"
+#include "OrdovanCLI/TextOutput.h"
+#include "OrdovanCore/Url.h"
+
+#include <expected>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace ordovan::cli {
+
+/// How a command ended.
+struct Outcome {
+    enum class Kind {
+        done,
+        usage,       ///< it was told something that makes no sense; nothing was changed
+        impossible,  ///< it could not do what it was told
+        interrupted,
+    };
+    Kind kind = Kind::done;
+    bool someStayed = false;  ///< at least one file was skipped or failed
+    std::string sentence;     ///< why there is no result; empty when the result was put out
+
+    static Outcome usage(std::string sentence) { return {Kind::usage, false, std::move(sentence)}; }
+    static Outcome impossible(std::string sentence) { return {Kind::impossible, false, std::move(sentence)}; }
+    /// Stopped before anything was changed.
+    static Outcome interrupted() { return {Kind::interrupted, false, "Interrupted; nothing was changed."}; }
+};
+
+/// What every command works with.
+struct Context {
+    const Invocation& invocation;
+    Console& console;
+    Output& output;
+    Session& session;
+
+    [[nodiscard]] bool wantsJson() const { return invocation.has(Option::json); }
+    [[nodiscard]] TextStyle textStyle() { return {console.coloursResults(), session.ports().timeZone()}; }
+
+    /// Puts a result out in the form asked for.
+    template <class Result>
+    void put(const Result& result) {
+        wantsJson() ? writeJson(output, result) : writeText(output, result, textStyle());
+    }
+
+    /// The refusal of an act ("organize") that nobody agreed to and nobody can be asked about; nothing when it may go
+    /// on to `consent`.
+    [[nodiscard]] std::optional<Outcome> refusal(std::string_view act) const;
+    /// The user's answer, or yes where `--yes` gave it already. What was put out so far is shown first.
+    [[nodiscard]] Console::Answer consent(std::string_view question);
+
+    /// Previews a folder. Nothing when it is ready; else how the command ends.
+    [[nodiscard]] std::optional<Outcome> preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides);
+    /// Starts a run, waits for its end and puts out what it did. `start` as for `Session::run`.
+    [[nodiscard]] Outcome run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start);
+};
+
+/// The folder a command was given, or the user's Downloads: an existing folder that is not too broad, as an absolute
+/// path.
+[[nodiscard]] std::expected<Url, Outcome> chosenFolder(const Invocation& invocation);
+
+[[nodiscard]] Outcome runPreview(Context& context);
+[[nodiscard]] Outcome runOrganize(Context& context);
+[[nodiscard]] Outcome runUndo(Context& context);
+[[nodiscard]] Outcome runRecovery(Context& context);
+[[nodiscard]] Outcome runRules(Context& context);
+[[nodiscard]] Outcome runHistory(Context& context);
+[[nodiscard]] Outcome runSettings(Context& context);
+
+/// Runs the command of an invocation.
+[[nodiscard]] Outcome runCommand(Context& context);
+
+}  // namespace ordovan::cli

@@ -1,0 +1,22 @@
+#pragma once
+
+/// Requests from outside to stop: Ctrl-C (SIGINT), SIGTERM and SIGHUP. They never end the program by themselves.
+namespace ordovan::cli::interrupts {
+
+/// Starts to note them. Signals that were ignored when the program was started (nohup) stay ignored. A lost reader of
+/// the output (SIGPIPE) becomes an ordinary error from here on.
+void install();
+
+/// True once one has arrived.
+[[nodiscard]] bool requested();
+
+/// Becomes readable whenever one has arrived.
+[[nodiscard]] int descriptor();
+
+/// Empties the descriptor, so that it becomes readable at the next one.
+void drain();
+
+/// From here on the next one ends the program at once: for when there is nothing left to finish.
+void letThemEndTheProgram();
+
+}  // namespace ordovan::cli::interrupts

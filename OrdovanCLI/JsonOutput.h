@@ -1,0 +1,20 @@
+#pragma once
+
+#include "OrdovanCLI/Output.h"
+#include "OrdovanCLI/PlanView.h"
+#include "OrdovanCLI/Results.h"
+
+/// Results as one JSON object each: UTF-8, `"schema": 1` first, lists in their own order, one record a line. Bytes
+/// that are not UTF-8 become U+FFFD, and the whole path then stands in base64 in a `pathBase64` member behind it.
+namespace ordovan::cli {
+
+void writeJson(Output& output, const PlanView& view);
+void writeJson(Output& output, const RunReport& result);
+void writeJson(Output& output, const RecoveryResult& result);
+void writeJson(Output& output, std::span<const OrdovanRunRecord> history);
+void writeJson(Output& output, const OrdovanRuleSet& rules);
+void writeJson(Output& output, const SettingsResult& settings);
+/// The object that stands in for the result of a command that could not do its work.
+void writeJsonFailure(Output& output, std::string_view sentence);
+
+}  // namespace ordovan::cli

@@ -1,0 +1,217 @@
+#include "OrdovanCLI/Options.h"
+
+#include "OrdovanCLI/Format.h"
+
+#include <algorithm>
+#include <charconv>
+#include <functional>
+
+namespace ordovan::cli {
+namespace {
+
+constexpr std::string_view hint = " See \"ordovan-cli --help\".";
+
+class Parser {
+public:
+    explicit Parser(std::span<const std::string_view> arguments) : rest_(arguments) {}
+
+    std::expected<Invocation, std::string> run() {
+        while (!rest_.empty()) {
+            const std::string_view argument = take();
+            if (!optionsEnded_ && argument == "--") {
+                optionsEnded_ = true;
+            } else if (!optionsEnded_ && argument.size() > 1 && argument.starts_with('-')) {
+                option(argument);
+            } else {
+                plain(argument);
+            }
+        }
+        if (result_.has(Option::help) || result_.has(Option::version)) return std::move(result_);
+        check();
+        if (!error_.empty()) return std::unexpected(std::move(error_));
+        return std::move(result_);
+    }
+
+private:
+    std::string_view take() {
+        const std::string_view first = rest_.front();
+        rest_ = rest_.subspan(1);
+        return first;
+    }
+
+    /// Only the first mistake is told.
+    void fail(std::string sentence) {
+        if (error_.empty()) error_ = std::move(sentence);
+    }
+
+    void option(std::string_view argument) {
+        const std::size_t equals = argument.find('=');
+        const std::string_view name = argument.substr(0, equals);
+        const auto table = optionTable();
+        const auto found = std::ranges::find(table, name, &OptionSpec::name);
+        if (found == table.end()) return fail("Unknown option " + inQuotes(name) + "." + std::string(hint));
+        if (!found->takesValue()) {
+            if (equals != std::string_view::npos) return fail(std::string(name) + " takes no value.");
+            result_.options.emplace_back(found->option, std::string_view());
+        } else if (equals != std::string_view::npos) {
+            result_.options.emplace_back(found->option, argument.substr(equals + 1));
+        } else if (rest_.empty()) {
+            fail(std::string(name) + " needs a value: " + std::string(name) + " " + std::string(found->argument) + ".");
+        } else {
+            result_.options.emplace_back(found->option, take());
+        }
+    }
+
+    void plain(std::string_view argument) {
+        if (result_.command) return result_.arguments.push_back(argument);
+        if (commandNamed_) return;
+        commandNamed_ = true;
+        const auto table = commandTable();
+        const auto found = std::ranges::find(table, argument, &CommandSpec::name);
+        if (found == table.end()) return fail("Unknown command " + inQuotes(argument) + "." + std::string(hint));
+        result_.command = found->command;
+    }
+
+    void check() {
+        if (!result_.command) return fail("Say what to do, for example \"ordovan-cli preview\"." + std::string(hint));
+        for (auto given = result_.options.begin(); given != result_.options.end(); ++given) checkOption(given);
+        const CommandSpec& command = spec(*result_.command);
+        if (!command.actions.empty()) return checkAction(command);
+        if (result_.arguments.size() > command.maxArguments) {
+            const std::string_view extra = result_.arguments[command.maxArguments];
+            fail("Too many arguments for " + std::string(command.name) + ": " + inQuotes(extra) + ".");
+        }
+    }
+
+    void checkOption(std::vector<std::pair<Option, std::string_view>>::const_iterator given) {
+        const OptionSpec& option = spec(given->first);
+        const std::string name(option.name);
+        if (!option.commands.test(static_cast<std::size_t>(*result_.command))) {
+            fail(name + " does not go with " + std::string(spec(*result_.command).name) + ".");
+        }
+        const auto isSame = [&](const auto& other) { return other.first == option.option; };
+        if (option.takesValue() && !option.repeatable && std::any_of(result_.options.cbegin(), given, isSame)) {
+            fail(name + " can be given only once.");
+        }
+        if (option.contradicts && result_.has(*option.contradicts)) {
+            fail(name + " and " + std::string(spec(*option.contradicts).name) + " do not go together.");
+        }
+    }
+
+    void checkAction(const CommandSpec& command) {
+        if (result_.arguments.empty()) {
+            result_.action = command.actions.front().name;
+            return;
+        }
+        const auto found = std::ranges::find(command.actions, result_.arguments.front(), &ActionSpec::name);
+        if (found == command.actions.end()) {
+            std::string names;
+            for (const ActionSpec& action : command.actions) {
+                if (!names.empty()) names += &action == &command.actions.back() ? " or " : ", ";
+                names += action.name;
+            }
+            const std::string what = inQuotes(result_.arguments.front());
+            return fail(std::string(command.name) + " can not " + what + "; say " + names + ".");
+        }
+        result_.action = found->name;
+        result_.arguments.erase(result_.arguments.begin());
+        if (result_.arguments.size() != found->argumentCount) {
+            std::string use = std::string(command.name) + " " + std::string(found->name);
+            if (!found->arguments.empty()) use += " " + std::string(found->arguments);
+            fail("Wrong number of arguments; say \"" + use + "\".");
+        }
+    }
+
+    std::span<const std::string_view> rest_;
+    Invocation result_;
+    std::string error_;
+    bool optionsEnded_ = false;
+    bool commandNamed_ = false;
+};
+
+/// Two columns: what to type, and what it does.
+void appendRow(std::string& out, std::string_view left, std::string_view right) {
+    constexpr std::size_t column = 27;
+    out.append("  ").append(left);
+    out.append(left.size() < column ? column - left.size() : 1, ' ');
+    out.append(right).push_back('\n');
+}
+
+void appendOptions(std::string& out, const std::function<bool(const OptionSpec&)>& isShown) {
+    for (const OptionSpec& option : optionTable()) {
+        if (!isShown(option)) continue;
+        std::string left(option.name);
+        if (option.takesValue()) left.append(" ").append(option.argument);
+        appendRow(out, left, std::string(option.help) + (option.repeatable ? " (repeatable)" : ""));
+    }
+}
+
+std::string programHelp() {
+    std::string out = "Usage: ordovan-cli COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:\n";
+    for (const CommandSpec& command : commandTable()) {
+        std::string left(command.name);
+        if (!command.arguments.empty()) left.append(" ").append(command.arguments);
+        appendRow(out, left, command.summary);
+    }
+    out += "\nOptions of every command:\n";
+    appendOptions(out, [](const OptionSpec& option) { return option.commands.all(); });
+    out +=
+        "\n\"ordovan-cli COMMAND --help\" shows the options of one command. \"--\" ends the options.\n"
+        "Exit status: 0 done; 1 done, but some files were skipped or failed; 2 wrong usage; 3 could not be done;\n"
+        "130 interrupted.\n";
+    return out;
+}
+
+std::string commandHelp(const CommandSpec& command) {
+    std::string out = "Usage: ordovan-cli " + std::string(command.name);
+    if (!command.actions.empty()) out += " [ACTION]";
+    if (!command.arguments.empty()) out.append(" ").append(command.arguments);
+    out.append(" [OPTIONS]\n\n").append(command.summary).append(". ").append(command.details).push_back('\n');
+    if (!command.actions.empty()) out += "\nActions:\n";
+    for (const ActionSpec& action : command.actions) {
+        std::string left(action.name);
+        if (!action.arguments.empty()) left.append(" ").append(action.arguments);
+        appendRow(out, left, action.help);
+    }
+    out += "\nOptions:\n";
+    const auto index = static_cast<std::size_t>(command.command);
+    appendOptions(out, [&](const OptionSpec& option) { return option.commands.test(index) && !option.commands.all(); });
+    appendOptions(out, [](const OptionSpec& option) { return option.commands.all(); });
+    return out;
+}
+
+}  // namespace
+
+bool Invocation::has(Option option) const {
+    return std::ranges::any_of(options, [&](const auto& given) { return given.first == option; });
+}
+
+std::optional<std::string_view> Invocation::value(Option option) const {
+    const auto found = std::ranges::find(options, option, &std::pair<Option, std::string_view>::first);
+    return found == options.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<std::string_view> Invocation::values(Option option) const {
+    std::vector<std::string_view> values;
+    for (const auto& [given, value] : options) {
+        if (given == option) values.push_back(value);
+    }
+    return values;
+}
+
+std::expected<Invocation, std::string> parse(std::span<const std::string_view> arguments) {
+    return Parser(arguments).run();
+}
+
+std::optional<std::int64_t> wholeNumber(std::string_view text, std::int64_t lowest, std::int64_t highest) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (text.starts_with('-') || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number < lowest || number > highest ? std::nullopt : std::optional(number);
+}
+
+std::string helpText(std::optional<Command> command) {
+    return command ? commandHelp(spec(*command)) : programHelp();
+}
+
+}  // namespace ordovan::cli

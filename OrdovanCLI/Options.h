@@ -1,0 +1,102 @@
+#pragma once
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+/// The one table of commands and options. Parsing and help are made from it, and nothing else knows their names.
+namespace ordovan::cli {
+
+enum class Command { preview, organize, undo, recovery, rules, history, settings };
+inline constexpr std::size_t commandCount = 7;
+
+enum class Option {
+    exportTo,
+    only,
+    leaveOut,
+    olderThan,
+    groupByMonth,
+    noGroupByMonth,
+    includeHidden,
+    noIncludeHidden,
+    entry,
+    kind,
+    clear,
+    yes,
+    json,
+    quiet,
+    noColor,
+    help,
+    version,
+};
+inline constexpr std::size_t optionCount = 17;
+
+/// One of the things a command can be told to do by its first argument ("add" of "rules").
+struct ActionSpec {
+    std::string_view name;
+    std::string_view arguments;  ///< as shown in the help: "EXTENSIONS FOLDER"
+    std::size_t argumentCount;
+    std::string_view help;
+};
+
+struct CommandSpec {
+    Command command;
+    std::string_view name;
+    std::string_view arguments;           ///< as shown in the help: "[FOLDER]"
+    std::size_t maxArguments;             ///< all are optional; only for commands without actions
+    std::span<const ActionSpec> actions;  ///< empty for most; the first is what the bare command does
+    std::string_view summary;             ///< one line, without a full stop
+    std::string_view details;             ///< sentences for the command's own help
+};
+
+struct OptionSpec {
+    Option option;
+    std::string_view name;      ///< with its two dashes
+    std::string_view argument;  ///< the value's name in the help; empty for an option without a value
+    bool repeatable;
+    std::bitset<commandCount> commands;  ///< which commands take it; all of them for a global option
+    std::optional<Option> contradicts;   ///< another option that makes no sense beside it
+    std::string_view help;
+
+    [[nodiscard]] bool takesValue() const noexcept { return !argument.empty(); }
+};
+
+/// In the order in which the help shows them.
+[[nodiscard]] std::span<const CommandSpec> commandTable();
+[[nodiscard]] std::span<const OptionSpec> optionTable();
+[[nodiscard]] const CommandSpec& spec(Command command);
+[[nodiscard]] const OptionSpec& spec(Option option);
+
+/// A command line that was understood. The texts are those of the arguments it was parsed from.
+struct Invocation {
+    std::optional<Command> command;                            ///< missing only beside `help` or `version`
+    std::string_view action;                                   ///< for a command with actions: always one of them
+    std::vector<std::string_view> arguments;                   ///< without the command and the action
+    std::vector<std::pair<Option, std::string_view>> options;  ///< in the order given
+
+    [[nodiscard]] bool has(Option option) const;
+    /// The value of an option, if it was given.
+    [[nodiscard]] std::optional<std::string_view> value(Option option) const;
+    /// The values of a repeatable option, in the order given.
+    [[nodiscard]] std::vector<std::string_view> values(Option option) const;
+};
+
+/// Reads a command line (without the program's name). An option's value is either the next argument, whatever it
+/// looks like, or what follows "=" in the same one. "--" ends the options. `--help` and `--version` win over mistakes.
+/// The error is one sentence.
+[[nodiscard]] std::expected<Invocation, std::string> parse(std::span<const std::string_view> arguments);
+
+/// A whole number without sign, spaces or anything behind it, within bounds; nothing for any other text.
+[[nodiscard]] std::optional<std::int64_t> wholeNumber(std::string_view text, std::int64_t lowest, std::int64_t highest);
+
+/// The help text of the program, or of one command. Ends with a line end.
+[[nodiscard]] std::string helpText(std::optional<Command> command);
+
+}  // namespace ordovan::cli

@@ -1,0 +1,62 @@
+#include "OrdovanCLI/Session.h"
+
+#include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/Interrupts.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+namespace ordovan::cli {
+namespace {
+
+/// The program ends after its run, so nobody would see a second preview.
+constexpr TidyViewModel::Options withoutRepreviews = {.repreviewsAfterRuns = false};
+
+template <class IsRunning>
+void waitWhile(IsRunning isRunning) {
+    while (isRunning()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+}  // namespace
+
+Session::Session(Console& console) : console_(console), model_(environment_.ports(), withoutRepreviews) {
+    auto* notifier = new QSocketNotifier(interrupts::descriptor(), QSocketNotifier::Read, &model_);
+    QObject::connect(notifier, &QSocketNotifier::activated, &model_, [this] { stopWhatRuns(); });
+}
+
+void Session::stopWhatRuns() {
+    interrupts::drain();
+    if (model_.isApplying()) {
+        console_.remark("Stopping after the file in work.");
+        model_.cancelRun();
+    } else {
+        interrupts::letThemEndTheProgram();
+        model_.cancelPreview();
+    }
+}
+
+void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides) {
+    console_.progress(OrdovanPreviewStatus::scanning().pulseSummary());
+    model_.setSettingOverrides(overrides);
+    model_.chooseFolder(folder);
+    waitWhile([&] { return model_.phase().kind == TidyViewModel::Phase::Case::scanning; });
+    console_.clearProgress();
+}
+
+bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start) {
+    const auto shown =
+        QObject::connect(&model_, &TidyViewModel::runProgressed, &model_, [&](quint64 done, quint64 total) {
+            std::string line = std::string(verb) + "… ";
+            appendInteger(line, static_cast<std::int64_t>(done));
+            line += " of ";
+            appendInteger(line, static_cast<std::int64_t>(total));
+            console_.progress(line);
+        });
+    const bool started = start(model_);
+    waitWhile([&] { return model_.isApplying(); });
+    QObject::disconnect(shown);
+    console_.clearProgress();
+    return started;
+}
+
+}  // namespace ordovan::cli

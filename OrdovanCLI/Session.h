@@ -1,0 +1,40 @@
+#pragma once
+
+#include "OrdovanApp/controller/SystemEnvironment.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanCLI/Console.h"
+
+#include <functional>
+
+namespace ordovan::cli {
+
+/// The controller with the real world around it, driven step by step: each step waits on the event loop until the
+/// controller has done it. Needs a QCoreApplication.
+///
+/// A request to stop ends a preview at once, and a run before its next file.
+class Session {
+public:
+    explicit Session(Console& console);
+
+    [[nodiscard]] TidyPorts ports() { return environment_.ports(); }
+    [[nodiscard]] AppSettings& settings() { return environment_.settings(); }
+    [[nodiscard]] RuleStore& rules() { return environment_.rules(); }
+    [[nodiscard]] TidyViewModel& model() { return model_; }
+
+    /// Previews a folder. Afterwards the controller's phase says how that went; it is neither `ready` nor `failed` when
+    /// the preview was interrupted.
+    void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides);
+
+    /// Starts a run by `start` (one of the controller's operations) and waits for its end, showing `verb`
+    /// ("Organizing") and how far it is. False when the controller did not start one.
+    bool run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start);
+
+private:
+    void stopWhatRuns();
+
+    Console& console_;
+    SystemEnvironment environment_;
+    TidyViewModel model_;
+};
+
+}  // namespace ordovan::cli

@@ -1,0 +1,284 @@
+#include "OrdovanCLI/TextOutput.h"
+
+#include "OrdovanCLI/Format.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_map>
+
+namespace ordovan::cli {
+namespace {
+
+/// A page of text in the making.
+class Page {
+public:
+    Page(Output& output, const TextStyle& style) : output_(output), out_(output.buffer()), style_(style) {}
+
+    Page& raw(std::string_view text) {
+        out_ += text;
+        return *this;
+    }
+    Page& safe(std::string_view text) {
+        appendSafe(out_, text);
+        return *this;
+    }
+    Page& count(std::size_t count, std::string_view noun) {
+        appendCount(out_, count, noun);
+        return *this;
+    }
+    Page& bold(std::string_view text) { return coloured("\x1b[1m", text); }
+    Page& dim(std::string_view text) { return coloured("\x1b[2m", text); }
+    /// Right-aligned in a column as wide as the widest size.
+    Page& size(std::int64_t bytes) {
+        constexpr std::size_t width = 9;  // "999 bytes"
+        const std::size_t before = out_.size();
+        appendSize(out_, bytes);
+        const std::size_t length = out_.size() - before;
+        if (length < width) out_.insert(before, width - length, ' ');
+        return *this;
+    }
+    /// `dates` must stay the page's own; an unknown date is blank.
+    Page& date(DateFormatter& dates, std::optional<double> epoch) {
+        if (epoch)
+            dates.append(out_, *epoch);
+        else
+            out_.append(DateFormatter::width, ' ');
+        return *this;
+    }
+    void endLine() {
+        out_.push_back('\n');
+        output_.rowDone();
+    }
+
+    [[nodiscard]] std::string& out() { return out_; }
+
+private:
+    Page& coloured(std::string_view code, std::string_view text) {
+        if (style_.isColoured) out_ += code;
+        appendSafe(out_, text);
+        if (style_.isColoured) out_ += "\x1b[0m";
+        return *this;
+    }
+
+    Output& output_;
+    std::string& out_;
+    const TextStyle& style_;
+};
+
+/// The part of a path below a folder; the whole path when it is not below it.
+std::string_view below(std::string_view path, std::string_view folder) {
+    if (folder == "/") return path.substr(std::min<std::size_t>(1, path.size()));
+    const bool isBelow = path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
+    return isBelow ? path.substr(folder.size() + 1) : path;
+}
+
+/// The selected proposals of one destination folder.
+struct Group {
+    std::string_view folder;  ///< below the output folder
+    std::vector<std::uint32_t> proposals;
+    std::int64_t byteSize = 0;
+};
+
+/// By destination folder, in the order in which the folders first occur in the plan. Two folders whose names differ
+/// only in case are mixed in the plan, so that a group may be taken up again.
+std::vector<Group> groupsOf(const PlanView& view) {
+    std::vector<Group> groups;
+    std::unordered_map<std::string_view, std::size_t> positions;
+    std::size_t current = 0;
+    const auto& proposals = view.plan->proposals;
+    for (std::uint32_t index = 0; index < proposals.size(); ++index) {
+        if (view.isLeftOut[index]) continue;
+        const std::string_view folder = below(parentPath(proposals[index].destination.path()), view.outputRoot.path());
+        if (groups.empty() || groups[current].folder != folder) {
+            const auto [found, isNew] = positions.emplace(folder, groups.size());
+            if (isNew) groups.push_back({folder, {}, 0});
+            current = found->second;
+        }
+        groups[current].proposals.push_back(index);
+        groups[current].byteSize += view.facts[index].byteSize;
+    }
+    return groups;
+}
+
+void writeGroup(Page& page, const PlanView& view, const Group& group, DateFormatter& dates) {
+    page.bold(group.folder).raw("  ").count(group.proposals.size(), "file").raw(", ");
+    appendSize(page.out(), group.byteSize);
+    page.endLine();
+    for (const std::uint32_t index : group.proposals) {
+        const std::string_view source = view.plan->proposals[index].source.path();
+        const std::string_view folder = below(parentPath(source), view.root.path());
+        page.raw("  ").size(view.facts[index].byteSize).raw("  ").date(dates, view.facts[index].modifiedEpoch);
+        page.raw("  ").safe(lastPathComponent(source));
+        if (folder != view.root.path()) page.raw("  ").dim("from").raw(" ").safe(folder);
+        page.endLine();
+    }
+    page.endLine();
+}
+
+/// What the user may wonder about, each reason with its number: the output folder and single limits are told
+/// elsewhere.
+void writeNotScanned(Page& page, const PlanView& view) {
+    using Reason = OrdovanInventorySkip::Reason;
+    struct Line {
+        Reason reason;
+        std::string_view one, many;
+    };
+    static constexpr std::array<Line, 4> lines = {{
+        {Reason::hidden, "hidden item", "hidden items"},
+        {Reason::symbolicLinkNotFollowed, "symbolic link, not followed", "symbolic links, not followed"},
+        {Reason::packageTreatedAsFile, "package, kept whole", "packages, kept whole"},
+        {Reason::depthLimitReached, "folder too deep", "folders too deep"},
+    }};
+    const auto& skipped = view.inventory->skipped;
+    bool isFirst = true;
+    const auto head = [&] {
+        if (isFirst) page.bold("Not scanned").endLine();
+        isFirst = false;
+    };
+    for (const Line& line : lines) {
+        const auto count = std::ranges::count(skipped, line.reason, &OrdovanInventorySkip::reason);
+        if (count == 0) continue;
+        head();
+        page.raw("  ");
+        appendInteger(page.out(), count);
+        page.raw(" ").raw(count == 1 ? line.one : line.many).endLine();
+    }
+    for (const OrdovanInventorySkip& skip : skipped) {
+        if (skip.reason != Reason::unreadableDirectory) continue;
+        head();
+        page.raw("  ").safe(below(skip.url.path(), view.root.path())).raw(": could not be read").endLine();
+    }
+    if (!isFirst) page.endLine();
+}
+
+void writeReview(Page& page, const PlanView& view) {
+    if (view.plan->conflicts.empty()) return;
+    page.bold("Needs review").raw("  ").count(view.plan->conflicts.size(), "file").endLine();
+    for (const OrdovanPlanConflict& conflict : view.plan->conflicts) {
+        page.raw("  ").safe(below(conflict.source.path(), view.root.path())).raw(" → ");
+        page.safe(below(conflict.destination.path(), view.outputRoot.path())).endLine();
+        page.raw("    ").dim(message(conflict.kind)).endLine();
+    }
+    page.endLine();
+}
+
+void writeSkipped(Page& page, const PlanView& view) {
+    if (view.plan->skipped.empty()) return;
+    page.bold("Skipped").raw("  ").count(view.plan->skipped.size(), "file").endLine();
+    for (const OrdovanPlanSkip& skip : view.plan->skipped) {
+        page.raw("  ").safe(below(skip.source.path(), view.root.path())).raw(": ").safe(skip.reason).endLine();
+    }
+    page.endLine();
+}
+
+/// How many files went to which folder of the output folder.
+void writeDestinations(Page& page, const RunReport& result) {
+    const Url outputRoot = result.folder.appending(OrdovanOutput::folderName);
+    std::vector<std::pair<std::string_view, std::size_t>> counts;
+    std::unordered_map<std::string_view, std::size_t> positions;
+    for (const OrdovanExecutionOutcome& outcome : result.report->outcomes) {
+        if (outcome.status != OrdovanExecutionStatus::moved) continue;
+        const std::string_view folder = below(parentPath(outcome.destination.path()), outputRoot.path());
+        const auto [found, isNew] = positions.emplace(folder, counts.size());
+        if (isNew) counts.emplace_back(folder, 0);
+        ++counts[found->second].second;
+    }
+    for (const auto& [folder, count] : counts) page.raw("  ").safe(folder).raw("  ").count(count, "file").endLine();
+}
+
+void writeLeftBehind(Page& page, const RunReport& result) {
+    const bool isUndo = result.kind == OrdovanRunRecord::Kind::undo;
+    const std::size_t count = result.report->skippedCount() + result.report->failedCount();
+    if (count == 0) return;
+    page.bold(isUndo ? "Not put back" : "Not organized").raw("  ").count(count, "file").endLine();
+    for (const OrdovanExecutionOutcome& outcome : result.report->outcomes) {
+        if (outcome.status == OrdovanExecutionStatus::moved) continue;
+        const Url& stayed = isUndo ? outcome.destination : outcome.source;
+        page.raw("  ").safe(below(stayed.path(), result.folder.path())).raw(": ").safe(outcome.message).endLine();
+    }
+}
+
+}  // namespace
+
+void writeText(Output& output, const PlanView& view, const TextStyle& style) {
+    Page page(output, style);
+    DateFormatter dates(style.zone);
+    const std::vector<Group> groups = groupsOf(view);
+    if (!groups.empty()) page.safe(view.outputRoot.path()).endLine();
+    if (!groups.empty()) page.endLine();
+    for (const Group& group : groups) writeGroup(page, view, group, dates);
+    writeReview(page, view);
+    writeSkipped(page, view);
+    writeNotScanned(page, view);
+    if (view.plan->proposals.empty()) page.raw("Nothing to organize").endLine();
+    const std::size_t leftOut = view.plan->proposals.size() - view.selectedCount();
+    if (leftOut > 0) page.count(leftOut, "proposed file").raw(" left out").endLine();
+    page.safe(view.status).endLine();
+}
+
+void writeText(Output& output, const RunReport& result, const TextStyle& style) {
+    Page page(output, style);
+    if (!result.report) return page.raw("Nothing to organize").endLine();
+    const OrdovanRunRecord run = OrdovanRunRecord::make(result.kind, *result.report, result.folder, 0);
+    page.safe(run.summary()).endLine();
+    if (result.kind == OrdovanRunRecord::Kind::organize) writeDestinations(page, result);
+    writeLeftBehind(page, result);
+}
+
+void writeText(Output& output, const RecoveryResult& result, const TextStyle& style) {
+    Page page(output, style);
+    if (!result.journal) return page.raw("Nothing to recover").endLine();
+    const auto present = static_cast<std::size_t>(std::ranges::count(result.isPresent, true));
+    page.raw(recoverableSentence(present)).endLine();
+    std::size_t index = 0;
+    for (const OrdovanJournalEntry& entry : result.journal->entries) {
+        page.raw("  ").safe(below(entry.destination(), result.folder.path())).raw(" → ");
+        page.safe(below(entry.source(), result.folder.path())).endLine();
+        if (result.isPresent[index++]) continue;
+        page.raw("    ").dim("Missing: deleted or moved since organizing. Undo will skip it.").endLine();
+    }
+}
+
+void writeText(Output& output, std::span<const OrdovanRunRecord> history, const TextStyle& style) {
+    Page page(output, style);
+    DateFormatter dates(style.zone);
+    for (const OrdovanRunRecord& run : history) {
+        page.date(dates, run.epoch).raw("  ").safe(run.summary());
+        for (const auto& [count, word] : {std::pair(run.skipped, " skipped"), std::pair(run.failed, " failed")}) {
+            if (count == 0) continue;
+            page.raw(", ");
+            appendInteger(page.out(), count);
+            page.raw(word);
+        }
+        page.endLine();
+    }
+}
+
+void writeText(Output& output, const OrdovanRuleSet& rules, const TextStyle& style) {
+    Page page(output, style);
+    std::size_t position = 0;
+    for (const OrdovanRule& rule : rules.rules) {
+        appendInteger(page.out(), static_cast<std::int64_t>(++position));
+        page.raw("  ");
+        for (const std::string& extension : rule.extensions) {
+            page.raw(&extension == &rule.extensions.front() ? "" : ", ").safe(extension);
+        }
+        page.raw(" → ").safe(rule.folderName).endLine();
+    }
+}
+
+void writeText(Output& output, const SettingsResult& settings, const TextStyle& style) {
+    Page page(output, style);
+    for (const SettingsResult::Value& value : settings.values) {
+        if (settings.values.size() > 1) page.raw(value.key).raw(" = ");
+        page.safe(value.text).endLine();
+    }
+}
+
+std::string recoverableSentence(std::size_t count) {
+    std::string sentence;
+    appendCount(sentence, count, "organized file");
+    return sentence + " can go back to where they came from.";
+}
+
+}  // namespace ordovan::cli

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "OrdovanCLI/Output.h"
+#include "OrdovanCLI/PlanView.h"
+#include "OrdovanCLI/Results.h"
+#include "OrdovanCore/Text.h"
+
+/// Results for reading. Whatever a name holds, it stays on its line and can not drive the terminal. Sizes and dates
+/// stand in front of names, so that columns hold without measuring names.
+namespace ordovan::cli {
+
+struct TextStyle {
+    bool isColoured = false;
+    text::TimeZone zone = text::TimeZone::utc();  ///< of the dates
+};
+
+/// The selected proposals by destination folder, then what needs review, what is skipped and what was not scanned,
+/// and the status line.
+void writeText(Output& output, const PlanView& view, const TextStyle& style);
+/// One sentence for the run, how many files went to which folder, and every file that stayed, with the reason.
+void writeText(Output& output, const RunReport& result, const TextStyle& style);
+void writeText(Output& output, const RecoveryResult& result, const TextStyle& style);
+void writeText(Output& output, std::span<const OrdovanRunRecord> history, const TextStyle& style);
+void writeText(Output& output, const OrdovanRuleSet& rules, const TextStyle& style);
+void writeText(Output& output, const SettingsResult& settings, const TextStyle& style);
+
+/// "12 organized files can go back to where they came from."
+[[nodiscard]] std::string recoverableSentence(std::size_t count);
+
+}  // namespace ordovan::cli
