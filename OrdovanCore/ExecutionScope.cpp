@@ -82,7 +82,7 @@ bool OrdovanHasSymlinkedParent(const Url& item, std::string_view canonicalRoot, 
     std::string_view folder = ordovan::parentPath(item.path());
     while (!folder.empty()) {
         const Url url = Url::file(folder);
-        if (canonical ? folder == canonicalRoot : canonicalPath(url) == canonicalRoot) return false;
+        if (canonical ? folder == canonicalRoot : canonicalPath(folder) == canonicalRoot) return false;
         if (fs.isSymlink(url)) return true;
         const std::string_view above = ordovan::parentPath(folder);
         if (above == folder) return false;
