@@ -1,5 +1,6 @@
 #include "OrdovanCore/platform/DirectoryReader.h"
 
+#include "OrdovanCore/platform/Descriptor.h"
 #include "OrdovanCore/platform/RealPath.h"
 
 #include <dirent.h>
@@ -16,6 +17,7 @@
 
 namespace {
 
+using ordovan::Descriptor;
 using ordovan::SharedText;
 
 /// Folders that another desktop shows as one file, by extension (lower case): applications and their parts, libraries
@@ -32,26 +34,7 @@ constexpr std::array<std::string_view, 36> packageExtensions = {
 /// Descriptors kept open along the chain of directories; the soft limit of a process is often 1,024.
 constexpr std::size_t openDescriptors = 128;
 
-constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK;
-
-/// A descriptor that closes itself.
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) noexcept : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
-    [[nodiscard]] int number() const noexcept { return number_; }
-    [[nodiscard]] bool isOpen() const noexcept { return number_ >= 0; }
-
-private:
-    int number_;
-};
+constexpr int openFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK;
 
 /// Names of one directory, laid out one behind the other.
 class NameList {
@@ -146,15 +129,14 @@ struct FileManagerDirectoryReader::Chain {
         unwindTo(path);
         Link link{std::string(path), {}, Descriptor()};
         if (links.empty()) {
-            link.descriptor = Descriptor(::open(link.path.c_str(), openFlags));
+            link.descriptor = Descriptor::open(link.path.c_str(), openFlags);
         } else {
             if (const auto reopened = reopenLast(); !reopened) return reopened;
             const std::string name(ordovan::lastPathComponent(path));
-            link.descriptor =
-                Descriptor(::openat(links.back().descriptor.number(), name.c_str(), openFlags | O_NOFOLLOW));
+            link.descriptor = Descriptor::openAt(links.back().descriptor.get(), name.c_str(), openFlags | O_NOFOLLOW);
         }
         struct stat status;
-        if (!link.descriptor.isOpen() || ::fstat(link.descriptor.number(), &status) != 0) {
+        if (!link.descriptor || ::fstat(link.descriptor.get(), &status) != 0) {
             return std::unexpected(OrdovanSystemError::posix(errno));
         }
         link.device = status.st_dev;
@@ -169,32 +151,32 @@ struct FileManagerDirectoryReader::Chain {
     /// Opens again what `enter` closed to save descriptors, and the directories above it, from the root downwards.
     /// ESTALE when another directory stands there now.
     OrdovanResult<void> reopenLast() {
-        if (links.back().descriptor.isOpen()) return {};
+        if (links.back().descriptor) return {};
         const std::size_t firstKept = links.size() > openDescriptors ? links.size() - openDescriptors : 0;
-        Descriptor above(::open(links.front().path.c_str(), openFlags));
+        Descriptor above = Descriptor::open(links.front().path.c_str(), openFlags);
         for (std::size_t i = 0; i < links.size(); ++i) {
             Link& link = links[i];
             if (i > 0) {
                 const std::string name(ordovan::lastPathComponent(link.path));
-                above = Descriptor(::openat(above.number(), name.c_str(), openFlags | O_NOFOLLOW));
+                above = Descriptor::openAt(above.get(), name.c_str(), openFlags | O_NOFOLLOW);
             }
             struct stat status;
-            if (!above.isOpen() || ::fstat(above.number(), &status) != 0) {
+            if (!above || ::fstat(above.get(), &status) != 0) {
                 return std::unexpected(OrdovanSystemError::posix(errno));
             }
             if (status.st_dev != link.device || status.st_ino != link.inode) {
                 return std::unexpected(OrdovanSystemError::posix(ESTALE));
             }
-            if (i >= firstKept) link.descriptor = Descriptor(::fcntl(above.number(), F_DUPFD_CLOEXEC, 0));
+            if (i >= firstKept) link.descriptor = Descriptor(::fcntl(above.get(), F_DUPFD_CLOEXEC, 0));
         }
-        if (!links.back().descriptor.isOpen()) return std::unexpected(OrdovanSystemError::posix(errno));
+        if (!links.back().descriptor) return std::unexpected(OrdovanSystemError::posix(errno));
         return {};
     }
 
     /// Reads the names in the last directory of the chain.
     OrdovanResult<void> listNames() {
         names.clear();
-        const int descriptor = links.back().descriptor.number();
+        const int descriptor = links.back().descriptor.get();
         for (;;) {
             const ssize_t count = ::getdents64(descriptor, buffer.data(), buffer.size());
             if (count < 0) return std::unexpected(OrdovanSystemError::posix(errno));
@@ -229,7 +211,7 @@ OrdovanResult<std::vector<OrdovanInventoryEntry>> FileManagerDirectoryReader::ch
     if (const auto listed = chain_->listNames(); !listed) return std::unexpected(listed.error());
 
     const std::vector<const char*>& names = chain_->names.sorted();
-    const int descriptor = chain_->links.back().descriptor.number();
+    const int descriptor = chain_->links.back().descriptor.get();
     const std::string_view slash = of.path().ends_with('/') ? "" : "/";
     std::vector<OrdovanInventoryEntry> entries;
     entries.reserve(names.size());

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "OrdovanCore/FileSystem.h"
+
+#include <memory>
+#include <span>
+
+namespace ordovan {
+
+/// The real disk for one run whose files are known beforehand: worker threads hash the next files while the run is
+/// still busy with the ones before them.
+///
+/// A hash made ahead is handed out only when the file is provably untouched since: still a regular file with the same
+/// device, inode, size, modification and status-change time (st_ctim, which no program can set), the latter old enough
+/// when the hash was made that a later change must show in it. Otherwise the file is hashed at the moment it is asked
+/// for, as without this class. Every other operation goes straight to the file system given.
+///
+/// Used by one thread. Destroying it stops the workers, in the middle of a file as well.
+class HashAheadFileSystem final : public OrdovanFileSystem {
+public:
+    /// `files`: what will be hashed, in about this order. `fs` outlives this object.
+    HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files);
+    ~HashAheadFileSystem() override;
+
+    bool exists(const Url& url) override { return fs_.exists(url); }
+    bool isRegularFile(const Url& url) override { return fs_.isRegularFile(url); }
+    bool isSymlink(const Url& url) override { return fs_.isSymlink(url); }
+    bool sameVolume(const Url& a, const Url& b) override { return fs_.sameVolume(a, b); }
+    OrdovanResult<void> createDirectory(const Url& url) override { return fs_.createDirectory(url); }
+    OrdovanResult<void> move(const Url& from, const Url& to) override { return fs_.move(from, to); }
+    OrdovanResult<void> copy(const Url& from, const Url& to) override { return fs_.copy(from, to); }
+    OrdovanResult<void> remove(const Url& url) override { return fs_.remove(url); }
+    OrdovanResult<std::int64_t> fileSize(const Url& url) override { return fs_.fileSize(url); }
+    OrdovanResult<std::string> contentHash(const Url& url) override;
+    OrdovanResult<std::string> fileIdentity(const Url& url) override { return fs_.fileIdentity(url); }
+    OrdovanResult<Url> trash(const Url& url) override { return fs_.trash(url); }
+
+    /// How many hashes made ahead were handed out so far.
+    [[nodiscard]] std::size_t handedOut() const noexcept { return handedOut_; }
+
+private:
+    class Queue;
+    OrdovanFileSystem& fs_;
+    std::unique_ptr<Queue> queue_;
+    std::size_t handedOut_ = 0;
+};
+
+}  // namespace ordovan
