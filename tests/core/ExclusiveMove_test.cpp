@@ -1,0 +1,282 @@
+#include "OrdovanCore/platform/ExclusiveMove.h"
+
+#include "tests/support/SecondVolume.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/Unprivileged.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <functional>
+#include <utility>
+
+using ordovan::MoveWays;
+using ordovan::test::BindMount;
+using ordovan::test::SecondVolume;
+using ordovan::test::TempFolder;
+
+namespace {
+
+/// What another program does at the next but `skip` examination of a path.
+std::function<void()> atExamination;
+int skip = 0;
+
+}  // namespace
+
+// Takes the place of the C library's, so that a test can act between two steps of a move.
+extern "C" int lstat(const char* path, struct stat* facts) noexcept {
+    if (atExamination && skip-- == 0) std::exchange(atExamination, nullptr)();
+    return static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, path, facts, AT_SYMLINK_NOFOLLOW));
+}
+
+namespace {
+
+constexpr MoveWays byLink{.rename = false, .link = true, .placeholder = false};
+constexpr MoveWays byPlaceholder{.rename = false, .link = false, .placeholder = true};
+constexpr MoveWays byLinkOrPlaceholder{.rename = false, .link = true, .placeholder = true};
+
+int move(const TempFolder& t, const char* from, const char* to, MoveWays ways) {
+    return ordovan::moveExclusively(t.path(from).c_str(), t.path(to).c_str(), ways);
+}
+
+::ino_t inode(const std::string& path) {
+    struct ::stat facts{};
+    return ::lstat(path.c_str(), &facts) == 0 ? facts.st_ino : 0;
+}
+
+/// Every way alone.
+class ExclusiveMove : public testing::TestWithParam<MoveWays> {};
+
+INSTANTIATE_TEST_SUITE_P(EveryWay, ExclusiveMove, testing::Values(MoveWays{true, false, false}, byLink, byPlaceholder),
+                         [](const auto& way) {
+                             return way.param.rename ? "Rename" : way.param.link ? "Link" : "Placeholder";
+                         });
+
+TEST_P(ExclusiveMove, KeepsContentAndIdentity) {
+    const TempFolder t;
+    t.write("a", "content");
+    const ::ino_t before = inode(t.path("a"));
+    EXPECT_EQ(move(t, "a", "b", GetParam()), 0);
+    EXPECT_EQ(t.read("b"), "content");
+    EXPECT_EQ(inode(t.path("b")), before);
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST_P(ExclusiveMove, NeverReplacesAFile) {
+    const TempFolder t;
+    t.write("a", "content");
+    t.write("b", "");
+    EXPECT_EQ(move(t, "a", "b", GetParam()), EEXIST);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(t.read("b"), "");
+}
+
+TEST_P(ExclusiveMove, NeverReplacesADanglingLink) {
+    const TempFolder t;
+    t.write("a", "content");
+    t.makeLink("b", "nowhere");
+    EXPECT_EQ(move(t, "a", "b", GetParam()), EEXIST);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(std::filesystem::read_symlink(t.path("b")), "nowhere");
+    EXPECT_FALSE(t.has("nowhere"));
+}
+
+TEST_P(ExclusiveMove, NeverReplacesAnotherNameOfTheSameFile) {
+    const TempFolder t;
+    t.write("a", "content");
+    std::filesystem::create_hard_link(t.path("a"), t.path("b"));
+    EXPECT_EQ(move(t, "a", "b", GetParam()), EEXIST);
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST_P(ExclusiveMove, MovesALinkItself) {
+    const TempFolder t;
+    t.write("target", "content");
+    t.makeLink("a", "target");
+    EXPECT_EQ(move(t, "a", "b", GetParam()), 0);
+    EXPECT_EQ(std::filesystem::read_symlink(t.path("b")), "target");
+    EXPECT_EQ(t.read("target"), "content");
+    EXPECT_FALSE(t.has("a"));
+}
+
+TEST_P(ExclusiveMove, LeavesNothingBehindWithoutASource) {
+    const TempFolder t;
+    EXPECT_EQ(move(t, "a", "b", GetParam()), ENOENT);
+    EXPECT_EQ(t.count(), 0u);
+}
+
+TEST_P(ExclusiveMove, RefusesAMissingFolder) {
+    const TempFolder t;
+    t.write("a", "content");
+    EXPECT_EQ(move(t, "a", "missing/b", GetParam()), ENOENT);
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+TEST_P(ExclusiveMove, RefusesAnotherVolumeAndLeavesNothingThere) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const TempFolder t;
+    const SecondVolume other;
+    t.write("a", "content");
+    EXPECT_EQ(ordovan::moveExclusively(t.path("a").c_str(), other.path("b").c_str(), GetParam()), EXDEV);
+    EXPECT_EQ(other.root().count(), 0u);
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+TEST_P(ExclusiveMove, RefusesAnotherMountOfTheSameDevice) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const TempFolder t;
+    t.write("a", "content");
+    t.makeFolder("shown");
+    const BindMount elsewhere(t.path("shown"));
+    EXPECT_EQ(ordovan::moveExclusively(t.path("a").c_str(), elsewhere.root().path("b").c_str(), GetParam()), EXDEV);
+    EXPECT_EQ(t.count("shown"), 0u);
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+TEST_P(ExclusiveMove, LeavesTheItemAloneWhenItsFolderMayNotChange) {
+    const TempFolder t;
+    t.write("locked/a", "content");
+    t.makeFolder("open");
+    ordovan::test::giveToUnprivileged(t.path());
+    ::chmod(t.path("locked").c_str(), 0500);
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return move(t, "locked/a", "open/b", GetParam()); }), EACCES);
+    EXPECT_EQ(t.read("locked/a"), "content");
+    EXPECT_EQ(t.count("open"), 0u);
+}
+
+TEST(ExclusiveMoveOfAFolder, TakesAnEmptyFolderAsPlaceholder) {
+    const TempFolder t;
+    t.write("a/inside", "content");
+    EXPECT_EQ(move(t, "a", "b", byLinkOrPlaceholder), 0);
+    EXPECT_EQ(t.read("b/inside"), "content");
+    EXPECT_FALSE(t.has("a"));
+}
+
+TEST(ExclusiveMoveOfAFolder, NeverReplacesAnEmptyFolder) {
+    const TempFolder t;
+    t.write("a/inside", "content");
+    t.makeFolder("b");
+    EXPECT_EQ(move(t, "a", "b", byLinkOrPlaceholder), EEXIST);
+    EXPECT_EQ(move(t, "a", "b", {}), EEXIST);
+    EXPECT_EQ(t.read("a/inside"), "content");
+    EXPECT_EQ(t.count("b"), 0u);
+}
+
+TEST(ExclusiveMoveOfAFolder, RefusesItsOwnInsideAndLeavesNothingThere) {
+    const TempFolder t;
+    t.makeFolder("a");
+    EXPECT_EQ(move(t, "a", "a/b", {}), EINVAL);
+    EXPECT_EQ(t.count("a"), 0u);
+}
+
+TEST(ExclusiveMoveByLink, TakesThePlaceholderWhereLinksAreRefused) {
+    // Links to folders are refused by every file system, links to files by FAT; the answer, EPERM, is the same.
+    if (!std::filesystem::exists("/proc/sys/fs/protected_hardlinks") || ::geteuid() != 0) {
+        GTEST_SKIP() << "NOT TESTED: only root can make a file that the kernel refuses to link";
+    }
+    const TempFolder t;
+    t.write("a", "another user's");
+    ::chmod(t.path("a").c_str(), 0600);
+    (void)!::lchown(t.path().c_str(), ordovan::test::unprivilegedUser, ordovan::test::unprivilegedUser);
+    const int linked = ordovan::test::unprivileged([&] { return move(t, "a", "b", byLink); });
+    if (linked != EPERM) GTEST_SKIP() << "NOT TESTED: hard links are not protected on this system";
+    EXPECT_EQ(t.count(), 1u);
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return move(t, "a", "b", byLinkOrPlaceholder); }), 0);
+    EXPECT_EQ(t.read("b"), "another user's");
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST(ExclusiveMoveByLink, LeavesAFileThatTookTheOldNameMeanwhile) {
+    const TempFolder t;
+    t.write("a", "old");
+    t.write("fresh", "new");
+    atExamination = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
+    skip = 1;  // after the link was made
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("a"), "new");
+    EXPECT_EQ(t.read("b"), "old");
+}
+
+TEST(ExclusiveMoveByLink, IsDoneWhenTheOldNameWentMeanwhile) {
+    const TempFolder t;
+    t.write("a", "old");
+    atExamination = [&] { std::filesystem::remove(t.path("a")); };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("b"), "old");
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST(ExclusiveMoveByPlaceholder, NeverReplacesWhatWasWrittenIntoThePlaceholder) {
+    const TempFolder t;
+    t.write("a", "content");
+    atExamination = [&] { t.write("b", "someone else's"); };
+    skip = 1;  // the first looks at the source
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), EEXIST);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(t.read("b"), "someone else's");
+}
+
+TEST(ExclusiveMoveByPlaceholder, NeverReplacesAFileThatTookThePlaceOfThePlaceholder) {
+    const TempFolder t;
+    t.write("a", "content");
+    t.write("other", "");
+    const ::ino_t other = inode(t.path("other"));
+    atExamination = [&] { std::filesystem::rename(t.path("other"), t.path("b")); };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), EEXIST);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(inode(t.path("b")), other);
+}
+
+TEST(ExclusiveMoveWithoutWays, ChangesNothing) {
+    const TempFolder t;
+    t.write("a", "content");
+    EXPECT_EQ(move(t, "a", "b", {false, false, false}), ENOTSUP);
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+std::string synced;
+
+TEST(DurableMove, FlushesTheFolderOfTheNewName) {
+    const TempFolder t;
+    t.write("a", "content");
+    synced.clear();
+    const auto sync = [](const char* item) {
+        synced = item;
+        return 0;
+    };
+    EXPECT_EQ(ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), {}, sync), 0);
+    EXPECT_EQ(synced, t.path("b"));
+    EXPECT_EQ(t.read("b"), "content");
+}
+
+TEST(DurableMove, GoesBackWhenTheFolderCanNotBeFlushed) {
+    const TempFolder t;
+    t.write("a", "content");
+    for (const MoveWays ways : {MoveWays{}, byLink, byPlaceholder}) {
+        const int error =
+            ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), ways, [](const char*) { return EIO; });
+        EXPECT_EQ(error, EIO);
+        EXPECT_EQ(t.read("a"), "content");
+        EXPECT_EQ(t.count(), 1u);
+    }
+}
+
+TEST(DurableMove, FlushesNothingWhenTheMoveFails) {
+    const TempFolder t;
+    t.write("a", "content");
+    t.write("b", "");
+    synced.clear();
+    const auto sync = [](const char* item) {
+        synced = item;
+        return 0;
+    };
+    EXPECT_EQ(ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), {}, sync), EEXIST);
+    EXPECT_EQ(synced, "");
+}
+
+}  // namespace
