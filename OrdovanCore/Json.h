@@ -17,11 +17,11 @@ namespace ordovan::json {
 
 /// The type a known member must have.
 enum class Type {
-    text,
+    text,     ///< of at most 1 MiB, without the NUL character
     integer,  ///< no fraction, no exponent, within 64 bits signed
-    number,   ///< any finite number
+    number,   ///< any finite number; the double next to it is handed over
     boolean,
-    texts,    ///< a list of texts
+    texts,  ///< a list of such texts
 };
 
 /// One known member of an object. All known members are required; unknown ones are read over, whatever they hold.
@@ -30,9 +30,9 @@ struct Member {
     Type type;
 };
 
-/// What a document may hold.
+/// What a document must hold. The reader keeps what the spans and views point to.
 struct Schema {
-    std::span<const Member> members;        ///< of the top object
+    std::span<const Member> members;        ///< of the top object; at most 63, as of each record
     std::string_view recordsKey;            ///< the member holding the list of records; empty for none
     std::span<const Member> recordMembers;  ///< of each record
 };
@@ -51,8 +51,9 @@ public:
 };
 
 /// A strict reader fed in pieces of any size. Refused with one sentence: anything that is not one well-formed JSON
-/// text (RFC 8259) in valid UTF-8, a repeated known member, a missing one, one of another type, an integer with a
-/// fraction or beyond 64 bits, nesting deeper than 32. No tree is built: memory is one record.
+/// text (RFC 8259) in valid UTF-8 without a byte order mark, a repeated known member, a missing one, one of another
+/// type, an integer with a fraction or beyond 64 bits, a number of more than 1,024 characters or with an exponent
+/// beyond 32 bits, nesting deeper than 32. No tree is built: memory is one record.
 class Reader {
 public:
     Reader(const Schema& schema, Receiver& receiver);
@@ -75,10 +76,11 @@ private:
                                                     Receiver& receiver);
 
 /// Appends a JSON string, quotes included. Bytes that are not UTF-8 become U+FFFD. Escaped are the quote, the
-/// backslash and control characters; "/" and everything else stand as they are.
+/// backslash and control characters (general category Cc, so that none reaches a terminal); "/" and everything else
+/// stand as they are.
 void appendText(std::string& out, std::string_view text);
 
-/// Appends the shortest decimal that reads back as the same number; whole numbers without a fraction.
+/// Appends the shortest decimal that reads back as the same number; whole numbers below 10^21 as their digits alone.
 /// Infinities and NaN, which JSON lacks, are written as 0.
 void appendNumber(std::string& out, double number);
 
