@@ -42,7 +42,8 @@ struct OrdovanRunHistory {
 
     /// The record in front of the others; the oldest fall off beyond 200.
     [[nodiscard]] OrdovanRunHistory adding(const OrdovanRunRecord& record) const;
-    /// Files moved by organize runs; an undo does not subtract.
+    /// Files moved by organize runs; an undo does not subtract. A sum beyond 64 bits is pinned to the last number
+    /// there.
     [[nodiscard]] std::int64_t totalOrganized() const;
 
     /// UTF-8 JSON, sorted keys, indented.

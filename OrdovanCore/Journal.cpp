@@ -1,0 +1,221 @@
+#include "OrdovanCore/Journal.h"
+
+#include "OrdovanCore/Json.h"
+
+#include <array>
+#include <charconv>
+#include <cstring>
+#include <unordered_set>
+#include <utility>
+
+namespace json = ordovan::json;
+
+/// What stands in front of an entry's texts: source, destination, content hash and file identity, one behind the
+/// other. The last one's size is what remains. There is no padding, since entries are compared byte by byte.
+struct OrdovanJournalEntry::Head {
+    std::int64_t byteSize;
+    std::uint32_t sourceSize;
+    std::uint32_t destinationSize;
+    std::uint32_t contentHashSize;
+    std::uint32_t sameVolume;
+};
+
+OrdovanJournalEntry::OrdovanJournalEntry(std::string_view source, std::string_view destination, bool sameVolume,
+                                         std::int64_t byteSize, std::string_view contentHash, std::string_view fileID) {
+    static_assert(std::has_unique_object_representations_v<Head>);
+    const Head head{byteSize, static_cast<std::uint32_t>(source.size()), static_cast<std::uint32_t>(destination.size()),
+                    static_cast<std::uint32_t>(contentHash.size()), sameVolume ? 1U : 0U};
+    const std::string_view headBytes(reinterpret_cast<const char*>(&head), sizeof head);
+    packed_ = ordovan::SharedText::joined({headBytes, source, destination, contentHash, fileID});
+}
+
+OrdovanJournalEntry::Head OrdovanJournalEntry::head() const noexcept {
+    Head head{};
+    if (!packed_.empty()) std::memcpy(&head, packed_.view().data(), sizeof head);  // empty once moved from
+    return head;
+}
+
+std::string_view OrdovanJournalEntry::source() const noexcept {
+    if (packed_.empty()) return {};
+    return packed_.view().substr(sizeof(Head), head().sourceSize);
+}
+
+std::string_view OrdovanJournalEntry::destination() const noexcept {
+    if (packed_.empty()) return {};
+    const Head head = this->head();
+    return packed_.view().substr(sizeof(Head) + head.sourceSize, head.destinationSize);
+}
+
+bool OrdovanJournalEntry::sameVolume() const noexcept {
+    return head().sameVolume != 0;
+}
+
+std::int64_t OrdovanJournalEntry::byteSize() const noexcept {
+    return head().byteSize;
+}
+
+std::string_view OrdovanJournalEntry::contentHash() const noexcept {
+    if (packed_.empty()) return {};
+    const Head head = this->head();
+    return packed_.view().substr(sizeof(Head) + head.sourceSize + head.destinationSize, head.contentHashSize);
+}
+
+std::string_view OrdovanJournalEntry::fileID() const noexcept {
+    if (packed_.empty()) return {};
+    const Head head = this->head();
+    return packed_.view().substr(sizeof(Head) + head.sourceSize + head.destinationSize + head.contentHashSize);
+}
+
+std::string describe(const OrdovanRecordError& error) {
+    if (const auto* sentence = std::get_if<std::string>(&error)) return *sentence;
+    const auto& refusal = std::get<OrdovanJournalError>(error);
+    if (refusal.kind == OrdovanJournalError::Case::unsupportedVersion) {
+        return "The record has format version " + std::to_string(refusal.value) + "; only version " +
+               std::to_string(OrdovanJournal::supportedVersion) + " can be read.";
+    }
+    return "The record has " + std::to_string(refusal.value) + " entries; at most " +
+           std::to_string(OrdovanJournal::maxEntries) + " can be read.";
+}
+
+namespace {
+
+constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
+
+void appendInteger(std::string& out, std::int64_t number) {
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+void appendEntry(std::string& out, const OrdovanJournalEntry& entry) {
+    out += "    {\n      \"byteSize\": ";
+    appendInteger(out, entry.byteSize());
+    out += ",\n      \"contentHash\": ";
+    json::appendText(out, entry.contentHash());
+    out += ",\n      \"destination\": ";
+    json::appendText(out, entry.destination());
+    out += ",\n      \"fileID\": ";
+    json::appendText(out, entry.fileID());
+    out += entry.sameVolume() ? ",\n      \"sameVolume\": true" : ",\n      \"sameVolume\": false";
+    out += ",\n      \"source\": ";
+    json::appendText(out, entry.source());
+    out += "\n    }";
+}
+
+constexpr std::array<json::Member, 2> journalMembers{{
+    {"createdAtEpoch", json::Type::number},
+    {"version", json::Type::integer},
+}};
+
+constexpr std::array<json::Member, 6> entryMembers{{
+    {"byteSize", json::Type::integer},
+    {"contentHash", json::Type::text},
+    {"destination", json::Type::text},
+    {"fileID", json::Type::text},
+    {"sameVolume", json::Type::boolean},
+    {"source", json::Type::text},
+}};
+
+constexpr json::Schema journalSchema{journalMembers, "entries", entryMembers};
+
+/// Collects the entries up to the limit and counts those beyond it.
+class JournalReceiver : public json::Receiver {
+public:
+    bool member(std::size_t index, const json::Value& value, std::string&) override {
+        if (index == 0) journal.createdAtEpoch = std::get<double>(value);
+        if (index == 1) journal.version = std::get<std::int64_t>(value);
+        return true;
+    }
+
+    bool record(std::span<const json::Value> values, std::string&) override {
+        ++count;
+        if (count > OrdovanJournal::maxEntries) return true;
+        journal.entries.emplace_back(std::get<std::string_view>(values[5]), std::get<std::string_view>(values[2]),
+                                     std::get<bool>(values[4]), std::get<std::int64_t>(values[0]),
+                                     std::get<std::string_view>(values[1]), std::get<std::string_view>(values[3]));
+        return true;
+    }
+
+    OrdovanJournal journal;
+    std::size_t count = 0;
+};
+
+}  // namespace
+
+bool OrdovanJournal::encode(const Sink& sink) const {
+    std::string piece;
+    piece.reserve(encodedPieceSize + 16 * 1024);
+    piece += "{\n  \"createdAtEpoch\": ";
+    json::appendNumber(piece, createdAtEpoch);
+    piece += ",\n  \"entries\": [";
+    bool first = true;
+    for (const OrdovanJournalEntry& entry : entries) {
+        piece += first ? "\n" : ",\n";
+        first = false;
+        appendEntry(piece, entry);
+        if (piece.size() < encodedPieceSize) continue;
+        if (!sink(piece)) return false;
+        piece.clear();
+    }
+    piece += entries.empty() ? "]" : "\n  ]";
+    piece += ",\n  \"version\": ";
+    appendInteger(piece, version);
+    piece += "\n}\n";
+    return sink(piece);
+}
+
+std::string OrdovanJournal::encoded() const {
+    std::string text;
+    encode([&text](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return text;
+}
+
+std::expected<OrdovanJournal, OrdovanRecordError> OrdovanJournal::decoded(std::string_view from) {
+    OrdovanJournalDecoder decoder;
+    decoder.feed(from);
+    return decoder.finish();
+}
+
+OrdovanJournal OrdovanJournal::appending(const OrdovanJournal& other) const {
+    std::unordered_set<std::string_view> replaced;
+    replaced.reserve(other.entries.size());
+    for (const OrdovanJournalEntry& entry : other.entries) replaced.insert(entry.destination());
+    OrdovanJournal joined{version, other.createdAtEpoch, {}};
+    joined.entries.reserve(entries.size() + other.entries.size());
+    for (const OrdovanJournalEntry& entry : entries) {
+        if (!replaced.contains(entry.destination())) joined.entries.push_back(entry);
+    }
+    joined.entries.insert(joined.entries.end(), other.entries.begin(), other.entries.end());
+    return joined;
+}
+
+struct OrdovanJournalDecoder::State {
+    JournalReceiver receiver;
+    json::Reader reader{journalSchema, receiver};
+};
+
+OrdovanJournalDecoder::OrdovanJournalDecoder() : state_(std::make_unique<State>()) {}
+
+OrdovanJournalDecoder::~OrdovanJournalDecoder() = default;
+
+bool OrdovanJournalDecoder::feed(std::string_view piece) {
+    return state_->reader.feed(piece).has_value();
+}
+
+std::expected<OrdovanJournal, OrdovanRecordError> OrdovanJournalDecoder::finish() {
+    if (auto finished = state_->reader.finish(); !finished) {
+        return std::unexpected(OrdovanRecordError(std::move(finished.error())));
+    }
+    OrdovanJournal& journal = state_->receiver.journal;
+    using enum OrdovanJournalError::Case;
+    if (journal.version != OrdovanJournal::supportedVersion) {
+        return std::unexpected(OrdovanJournalError{unsupportedVersion, journal.version});
+    }
+    if (state_->receiver.count > OrdovanJournal::maxEntries) {
+        const auto count = static_cast<std::int64_t>(state_->receiver.count);
+        return std::unexpected(OrdovanJournalError{tooLarge, count});
+    }
+    return std::move(journal);
+}
