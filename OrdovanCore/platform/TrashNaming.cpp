@@ -9,9 +9,6 @@ namespace ordovan {
 
 namespace {
 
-constexpr std::size_t maxNameBytes = 255;  // NAME_MAX
-constexpr std::string_view infoSuffix = ".trashinfo";
-
 bool continuesSequence(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
@@ -27,8 +24,8 @@ std::string_view cutAtBoundary(std::string_view text, std::size_t size) {
 
 }  // namespace
 
-std::string trashedName(std::string_view name, unsigned attempt) {
-    constexpr std::size_t room = maxNameBytes - infoSuffix.size();
+std::string trashedName(std::string_view name, unsigned attempt, std::size_t maxNameBytes) {
+    const std::size_t room = maxNameBytes - trashInfoSuffix.size();
     const std::string number = attempt > 1 ? ' ' + std::to_string(attempt) : std::string();
 
     const std::string_view extension = pathExtension(name);

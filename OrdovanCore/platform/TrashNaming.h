@@ -1,15 +1,20 @@
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <string>
 #include <string_view>
 
 namespace ordovan {
 
+/// What an info file's name has behind the item's.
+inline constexpr std::string_view trashInfoSuffix = ".trashinfo";
+
 /// The name an item gets in a Trash at a given attempt, counted from 1. The first is the item's own name; later ones
 /// carry their number in front of the extension ("report 2.pdf"). Shortened, before the number and where possible
-/// before the extension, so that name and ".trashinfo" fit in 255 bytes (NAME_MAX); a UTF-8 sequence is never split.
-[[nodiscard]] std::string trashedName(std::string_view name, unsigned attempt);
+/// before the extension, so that name and `trashInfoSuffix` fit in `maxNameBytes` (at least 64; NAME_MAX is 255); a
+/// UTF-8 sequence is never split.
+[[nodiscard]] std::string trashedName(std::string_view name, unsigned attempt, std::size_t maxNameBytes = 255);
 
 /// The content of an item's info file (freedesktop.org Trash specification 1.0): `path` as it is to be stored, its
 /// bytes percent-encoded here (RFC 2396; all but unreserved characters and "/"), and the time of deletion in local

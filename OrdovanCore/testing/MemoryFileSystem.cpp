@@ -64,7 +64,7 @@ std::expected<std::string, int> moveIntoTrash(MemoryTree& tree, const MemoryTree
     }
     for (unsigned attempt = 1; attempt <= maxAttempts; ++attempt) {
         const std::string name = trashedName(item.name, attempt);
-        const auto info = tree.locate(trash + "/info/" + name + ".trashinfo", false);
+        const auto info = tree.locate(trash + "/info/" + name + std::string(trashInfoSuffix), false);
         const auto there = tree.locate(trash + "/files/" + name, false);
         if (!info || !there) return std::unexpected(!info ? info.error() : there.error());
         if (info->node || there->node) continue;
