@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <thread>
 #include <vector>
 
@@ -106,10 +108,12 @@ TEST(HashAhead, WorksAheadOfARunThatIsBusy) {
 TEST(HashAhead, EndsItsWorkersWhenARunIsAbandoned) {
     const TempFolder folder;
     const std::vector<Url> files = writeFiles(folder, 300);
+    const auto threadsBefore = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
     SystemFileSystem disk;
     for (int i = 0; i < 20; ++i) {
         HashAheadFileSystem ahead(disk, files);
         if (i % 2 == 0) static_cast<void>(ahead.contentHash(files[static_cast<std::size_t>(i)]));
     }
-    SUCCEED();
+    const std::filesystem::directory_iterator threads("/proc/self/task");
+    EXPECT_EQ(threadsBefore, std::distance(threads, std::filesystem::directory_iterator()));
 }
