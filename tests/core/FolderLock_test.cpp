@@ -1,0 +1,196 @@
+#include "OrdovanCore/platform/FolderLock.h"
+
+#include "tests/support/Results.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/Unprivileged.h"
+
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+
+using ordovan::FolderLock;
+using ordovan::test::error;
+using ordovan::test::TempFolder;
+
+namespace {
+
+/// What happens when a lock is asked for next, or the errno with which that is refused.
+std::function<int()> atLocking;
+
+}  // namespace
+
+// Takes the place of the C library's, so that a test can act while a lock is waited for.
+extern "C" int flock(int file, int operation) noexcept {
+    const int refused = atLocking ? std::exchange(atLocking, nullptr)() : 0;
+    if (refused == 0) return static_cast<int>(::syscall(SYS_flock, file, operation));
+    errno = refused;
+    return -1;
+}
+
+namespace {
+
+TEST(FolderLock, ExcludesAnother) {
+    const TempFolder t;
+    const auto first = FolderLock::tryAcquire(t.url());
+    ASSERT_TRUE(first);
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url())), EWOULDBLOCK);
+}
+
+TEST(FolderLock, LeavesOtherFoldersAlone) {
+    const TempFolder t;
+    const auto outer = FolderLock::tryAcquire(t.url());
+    EXPECT_TRUE(FolderLock::tryAcquire(t.makeFolder("inner")));
+}
+
+TEST(FolderLock, EndsWithItsObject) {
+    const TempFolder t;
+    {
+        const auto first = FolderLock::tryAcquire(t.url());
+    }
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url()));
+}
+
+TEST(FolderLock, MovesWithItsObject) {
+    const TempFolder t;
+    std::optional<FolderLock> kept;
+    {
+        auto first = FolderLock::tryAcquire(t.url());
+        kept = std::move(*first);
+    }
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url())), EWOULDBLOCK);
+    kept.reset();
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url()));
+}
+
+TEST(FolderLock, GivesItsOldFolderUpWhenAssigned) {
+    const TempFolder t;
+    {
+        auto a = FolderLock::tryAcquire(t.makeFolder("a"));
+        auto b = FolderLock::tryAcquire(t.makeFolder("b"));
+        *a = std::move(*b);
+        EXPECT_EQ(error(FolderLock::tryAcquire(t.url("b"))), EWOULDBLOCK);
+    }
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url("a")));
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url("b")));
+}
+
+TEST(FolderLock, EndsWithItsProcess) {
+    const TempFolder t;
+    int held[2], end[2];
+    ASSERT_EQ(::pipe(held), 0);
+    ASSERT_EQ(::pipe(end), 0);
+    const ::pid_t child = ::fork();
+    if (child == 0) {
+        const auto lock = FolderLock::tryAcquire(t.url());
+        char byte = lock ? 'y' : 'n';
+        if (::write(held[1], &byte, 1) != 1 || ::read(end[0], &byte, 1) != 1) ::_exit(1);
+        ::_exit(0);  // without a destructor, as a killed process
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(held[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 'y');
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url())), EWOULDBLOCK);
+    ASSERT_EQ(::write(end[1], &byte, 1), 1);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url()));
+    for (const int pipe : {held[0], held[1], end[0], end[1]}) ::close(pipe);
+}
+
+TEST(FolderLock, LeavesNoFileBehind) {
+    const TempFolder t;
+    const auto lock = FolderLock::tryAcquire(t.url());
+    EXPECT_EQ(t.count(), 0u);
+}
+
+TEST(FolderLock, WantsAFolder) {
+    const TempFolder t;
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url("missing"))), ENOENT);
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.write("file", ""))), ENOTDIR);
+    EXPECT_EQ(error(FolderLock::acquire(t.url("file"))), EEXIST);
+    EXPECT_EQ(error(FolderLock::tryAcquire(Url::file("relative"))), EINVAL);
+    EXPECT_EQ(error(FolderLock::acquire(Url::file("relative"))), EINVAL);
+}
+
+TEST(FolderLock, WantsAFolderThatMayBeRead) {
+    const TempFolder t;
+    t.makeFolder("closed");
+    ordovan::test::giveToUnprivileged(t.path());
+    ::chmod(t.path("closed").c_str(), 0);
+    EXPECT_EQ(ordovan::test::errorUnprivileged([&] { return FolderLock::tryAcquire(t.url("closed")); }), EACCES);
+    EXPECT_EQ(ordovan::test::errorUnprivileged([&] { return FolderLock::acquire(t.url("closed")); }), EACCES);
+}
+
+TEST(FolderLock, MakesTheFolderItWaitsFor) {
+    const TempFolder t;
+    const auto lock = FolderLock::acquire(t.url("made/too"));
+    ASSERT_TRUE(lock);
+    struct ::stat facts{};
+    ASSERT_EQ(::stat(t.path("made/too").c_str(), &facts), 0);
+    EXPECT_EQ(facts.st_mode & 07777, 0700u);
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url("made/too"))), EWOULDBLOCK);
+}
+
+TEST(FolderLock, WaitsUntilTheOtherIsDone) {
+    const TempFolder t;
+    auto first = std::optional(FolderLock::tryAcquire(t.url()));
+    ASSERT_TRUE(*first);
+    std::mutex mutex;
+    std::string order;
+    std::thread second([&] {
+        const auto lock = FolderLock::acquire(t.url());
+        const std::scoped_lock guard(mutex);
+        order += lock ? "second" : "failed";
+    });
+    {
+        const std::scoped_lock guard(mutex);
+        order += "first ";
+    }
+    first.reset();
+    second.join();
+    EXPECT_EQ(order, "first second");
+}
+
+TEST(FolderLock, IsOnTheFolderThatBearsTheNameAfterTheWait) {
+    const TempFolder t;
+    t.makeFolder("folder");
+    atLocking = [&] {
+        std::filesystem::rename(t.path("folder"), t.path("elsewhere"));
+        t.makeFolder("folder");
+        return 0;
+    };
+    const auto lock = FolderLock::acquire(t.url("folder"));
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url("folder"))), EWOULDBLOCK);
+    EXPECT_TRUE(FolderLock::tryAcquire(t.url("elsewhere")));
+}
+
+TEST(FolderLock, IsAskedForAgainAfterASignal) {
+    const TempFolder t;
+    atLocking = [] { return EINTR; };
+    const auto lock = FolderLock::tryAcquire(t.url());
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(error(FolderLock::tryAcquire(t.url())), EWOULDBLOCK);
+}
+
+TEST(FolderLock, ExcludesNobodyWhereThereAreNoLocks) {
+    for (const int refusal : {ENOLCK, ENOTSUP}) {
+        const TempFolder t;
+        atLocking = [=] { return refusal; };
+        EXPECT_TRUE(FolderLock::tryAcquire(t.url()));
+        atLocking = [=] { return refusal; };
+        EXPECT_TRUE(FolderLock::acquire(t.url()));
+    }
+}
+
+}  // namespace
