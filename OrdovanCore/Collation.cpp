@@ -257,8 +257,8 @@ std::span<const std::uint32_t> StandardSorter::order(std::span<const std::string
     return state_->order;
 }
 
-std::span<const std::uint32_t> StandardSorter::order(std::span<const std::string_view> texts,
-                                                     std::span<const std::string_view> second) {
+std::span<const std::uint32_t> StandardSorter::order(
+    std::span<const std::string_view> texts, const std::function<std::string_view(std::size_t position)>& second) {
     state_->sort(texts);
     std::vector<std::uint32_t>& order = state_->order;
     for (std::size_t begin = 0; begin < order.size();) {
@@ -266,7 +266,7 @@ std::span<const std::uint32_t> StandardSorter::order(std::span<const std::string
         while (end < order.size() && state_->equalToPrevious[end]) ++end;
         std::stable_sort(
             order.begin() + static_cast<std::ptrdiff_t>(begin), order.begin() + static_cast<std::ptrdiff_t>(end),
-            [&](std::uint32_t a, std::uint32_t b) { return state_->collation.compare(second[a], second[b]) < 0; });
+            [&](std::uint32_t a, std::uint32_t b) { return state_->collation.compare(second(a), second(b)) < 0; });
         begin = end;
     }
     return order;

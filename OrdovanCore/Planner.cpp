@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 using ordovan::SharedText;
 
@@ -123,6 +124,22 @@ private:
     std::vector<bool> contested_;
 };
 
+/// Puts at each place the value that `sources` names for it, along the cycles of the permutation; `sources` is used up.
+template <class Value>
+void moveToPlaces(std::vector<Value>& values, std::vector<std::uint32_t>& sources) {
+    for (std::uint32_t start = 0; start < sources.size(); ++start) {
+        if (sources[start] == start) continue;
+        Value held = std::move(values[start]);
+        std::uint32_t place = start;
+        while (sources[place] != start) {
+            values[place] = std::move(values[sources[place]]);
+            place = std::exchange(sources[place], place);
+        }
+        values[place] = std::move(held);
+        sources[place] = place;
+    }
+}
+
 /// Puts values in standard order of a path, and those with equal paths in that of a second one. The paths all lie
 /// under `root`, which is left out of the comparison: what all have in common decides nothing.
 template <class Value, class PathOf, class SecondPathOf>
@@ -135,18 +152,56 @@ void sortByPath(std::vector<Value>& values, const Url& root, PathOf pathOf, Seco
     };
     const bool allBelow = std::ranges::all_of(
         values, [&](const Value& value) { return belowRoot(pathOf(value)).size() < pathOf(value).size(); });
-    std::vector<std::string_view> paths, seconds;
+    std::vector<std::string_view> paths;
     paths.reserve(values.size());
-    seconds.reserve(values.size());
-    for (const Value& value : values) {
-        paths.push_back(allBelow ? belowRoot(pathOf(value)) : pathOf(value));
-        seconds.push_back(secondPathOf(value));
-    }
+    for (const Value& value : values) paths.push_back(allBelow ? belowRoot(pathOf(value)) : pathOf(value));
     ordovan::text::StandardSorter sorter;
-    std::vector<Value> sorted;
-    sorted.reserve(values.size());
-    for (const std::uint32_t position : sorter.order(paths, seconds)) sorted.push_back(std::move(values[position]));
-    values = std::move(sorted);
+    const auto order = sorter.order(paths, [&](std::size_t position) { return secondPathOf(values[position]); });
+    std::vector<std::uint32_t> places(order.begin(), order.end());
+    moveToPlaces(values, places);
+}
+
+/// Gives every file a provisional proposal or a skip.
+void propose(std::span<const OrdovanInventoryEntry> files, OrdovanProposalPlanner::Proposer proposer,
+             const std::optional<MonthFolders>& months, OrdovanPlanResult& plan) {
+    plan.proposals.reserve(files.size());
+    for (const OrdovanInventoryEntry& file : files) {
+        if (!file.isRegularFile()) {
+            plan.skipped.push_back({file.url, "Not a regular file."});
+            continue;
+        }
+        if (!ordovan::text::isUtf8(file.url.path())) {
+            plan.skipped.push_back({file.url, "Could not evaluate this file."});
+            continue;
+        }
+        std::optional<std::string> month;
+        if (months && file.modifiedEpoch) month = months->name(*file.modifiedEpoch);
+        if (auto proposal = proposer.preview(file.url, month)) {
+            plan.proposals.push_back(std::move(*proposal));
+        } else {
+            plan.skipped.push_back({file.url, message(proposal.error())});
+        }
+    }
+}
+
+/// Turns the proposals whose destination is taken or contested into conflicts.
+void separateConflicts(OrdovanPlanResult& plan, const std::unordered_set<std::string>& preexistingPaths,
+                       bool caseInsensitive) {
+    using enum OrdovanPlanConflict::Kind;
+    const Destinations destinations(plan.proposals, preexistingPaths, caseInsensitive);
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < plan.proposals.size(); ++i) {
+        OrdovanFileProposal& proposal = plan.proposals[i];
+        if (destinations.isOccupied(i)) {
+            plan.conflicts.push_back({proposal.source, proposal.destination, destinationOccupied});
+        } else if (destinations.isContested(i)) {
+            plan.conflicts.push_back({proposal.source, proposal.destination, duplicateDestination});
+        } else {
+            if (kept != i) plan.proposals[kept] = std::move(proposal);
+            ++kept;
+        }
+    }
+    plan.proposals.resize(kept);
 }
 
 }  // namespace
@@ -160,41 +215,9 @@ OrdovanPlanResult OrdovanPlanner::plan(std::span<const OrdovanInventoryEntry> fi
                                        bool caseInsensitive, const OrdovanRuleSet& rules, bool groupByMonth,
                                        const ordovan::text::TimeZone& timeZone) {
     OrdovanPlanResult plan;
-    std::vector<OrdovanFileProposal> provisional;
-    provisional.reserve(files.size());
-    OrdovanProposalPlanner::Proposer proposer(authorizedRoot, outputRoot, rules);
-    std::optional<MonthFolders> months;
-    if (groupByMonth) months.emplace(timeZone);
-    for (const OrdovanInventoryEntry& file : files) {
-        if (!file.isRegularFile()) {
-            plan.skipped.push_back({file.url, "Not a regular file."});
-            continue;
-        }
-        if (!ordovan::text::isUtf8(file.url.path())) {
-            plan.skipped.push_back({file.url, "Could not evaluate this file."});
-            continue;
-        }
-        std::optional<std::string> month;
-        if (months && file.modifiedEpoch) month = months->name(*file.modifiedEpoch);
-        if (auto proposal = proposer.preview(file.url, month)) {
-            provisional.push_back(std::move(*proposal));
-        } else {
-            plan.skipped.push_back({file.url, message(proposal.error())});
-        }
-    }
-
-    const Destinations destinations(provisional, preexistingPaths, caseInsensitive);
-    for (std::size_t i = 0; i < provisional.size(); ++i) {
-        using enum OrdovanPlanConflict::Kind;
-        OrdovanFileProposal& proposal = provisional[i];
-        if (destinations.isOccupied(i)) {
-            plan.conflicts.push_back({proposal.source, proposal.destination, destinationOccupied});
-        } else if (destinations.isContested(i)) {
-            plan.conflicts.push_back({proposal.source, proposal.destination, duplicateDestination});
-        } else {
-            plan.proposals.push_back(std::move(proposal));
-        }
-    }
+    propose(files, OrdovanProposalPlanner::Proposer(authorizedRoot, outputRoot, rules),
+            groupByMonth ? std::optional<MonthFolders>(timeZone) : std::nullopt, plan);
+    separateConflicts(plan, preexistingPaths, caseInsensitive);
 
     const auto sourceOf = [](const auto& item) { return item.source.path(); };
     const auto destinationOf = [](const OrdovanFileProposal& proposal) { return proposal.destination.path(); };

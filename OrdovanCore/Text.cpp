@@ -59,11 +59,14 @@ bool isAscii(std::string_view bytes) noexcept {
 }
 
 bool isUtf8(std::string_view bytes) noexcept {
-    if (isAscii(bytes)) return true;
-    if (isTooLong(bytes)) return false;
+    if (isTooLong(bytes)) return isAscii(bytes);
     const std::uint8_t* const data = bytesOf(bytes);
     const auto size = static_cast<std::int32_t>(bytes.size());
     for (std::int32_t i = 0; i < size;) {
+        if (i + 8 <= size && isAscii(bytes.substr(static_cast<std::size_t>(i), 8))) {
+            i += 8;
+            continue;
+        }
         UChar32 point;
         U8_NEXT(data, i, size, point);
         if (point < 0) return false;
@@ -72,9 +75,9 @@ bool isUtf8(std::string_view bytes) noexcept {
 }
 
 bool isComposed(std::string_view utf8) {
-    if (isAscii(utf8) || !isUtf8(utf8)) return true;
+    if (isAscii(utf8) || isTooLong(utf8)) return true;
     UErrorCode status = U_ZERO_ERROR;
-    return nfc()->isNormalizedUTF8(pieceOf(utf8), status) != 0 || U_FAILURE(status);
+    return nfc()->isNormalizedUTF8(pieceOf(utf8), status) != 0 || U_FAILURE(status) || !isUtf8(utf8);
 }
 
 std::string composed(std::string_view utf8) {

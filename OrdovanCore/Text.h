@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -81,9 +82,9 @@ public:
     /// The result stands until the next call. At most 2^32 - 1 texts.
     std::span<const std::uint32_t> order(std::span<const std::string_view> texts);
 
-    /// The same; texts that compare as equal are ordered by the text at the same position of `second`.
+    /// The same; texts that compare as equal are ordered by the text that `second` gives for their position.
     std::span<const std::uint32_t> order(std::span<const std::string_view> texts,
-                                         std::span<const std::string_view> second);
+                                         const std::function<std::string_view(std::size_t position)>& second);
 
 private:
     struct State;

@@ -1,5 +1,6 @@
 #include "OrdovanCore/Url.h"
 
+#include <cstring>
 #include <vector>
 
 using ordovan::SharedText;
@@ -43,13 +44,23 @@ std::string_view schemeOf(std::string_view text) {
 }  // namespace
 
 namespace ordovan {
+namespace {
+
+/// As `rfind`, which looks at one byte at a time.
+std::size_t lastSlash(std::string_view path) noexcept {
+    const void* const found = path.empty() ? nullptr : ::memrchr(path.data(), '/', path.size());
+    return found == nullptr ? std::string_view::npos
+                            : static_cast<std::size_t>(static_cast<const char*>(found) - path.data());
+}
+
+}  // namespace
 
 std::string_view lastPathComponent(std::string_view path) noexcept {
     std::size_t end = path.size();
     while (end > 1 && path[end - 1] == '/') --end;
     path = path.substr(0, end);
     if (path == "/") return path;
-    const std::size_t slash = path.rfind('/');
+    const std::size_t slash = lastSlash(path);
     return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
@@ -63,7 +74,7 @@ std::string_view pathExtension(std::string_view path) noexcept {
 std::string_view parentPath(std::string_view path) noexcept {
     std::size_t end = path.size();
     while (end > 1 && path[end - 1] == '/') --end;
-    const std::size_t slash = path.substr(0, end).rfind('/');
+    const std::size_t slash = lastSlash(path.substr(0, end));
     if (slash == std::string_view::npos) return {};
     end = slash;
     while (end > 0 && path[end - 1] == '/') --end;

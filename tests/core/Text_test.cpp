@@ -108,7 +108,7 @@ TEST(StandardSorter, OrdersEqualTextsByTheSecondOnes) {
     const std::vector<std::string_view> first = {"x", "X", "x", "a"};
     const std::vector<std::string_view> second = {"c", "b", "a", "z"};
     text::StandardSorter sorter;
-    const auto order = sorter.order(first, second);
+    const auto order = sorter.order(first, [&](std::size_t position) { return second[position]; });
     EXPECT_EQ(std::vector<std::uint32_t>(order.begin(), order.end()), (std::vector<std::uint32_t>{3, 2, 1, 0}));
 }
 
