@@ -39,7 +39,7 @@ OrdovanResult<void> Relocator::inFolder(const Url& folder, const Operation& oper
 Relocation Relocator::rename(const Url& from, const Url& to, const Url& folder, const std::string& identity) {
     const auto moved = inFolder(folder, [&] { return fs_.move(from, to); });
     if (moved && fs_.isRegularFile(to)) return {End::done, true};
-    if (hasMoved(from, to, identity)) return {End::done, true};
+    if (hasMoved(from, to, identity, identity)) return {End::done, true};
     return moved ? Relocation{End::didNotLand, true} : Relocation{End::moveFailed, true, moved.error()};
 }
 
@@ -47,8 +47,9 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, c
     const Url partial = OrdovanPartialName::beside(to);
     const auto copied = inFolder(folder, [&] { return fs_.copy(from, partial); });
     if (!copied) {
-        // A name that was taken is not ours to remove.
-        if (copied.error() != OrdovanSystemError::posix(EEXIST)) (void)fs_.remove(partial);
+        // A name that was taken is not ours to remove, unless it was the reply to our own success that got lost.
+        const bool taken = copied.error() == OrdovanSystemError::posix(EEXIST);
+        if (!taken || fs_.contentHash(partial) == was.contentHash) (void)fs_.remove(partial);
         return {End::copyFailed, false, copied.error()};
     }
     const auto hash = fs_.contentHash(partial);
@@ -75,7 +76,7 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, c
 /// that is not seen counts as gone only while the copy is seen: a volume that answers nothing proves nothing.
 Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity,
                                       const Fingerprint& was) {
-    if (isGone(from)) return {isThere(to, copyIdentity) ? End::done : End::originalStays};
+    if (isGone(from)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
     const auto size = fs_.fileSize(from);
     if (!isThere(from, was.identity) || !size || *size != was.byteSize) {
         if (isThere(to, copyIdentity)) (void)fs_.remove(to);
@@ -86,7 +87,7 @@ Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std:
         if (isThere(to, copyIdentity)) (void)fs_.remove(to);
         return {End::originalStays};
     }
-    return {removed || isThere(to, copyIdentity) ? End::done : End::originalStays};
+    return {removed || hasMoved(from, to, was.identity, copyIdentity) ? End::done : End::originalStays};
 }
 
 bool Relocator::isThere(const Url& url, const std::string& identity) {
@@ -99,8 +100,15 @@ bool Relocator::isGone(const Url& url) {
     return !fs_.isRegularFile(url) && !fs_.exists(url) && !fs_.isSymlink(url);
 }
 
-bool Relocator::hasMoved(const Url& from, const Url& to, const std::string& identity) {
-    return isThere(to, identity) && !isThere(from, identity);
+bool Relocator::mayBeThere(const Url& url, const std::string& identity) {
+    if (!fs_.isRegularFile(url)) return false;
+    const auto found = fs_.fileIdentity(url);
+    return !found || *found == identity;
+}
+
+bool Relocator::hasMoved(const Url& from, const Url& to, const std::string& identityBefore,
+                         const std::string& identityAfter) {
+    return mayBeThere(to, identityAfter) && !mayBeThere(from, identityBefore);
 }
 
 void Relocator::discardPartial(const Url& partial, const Url& original) {

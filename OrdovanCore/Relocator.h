@@ -55,9 +55,12 @@ private:
     Relocation carry(const Url& from, const Url& to, const Url& folder, const Fingerprint& was);
     Relocation replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity, const Fingerprint& was);
 
+    /// Seen to be there, beyond doubt: reason enough to remove something else.
     bool isThere(const Url& url, const std::string& identity);
+    /// A regular file is there, and its identity says nothing against its being this one.
+    bool mayBeThere(const Url& url, const std::string& identity);
     bool isGone(const Url& url);
-    bool hasMoved(const Url& from, const Url& to, const std::string& identity);
+    bool hasMoved(const Url& from, const Url& to, const std::string& identityBefore, const std::string& identityAfter);
     void discardPartial(const Url& partial, const Url& original);
 
     OrdovanFileSystem& fs_;
