@@ -105,7 +105,7 @@ const std::array<OptionSpec, optionCount> options = {{
      true,
      only({Command::undo}),
      {},
-     "Put back only this organized file, named by where it is now"},
+     "Put back only this file, named by where it is now"},
     {Option::kind, "--kind", "KIND", false, only({Command::history}), Option::clear,
      "Show only runs of this kind: organize, undo, trash or restoreTrash"},
     {Option::clear, "--clear", "", false, only({Command::history}), {}, "Empty the history"},

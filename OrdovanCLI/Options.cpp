@@ -137,6 +137,17 @@ void appendRow(std::string& out, std::string_view left, std::string_view right) 
     out.append(right).push_back('\n');
 }
 
+/// Words on as few lines as they fit.
+void appendParagraph(std::string& out, std::string_view words) {
+    constexpr std::size_t width = 80;
+    while (words.size() > width) {
+        const std::size_t space = words.rfind(' ', width);
+        out.append(words.substr(0, space)).push_back('\n');
+        words.remove_prefix(space + 1);
+    }
+    out.append(words).push_back('\n');
+}
+
 void appendOptions(std::string& out, const std::function<bool(const OptionSpec&)>& isShown) {
     for (const OptionSpec& option : optionTable()) {
         if (!isShown(option)) continue;
@@ -166,7 +177,8 @@ std::string commandHelp(const CommandSpec& command) {
     std::string out = "Usage: ordovan-cli " + std::string(command.name);
     if (!command.actions.empty()) out += " [ACTION]";
     if (!command.arguments.empty()) out.append(" ").append(command.arguments);
-    out.append(" [OPTIONS]\n\n").append(command.summary).append(". ").append(command.details).push_back('\n');
+    out.append(" [OPTIONS]\n\n").append(command.summary).append(".\n\n");
+    appendParagraph(out, command.details);
     if (!command.actions.empty()) out += "\nActions:\n";
     for (const ActionSpec& action : command.actions) {
         std::string left(action.name);
