@@ -104,6 +104,9 @@ std::expected<std::string, int> place(const TrashItem& item, const TrashFolder& 
     const std::size_t longest = maxNameBytes(trash);
     for (unsigned attempt = 1; attempt <= maxAttempts; ++attempt) {
         std::string name = trashedName(item.name, attempt, longest);
+        // Where one name was taken many may be, and this is quicker than to try. The rename has the last word.
+        struct ::stat taken{};
+        if (attempt > 1 && examine(trash.files, name, taken)) continue;
         InfoFile info;
         int error = info.make(trash.info, name + std::string(trashInfoSuffix), text);
         if (error == 0) error = rename(item, trash, name);

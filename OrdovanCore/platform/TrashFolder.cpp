@@ -54,9 +54,13 @@ bool isPrivate(const Descriptor& folder) {
 
 /// Opens a folder of ours, made first where it is missing.
 std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name) {
-    const bool made = ::mkdirat(above.get(), name, 0700) == 0;
-    if (!made && errno != EEXIST) return std::unexpected(errno);
+    bool made = false;
     Descriptor folder = Descriptor::openAt(above.get(), name, folderItself);
+    if (!folder && errno == ENOENT) {
+        made = ::mkdirat(above.get(), name, 0700) == 0;
+        if (!made && errno != EEXIST) return std::unexpected(errno);
+        folder = Descriptor::openAt(above.get(), name, folderItself);
+    }
     if (!folder) return std::unexpected(errno);
     if (isPrivate(folder)) return folder;
     // A volume that gives new folders to somebody else is not for a Trash.
@@ -102,7 +106,7 @@ struct Base {
 std::expected<Base, int> openDataFolder(const TrashItem& item) {
     std::string path = dataFolder();
     if (path.empty()) return std::unexpected(ENOENT);
-    struct ::stat itemFolder {};
+    struct ::stat itemFolder{};
     if (::fstat(item.folder.get(), &itemFolder) != 0) return std::unexpected(errno);
     if (nearestDevice(path) != itemFolder.st_dev) return std::unexpected(EXDEV);
     if (const int error = makeFolders(path, 0700); error != 0) return std::unexpected(error);

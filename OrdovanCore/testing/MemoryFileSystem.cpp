@@ -22,8 +22,9 @@ std::string_view pathOf(const Url& url) {
     return url.isFile() ? url.path() : std::string_view();
 }
 
-/// The device of the path, or of its nearest existing ancestor; nothing when not even the root of the path exists.
+/// The device of the path, or of its nearest existing ancestor; nothing for what is no path.
 std::optional<std::int32_t> nearestDevice(const MemoryTree& tree, const Url& url) {
+    if (MemoryTree::errorOfPath(pathOf(url)) != 0) return std::nullopt;
     Url at = url;
     auto place = tree.locateExisting(pathOf(at), true);
     while (!place) {

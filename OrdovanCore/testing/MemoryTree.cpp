@@ -78,9 +78,13 @@ MemoryTree::MemoryTree() {
                                                     .modifiedNs = tick()});
 }
 
+int MemoryTree::errorOfPath(std::string_view path) noexcept {
+    if (path.size() > maxPathBytes) return ENAMETOOLONG;
+    return path.starts_with('/') && !path.contains('\0') ? 0 : EINVAL;
+}
+
 std::expected<Place, int> MemoryTree::locate(std::string_view path, bool followLast, Rights rights) const {
-    if (path.size() > maxPathBytes) return std::unexpected(ENAMETOOLONG);
-    if (!path.starts_with('/') || path.contains('\0')) return std::unexpected(EINVAL);
+    if (const int error = errorOfPath(path); error != 0) return std::unexpected(error);
     int linksFollowed = 0;
     Trail trail(root_);
     std::deque<std::string> pending;

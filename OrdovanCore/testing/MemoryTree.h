@@ -42,8 +42,11 @@ public:
 
     MemoryTree();
 
+    /// Why a text can not be a path at all: EINVAL where it is not absolute or holds a NUL byte, ENAMETOOLONG; else 0.
+    [[nodiscard]] static int errorOfPath(std::string_view path) noexcept;
+
     /// Resolves a path as the kernel does (path_resolution(7)), but for slashes at its end, which mean nothing here.
-    /// Fails with an errno unless at most the last piece is missing; EINVAL where the path is not absolute.
+    /// Fails with an errno unless at most the last piece is missing.
     [[nodiscard]] std::expected<Place, int> locate(std::string_view path, bool followLast,
                                                    Rights rights = Rights::ofUser) const;
     /// The same, ENOENT where the place is free.
