@@ -5,7 +5,7 @@
 #include "OrdovanCore/Proposals.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -19,13 +19,17 @@ using OrdovanProposalPlanner::containsCanonical;
 constexpr OrdovanInventoryLimits outputLimits = {
     .maxFiles = 200'000, .maxDepth = 32, .maxDirectories = 200'000, .includeHidden = true};
 
-/// The output folder, and the other folders that files were organized into.
-std::vector<Url> excludedSubtrees(const PreviewInputs& inputs, const ordovan::JournalStore::Journal& journal) {
+/// The output folder, the other folders that files were organized into, and the program's own: records that were
+/// organized away could not be used to undo anything.
+std::vector<Url> excludedSubtrees(const TidyPorts& ports, const PreviewInputs& inputs,
+                                  const ordovan::JournalStore::Journal& journal) {
     std::vector<Url> excluded = {inputs.outputRoot};
-    if (!journal) return excluded;
-    for (Url& folder : PreviewFlow::outputRoots(*journal, inputs.root)) {
-        if (folder.path() != inputs.outputRoot.path()) excluded.push_back(std::move(folder));
+    if (journal) {
+        for (Url& folder : PreviewFlow::outputRoots(*journal, inputs.root)) {
+            if (folder.path() != inputs.outputRoot.path()) excluded.push_back(std::move(folder));
+        }
     }
+    std::ranges::move(ports.ownFolders(), std::back_inserter(excluded));
     return excluded;
 }
 
@@ -49,7 +53,7 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inpu
 
     OrdovanInventory inventory = OrdovanInventoryScanner::scan(
         inputs.root, *ports.makeDirectoryReader(), OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
-        excludedSubtrees(inputs, result.journal.journal), shouldContinue);
+        excludedSubtrees(ports, inputs, result.journal.journal), shouldContinue);
     if (!shouldContinue() || inventory.rootWasUnreadable(inputs.root)) return result;
     result.partial = inventory.truncated;
 

@@ -9,11 +9,26 @@
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/Volumes.h"
 
+#include <cerrno>
 #include <utility>
+#include <vector>
 
 /// In the order of dependence: the tasks are last, so that they end while everything they use is still there.
 struct SystemEnvironment::State {
     explicit State(ordovan::StorageLocations where) : locations(std::move(where)) {}
+
+    [[nodiscard]] std::vector<Url> ownFolders() const {
+        return {OrdovanProposalPlanner::resolveExisting(locations.recordsFolder),
+                OrdovanProposalPlanner::resolveExisting(locations.settingsFolder)};
+    }
+
+    /// The records' own folder counts as held: a run in it would wait for itself when it comes to save its record.
+    OrdovanResult<ordovan::HeldLock> tryLock(const Url& folder) const {
+        if (folder == OrdovanProposalPlanner::resolveExisting(locations.recordsFolder)) {
+            return std::unexpected(OrdovanSystemError::posix(EWOULDBLOCK));
+        }
+        return ordovan::tryLockFolder(folder);
+    }
 
     const ordovan::StorageLocations locations;
     SystemFileSystem fileSystem;
@@ -40,7 +55,8 @@ TidyPorts SystemEnvironment::ports() {
             .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
             .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
             .resolveExisting = OrdovanProposalPlanner::resolveExisting,
-            .tryLockFolder = ordovan::tryLockFolder,
+            .ownFolders = [state = state_.get()] { return state->ownFolders(); },
+            .tryLockFolder = [state = state_.get()](const Url& folder) { return state->tryLock(folder); },
             .clock = ordovan::systemTime,
             .timeZone = ordovan::text::TimeZone::current,
             .tasks = state_->tasks,

@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <vector>
 
 class AppSettings;
 class RuleStore;
@@ -31,6 +32,8 @@ struct TidyPorts {
     std::function<std::size_t(std::span<const Url> thatHeld, const Url& within)> removeEmptyFolders;
     /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in. Called on the controller's thread.
     std::function<Url(const Url&)> resolveExisting;
+    /// The program's own folders, which no preview looks into. Called on background threads.
+    std::function<std::vector<Url>()> ownFolders;
     /// Takes the lock of an organized folder or fails at once, with EWOULDBLOCK when another run holds it.
     ordovan::LockFunction tryLockFolder;
     /// Any thread.
