@@ -1,5 +1,5 @@
 // Scans a folder and plans it, as a preview does, and prints what that took as one JSON line.
-//   scan_bench FOLDER [REPEATS] [depth N]
+//   scan_bench FOLDER [REPEATS]
 
 #include "OrdovanCore/Planner.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
