@@ -275,6 +275,21 @@ TEST_F(SystemFiles, InAFolderThatMayNotChangeStay) {
     EXPECT_FALSE(t.has("file"));
 }
 
+TEST_F(SystemFiles, GoToTheUsersTrashUnderAnotherNameWhenTheirsIsTaken) {
+    t.makeFolder("data");
+    ::setenv("XDG_DATA_HOME", t.path("data").c_str(), 1);
+    const auto first = fs.trash(t.write("file.txt", "first"));
+    const auto second = fs.trash(t.write("file.txt", "second"));
+    ::unsetenv("XDG_DATA_HOME");
+    ASSERT_EQ(error(first), 0);
+    ASSERT_EQ(error(second), 0);
+    EXPECT_EQ(first->deletingLastPathComponent(), t.url("data/Trash/files"));
+    EXPECT_EQ(second->deletingLastPathComponent(), t.url("data/Trash/files"));
+    EXPECT_EQ(t.read("data/Trash/files/file.txt"), "first");
+    EXPECT_EQ(t.read("data/Trash/files/" + std::string(second->lastPathComponent())), "second");
+    EXPECT_FALSE(t.has("file.txt"));
+}
+
 class SystemFolders : public SystemFiles {};
 
 TEST_F(SystemFolders, AreMadeWithAllThatAreMissingAboveThem) {
