@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
 
@@ -86,6 +87,12 @@ public:
     static void setTime(const std::string& path, ::time_t epoch) {
         const ::timespec times[2] = {{epoch, 0}, {epoch, 0}};
         if (::utimensat(AT_FDCWD, path.c_str(), times, 0) != 0) throw std::runtime_error("can not date " + path);
+    }
+    /// Every item below Downloads, described. The output folder itself is not an item: it stays when it is empty.
+    [[nodiscard]] std::map<std::string, std::string> tree() const {
+        auto items = ordovan::testing::describeTree(downloads());
+        items.erase("ordovan+");
+        return items;
     }
     [[nodiscard]] bool has(std::string_view name) const { return folder.has("Downloads/" + std::string(name)); }
     [[nodiscard]] std::string read(std::string_view name) const {

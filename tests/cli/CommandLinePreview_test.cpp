@@ -1,7 +1,5 @@
 #include "tests/cli/CommandLine.h"
 
-#include "OrdovanCore/testing/TreeBuilder.h"
-
 #include <gmock/gmock.h>
 
 #include <ctime>
@@ -485,8 +483,8 @@ TEST(Preview, ChangesNothing) {
     home.write("a.pdf", "1");
     home.write("sub/b.png", "1");
     ::mkfifo(home.download("fifo").c_str(), 0644);
-    const auto before = ordovan::testing::describeTree(home.downloads());
+    const auto before = home.tree();
     ASSERT_EQ(home.run({"preview"}).status, 0);
-    EXPECT_EQ(ordovan::testing::describeTree(home.downloads()), before);
+    EXPECT_TRUE(home.tree() == before);
     EXPECT_EQ(home.run({"history", "--json"}).json().at("records").as_array().size(), 0U);
 }
