@@ -31,7 +31,7 @@ namespace ordovan::test {
 ///
 /// The folder of most tests is "/r"; records are kept in "/records".
 class TidyWorld : public ::testing::Test {
-protected:
+public:
     void tree(std::initializer_list<std::string_view> items) { testing::build(memory, "/r", items); }
 
     /// A controller. It previews again after each run unless told otherwise.

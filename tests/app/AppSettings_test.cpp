@@ -1,0 +1,123 @@
+#include "OrdovanApp/stores/AppSettings.h"
+
+#include "tests/support/QtTestMain.h"
+
+#include <QObject>
+
+#include <map>
+#include <string>
+
+using ordovan::MemoryKeyValueStore;
+
+namespace {
+
+/// Counts writes, and refuses them as told.
+class CountingStore final : public ordovan::KeyValueStore {
+public:
+    [[nodiscard]] std::optional<QVariant> value(const QString& key) const override { return inner.value(key); }
+    [[nodiscard]] bool setValue(const QString& key, const QVariant& value) override {
+        ++writes;
+        return !refuses && inner.setValue(key, value);
+    }
+    void refresh() override {}
+
+    MemoryKeyValueStore inner;
+    int writes = 0;
+    bool refuses = false;
+};
+
+class AppSettingsTest : public ::testing::Test {
+protected:
+    void store(const char* name, const QVariant& value) {
+        EXPECT_TRUE(values.setValue(QStringLiteral("ordovan.settings.") + QLatin1String(name), value));
+    }
+    [[nodiscard]] QVariant stored(const char* name) const {
+        return values.value(QStringLiteral("ordovan.settings.") + QLatin1String(name)).value_or(QVariant());
+    }
+    CountingStore values;
+};
+
+TEST_F(AppSettingsTest, BeginWithTheirDefaults) {
+    const AppSettings settings(values);
+    EXPECT_FALSE(settings.groupByMonth());
+    EXPECT_FALSE(settings.includeHidden());
+    EXPECT_EQ(settings.theme(), AppTheme::lagoon);
+    EXPECT_EQ(values.writes, 0);
+}
+
+TEST_F(AppSettingsTest, AreReadAtTheStart) {
+    store("groupByMonth", true);
+    store("includeHidden", QStringLiteral("true"));  // as a settings file gives it
+    store("theme", QStringLiteral("grape"));
+    const AppSettings settings(values);
+    EXPECT_TRUE(settings.groupByMonth());
+    EXPECT_TRUE(settings.includeHidden());
+    EXPECT_EQ(settings.theme(), AppTheme::grape);
+}
+
+TEST_F(AppSettingsTest, TakeUnusableValuesForTheDefaults) {
+    store("groupByMonth", QStringLiteral("maybe"));
+    store("includeHidden", QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    store("theme", QStringLiteral("Lagoon of another kind"));
+    const AppSettings settings(values);
+    EXPECT_FALSE(settings.groupByMonth());
+    EXPECT_FALSE(settings.includeHidden());
+    EXPECT_EQ(settings.theme(), AppTheme::lagoon);
+}
+
+TEST_F(AppSettingsTest, AreStoredAtEachChange) {
+    AppSettings settings(values);
+    EXPECT_TRUE(settings.setGroupByMonth(true));
+    EXPECT_TRUE(settings.setIncludeHidden(true));
+    EXPECT_TRUE(settings.setTheme(AppTheme::candy));
+    EXPECT_EQ(stored("groupByMonth"), QVariant(true));
+    EXPECT_EQ(stored("includeHidden"), QVariant(true));
+    EXPECT_EQ(stored("theme"), QVariant(QStringLiteral("candy")));
+    EXPECT_TRUE(settings.setGroupByMonth(false));
+    EXPECT_EQ(stored("groupByMonth"), QVariant(false));
+}
+
+TEST_F(AppSettingsTest, SetToWhatTheyAreWriteNothingAndSendNoSignal) {
+    AppSettings settings(values);
+    int signalCount = 0;
+    QObject::connect(&settings, &AppSettings::groupByMonthChanged, [&] { ++signalCount; });
+    QObject::connect(&settings, &AppSettings::includeHiddenChanged, [&] { ++signalCount; });
+    QObject::connect(&settings, &AppSettings::themeChanged, [&] { ++signalCount; });
+    EXPECT_TRUE(settings.setGroupByMonth(false));
+    EXPECT_TRUE(settings.setIncludeHidden(false));
+    EXPECT_TRUE(settings.setTheme(AppTheme::lagoon));
+    EXPECT_EQ(values.writes + signalCount, 0);
+    settings.setGroupByMonth(true);
+    settings.setIncludeHidden(true);
+    settings.setTheme(AppTheme::forest);
+    EXPECT_EQ(signalCount, 3);
+}
+
+TEST_F(AppSettingsTest, HoldUntilTheEndWhenTheyCanNotBeStoredAndSaySo) {
+    AppSettings settings(values);
+    values.refuses = true;
+    EXPECT_FALSE(settings.setGroupByMonth(true));
+    EXPECT_FALSE(settings.setTheme(AppTheme::sunset));
+    EXPECT_TRUE(settings.groupByMonth());
+    EXPECT_EQ(settings.theme(), AppTheme::sunset);
+    EXPECT_FALSE(AppSettings(values).groupByMonth());
+}
+
+TEST(AppThemeTest, BearsItsStoredAndItsShownName) {
+    const std::map<std::string_view, std::string_view> expected = {
+        {"lagoon", "Teal"}, {"sunset", "Sunset"}, {"grape", "Grape"}, {"forest", "Forest"}, {"candy", "Candy"}};
+    std::map<std::string_view, std::string_view> names;
+    for (const AppTheme theme : AppThemes::allCases) {
+        names.emplace(rawValue(theme), shownName(theme));
+        EXPECT_EQ(AppThemes::fromRawValue(rawValue(theme)), theme);
+    }
+    EXPECT_EQ(names, expected);
+}
+
+TEST(AppThemeTest, IsNotFoundUnderAnotherName) {
+    for (const char* const name : {"", "Lagoon", "teal", "lagoon "}) {
+        EXPECT_EQ(AppThemes::fromRawValue(name), std::nullopt) << name;
+    }
+}
+
+}  // namespace

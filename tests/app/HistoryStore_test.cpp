@@ -1,0 +1,109 @@
+#include "OrdovanApp/stores/HistoryStore.h"
+
+#include "OrdovanCore/testing/MemoryFileSystem.h"
+#include "tests/support/MemoryRecords.h"
+#include "tests/support/QtTestMain.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+using ordovan::HistoryStore;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+class HistoryStoreTest : public ::testing::Test {
+protected:
+    static OrdovanRunRecord run(std::string folder) {
+        return {ordovan::Uuid::random(), OrdovanRunRecord::Kind::organize, 1, std::move(folder), 1, 0, 0};
+    }
+    static std::vector<std::string> folders(const OrdovanRunHistory& history) {
+        std::vector<std::string> names;
+        for (const auto& record : history.records) names.push_back(record.folderName);
+        return names;
+    }
+    static OrdovanResult<ordovan::HeldLock> lock(const Url&) { return ordovan::HeldLock(); }
+
+    ordovan::testing::MemoryFileSystem memory;
+    ordovan::test::MemoryRecords records{memory};
+    ordovan::StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/s")};
+    HistoryStore store{records, locations, lock};
+    const std::string file = "/records/history.json";
+    const std::string aside = "/records/history.unreadable-7.json";
+};
+
+TEST_F(HistoryStoreTest, IsEmptyWhereNothingIsStored) {
+    EXPECT_THAT(store.load().records, IsEmpty());
+}
+
+TEST_F(HistoryStoreTest, PutsARunInFrontOfTheStoredOnes) {
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    HistoryStore other(records, locations, lock);
+    EXPECT_TRUE(other.add(run("b"), {}, 7).saved);
+    const auto result = store.add(run("c"), {}, 7);
+    EXPECT_THAT(folders(result.history), ElementsAre("c", "b", "a"));
+    EXPECT_EQ(store.load(), result.history);
+}
+
+TEST_F(HistoryStoreTest, StoresEarlierRunsBehindTheLatest) {
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    EXPECT_THAT(folders(store.add(run("d"), std::vector{run("c"), run("b")}, 7).history),
+                ElementsAre("d", "c", "b", "a"));
+}
+
+TEST_F(HistoryStoreTest, KeepsTwoHundredRuns) {
+    for (int i = 0; i < 201; ++i) EXPECT_TRUE(store.add(run(std::to_string(i)), {}, 7).saved);
+    EXPECT_THAT(store.load().records, SizeIs(200));
+    EXPECT_EQ(store.load().records.back().folderName, "1");
+}
+
+TEST_F(HistoryStoreTest, SetsAnUnreadableListAside) {
+    memory.write(file, "garbage");
+    EXPECT_THAT(store.load().records, IsEmpty());
+    EXPECT_TRUE(store.add(run("a"), {}, 7.9).saved);
+    EXPECT_EQ(memory.read(aside), "garbage");
+    EXPECT_THAT(folders(store.load()), ElementsAre("a"));
+}
+
+TEST_F(HistoryStoreTest, WritesNothingOverAListThatCanBeNeitherReadNorSetAside) {
+    memory.write(file, "garbage");
+    memory.write(aside, "taken");
+    EXPECT_FALSE(store.add(run("a"), {}, 7).saved);
+    EXPECT_EQ(memory.read(file), "garbage");
+    EXPECT_EQ(memory.read(aside), "taken");
+}
+
+TEST_F(HistoryStoreTest, DoesNotReadADocumentOfUnreasonableSize) {
+    memory.write(file, R"({"records":[]})" + std::string(17 << 20, ' '));
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    EXPECT_TRUE(memory.exists(Url::file(aside)));
+}
+
+TEST_F(HistoryStoreTest, SaysWhenItCanNotWrite) {
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    records.failAll("write", ENOSPC);
+    EXPECT_FALSE(store.add(run("b"), {}, 7).saved);
+    EXPECT_FALSE(store.clear().saved);
+    EXPECT_THAT(folders(store.load()), ElementsAre("a"));
+}
+
+TEST_F(HistoryStoreTest, IsEmptyOnceCleared) {
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    const auto result = store.clear();
+    EXPECT_TRUE(result.saved);
+    EXPECT_THAT(result.history.records, IsEmpty());
+    EXPECT_EQ(memory.read(file), OrdovanRunHistory().encoded());
+}
+
+TEST_F(HistoryStoreTest, NumbersItsChanges) {
+    const auto first = store.add(run("a"), {}, 7).revision;
+    const auto second = store.clear().revision;
+    EXPECT_LT(first, second);
+    EXPECT_LT(second, store.add(run("b"), {}, 7).revision);
+}
+
+}  // namespace
