@@ -1,0 +1,62 @@
+#pragma once
+
+#include "OrdovanCore/Journal.h"
+#include "OrdovanCore/Rules.h"
+#include "OrdovanCore/RunHistory.h"
+
+#include <string>
+#include <string_view>
+
+/// What must hold for every input of a decoder. The fuzz targets and the replay of their corpus share these functions:
+/// each takes any bytes and returns what is wrong with the decoder, or an empty text.
+namespace ordovan::fuzz {
+
+/// True when two readings of one text agree. The sentences of two refusals may differ: a text may be wrong in two ways,
+/// and where it is cut decides which of them is seen first.
+inline bool agree(const std::expected<OrdovanJournal, OrdovanRecordError>& a,
+                  const std::expected<OrdovanJournal, OrdovanRecordError>& b) {
+    if (a || b || !std::holds_alternative<std::string>(a.error())) return a == b;
+    return std::holds_alternative<std::string>(b.error());
+}
+
+inline std::string journal(std::string_view input) {
+    const auto whole = OrdovanJournal::decoded(input);
+    OrdovanJournalDecoder decoder;
+    const std::size_t step = input.size() % 7 + 1;
+    for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
+    if (!agree(decoder.finish(), whole)) return "a journal fed in pieces is read differently";
+    if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
+    if (OrdovanJournal::decoded(whole->encoded()) != whole) return "a journal is not read back equal";
+    for (const OrdovanJournalEntry& entry : whole->entries) {
+        if (entry.source().contains('\0') || entry.destination().contains('\0')) return "a path holds a NUL character";
+    }
+    return whole->appending(*whole) == *whole ? "" : "a journal appended to itself is another one";
+}
+
+inline std::string history(std::string_view input) {
+    const auto decoded = OrdovanRunHistory::decoded(input);
+    if (!decoded) return decoded.error().empty() ? "a refusal says nothing" : "";
+    if (decoded->records.size() > OrdovanRunHistory::maxRecords) return "a history is too long";
+    if (OrdovanRunHistory::decoded(decoded->encoded()) != decoded) return "a history is not read back equal";
+    static_cast<void>(decoded->totalOrganized());
+    for (const OrdovanRunRecord& record : decoded->records) {
+        if (record.summary().empty()) return "a run has no summary";
+    }
+    return "";
+}
+
+inline std::string rules(std::string_view input) {
+    const auto decoded = OrdovanRuleSet::decoded(input);
+    if (decoded && OrdovanRuleSet::decoded(decoded->encoded()) != decoded) return "rules are not read back equal";
+    if (!decoded && decoded.error().empty()) return "a refusal says nothing";
+
+    // The same bytes as typed text.
+    const auto rule = OrdovanRuleSet::make(input, "Apps", {});
+    if (rule && OrdovanRuleSet{{*rule}}.folder(rule->extensions.back()) != "Apps") return "an extension is not found";
+    if (!rule && rule.error().message().empty()) return "a refusal says nothing";
+    const auto name = OrdovanRuleSet::validateFolderName(input);
+    if (name && OrdovanRuleSet::validateFolderName(*name) != name) return "a valid name is not valid again";
+    return "";
+}
+
+}  // namespace ordovan::fuzz
