@@ -8,9 +8,9 @@
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/Trash.h"
 
-#include <charconv>
 #include <memory>
 #include <optional>
+#include <string>
 
 using ordovan::SystemPath;
 
@@ -142,11 +142,8 @@ OrdovanResult<std::string> SystemFileSystem::contentHash(const Url& url) {
 OrdovanResult<std::string> SystemFileSystem::fileIdentity(const Url& url) {
     struct ::stat facts;
     if (!examine(url, facts)) return notExamined();
-    char text[sizeof "-2147483648:18446744073709551615"];
-    char* end = std::to_chars(text, std::end(text), static_cast<std::int32_t>(facts.st_dev)).ptr;
-    *end++ = ':';
-    end = std::to_chars(end, std::end(text), static_cast<std::uint64_t>(facts.st_ino)).ptr;
-    return std::string(text, end);
+    return std::to_string(static_cast<std::int32_t>(facts.st_dev)) + ":" +
+           std::to_string(static_cast<std::uint64_t>(facts.st_ino));
 }
 
 OrdovanResult<Url> SystemFileSystem::trash(const Url& url) {
