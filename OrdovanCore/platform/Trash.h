@@ -6,10 +6,16 @@ namespace ordovan {
 
 /// Moves an item to the user's Trash (freedesktop.org Trash specification 1.0) and returns where it lies there.
 ///
-/// An item on the home Trash's volume goes to `$XDG_DATA_HOME/Trash`; any other to its own volume's `.Trash/$uid`
-/// (only below a sticky directory that is no link) or `.Trash-$uid`. The info file is made first and exclusively, the
-/// item is renamed without replacing, and the result is proved. Whatever fails, the item is where it was and no info
-/// file is left behind. Never a copy, never a delete: no usable Trash is an error.
+/// An item on the home Trash's device goes to `$XDG_DATA_HOME/Trash` ("~/.local/share" where the variable is empty or
+/// relative); any other, and one that the kernel refuses to rename there, to its own volume's `.Trash/$uid` (only
+/// below a sticky directory that is no link) or `.Trash-$uid`. Folders of the Trash that are links, another user's or
+/// open to everybody's changes are not used. The info file is made first and exclusively and put on disk (fsync(2)),
+/// the item is renamed without replacing, and the result is proved. A taken name gets a number, 1,000 times at most.
+///
+/// Whatever fails, the item is where it was and no info file is left behind. Never a copy, never a delete: no usable
+/// Trash is an error. Errors: the system's own; EBUSY for the root and for "." and ".."; EPERM for a Trash that is
+/// not the user's own; EEXIST when all names are taken; `fileWriteUnknown` when the system claims success and the
+/// item is not there. Nothing is kept between calls; any thread.
 OrdovanResult<Url> moveToTrash(const Url& item);
 
 }  // namespace ordovan
