@@ -39,8 +39,8 @@ struct MemoryItem {
 /// Linux gives. There is no working directory: paths are absolute. The root is a volume without limit; the home folder
 /// "/home/user" exists on it. Modification times come from a clock that goes on by one second at each item made.
 ///
-/// The port's operations obey permissions; the set-up operations, in lower half, ignore them, make missing parent
-/// folders and end the process when a test asks for nonsense. Any thread.
+/// The port's operations obey permissions; the set-up operations further down ignore them, make missing parent folders
+/// and end the process when a test asks for nonsense. Any thread.
 class MemoryFileSystem final : public OrdovanFileSystem {
 public:
     MemoryFileSystem();
