@@ -52,8 +52,12 @@ Journal filtered(const Journal& journal, Keep keep) {
 
 }  // namespace
 
-JournalStore::JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords)
-    : storage_(storage), locations_(std::move(locations)), lockRecords_(std::move(lockRecords)) {}
+JournalStore::JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
+                           std::size_t maxEntries)
+    : storage_(storage),
+      locations_(std::move(locations)),
+      lockRecords_(std::move(lockRecords)),
+      maxEntries_(maxEntries) {}
 
 JournalStore::Stored JournalStore::read(const Url& root) const {
     return readDocument(locations_.journal(root));
@@ -86,8 +90,7 @@ JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& 
     Journal notStored = pending;
     const bool readable = stored.state != Stored::State::unreadable;
     if (!readable) combined = notStored = joined(known, pending);
-    // A document beyond the limit could never be read again: the full one is kept aside, and a new one is begun.
-    const bool full = combined->entries.size() > OrdovanJournal::maxEntries;
+    const bool full = combined->entries.size() > maxEntries_;
     if ((!readable || full) && stored.state != Stored::State::none &&
         !storage_.setAside(file, locations_.unreadableJournal(nowEpoch))) {
         return {.journal = combined, .unsaved = notStored, .warning = notSetAside};

@@ -5,6 +5,7 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/RecordStorage.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,8 +37,10 @@ public:
     };
 
     /// `lockRecords` takes the lock of the shared records (waiting for it). Where that fails, documents are read and
-    /// written without it: a record that might collide is better than none.
-    JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords);
+    /// written without it: a record that might collide is better than none. `maxEntries`: a journal of more could not
+    /// be read again, so a full document is kept aside and a new one begun.
+    JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
+                 std::size_t maxEntries = OrdovanJournal::maxEntries);
 
     /// The stored journal of a folder.
     [[nodiscard]] Stored read(const Url& root) const;
@@ -74,6 +77,7 @@ private:
     RecordStorage& storage_;
     StorageLocations locations_;
     LockFunction lockRecords_;
+    std::size_t maxEntries_;
 };
 
 }  // namespace ordovan

@@ -95,7 +95,8 @@ TEST_F(RuleStoreTest, AddsARuleAtTheEndAndStoresIt) {
 }
 
 TEST_F(RuleStoreTest, SaysWhyARuleIsRefused) {
-    EXPECT_EQ(rules.add("tar.gz", "Archives"), "\"tar.gz\" isn't a valid extension. Use letters and numbers only, like dmg.");
+    EXPECT_EQ(rules.add("tar.gz", "Archives"),
+              "\"tar.gz\" isn't a valid extension. Use letters and numbers only, like dmg.");
     EXPECT_EQ(rules.add(" , ", "Archives"), "Add at least one file extension, like dmg or pkg.");
     EXPECT_EQ(rules.add("dmg", " "), "Give the folder a name.");
     EXPECT_EQ(rules.add("dmg", "a/b"),

@@ -26,7 +26,7 @@ using ::testing::IsEmpty;
 namespace {
 
 unsigned modeOf(const std::string& path) {
-    struct ::stat facts {};
+    struct ::stat facts{};
     EXPECT_EQ(::stat(path.c_str(), &facts), 0) << path;
     return facts.st_mode & 07777;
 }
@@ -93,10 +93,10 @@ TEST_F(SettingsFile, GivesRulesBack) {
 }
 
 TEST_F(SettingsFile, GivesAnyFolderBackByteForByte) {
-    const std::vector<std::vector<Url>> lists = {
-        {},
-        {Url::file("/plain")},
-        {Url::file("/caf\xe9"), Url::file("/a, b; \"c\" = \\ %20 @ \n\t"), Url::file("/\xcc\x81 e"), Url::file("/-rf")}};
+    const std::vector<std::vector<Url>> lists = {{},
+                                                 {Url::file("/plain")},
+                                                 {Url::file("/caf\xe9"), Url::file("/a, b; \"c\" = \\ %20 @ \n\t"),
+                                                  Url::file("/\xcc\x81 e"), Url::file("/-rf")}};
     for (const auto& list : lists) {
         SettingsFileStore store(file());
         RecentFoldersStore folders(store, [](const Url&) { return true; });
@@ -175,8 +175,8 @@ TEST(RecentFolders, AreFiveAtMostAndAbsolute) {
     for (const char* const path : {"/1", "relative", "", "/2", "/3", "/4", "/5", "/6"}) paths.append(QByteArray(path));
     ASSERT_TRUE(store.setValue(QStringLiteral("ordovan.recentFolders.v2"), paths));
     const RecentFoldersStore folders(store, [](const Url& folder) { return folder != Url::file("/2"); });
-    EXPECT_THAT(folders.load(), ElementsAre(Url::file("/1"), Url::file("/3"), Url::file("/4"), Url::file("/5"),
-                                            Url::file("/6")));
+    EXPECT_THAT(folders.load(),
+                ElementsAre(Url::file("/1"), Url::file("/3"), Url::file("/4"), Url::file("/5"), Url::file("/6")));
 }
 
 TEST(RecentFolders, ThatAreGoneAreNotStored) {

@@ -85,9 +85,9 @@ TEST(StorageLocations, CutTheFractionOffASetAsideName) {
 }
 
 TEST(StorageLocations, KnowWhereOlderVersionsKeptJournals) {
-    EXPECT_THAT(StorageLocations::olderJournals(Url::file("/r")),
-                ElementsAre(Url::file("/r/Organized/.ordovan-journal.json"),
-                            Url::file("/r/ordovan+/.ordovan-journal.json")));
+    EXPECT_THAT(
+        StorageLocations::olderJournals(Url::file("/r")),
+        ElementsAre(Url::file("/r/Organized/.ordovan-journal.json"), Url::file("/r/ordovan+/.ordovan-journal.json")));
 }
 
 }  // namespace

@@ -67,10 +67,11 @@ TEST(ThreadTaskRunner, DeliversWhatATaskPostsInOrderAndBeforeItsEnd) {
 TEST(ThreadTaskRunner, TakesNewTasksFromADelivery) {
     ThreadTaskRunner runner;
     std::vector<int> done;
-    runner.run([] {}, [&] {
-        done.push_back(1);
-        runner.run([] {}, [&] { done.push_back(2); });
-    });
+    runner.run([] {},
+               [&] {
+                   done.push_back(1);
+                   runner.run([] {}, [&] { done.push_back(2); });
+               });
     processUntil([&] { return done.size() == 2; });
     EXPECT_THAT(done, ElementsAre(1, 2));
 }

@@ -123,8 +123,8 @@ TEST(TidyFaults, OfAnyRecordCallWhileUndoingLoseNothing) {
         EXPECT_EQ(world.contents(), everyFileOnce);
         EXPECT_TRUE(world.memory.exists(Url::file("/r/x.pdf")));
         // A record that could not be updated still lists what was restored then.
-        EXPECT_EQ(World::recoverable(*world.model), writeFailed ? std::vector<std::string>({old, y})
-                                                                : std::vector<std::string>());
+        EXPECT_EQ(World::recoverable(*world.model),
+                  writeFailed ? std::vector<std::string>({old, y}) : std::vector<std::string>());
         EXPECT_EQ(world.storedJournal().has_value(), writeFailed);
     }
     EXPECT_GT(number, 4u);

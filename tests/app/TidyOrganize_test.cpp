@@ -182,8 +182,9 @@ TEST_F(TidyOrganize, WarnsWhenTheRecordCanNotBeWrittenAndKeepsItInMemory) {
     const auto model = previewed();
     records.failAll("write", ENOSPC);
     organize(*model);
-    EXPECT_EQ(model->journalWarning(),
-              "Files were organized, but the undo record could not be saved to disk. Undo is available until you quit.");
+    EXPECT_EQ(
+        model->journalWarning(),
+        "Files were organized, but the undo record could not be saved to disk. Undo is available until you quit.");
     EXPECT_THAT(recoverable(*model), ElementsAre(x));
     model->preview();
     tasks.finish();

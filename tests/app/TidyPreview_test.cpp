@@ -36,8 +36,7 @@ TEST_F(TidyPreview, ShowsWhereEveryFileWouldGo) {
     EXPECT_FALSE(model->plan());
     tasks.finish();
     EXPECT_EQ(model->phase().kind, Phase::Case::ready);
-    EXPECT_THAT(proposed(*model),
-                ElementsAre("b.pdf -> ordovan+/Documents/b.pdf", "a.jpg -> ordovan+/Images/a.jpg"));
+    EXPECT_THAT(proposed(*model), ElementsAre("b.pdf -> ordovan+/Documents/b.pdf", "a.jpg -> ordovan+/Images/a.jpg"));
     EXPECT_EQ(model->inventory()->fileCount(), 2u);
     EXPECT_EQ(model->status().pulseSummary(), "2 proposed · 0 need review");
 }
@@ -304,8 +303,8 @@ TEST_F(TidyPreview, RemembersTheLastFiveFolders) {
         model->chooseFolder(Url::file(name));
         tasks.finish();
     }
-    EXPECT_THAT(model->recentFolders(), ElementsAre(Url::file("/3"), Url::file("/6"), Url::file("/5"), Url::file("/4"),
-                                                    Url::file("/2")));
+    EXPECT_THAT(model->recentFolders(),
+                ElementsAre(Url::file("/3"), Url::file("/6"), Url::file("/5"), Url::file("/4"), Url::file("/2")));
     EXPECT_EQ(make()->recentFolders(), model->recentFolders());
 }
 

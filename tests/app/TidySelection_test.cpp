@@ -24,8 +24,7 @@ protected:
 
 TEST_F(TidySelection, IsEverythingAtFirst) {
     const auto model = withTwoFiles();
-    EXPECT_THAT(ticked(*model),
-                ElementsAre("a.pdf -> ordovan+/Documents/a.pdf", "b.pdf -> ordovan+/Documents/b.pdf"));
+    EXPECT_THAT(ticked(*model), ElementsAre("a.pdf -> ordovan+/Documents/a.pdf", "b.pdf -> ordovan+/Documents/b.pdf"));
 }
 
 TEST_F(TidySelection, IsEmptyWithoutAPlan) {

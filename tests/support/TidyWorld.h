@@ -57,8 +57,8 @@ public:
                         return reader;
                     },
                 .supportsCaseSensitiveNames = [this](const Url&) { return caseSensitive; },
-                .removeEmptyFolders =
-                    [this](std::span<const Url> held, const Url& within) { return removeEmptyFolders(held, within); },
+                .removeEmptyFolders = [this](std::span<const Url> held,
+                                             const Url& within) { return removeEmptyFolders(held, within); },
                 .resolveExisting =
                     [this](const Url& url) {
                         const auto real = memory.realPath(url.path());

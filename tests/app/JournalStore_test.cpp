@@ -1,0 +1,158 @@
+#include "OrdovanApp/stores/JournalStore.h"
+
+#include "OrdovanCore/testing/MemoryFileSystem.h"
+#include "tests/support/MemoryRecords.h"
+#include "tests/support/QtTestMain.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+using ordovan::JournalStore;
+using State = JournalStore::Stored::State;
+using ::testing::ElementsAre;
+using ::testing::SizeIs;
+
+namespace {
+
+class JournalStoreTest : public ::testing::Test {
+protected:
+    static OrdovanJournal journal(std::initializer_list<const char*> names, double epoch = 0) {
+        OrdovanJournal result;
+        result.createdAtEpoch = epoch;
+        for (const std::string name : names) {
+            result.entries.emplace_back("/r/" + name, "/r/ordovan+/" + name, true, 1, "", "");
+        }
+        return result;
+    }
+    static JournalStore::Journal shared(OrdovanJournal value) {
+        return std::make_shared<const OrdovanJournal>(std::move(value));
+    }
+    static std::vector<std::string> names(const JournalStore::Journal& value) {
+        std::vector<std::string> result;
+        if (!value) return result;
+        for (const auto& entry : value->entries) result.emplace_back(ordovan::lastPathComponent(entry.source()));
+        return result;
+    }
+
+    ordovan::testing::MemoryFileSystem memory;
+    ordovan::test::MemoryRecords records{memory};
+    ordovan::StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/s")};
+    std::vector<std::string> locked;
+    JournalStore store{records, locations, [this](const Url& folder) -> OrdovanResult<ordovan::HeldLock> {
+                           locked.emplace_back(folder.path());
+                           return ordovan::HeldLock();
+                       }};
+    const Url root = Url::file("/r");
+    const std::string file = std::string(locations.journal(root).path());
+    const std::string aside = "/records/journals/.ordovan-journal.unreadable-7.json";
+};
+
+TEST_F(JournalStoreTest, TellsAbsentReadableAndUnreadableApart) {
+    EXPECT_EQ(store.read(root).state, State::none);
+    memory.write(file, journal({"a"}).encoded());
+    EXPECT_EQ(store.read(root).state, State::readable);
+    EXPECT_THAT(names(store.read(root).journal), ElementsAre("a"));
+    memory.write(file, "garbage");
+    EXPECT_EQ(store.read(root).state, State::unreadable);
+    EXPECT_FALSE(store.read(root).journal);
+    memory.removeTree(file);
+    memory.makeDirectory(file);
+    EXPECT_EQ(store.read(root).state, State::unreadable);
+    memory.removeTree(file);
+    records.failAll("read", ENOTDIR);
+    EXPECT_EQ(store.read(root).state, State::none);
+}
+
+TEST_F(JournalStoreTest, ReadsAJournalCutAtAnyByteAsUnreadable) {
+    const std::string whole = journal({"a", "b"}).encoded();
+    const std::size_t end = whole.find_last_of('}');
+    for (std::size_t length = 0; length <= end; ++length) {
+        memory.write(file, whole.substr(0, length));
+        EXPECT_EQ(store.read(root).state, State::unreadable) << length;
+    }
+}
+
+TEST_F(JournalStoreTest, ReplacesAnEntryWithTheSameDestination) {
+    memory.write(file, journal({"a", "b"}, 1).encoded());
+    const auto saved = store.append(root, journal({"a"}, 2), nullptr, nullptr, 7);
+    EXPECT_THAT(names(saved.journal), ElementsAre("b", "a"));
+    EXPECT_EQ(saved.journal->createdAtEpoch, 2);
+    EXPECT_EQ(*store.read(root).journal, *saved.journal);
+}
+
+TEST_F(JournalStoreTest, StoresWhatCouldNotBeStoredBeforeInFrontOfTheRun) {
+    memory.write(file, journal({"a"}).encoded());
+    const auto saved = store.append(root, journal({"c"}), shared(journal({"a", "b"})), shared(journal({"b"})), 7);
+    EXPECT_THAT(names(saved.journal), ElementsAre("a", "b", "c"));
+    EXPECT_FALSE(saved.unsaved);
+}
+
+TEST_F(JournalStoreTest, SaysWhichPartIsInMemoryOnly) {
+    memory.write(file, journal({"a"}).encoded());
+    records.failAll("write", ENOSPC);
+    const auto saved = store.append(root, journal({"c"}), shared(journal({"a", "b"})), shared(journal({"b"})), 7);
+    EXPECT_THAT(names(saved.journal), ElementsAre("a", "b", "c"));
+    EXPECT_THAT(names(saved.unsaved), ElementsAre("b", "c"));
+}
+
+TEST_F(JournalStoreTest, KeepsEverythingInMemoryBesideARecordThatCanNotBeSetAside) {
+    memory.write(file, "garbage");
+    records.failAll("setAside", EACCES);
+    const auto saved = store.append(root, journal({"b"}), shared(journal({"a"})), nullptr, 7);
+    EXPECT_THAT(names(saved.journal), ElementsAre("a", "b"));
+    EXPECT_THAT(names(saved.unsaved), ElementsAre("a", "b"));
+    EXPECT_EQ(memory.read(file), "garbage");
+}
+
+TEST_F(JournalStoreTest, BeginsAnewBesideARecordThatIsFull) {
+    JournalStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 3);
+    memory.write(file, journal({"a", "b"}).encoded());
+    EXPECT_THAT(names(small.append(root, journal({"c"}), nullptr, nullptr, 7).journal), ElementsAre("a", "b", "c"));
+    EXPECT_FALSE(small.append(root, journal({"d"}), nullptr, nullptr, 7).warning);
+    EXPECT_THAT(names(small.read(root).journal), ElementsAre("d"));
+    EXPECT_EQ(memory.read(aside), journal({"a", "b", "c"}).encoded());
+}
+
+TEST_F(JournalStoreTest, TakesRestoredEntriesOutOfTheRecord) {
+    memory.write(file, journal({"a", "b", "c"}).encoded());
+    const auto known = shared(journal({"a", "b"}));
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, known, nullptr, 7, memory);
+    EXPECT_THAT(names(saved.journal), ElementsAre("b", "c"));
+    EXPECT_EQ(*store.read(root).journal, *saved.journal);
+}
+
+TEST_F(JournalStoreTest, RemovesTheRecordWithItsLastEntry) {
+    memory.write(file, journal({"a"}).encoded());
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, shared(journal({"a"})), nullptr, 7, memory);
+    EXPECT_FALSE(saved.journal);
+    EXPECT_FALSE(saved.warning);
+    EXPECT_FALSE(memory.exists(Url::file(file)));
+}
+
+TEST_F(JournalStoreTest, StoresWhatOnlyMemoryHeldWhenSomethingIsRestored) {
+    const auto known = shared(journal({"a", "b"}));
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, known, known, 7, memory);
+    EXPECT_THAT(names(store.read(root).journal), ElementsAre("b"));
+    EXPECT_FALSE(saved.unsaved);
+}
+
+TEST_F(JournalStoreTest, ChangesRecordsUnderTheLockAndReadsWithoutIt) {
+    EXPECT_FALSE(store.load(root, nullptr, 7, memory).journal);
+    EXPECT_THAT(locked, SizeIs(0));
+    (void)store.append(root, journal({"a"}), nullptr, nullptr, 7);
+    (void)store.removeRestored(root, {}, nullptr, nullptr, 7, memory);
+    EXPECT_THAT(locked, ElementsAre("/records", "/records"));
+}
+
+TEST_F(JournalStoreTest, PutsWhatIsInMemoryOnlyBehindTheStoredEntries) {
+    memory.write(file, journal({"a"}).encoded());
+    const auto unsaved = shared(journal({"b"}));
+    const auto loaded = store.load(root, unsaved, 7, memory);
+    EXPECT_THAT(names(loaded.journal), ElementsAre("a", "b"));
+    EXPECT_EQ(loaded.unsaved, unsaved);
+}
+
+}  // namespace
