@@ -33,8 +33,8 @@ std::string_view environmentLocale() {
     return {};
 }
 
-/// Where a text stands in a sort: the first eight bytes of its key as a number, the whole key in an arena, and the
-/// text's position.
+/// Where a text stands in a sort: eight bytes of its key as a number (those that are being sorted by), the whole key
+/// in an arena, and the text's position.
 struct Keyed {
     std::uint64_t head;
     std::size_t offset;
@@ -42,10 +42,14 @@ struct Keyed {
     std::uint32_t position;
 };
 
-std::uint64_t headOf(const char* key, std::size_t length) {
+constexpr std::size_t headSize = 8;
+
+/// Up to eight bytes of a key, the first the most significant; zeros stand for what the key lacks. A key holds a zero
+/// only as a digit count, where every key it could be taken for has one as well.
+std::uint64_t headOf(const char* bytes, std::size_t length) {
     std::uint64_t head = 0;
-    std::memcpy(&head, key, std::min<std::size_t>(length, 8));
-    return __builtin_bswap64(head);  // first byte most significant
+    std::memcpy(&head, bytes, std::min(length, headSize));
+    return __builtin_bswap64(head);
 }
 
 }  // namespace
@@ -184,24 +188,33 @@ struct StandardSorter::State {
     std::vector<bool> equalToPrevious;  // for each place in `order`
 
     void addKey(std::vector<Keyed>& list, std::size_t start, std::size_t position) {
-        const std::size_t length = arena.size() - start;
-        list.push_back({headOf(arena.data() + start, length), start, static_cast<std::uint32_t>(length),
-                        static_cast<std::uint32_t>(position)});
+        list.push_back(
+            {0, start, static_cast<std::uint32_t>(arena.size() - start), static_cast<std::uint32_t>(position)});
     }
 
-    [[nodiscard]] int compareKeys(const Keyed& a, const Keyed& b) const {
-        if (a.head != b.head) return a.head < b.head ? -1 : 1;
-        const int difference =
-            std::memcmp(arena.data() + a.offset, arena.data() + b.offset, std::min(a.length, b.length));
-        if (difference != 0) return difference;
-        return a.length < b.length ? -1 : (a.length > b.length ? 1 : 0);
+    [[nodiscard]] bool haveEqualKeys(const Keyed& a, const Keyed& b) const {
+        return a.length == b.length && std::memcmp(arena.data() + a.offset, arena.data() + b.offset, a.length) == 0;
     }
 
-    void sortByKey(std::vector<Keyed>& list) {
-        std::sort(list.begin(), list.end(), [this](const Keyed& a, const Keyed& b) {
-            const int difference = compareKeys(a, b);
-            return difference != 0 ? difference < 0 : a.position < b.position;
+    /// Sorts by the key's bytes from `depth` on, eight at a time: paths share long beginnings, and so a comparison of
+    /// whole keys would look at the same bytes over and over.
+    void sortByKey(std::span<Keyed> list, std::size_t depth = 0) {
+        for (Keyed& keyed : list) {
+            keyed.head = headOf(arena.data() + keyed.offset + depth, keyed.length - depth);
+        }
+        std::sort(list.begin(), list.end(), [depth](const Keyed& a, const Keyed& b) {
+            if (a.head != b.head) return a.head < b.head;
+            const bool aEnds = a.length <= depth + headSize, bEnds = b.length <= depth + headSize;
+            return aEnds != bEnds ? aEnds : a.position < b.position;
         });
+        for (std::size_t begin = 0; begin < list.size();) {
+            std::size_t end = begin;
+            while (end < list.size() && list[end].head == list[begin].head) ++end;
+            std::size_t longer = begin;  // keys that end here come first and are in order
+            while (longer < end && list[longer].length <= depth + headSize) ++longer;
+            if (end - longer > 1) sortByKey(list.subspan(longer, end - longer), depth + headSize);
+            begin = end;
+        }
     }
 
     void makeKeys(std::span<const std::string_view> texts) {
@@ -235,7 +248,7 @@ struct StandardSorter::State {
             const Keyed& next = isFast ? *f++ : *s++;
             equalToPrevious.push_back(previous != nullptr &&
                                       (isFast == previousWasFast
-                                           ? compareKeys(*previous, next) == 0
+                                           ? haveEqualKeys(*previous, next)
                                            : collation.compare(texts[previous->position], texts[next.position]) == 0));
             order.push_back(next.position);
             previous = &next;
