@@ -3,15 +3,12 @@
 #include "OrdovanCore/Categories.h"
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/platform/UserDatabase.h"
 
 #include <QCryptographicHash>
 
 #include <cmath>
 #include <cstdlib>
-#include <vector>
-
-#include <pwd.h>
-#include <unistd.h>
 
 namespace ordovan {
 
@@ -22,15 +19,6 @@ std::string wholeSeconds(double epoch) {
     return std::to_string(static_cast<long long>(std::trunc(epoch)));
 }
 
-/// The home folder of the user who runs the program, by the user database; "/" for a user it does not know.
-std::string userDatabaseHome() {
-    std::vector<char> buffer(16 * 1024);
-    passwd entry{};
-    passwd* found = nullptr;
-    if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || found == nullptr) return "/";
-    return found->pw_dir;
-}
-
 }  // namespace
 
 StorageLocations StorageLocations::system() {
@@ -39,18 +27,24 @@ StorageLocations StorageLocations::system() {
         if (value == nullptr) return std::nullopt;
         return value;
     };
-    return fromEnvironment(environment, userDatabaseHome());
+    return fromEnvironment(environment, [] { return homeFromUserDatabase().value_or("/"); });
 }
 
 StorageLocations StorageLocations::fromEnvironment(
-    const std::function<std::optional<std::string>(const char* variable)>& environment, std::string_view userHome) {
-    const auto folder = [&](const char* variable, const Url& fallback) {
+    const std::function<std::optional<std::string>(const char* variable)>& environment,
+    const std::function<std::string()>& userHome) {
+    const auto absolute = [&](const char* variable) -> std::optional<Url> {
         const std::optional<std::string> value = environment(variable);
-        return value && value->starts_with('/') ? Url::file(*value).standardized() : fallback;
+        if (!value || !value->starts_with('/')) return std::nullopt;
+        return Url::file(*value).standardized();
     };
-    const Url home = folder("HOME", Url::file(userHome));
-    return {.recordsFolder = folder("XDG_DATA_HOME", home.appending(".local/share")).appending("ordovan"),
-            .settingsFolder = folder("XDG_CONFIG_HOME", home.appending(".config")).appending("ordovan")};
+    const auto folder = [&](const char* variable, std::string_view belowHome) {
+        if (const auto set = absolute(variable)) return set->appending("ordovan");
+        const auto home = absolute("HOME");
+        return (home ? *home : Url::file(userHome())).appending(belowHome).appending("ordovan");
+    };
+    return {.recordsFolder = folder("XDG_DATA_HOME", ".local/share"),
+            .settingsFolder = folder("XDG_CONFIG_HOME", ".config")};
 }
 
 Url StorageLocations::journal(const Url& root) const {

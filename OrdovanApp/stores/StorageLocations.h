@@ -20,9 +20,11 @@ struct StorageLocations {
     /// `$HOME`, else the user database's.
     static StorageLocations system();
 
-    /// The same from a given environment (a variable's value, or nothing) and the user database's home folder.
+    /// The same from a given environment (a variable's value, or nothing) and the user database's home folder, which
+    /// is only asked for when it is needed.
     static StorageLocations fromEnvironment(
-        const std::function<std::optional<std::string>(const char* variable)>& environment, std::string_view userHome);
+        const std::function<std::optional<std::string>(const char* variable)>& environment,
+        const std::function<std::string()>& userHome);
 
     /// The undo journal of one folder: "journals/", the lower-case hexadecimal SHA-256 of the folder's canonical
     /// path, ".json".

@@ -22,7 +22,7 @@ StorageLocations with(const std::map<std::string, std::string>& environment) {
             if (found == environment.end()) return std::nullopt;
             return found->second;
         },
-        "/database/home");
+        [] { return std::string("/database/home"); });
 }
 
 const StorageLocations usual = with({{"HOME", "/home/u"}});

@@ -1,0 +1,29 @@
+#include "OrdovanCore/platform/UserDatabase.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string_view>
+#include <vector>
+
+namespace ordovan {
+
+std::optional<std::string> homeFromUserDatabase() {
+    std::vector<char> space(4096);
+    for (;;) {
+        ::passwd entry{};
+        ::passwd* found = nullptr;
+        const int error = ::getpwuid_r(::geteuid(), &entry, space.data(), space.size(), &found);
+        if (error == ERANGE && space.size() < (1u << 20)) {
+            space.resize(space.size() * 2);
+            continue;
+        }
+        if (error != 0 || found == nullptr || found->pw_dir == nullptr) return std::nullopt;
+        const std::string_view home = found->pw_dir;
+        if (!home.starts_with('/')) return std::nullopt;
+        return std::string(home);
+    }
+}
+
+}  // namespace ordovan
