@@ -351,6 +351,16 @@ TEST(JsonWriting, ReplacesBytesThatAreNotUtf8) {
     EXPECT_EQ(textOf("end\xE2\x82"), "<\"end\uFFFD\"");
 }
 
+TEST(JsonWriting, EscapesEachAsciiCharacterThatMustBe) {
+    for (int byte = 0; byte < 0x80; ++byte) {
+        const char c = static_cast<char>(byte);
+        const bool plain = byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
+        const std::string written = textOf(std::string("a") + c + "z");
+        EXPECT_EQ(written == std::string("<\"a") + c + "z\"", plain) << byte;
+        EXPECT_EQ(written[3] == '\\', !plain) << byte;
+    }
+}
+
 TEST(JsonWriting, EscapesTheSameAtEveryPlaceOfALongText) {
     const std::string plain(40, 'p');
     for (std::size_t place = 0; place < plain.size(); ++place) {

@@ -30,7 +30,7 @@ TEST(Uuid, RefusesEveryOtherText) {
         EXPECT_EQ(Uuid::parse(upper.substr(0, length)), std::nullopt) << length;
     }
     for (std::size_t place = 0; place < upper.size(); ++place) {
-        for (const char wrong : {'g', ' ', '\0', '/', ':', '@', '`', upper[place] == '-' ? 'A' : '-'}) {
+        for (const char wrong : {'g', 'G', ' ', '\0', '/', ':', '@', '`', upper[place] == '-' ? 'A' : '-'}) {
             std::string text(upper);
             text[place] = wrong;
             EXPECT_EQ(Uuid::parse(text), std::nullopt) << text;
