@@ -8,6 +8,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # g++ 12 warns about correct uses of std::string and std::optional in its own headers.
   target_compile_options(ordovan_flags INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized -Wno-restrict)
 endif()
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  # libstdc++ 12 uses its own deprecated get_temporary_buffer in std::stable_sort.
+  target_compile_options(ordovan_flags INTERFACE -Wno-deprecated-declarations)
+endif()
 if(ORDOVAN_WARNINGS_ARE_ERRORS)
   target_compile_options(ordovan_flags INTERFACE -Werror)
 endif()
@@ -17,7 +21,7 @@ else()
   target_compile_definitions(ordovan_flags INTERFACE _GLIBCXX_ASSERTIONS)
 endif()
 if(ORDOVAN_SANITIZE)
-  target_compile_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE} -fno-sanitize-recover=all
+  target_compile_options(ordovan_flags INTERFACE -O1 -fsanitize=${ORDOVAN_SANITIZE} -fno-sanitize-recover=all
                                                  -fno-omit-frame-pointer)
   target_link_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE})
 endif()
