@@ -70,7 +70,7 @@ public:
     void rewind() override { at_ = 0; }
     Lookup lookUp(const std::string& name) override {
         ++lookUps;
-        if (kind_ == Kind::silent) return Lookup::unknown;
+        if (kind_ == Kind::silent || lookUps <= unanswered) return Lookup::unknown;
         const bool found = std::ranges::any_of(names_, [&](const std::string& listed) {
             return kind_ == Kind::sensitive ? listed == name : lower(listed) == lower(name);
         });
@@ -78,6 +78,7 @@ public:
     }
 
     int lookUps = 0;
+    int unanswered = 0;  ///< so many look-ups, from the first on, get no answer
 
 private:
     Kind kind_;
@@ -122,6 +123,12 @@ TEST(CaseOfNames, DoesNotDifferWhereTheOtherCaseIsFoundButNotListed) {
 TEST(CaseOfNames, DiffersWhereBothCasesAreListed) {
     EXPECT_EQ(answerOf(Kind::sensitive, {"a", "A"}), true);
     EXPECT_EQ(answerOf(Kind::sensitive, {"A", "b", "a"}), true);
+}
+
+TEST(CaseOfNames, DiffersWhereTheOtherCaseIsListedBeforeTheNameAsked) {
+    SomeNames names(Kind::sensitive, {"A", "a"});
+    names.unanswered = 1;
+    EXPECT_EQ(namesDifferByCase(names), true);
 }
 
 TEST(CaseOfNames, IsNotToldByNamesWithoutLetters) {
