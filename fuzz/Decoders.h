@@ -3,6 +3,7 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/RunHistory.h"
+#include "OrdovanCore/TrashRecord.h"
 
 #include <string>
 #include <string_view>
@@ -13,8 +14,8 @@ namespace ordovan::fuzz {
 
 /// True when two readings of one text agree. The sentences of two refusals may differ: a text may be wrong in two ways,
 /// and where it is cut decides which of them is seen first.
-inline bool agree(const std::expected<OrdovanJournal, OrdovanRecordError>& a,
-                  const std::expected<OrdovanJournal, OrdovanRecordError>& b) {
+template <class Record>
+bool agree(const std::expected<Record, OrdovanRecordError>& a, const std::expected<Record, OrdovanRecordError>& b) {
     if (a || b || !std::holds_alternative<std::string>(a.error())) return a == b;
     return std::holds_alternative<std::string>(b.error());
 }
@@ -31,6 +32,20 @@ inline std::string journal(std::string_view input) {
         if (entry.source().contains('\0') || entry.destination().contains('\0')) return "a path holds a NUL character";
     }
     return whole->appending(*whole) == *whole ? "" : "a journal appended to itself is another one";
+}
+
+inline std::string trashRecord(std::string_view input) {
+    const auto whole = OrdovanTrashRecord::decoded(input);
+    OrdovanTrashRecordDecoder decoder;
+    const std::size_t step = input.size() % 7 + 1;
+    for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
+    if (!agree(decoder.finish(), whole)) return "a Trash record fed in pieces is read differently";
+    if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
+    if (OrdovanTrashRecord::decoded(whole->encoded()) != whole) return "a Trash record is not read back equal";
+    for (const OrdovanTrashEntry& entry : whole->entries) {
+        if (entry.original().contains('\0') || entry.trashed().contains('\0')) return "a path holds a NUL character";
+    }
+    return whole->appending(*whole) == *whole ? "" : "a Trash record appended to itself is another one";
 }
 
 inline std::string history(std::string_view input) {

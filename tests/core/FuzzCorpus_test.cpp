@@ -32,6 +32,10 @@ TEST(FuzzCorpus, OfJournalsHoldsWhatMustHold) {
     EXPECT_GE(replay("journal", ordovan::fuzz::journal), 20U);
 }
 
+TEST(FuzzCorpus, OfTrashRecordsHoldsWhatMustHold) {
+    EXPECT_GE(replay("trash-record", ordovan::fuzz::trashRecord), 20U);
+}
+
 TEST(FuzzCorpus, OfHistoriesHoldsWhatMustHold) {
     EXPECT_GE(replay("history", ordovan::fuzz::history), 20U);
 }
