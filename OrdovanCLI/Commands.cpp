@@ -70,12 +70,14 @@ Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyV
     const bool isUndo = kind == OrdovanRunRecord::Kind::undo;
     TidyViewModel& model = session.model();
     const bool started = session.run(isUndo ? "Putting back" : "Organizing", start);
+    const bool wasStopped = interrupts::requested();
+    interrupts::letThemEndTheProgram();
     if (model.runRefusal()) return Outcome::impossible(*model.runRefusal());
     const RunReport result{kind, *model.rootURL(), started ? model.lastReport() : nullptr, model.journalWarning()};
     put(result);
     if (result.warning) console.warn(*result.warning);
     const bool someStayed = result.report && result.report->movedCount() < result.report->outcomes.size();
-    return {interrupts::requested() ? Outcome::Kind::interrupted : Outcome::Kind::done, someStayed, {}};
+    return {wasStopped ? Outcome::Kind::interrupted : Outcome::Kind::done, someStayed, {}};
 }
 
 Outcome runCommand(Context& context) {

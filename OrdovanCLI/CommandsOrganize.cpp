@@ -1,6 +1,7 @@
 #include "OrdovanCLI/Commands.h"
 
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCore/PlanExport.h"
 
 #include <cerrno>
@@ -109,6 +110,7 @@ Outcome runPreview(Context& context) {
         if (auto failure = exportPlan(*view, std::string(*exportFile), *format)) return std::move(*failure);
         context.console.remark("Saved the preview in " + inQuotes(*exportFile) + ".");
     }
+    interrupts::letThemEndTheProgram();
     context.put(*view);
     return {};
 }
