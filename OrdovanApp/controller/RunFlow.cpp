@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <ranges>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -14,10 +15,19 @@ namespace {
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
 
-/// The file system that a run changes files through.
-OrdovanFileSystem& runFileSystem(const TidyPorts& ports) {
-    return ports.fileSystem;
-}
+/// The file system that a run changes files through, told beforehand which files it will hash.
+class RunFileSystem {
+public:
+    RunFileSystem(const TidyPorts& ports, std::span<const Url> toBeHashed)
+        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed) : nullptr),
+          port_(ahead_ == nullptr ? ports.fileSystem : *ahead_) {}
+
+    OrdovanFileSystem& port() { return port_; }
+
+private:
+    std::unique_ptr<OrdovanFileSystem> ahead_;
+    OrdovanFileSystem& port_;
+};
 
 bool isHeldElsewhere(const OrdovanResult<ordovan::HeldLock>& lock) {
     return !lock && lock.error().domain == OrdovanSystemError::Domain::posix && lock.error().code == EWOULDBLOCK;
@@ -83,8 +93,14 @@ OrdovanRunControl batchControl(const OrdovanRunControl& control, std::size_t don
 /// Puts back the files of one batch, adds its outcomes to the report and tidies up behind it.
 void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch& batch,
                const OrdovanRunControl& control, OrdovanExecutionReport& report) {
+    std::vector<Url> organized;
+    organized.reserve(batch.journal.entries.size());
+    for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
+        organized.push_back(Url::file(entry.destination()));
+    }
+    RunFileSystem files(ports, organized);
     OrdovanExecutionReport part =
-        OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, runFileSystem(ports), control);
+        OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, files.port(), control);
     std::vector<Url> vacated;
     for (const OrdovanExecutionOutcome& outcome : part.outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) vacated.push_back(outcome.destination);
@@ -107,9 +123,13 @@ std::unordered_set<std::string_view> restoredDestinations(const OrdovanExecution
 RunResult RunFlow::organize(const TidyPorts& ports, const RunInputs& inputs,
                             std::span<const OrdovanFileProposal> proposals) {
     return locked(ports, inputs, [&] {
+        std::vector<Url> sources;
+        sources.reserve(proposals.size());
+        for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
+        RunFileSystem files(ports, sources);
         RunResult result;
         result.report = std::make_shared<const OrdovanExecutionReport>(OrdovanExecutor::apply(
-            proposals, inputs.root, inputs.outputRoot, runFileSystem(ports), inputs.nowEpoch, inputs.control));
+            proposals, inputs.root, inputs.outputRoot, files.port(), inputs.nowEpoch, inputs.control));
         if (result.report->journal.entries.empty()) {
             result.record = {.journal = inputs.known, .unsaved = inputs.unsaved, .warning = std::nullopt};
         } else {

@@ -6,6 +6,7 @@
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
+#include "OrdovanCore/platform/HashAhead.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/Volumes.h"
 
@@ -51,6 +52,10 @@ SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
     return {.fileSystem = state_->fileSystem,
+            .hashAhead =
+                [&fs = state_->fileSystem](std::span<const Url> files) {
+                    return std::make_unique<ordovan::HashAheadFileSystem>(fs, files);
+                },
             .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
             .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
             .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,

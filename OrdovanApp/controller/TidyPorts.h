@@ -24,6 +24,8 @@ class RuleStore;
 /// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
 struct TidyPorts {
     OrdovanFileSystem& fileSystem;
+    /// A port over `fileSystem` for one run that may hash these files ahead of it, in this order; empty for none.
+    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url> toBeHashed)> hashAhead;
     /// A reader for one scan.
     std::function<std::unique_ptr<OrdovanDirectoryReading>()> makeDirectoryReader;
     /// Whether names in a folder differ by case; nothing when that can not be told.

@@ -46,6 +46,23 @@ TEST_F(TidyOrganize, MovesTheTickedFilesAndRecordsThem) {
     EXPECT_FALSE(model->isApplying());
 }
 
+TEST_F(TidyOrganize, TellsItsFileSystemWhichFilesItWillHash) {
+    tree({"x.pdf = 1", "y.jpg = 2"});
+    std::vector<std::string> told;
+    hashAhead = [&](std::span<const Url> files) {
+        for (const Url& file : files) told.push_back(file.sharedPath().str());
+        return std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
+    };
+    const auto model = previewed();
+    organize(*model);
+    EXPECT_THAT(told, ElementsAre("/r/x.pdf", "/r/y.jpg"));
+    told.clear();
+    model->undo();
+    tasks.finish();
+    EXPECT_THAT(told, ElementsAre("/r/ordovan+/Images/y.jpg", "/r/ordovan+/Documents/x.pdf"));
+    EXPECT_EQ(memory.read("/r/y.jpg"), "2");
+}
+
 TEST_F(TidyOrganize, RecordsTheRunInTheHistory) {
     tree({"x.pdf = 1", "y.jpg = 2"});
     const auto model = previewed();

@@ -43,6 +43,7 @@ public:
         TidyPorts ports = environment_.ports();
         model =
             std::make_unique<TidyViewModel>(TidyPorts{.fileSystem = fs,
+                                                      .hashAhead = {},
                                                       .makeDirectoryReader = ports.makeDirectoryReader,
                                                       .supportsCaseSensitiveNames = ports.supportsCaseSensitiveNames,
                                                       .removeEmptyFolders = ports.removeEmptyFolders,

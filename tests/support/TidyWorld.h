@@ -16,6 +16,7 @@
 #include <QObject>
 
 #include <cerrno>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -49,6 +50,7 @@ public:
 
     TidyPorts ports() {
         return {.fileSystem = fs,
+                .hashAhead = hashAhead,
                 .makeDirectoryReader =
                     [this] {
                         auto reader = std::make_unique<testing::MemoryDirectoryReader>(memory);
@@ -75,6 +77,8 @@ public:
                 .settings = settings,
                 .rules = rules};
     }
+
+    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url>)> hashAhead;
 
     /// The lock of a folder, as `FolderLock` gives it; taking and releasing it are events.
     OrdovanResult<HeldLock> lock(const Url& folder) {
