@@ -62,11 +62,11 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, c
     const bool landed = isThere(to, *copyIdentity);
     if (published && landed) return replaceOriginal(from, to, *copyIdentity, was);
 
-    // A rename that reports an error may have happened and yet not be on disk, so the original must not go.
-    if (landed && !isThere(from, was.identity)) return {End::done};
+    if (hasMoved(from, to, was.identity, *copyIdentity)) return {End::done};  // the original went away meanwhile
+    // A rename that reports an error may have happened and yet not be on disk, so it is the copy that goes.
     if (isThere(partial, *copyIdentity)) {
         discardPartial(partial, from);
-    } else if (isThere(to, *copyIdentity) && isThere(from, was.identity)) {
+    } else if (isThere(to, *copyIdentity)) {
         (void)fs_.remove(to);
     }
     return published ? Relocation{End::didNotLand} : Relocation{End::publishFailed, false, published.error()};
@@ -76,9 +76,9 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, c
 /// that is not seen counts as gone only while the copy is seen: a volume that answers nothing proves nothing.
 Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity,
                                       const Fingerprint& was) {
-    if (isGone(from)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
     const auto size = fs_.fileSize(from);
     if (!isThere(from, was.identity) || !size || *size != was.byteSize) {
+        if (!fs_.isRegularFile(from)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
         if (isThere(to, copyIdentity)) (void)fs_.remove(to);
         return {End::verificationFailed};
     }
@@ -94,10 +94,6 @@ bool Relocator::isThere(const Url& url, const std::string& identity) {
     if (!fs_.isRegularFile(url)) return false;
     const auto found = fs_.fileIdentity(url);
     return found && *found == identity;
-}
-
-bool Relocator::isGone(const Url& url) {
-    return !fs_.isRegularFile(url) && !fs_.exists(url) && !fs_.isSymlink(url);
 }
 
 bool Relocator::mayBeThere(const Url& url, const std::string& identity) {

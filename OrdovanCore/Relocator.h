@@ -59,7 +59,6 @@ private:
     bool isThere(const Url& url, const std::string& identity);
     /// A regular file is there, and its identity says nothing against its being this one.
     bool mayBeThere(const Url& url, const std::string& identity);
-    bool isGone(const Url& url);
     bool hasMoved(const Url& from, const Url& to, const std::string& identityBefore, const std::string& identityAfter);
     void discardPartial(const Url& partial, const Url& original);
 

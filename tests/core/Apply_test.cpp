@@ -21,6 +21,7 @@ using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
+using Lasting = FaultyFileSystem::Lasting;
 using Moment = FaultyFileSystem::Moment;
 using Status = OrdovanExecutionStatus;
 
@@ -215,6 +216,25 @@ TEST_F(Apply, MovesFilesWithDecomposedNamesAsTheyAre) {
     EXPECT_EQ(memory.read("/Bu\u0308cher/ordovan+/\u00fc.txt"), "composed");
 }
 
+TEST_F(Apply, TakesTwoSpellingsForTwoFoldersWhicheverWayRound) {
+    build(memory, "/B\u00fccher", {"a = another folder's"});
+    build(memory, "/Bu\u0308cher", {"a = mine"});
+    const auto report = OrdovanExecutor::apply(std::vector{proposal("/B\u00fccher/a", "/Bu\u0308cher/ordovan+/a")},
+                                               Url::file("/Bu\u0308cher"), Url::file("/Bu\u0308cher/ordovan+"), fs, 0);
+    EXPECT_EQ(report.outcomes[0].message, outOfScope);
+    EXPECT_THAT(memory.changes(), IsEmpty());
+}
+
+TEST_F(Apply, SkipsEverythingWhenARootStepsUpOrIsRelative) {
+    tree({"a = 1", "../x/"});
+    for (const char* root : {"/x/../r", "r", ""}) {
+        const auto report = OrdovanExecutor::apply(std::vector{proposal("/r/a", "/r/ordovan+/a")}, Url::file(root),
+                                                   Url::file("/r/ordovan+"), fs, 0);
+        EXPECT_EQ(report.outcomes[0].message, outOfScope) << root;
+    }
+    EXPECT_THAT(memory.changes(), IsEmpty());
+}
+
 TEST_F(Apply, AcceptsRootsWithATrailingSlash) {
     tree({"a = 1"});
     const auto report = OrdovanExecutor::apply(std::vector{proposal("/r//a", "/r/ordovan+/./x/a")}, Url::file("/r/"),
@@ -257,6 +277,16 @@ TEST_F(Apply, WorksInAChosenFolderThatIsALink) {
     memory.link("/r", "/disk/real");
     EXPECT_EQ(fate(toDocuments("a")), "moved: Moved.");
     EXPECT_EQ(memory.read("/disk/real/ordovan+/Documents/a"), "1");
+}
+
+TEST_F(Apply, LooksForLinksOnlyUpToAnOutputFolderElsewhere) {
+    tree({"a = 1"});
+    memory.makeDirectory("/disk/out");
+    memory.link("/elsewhere", "/disk");
+    const auto report = OrdovanExecutor::apply(std::vector{proposal("/r/a", "/elsewhere/out/Documents/a")},
+                                               Url::file("/r"), Url::file("/elsewhere/out"), fs, 0);
+    EXPECT_EQ(report.outcomes[0].message, "Moved.");
+    EXPECT_EQ(memory.read("/disk/out/Documents/a"), "1");
 }
 
 TEST_F(Apply, FindsALinkPlantedDuringTheRun) {
@@ -377,6 +407,23 @@ TEST_F(Apply, BelievesTheDiskWhenTheReplyToAMoveIsLost) {
     fs.failCall(Operation::move, 1, EIO, Moment::afterEffect);
     EXPECT_EQ(fate(toDocuments("a")), "moved: Moved.");
     EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "1");
+}
+
+TEST_F(Apply, BelievesTheDiskWhenTheIdentityCanNotBeReadAnyMore) {
+    tree({"a = 1"});
+    fs.failCall(Operation::move, 1, EIO, Moment::afterEffect);
+    fs.failCall(Operation::fileIdentity, 2, EIO, Moment::beforeEffect, Lasting::forGood);
+    EXPECT_EQ(fate(toDocuments("a")), "moved: Moved.");
+}
+
+TEST_F(Apply, DoesNotTakeASecondNameOfTheFileForAMoveThatHappened) {
+    tree({"a = 1"});
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.hardLink("/r/ordovan+/Documents/a", "/r/a");
+    });
+    EXPECT_EQ(fate(toDocuments("a")),
+              "failed: Could not move this file; it was left in place. The system reported an error (code 17).");
+    EXPECT_EQ(memory.read("/r/a"), "1");
 }
 
 TEST_F(Apply, BelievesTheDiskWhenTheLandingCheckFailsOnce) {
@@ -590,6 +637,56 @@ TEST_F(ApplyAcrossVolumes, KeepsTheOnlyCopyWhenItsRenameFailsAsWell) {
     EXPECT_EQ(memory.contents().size(), 1u);
 }
 
+TEST_F(ApplyAcrossVolumes, KeepsTheOnlyCopyWhenTheReplyToItsRenameIsLost) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::copy) memory.removeTree("/r/a");
+    });
+    fs.failCall(Operation::move, 1, EIO, Moment::afterEffect);
+    EXPECT_EQ(fate(toDocuments("a")), "moved: Copied, verified and moved.");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, KeepsTheOnlyCopyWhenALinkTakesThePlaceOfTheSource) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::copy) return;
+        memory.removeTree("/r/a");
+        memory.link("/r/a", "nowhere");
+    });
+    EXPECT_EQ(fate(toDocuments("a")), "moved: Copied, verified and moved.");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+    EXPECT_EQ(memory.linkTarget("/r/a"), "nowhere");
+}
+
+TEST_F(ApplyAcrossVolumes, KeepsASourceWhoseSizeCanNotBeReadAnyMore) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.failCall(Operation::fileSize, 2, EIO);
+    EXPECT_EQ(fate(toDocuments("a")), failed(verificationFailed));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());
+}
+
+TEST_F(ApplyAcrossVolumes, TakesNoSightOfTheSourceForNoProofThatItIsGone) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.failCall(Operation::isRegularFile, 3, EIO, Moment::beforeEffect, Lasting::forGood);
+    EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, TakesNoSightOfTheSourceForNoProofThatItWasRemoved) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.failCall(Operation::isRegularFile, 4, EIO, Moment::beforeEffect, Lasting::forGood);
+    fs.failCall(Operation::remove, 1, EIO);
+    EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+}
+
 TEST_F(ApplyAcrossVolumes, NeverReplacesADestinationThatAppearsDuringTheCopy) {
     tree({"a = mine"});
     documentsOnAnotherVolume();
@@ -601,6 +698,19 @@ TEST_F(ApplyAcrossVolumes, NeverReplacesADestinationThatAppearsDuringTheCopy) {
     EXPECT_EQ(memory.read("/r/a"), "mine");
     EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "theirs");
     EXPECT_EQ(memory.list("/r/ordovan+/Documents")->size(), 1u);
+}
+
+TEST_F(ApplyAcrossVolumes, NeverRemovesAnotherFileInARollback) {
+    tree({"a = mine"});
+    documentsOnAnotherVolume();
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move) return;
+        memory.removeTree(call.url.path());
+        memory.write("/r/ordovan+/Documents/a", "theirs");
+    });
+    EXPECT_THAT(fate(toDocuments("a")), StartsWith("failed: Could not move this file; it was left in place."));
+    EXPECT_EQ(memory.read("/r/a"), "mine");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "theirs");
 }
 
 TEST_F(ApplyAcrossVolumes, RollsBackARenameThatMayNotBeOnDisk) {

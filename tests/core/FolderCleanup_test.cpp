@@ -114,10 +114,11 @@ TEST_F(FolderCleanup, NeverReachesThroughARootThatIsALink) {
 }
 
 TEST_F(FolderCleanup, LeavesFoldersOutsideTheRoot) {
-    tree({"out/", "other/empty/", "outer/empty/"});
+    tree({"out/empty/", "other/empty/", "outer/empty/"});
     EXPECT_EQ(clean({"other/empty/a", "outer/empty/a"}), 0u);
     EXPECT_TRUE(folder.has("other/empty"));
     EXPECT_TRUE(folder.has("outer/empty"));
+    EXPECT_TRUE(folder.has("out/empty"));
 }
 
 TEST_F(FolderCleanup, RefusesPathsThatStepUp) {
@@ -126,6 +127,12 @@ TEST_F(FolderCleanup, RefusesPathsThatStepUp) {
     EXPECT_TRUE(folder.has("out/Images"));
     EXPECT_TRUE(folder.has("other"));
     EXPECT_TRUE(folder.has("empty"));
+}
+
+TEST_F(FolderCleanup, RefusesARootThatStepsUp) {
+    tree({"out/Images/", "away/x/", "link -> away/x"});
+    EXPECT_EQ(removeEmptyFolders(std::vector{folder.url("out/Images/a")}, folder.url("link/../out")), 0u);
+    EXPECT_TRUE(folder.has("out/Images"));
 }
 
 TEST_F(FolderCleanup, RefusesRelativeAndForeignLocations) {

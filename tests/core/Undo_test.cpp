@@ -266,6 +266,13 @@ TEST_F(Undo, LeavesAFileAloneWhenItsContentChanged) {
     EXPECT_THAT(memory.changes(), IsEmpty());
 }
 
+TEST_F(Undo, LeavesAFileAloneWhoseSizeIsNotTheRecordedOne) {
+    tree({"ordovan+/Documents/a = hello"});
+    const auto a = fromDocuments("a");
+    EXPECT_EQ(fate({a.source(), a.destination(), true, 6, a.contentHash(), a.fileID()}), skipped(modified));
+    EXPECT_EQ(fs.callCount(Operation::contentHash), 0u);
+}
+
 TEST_F(Undo, LeavesAFileAloneThatCanNotBeHashed) {
     tree({"ordovan+/Documents/a = hello"});
     const auto a = fromDocuments("a");
