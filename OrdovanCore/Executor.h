@@ -78,5 +78,7 @@ inline constexpr std::string_view stoppedMessage = "The run was stopped before t
 }  // namespace OrdovanExecutor
 
 /// The walk that keeps a run inside its scope: true when a folder between the item and its root (the folder holding
-/// the item included, the root not) is a symbolic link.
+/// the item included, the root not) is a symbolic link. The root is given as a canonical path; for an item outside it
+/// the walk goes on to the top. True as well for a path with a ".." piece, which its text can not settle. Asks `fs`
+/// about each folder at the moment of the call. Any thread.
 [[nodiscard]] bool OrdovanHasSymlinkedParent(const Url& item, std::string_view canonicalRoot, OrdovanFileSystem& fs);

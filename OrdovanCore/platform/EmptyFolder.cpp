@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 
 namespace {
 
@@ -18,26 +17,18 @@ struct CloseDirectory {
     void operator()(DIR* directory) const noexcept { ::closedir(directory); }
 };
 
-enum class Content { none, folderSettingsOnly, more };
-
-/// What an open folder holds; nothing when it can not be listed.
-std::optional<Content> contentOf(int folder) {
-    const std::unique_ptr<DIR, CloseDirectory> directory([&]() -> DIR* {
-        ordovan::Descriptor own = ordovan::Descriptor::openAt(folder, ".", folderFlags);
-        DIR* opened = own ? ::fdopendir(own.get()) : nullptr;
-        if (opened != nullptr) (void)own.release();
-        return opened;
-    }());
-    if (!directory) return std::nullopt;
-    Content content = Content::none;
+/// True when an open folder can be listed and holds nothing, or only the settings.
+bool isEmptyButForSettings(int folder) {
+    ordovan::Descriptor own = ordovan::Descriptor::openAt(folder, ".", folderFlags);
+    const std::unique_ptr<DIR, CloseDirectory> directory(own ? ::fdopendir(own.get()) : nullptr);
+    if (!directory) return false;
+    (void)own.release();
     for (;;) {
         errno = 0;
         const ::dirent* entry = ::readdir(directory.get());
-        if (entry == nullptr) return errno == 0 ? std::optional(content) : std::nullopt;
+        if (entry == nullptr) return errno == 0;
         const std::string_view name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        if (name != folderSettings) return Content::more;
-        content = Content::folderSettingsOnly;
+        if (name != "." && name != ".." && name != folderSettings) return false;
     }
 }
 
@@ -61,8 +52,7 @@ bool ordovan::removeFolderIfEmpty(const std::string& root, std::string_view rela
         folder = Descriptor::openAt(parent.get(), name.c_str(), folderFlags);
     }
     if (!folder || !parent) return false;
-    const std::optional<Content> content = contentOf(folder.get());
-    if (!content || *content == Content::more) return false;
-    if (*content == Content::folderSettingsOnly) removeFolderSettings(folder.get());
+    if (!isEmptyButForSettings(folder.get())) return false;
+    removeFolderSettings(folder.get());
     return ::unlinkat(parent.get(), name.c_str(), AT_REMOVEDIR) == 0;
 }

@@ -274,6 +274,21 @@ TEST_F(RoundTripAcrossVolumes, GivesBackTheVeryTree) {
     EXPECT_EQ(volume->root().count("out"), 0u);
 }
 
+TEST_F(RoundTrip, GivesBackTheVeryTreeFromAnOutputFolderThatIsAMountPoint) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    buildOnDisk(folder.path(), {"a.pdf = 1", "sub/b.png = 2", "sub/deep/c.txt = 3", ".hidden.zip = 4", "ordovan+/"});
+    const Tree before = tree();
+    const auto& mounts = ordovan::test::detail::MountNamespace::get();
+    ASSERT_TRUE(mounts.mount(folder.path("ordovan+"), "tmpfs", "size=1m,mode=755"));
+    const OrdovanExecutionReport organized = organize(plan());
+    EXPECT_EQ(organized.movedCount(), 4u);
+    EXPECT_EQ(organized.outcomes[0].message, "Copied, verified and moved.");
+    EXPECT_EQ(undo(organized.journal).movedCount(), 4u);
+    EXPECT_EQ(folder.count("ordovan+"), 0u);
+    EXPECT_EQ(tree(), before);
+    mounts.unmount(folder.path("ordovan+"));
+}
+
 TEST_F(RoundTripAcrossVolumes, LeavesTheSourceAndNoPartialFileWhenTheDiskIsFull) {
     folder.write("big.mov", std::string(2u << 20, 'x'));
     EXPECT_EQ(organize("big.mov", "Videos/big.mov").outcomes[0].message,
