@@ -54,7 +54,8 @@ public:
     /// Any failure to find out is false.
     virtual bool exists(const Url& url) = 0;
 
-    /// True when the item itself is a regular file (a link to one is not). Any failure is false.
+    /// True when the item itself is a regular file (a link to one is not). True implies that the item exists and that it
+    /// is no symbolic link, so nobody need ask for these as well. Any failure is false.
     virtual bool isRegularFile(const Url& url) = 0;
 
     /// True when the item itself is a symbolic link, dangling or not. Any failure is false.
