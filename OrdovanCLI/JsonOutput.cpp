@@ -4,6 +4,8 @@
 #include "OrdovanCore/Json.h"
 #include "OrdovanCore/Text.h"
 
+#include <initializer_list>
+
 namespace ordovan::cli {
 namespace {
 
@@ -55,6 +57,11 @@ public:
             appendText(out_, value);
         }
         out_.push_back(']');
+    }
+    /// A value that is JSON already, in pieces.
+    void literal(std::string_view key, std::initializer_list<std::string_view> pieces) {
+        this->key(key);
+        for (const std::string_view piece : pieces) out_ += piece;
     }
     /// Begins a member whose value the caller writes.
     void key(std::string_view key) {
@@ -128,13 +135,17 @@ void writeScan(Document& document, const OrdovanInventory& inventory, std::strin
 /// Proposals only name files whose path is UTF-8; the planner skips the others.
 void writeProposals(Document& document, const PlanView& view) {
     std::size_t index = 0;
-    std::string id;
+    std::string source, destination;  // as JSON strings, for each stands in a record twice
     document.list("proposals", view.plan->proposals, [&](Object& object, const OrdovanFileProposal& proposal) {
         const PlanView::Facts& facts = view.facts[index];
-        id.assign(proposal.source.path()).append(" -> ").append(proposal.destination.path());
-        object.text("id", id);
-        object.text("source", proposal.source.path());
-        object.text("destination", proposal.destination.path());
+        source.clear();
+        destination.clear();
+        appendText(source, proposal.source.path());
+        appendText(destination, proposal.destination.path());
+        object.literal("id", {std::string_view(source).substr(0, source.size() - 1), " -> ",
+                              std::string_view(destination).substr(1)});
+        object.literal("source", {source});
+        object.literal("destination", {destination});
         object.text("category", rawValue(proposal.category));
         object.textOrNull("ruleFolder",
                           proposal.ruleFolder ? std::optional(proposal.ruleFolder->view()) : std::nullopt);

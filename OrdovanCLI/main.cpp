@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 #include <cstring>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -16,12 +17,24 @@ using namespace ordovan::cli;
 /// Qt remarks on locales and settings by itself. What matters to the user is said by this program.
 void dropQtMessages(QtMsgType, const QMessageLogContext&, const QString&) {}
 
+/// The event loop and what runs on it.
+struct World {
+    World(int& argc, char** argv, Console& console) : application(argc, argv), session(console) {}
+
+    QCoreApplication application;
+    Session session;
+};
+
 Outcome runWithEvents(int& argc, char** argv, const Invocation& invocation, Console& console, Output& output) {
     qInstallMessageHandler(dropQtMessages);
-    QCoreApplication application(argc, argv);
-    Session session(console);
-    Context context{invocation, console, output, session};
-    return runCommand(context);
+    auto world = std::make_unique<World>(argc, argv, console);
+    Context context{invocation, console, output, world->session};
+    Outcome outcome = runCommand(context);
+    // Taking a plan of fifty thousand files apart takes longer than printing it. Nothing runs any more unless the
+    // command was interrupted, so the world is left to the end of the process.
+    [[maybe_unused]] static const World* left = nullptr;
+    if (outcome.kind != Outcome::Kind::interrupted) left = world.release();
+    return outcome;
 }
 
 /// Writes what is left of the result; a result that could not be written is none.
@@ -60,7 +73,7 @@ int main(int argc, char** argv) {
         output.buffer() += "ordovan-cli " ORDOVAN_VERSION "\n";
     } else {
         // The event loop gets no arguments: an option of ours must never be taken for one of its own.
-        int nameOnly = 1;
+        static int nameOnly = 1;
         outcome = runWithEvents(nameOnly, argv, *invocation, console, output);
         const bool isFailure = !outcome.sentence.empty() && outcome.kind != Outcome::Kind::usage;
         if (isFailure && invocation->has(Option::json)) writeJsonFailure(output, outcome.sentence);
