@@ -33,6 +33,11 @@ bool Sha256::begin() {
     return context != nullptr && algorithm() != nullptr && ::EVP_DigestInit_ex2(context, algorithm(), nullptr) == 1;
 }
 
+bool Sha256::beginAt(const Sha256& other) {
+    EVP_MD_CTX* const context = state_->context.get();
+    return context != nullptr && ::EVP_MD_CTX_copy_ex(context, other.state_->context.get()) == 1;
+}
+
 bool Sha256::add(const void* bytes, std::size_t size) {
     return ::EVP_DigestUpdate(state_->context.get(), bytes, size) == 1;
 }

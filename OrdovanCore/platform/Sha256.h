@@ -20,6 +20,8 @@ public:
 
     /// Starts a digest; what was added before is forgotten. False when the library has no SHA-256 or no memory.
     [[nodiscard]] bool begin();
+    /// Starts where another digest is, which goes on by itself. False when there is no memory.
+    [[nodiscard]] bool beginAt(const Sha256& other);
     /// Adds bytes to the digest begun.
     [[nodiscard]] bool add(const void* bytes, std::size_t size);
     /// Ends the digest: 64 lower-case hexadecimal digits, or the empty text when the library failed.
