@@ -55,20 +55,23 @@ double secondsOf(const ::timespec& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// How coarse an open file's time stamps may be, in seconds: two changes within that may leave the same stamp. A
-/// kernel tick (at most 10 ms) and some on the file systems of a local disk; unknown, so long, on all others.
-double stampGranularity(int descriptor) {
+/// How coarse time stamps may be, in seconds, on the file systems of a local disk: two changes within that may leave
+/// the same stamp. A kernel tick (at most 10 ms) and some.
+constexpr double stampGranularity = 0.1;
+
+/// True for file systems whose stamps are that fine and never come from a cache of another machine's.
+bool hasReliableStamps(int descriptor) {
     struct ::statfs facts;
-    if (::fstatfs(descriptor, &facts) != 0) return 3.0;
+    if (::fstatfs(descriptor, &facts) != 0) return false;
     switch (facts.f_type) {
         case EXT4_SUPER_MAGIC:
         case XFS_SUPER_MAGIC:
         case BTRFS_SUPER_MAGIC:
         case TMPFS_MAGIC:
         case F2FS_SUPER_MAGIC:
-            return 0.1;
+            return true;
         default:
-            return 3.0;
+            return false;
     }
 }
 
@@ -77,26 +80,42 @@ struct Hashed {
     std::string hash;
 };
 
-/// The file's hash and the stamp it is good for; nothing when it can not be vouched for.
-std::optional<Hashed> hashNow(const Url& url, const std::function<bool()>& shouldContinue) {
-    const SystemPath path(url);
-    RegularFile file;
-    if (path.error() != 0 || file.open(path.text()) != 0) return std::nullopt;
-    ::timespec now;
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    const double age = secondsOf(now) - secondsOf(file.facts.st_ctim);
-    if (age < stampGranularity(file.descriptor.get())) return std::nullopt;
-    auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
-    struct ::stat after;
-    if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
-    if (!(Stamp(file.facts) == Stamp(after))) return std::nullopt;
-    return Hashed{Stamp(after), std::move(*hash)};
-}
+/// Hashes files on one worker.
+class Hasher {
+public:
+    /// The file's hash and the stamp it is good for; nothing when it can not be vouched for.
+    std::optional<Hashed> hash(const Url& url, const std::function<bool()>& shouldContinue) {
+        const SystemPath path(url);
+        RegularFile file;
+        if (path.error() != 0 || file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
+        ::timespec now;
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        if (secondsOf(now) - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
+        auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
+        struct ::stat after;
+        if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
+        if (!(Stamp(file.facts) == Stamp(after))) return std::nullopt;
+        return Hashed{Stamp(after), std::move(*hash)};
+    }
+
+private:
+    /// Files come volume by volume, so the last answer mostly holds.
+    bool isReliable(const RegularFile& file) {
+        if (device_ != file.facts.st_dev) {
+            device_ = file.facts.st_dev;
+            reliable_ = hasReliableStamps(file.descriptor.get());
+        }
+        return reliable_;
+    }
+
+    std::optional<::dev_t> device_;
+    bool reliable_ = false;
+};
 
 bool isUntouched(const Url& url, const Stamp& stamp) {
     const SystemPath path(url);
-    RegularFile file;
-    return path.error() == 0 && file.open(path.text()) == 0 && Stamp(file.facts) == stamp;
+    struct ::stat facts;
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0 && S_ISREG(facts.st_mode) && Stamp(facts) == stamp;
 }
 
 }  // namespace
@@ -129,9 +148,11 @@ public:
         std::unique_lock lock(mutex_);
         Item& item = items_[position->second];
         reached_ = std::max(reached_, position->second + 1);
-        room_.notify_all();
+        if (idle_ > 0 && hasRoom()) room_.notify_one();
         if (item.state == State::waiting) item.state = State::done;
+        awaited_ = &item;
         done_.wait(lock, [&] { return item.state == State::done; });
+        awaited_ = nullptr;
         return std::exchange(item.hashed, std::nullopt);
     }
 
@@ -143,23 +164,33 @@ private:
         std::optional<Hashed> hashed;
     };
 
+    /// Room for half a window is waited for, so that a worker is woken for many files and not for each.
+    [[nodiscard]] bool hasRoom() const {
+        return next_ < items_.size() && (next_ <= reached_ + window / 2 || reached_ + window >= items_.size());
+    }
+
+    [[nodiscard]] bool mayGoOn() const { return next_ < std::min(items_.size(), reached_ + window); }
+
     void work(const std::stop_token& stop) {
+        Hasher hasher;
         std::unique_lock lock(mutex_);
-        for (;;) {
-            room_.wait(lock, stop,
-                       [&] { return std::max(next_, reached_) < std::min(items_.size(), reached_ + window); });
-            if (stop.stop_requested()) return;
-            next_ = std::max(next_, reached_);
-            if (next_ >= items_.size()) return;
+        while (!stop.stop_requested() && next_ < items_.size()) {
+            if (!mayGoOn()) {
+                ++idle_;
+                room_.wait(lock, stop, [this] { return hasRoom(); });
+                --idle_;
+                continue;
+            }
+            next_ = std::min(std::max(next_, reached_), items_.size() - 1);
             Item& item = items_[next_++];
             if (item.state != State::waiting) continue;
             item.state = State::claimed;
             lock.unlock();
-            auto hashed = hashNow(item.url, [&] { return !stop.stop_requested(); });
+            auto hashed = hasher.hash(item.url, [&] { return !stop.stop_requested(); });
             lock.lock();
             item.hashed = std::move(hashed);
             item.state = State::done;
-            done_.notify_all();
+            if (awaited_ == &item) done_.notify_one();
         }
     }
 
@@ -170,6 +201,8 @@ private:
     std::condition_variable_any room_;
     std::size_t next_ = 0;     // the first file no worker has looked at
     std::size_t reached_ = 0;  // one past the last file the run has asked for
+    unsigned idle_ = 0;        // workers waiting for room
+    const Item* awaited_ = nullptr;
     std::vector<std::jthread> workers_;
 };
 

@@ -12,8 +12,9 @@ namespace ordovan {
 ///
 /// A hash made ahead is handed out only when the file is provably untouched since: still a regular file with the same
 /// device, inode, size, modification and status-change time (st_ctim, which no program can set), the latter old enough
-/// when the hash was made that a later change must show in it. Otherwise the file is hashed at the moment it is asked
-/// for, as without this class. Every other operation goes straight to the file system given.
+/// when the hash was made that a later change must show in it, and all on a local file system whose stamps can be
+/// relied on. Otherwise the file is hashed at the moment it is asked for, as without this class. Every other operation
+/// goes straight to the file system given.
 ///
 /// Used by one thread. Destroying it stops the workers, in the middle of a file as well.
 class HashAheadFileSystem final : public OrdovanFileSystem {
