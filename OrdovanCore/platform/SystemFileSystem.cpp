@@ -7,6 +7,7 @@
 #include "OrdovanCore/platform/Sha256.h"
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/Trash.h"
+#include "OrdovanCore/platform/TrashInfo.h"
 
 #include <memory>
 #include <optional>
@@ -95,7 +96,9 @@ OrdovanResult<void> SystemFileSystem::move(const Url& from, const Url& to) {
     if (source.error() != 0) return failure(source.error());
     if (target.error() != 0) return failure(target.error());
     if (!OrdovanPartialName::isPartial(source.view())) {
-        return outcome(ordovan::moveExclusively(source.text(), target.text()));
+        const int error = ordovan::moveExclusively(source.text(), target.text());
+        if (error == 0) ordovan::forgetTrashInfo(source.view());
+        return outcome(error);
     }
     return outcome(ordovan::moveDurably(source.text(), target.text(), {}, ordovan::syncFolderOf));
 }
@@ -110,7 +113,9 @@ OrdovanResult<void> SystemFileSystem::copy(const Url& from, const Url& to) {
 OrdovanResult<void> SystemFileSystem::remove(const Url& url) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
-    return outcome(::unlink(path.text()) == 0 ? 0 : errno);
+    if (::unlink(path.text()) != 0) return failure(errno);
+    ordovan::forgetTrashInfo(path.view());
+    return {};
 }
 
 OrdovanResult<std::int64_t> SystemFileSystem::fileSize(const Url& url) {

@@ -39,7 +39,8 @@ std::string trashedName(std::string_view name, unsigned attempt, std::size_t max
 std::string trashInfoText(std::string_view path, std::time_t deleted) {
     constexpr std::string_view unreserved = "-_.!~*'()/";
     constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text = "[Trash Info]\nPath=";
+    std::string text(trashInfoHead);
+    text += "\nPath=";
     for (const char c : path) {
         const bool alphanumeric = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
         if (alphanumeric || unreserved.contains(c)) {

@@ -10,6 +10,9 @@ namespace ordovan {
 /// What an info file's name has behind the item's.
 inline constexpr std::string_view trashInfoSuffix = ".trashinfo";
 
+/// What an info file begins with.
+inline constexpr std::string_view trashInfoHead = "[Trash Info]";
+
 /// The name an item gets in a Trash at a given attempt, counted from 1. The first is the item's own name; later ones
 /// carry their number in front of the extension ("report 2.pdf"). Shortened, before the number and where possible
 /// before the extension, so that name and `trashInfoSuffix` fit in `maxNameBytes` (at least 64; NAME_MAX is 255); a

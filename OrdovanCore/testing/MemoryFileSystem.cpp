@@ -1,5 +1,6 @@
 #include "OrdovanCore/testing/MemoryFileSystem.h"
 
+#include "OrdovanCore/TrashPlace.h"
 #include "OrdovanCore/platform/TrashNaming.h"
 #include "OrdovanCore/testing/MemoryTree.h"
 
@@ -79,6 +80,18 @@ std::expected<std::string, int> moveIntoTrash(MemoryTree& tree, const MemoryTree
     return std::unexpected(EEXIST);
 }
 
+/// Takes away what a Trash knows about an item that was just taken out of it.
+void forgetTrashInfo(const MemoryTree& tree, std::string_view item) {
+    const auto path = trashInfoPath(item);
+    if (!path) return;
+    const auto info = tree.locateExisting(*path, false);
+    if (!info || info->node->type != ItemType::file) return;
+    const std::string& text = info->node->content;
+    if ((text.empty() || text.starts_with(trashInfoHead)) && MemoryTree::mayChangeFolder(*info)) {
+        MemoryTree::drop(*info);
+    }
+}
+
 }  // namespace
 
 bool MemoryFileSystem::exists(const Url& url) {
@@ -124,6 +137,7 @@ OrdovanResult<void> MemoryFileSystem::move(const Url& from, const Url& to) {
     if (!target) return refused(target.error());
     if (auto allowed = MemoryTree::mayRename(*source, *target); !allowed) return refused(allowed.error());
     MemoryTree::rename(*source, *target);
+    forgetTrashInfo(*tree_, from.path());
     return {};
 }
 
@@ -153,6 +167,7 @@ OrdovanResult<void> MemoryFileSystem::remove(const Url& url) {
     if (place->node->type == ItemType::directory) return refused(EISDIR);
     if (auto allowed = MemoryTree::mayChangeFolder(*place); !allowed) return refused(allowed.error());
     MemoryTree::drop(*place);
+    forgetTrashInfo(*tree_, url.path());
     return {};
 }
 

@@ -1,0 +1,51 @@
+#include "OrdovanCore/TrashPlace.h"
+
+#include "OrdovanCore/Url.h"
+#include "OrdovanCore/platform/TrashNaming.h"
+
+#include <algorithm>
+
+namespace ordovan {
+
+namespace {
+
+/// ".Trash-1000"
+bool isOwnTrash(std::string_view piece) {
+    constexpr std::string_view prefix = ".Trash-";
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return piece.size() > prefix.size() && piece.starts_with(prefix) &&
+           std::ranges::all_of(piece.substr(prefix.size()), isDigit);
+}
+
+bool holdsTrashPiece(std::string_view normalPath) {
+    std::string_view before;
+    for (std::size_t begin = 1; begin <= normalPath.size();) {
+        const std::size_t end = std::min(normalPath.find('/', begin), normalPath.size());
+        const std::string_view piece = normalPath.substr(begin, end - begin);
+        if (piece == ".Trash" || piece == ".Trashes" || isOwnTrash(piece)) return true;
+        if (before == "Trash" && piece == "files") return true;
+        before = piece;
+        begin = end + 1;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool isInTrash(std::string_view path) {
+    if (!path.contains("Trash")) return false;
+    return isNormalPath(path) ? holdsTrashPiece(path) : holdsTrashPiece(normalizedPath(path));
+}
+
+std::optional<std::string> trashInfoPath(std::string_view item) {
+    const std::string_view files = parentPath(item);
+    if (lastPathComponent(files) != "files" || !isNormalPath(item)) return std::nullopt;
+    const std::string_view trash = parentPath(files);
+    const std::string_view name = lastPathComponent(trash);
+    const bool isTrash =
+        name == "Trash" || isOwnTrash(name) || lastPathComponent(parentPath(trash)) == std::string_view(".Trash");
+    if (!isTrash) return std::nullopt;
+    return std::string(trash).append("/info/").append(lastPathComponent(item)).append(trashInfoSuffix);
+}
+
+}  // namespace ordovan
