@@ -39,12 +39,13 @@ Fingerprint asFound(const Url& url, const Fingerprint& was, OrdovanFileSystem& f
     return {*size, std::move(*hash), was.identity};
 }
 
-TrashMove putBack(const Url& trashed, const Url& file, const Fingerprint& was, OrdovanFileSystem& fs) {
+/// Takes a file out of the Trash again because of `why`, an errno.
+TrashMove putBack(const Url& trashed, const Url& file, const Fingerprint& was, int why, OrdovanFileSystem& fs) {
     // Whatever is answered, both ends tell.
     (void)fs.move(trashed, file);
     if (fs.isRegularFile(trashed)) return {End::inTrash, trashed, asFound(trashed, was, fs)};
     if (!fs.isRegularFile(file) && !fs.exists(file)) return {End::gone};
-    return {.end = End::inPlace, .error = OrdovanSystemError::posix(EBUSY)};
+    return {.end = End::inPlace, .error = OrdovanSystemError::posix(why)};
 }
 
 }  // namespace
@@ -67,9 +68,9 @@ TrashMove sendToTrash(const Url& file, const Fingerprint& was, OrdovanFileSystem
     if (isThere(file, was.identity, fs)) {
         return {.end = End::inPlace, .error = OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown)};
     }
-    const bool isProven = isRecordable(*trashed) && isStill(was, *trashed, fs);
-    if (isProven && (!mayStay || mayStay())) return {End::inTrash, *trashed, was};
-    return putBack(*trashed, file, was, fs);
+    if (!isRecordable(*trashed)) return putBack(*trashed, file, was, EILSEQ, fs);
+    if (isStill(was, *trashed, fs) && (!mayStay || mayStay())) return {End::inTrash, *trashed, was};
+    return putBack(*trashed, file, was, EBUSY, fs);
 }
 
 bool isRecordable(const Url& file) {
