@@ -229,11 +229,13 @@ TEST(TrashFaults, LoseAndDoubleNothingWhenACallAndAllLaterOnesFailWhileTrashing)
 }
 
 TEST(TrashFaults, LoseAndDoubleNothingWhenAQuestionIsAnsweredWronglyWhileTrashing) {
+    std::size_t wrong = 0;
     for (const auto run : trashings) {
         for (const Operation question : {Operation::isRegularFile, Operation::isSymlink}) {
-            ASSERT_GT(forEachCall(trashWithFault, run, {question, 0, Moment::beforeEffect, Lasting::once}), 2U);
+            wrong += forEachCall(trashWithFault, run, {question, 0, Moment::beforeEffect, Lasting::once});
         }
     }
+    EXPECT_GT(wrong, 15U);
 }
 
 TEST(TrashFaults, LoseAndDoubleNothingWhenTheTrashClaimsWhatItDidNot) {
