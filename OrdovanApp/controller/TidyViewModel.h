@@ -2,13 +2,17 @@
 
 #include "OrdovanApp/controller/CancelFlag.h"
 #include "OrdovanApp/controller/TidyPorts.h"
+#include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/Executor.h"
+#include "OrdovanCore/FileTrasher.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Journal.h"
+#include "OrdovanCore/KeepPolicy.h"
 #include "OrdovanCore/Planner.h"
 #include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/RunHistory.h"
+#include "OrdovanCore/TrashRecord.h"
 #include "OrdovanCore/Url.h"
 
 #include <QObject>
@@ -17,6 +21,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -25,8 +30,8 @@ struct PreviewResult;
 struct RunInputs;
 struct RunResult;
 
-/// The application's controller: it previews one folder, organizes what is ticked, takes runs back and keeps the
-/// record of both. Both front ends drive it.
+/// The application's controller: it previews one folder, organizes what is ticked, finds duplicates and large files,
+/// moves them to the Trash, takes all of that back and keeps the record of it. Both front ends drive it.
 ///
 /// Confined to the thread that made it. Long work runs through the task runner of its ports; its result is applied
 /// here. Every field has a reader and a signal that is sent only when the value changed. Big values are immutable and
@@ -83,7 +88,28 @@ public:
     [[nodiscard]] const std::shared_ptr<const OrdovanExecutionReport>& lastReport() const { return lastReport_; }
     /// What can be undone in this folder; null when nothing can.
     [[nodiscard]] const std::shared_ptr<const OrdovanJournal>& recoverableJournal() const { return journal_; }
-    /// A sentence about the undo record, until the next run starts.
+    /// What can be put back from the Trash, of all folders; never null.
+    [[nodiscard]] const std::shared_ptr<const OrdovanTrashRecord>& trashRecord() const { return trashRecord_; }
+    /// The entries of it whose original places lie in the chosen folder: what `restore` puts back. Oldest first.
+    [[nodiscard]] std::vector<OrdovanTrashEntry> restorableEntries() const;
+    /// The duplicates among the previewed files, or null when they were not searched for. A new preview of the folder
+    /// leaves out the files that it does not find any more; that of another folder leaves nothing.
+    [[nodiscard]] const std::shared_ptr<const OrdovanDuplicateReport>& duplicateReport() const {
+        return duplicateReport_;
+    }
+    /// The copies chosen to be kept: group id to path. A group without a choice keeps its first file.
+    [[nodiscard]] const std::unordered_map<std::string, std::string>& duplicateKeepers() const {
+        return duplicateKeepers_;
+    }
+    /// The copy of a group of the report that is kept, whether chosen or not.
+    [[nodiscard]] Url keeper(const OrdovanDuplicateGroup& group) const;
+    /// The previewed files are being compared.
+    [[nodiscard]] bool isScanningDuplicates() const { return isScanningDuplicates_; }
+    /// Files are being moved to the Trash or put back from it.
+    [[nodiscard]] bool isTrashing() const { return isTrashing_; }
+    /// The report of the last run that moved files to the Trash or put them back, or null.
+    [[nodiscard]] const std::shared_ptr<const OrdovanTrashReport>& lastTrashReport() const { return lastTrashReport_; }
+    /// A sentence about the undo record or the restore record, until the next run starts.
     [[nodiscard]] const std::optional<std::string>& journalWarning() const { return journalWarning_; }
     /// Why the last run did nothing at all (another run holds the folder), until the next run starts.
     [[nodiscard]] const std::optional<std::string>& runRefusal() const { return runRefusal_; }
@@ -119,15 +145,39 @@ public:
     /// Ticks the files last changed more than this many days ago, and unticks the others.
     void tickOlderThan(double days);
 
-    // Runs. One at a time: while `isApplying`, these do nothing and say false. They say true when a run was started;
-    // it has ended when `isApplying` is false again.
+    // Duplicates and large files.
+    /// Looks for files of equal content among the previewed ones. False without a preview of the chosen folder, or
+    /// while a search goes on. True when a search was started; it has ended when `isScanningDuplicates` is false again.
+    bool findDuplicates();
+    /// Drops the search under way; what an earlier one found stays. A file being read is left in the middle.
+    void cancelDuplicateSearch();
+    /// Keeps this copy of a group of the report. False when there is no such group, or it has no such file.
+    bool keep(std::string_view path, const std::string& groupID);
+    /// Chooses the copy to keep in every group, also where one was chosen by hand.
+    void autoPick(OrdovanKeepPolicy policy);
+    /// The largest of the previewed files, as `OrdovanLargeFiles::top` finds them; none without a preview of the
+    /// chosen folder.
+    [[nodiscard]] std::vector<OrdovanInventoryEntry> largeFiles(std::int64_t limit, std::int64_t minimumBytes) const;
+
+    // Runs. One at a time: while `isApplying` or `isTrashing`, these do nothing and say false. They say true when a run
+    // was started; it has ended when `isApplying` (of the first three) or `isTrashing` is false again.
     /// Organizes the ticked proposals. False without a plan of the chosen folder or with nothing ticked.
     bool organize();
     /// Puts back everything the journal of the chosen folder holds. False where it holds nothing.
     bool undo();
     /// Puts back the entries with these ids (their destination paths). False where there are none.
     bool undo(const std::unordered_set<std::string>& entryIDs);
-    /// Stops the run before its next file; what it did is recorded.
+    /// Moves every file of every group of the report to the Trash but the one to keep. False without a group.
+    bool trashExtras();
+    /// Moves these files to the Trash. False without a chosen folder or without files.
+    bool trashBigFiles(std::vector<OrdovanFileTrasher::Item> items);
+    /// Puts back everything that was trashed from the chosen folder. False where there is nothing.
+    bool restore();
+    /// Puts back the entries with these ids (their original paths), where they lie in the chosen folder. False where
+    /// there are none.
+    bool restore(const std::unordered_set<std::string>& entryIDs);
+    /// Stops the run before its next file; what it did is recorded. A run with the Trash leaves a file in the middle of
+    /// examining it.
     void cancelRun();
 
     /// Empties the history, on disk as well; where that fails, it stays.
@@ -142,6 +192,12 @@ Q_SIGNALS:
     void isApplyingChanged();
     void lastReportChanged();
     void recoverableJournalChanged();
+    void trashRecordChanged();
+    void duplicateReportChanged();
+    void duplicateKeepersChanged();
+    void isScanningDuplicatesChanged();
+    void isTrashingChanged();
+    void lastTrashReportChanged();
     void journalWarningChanged();
     void runRefusalChanged();
     void rulesChanged();
@@ -150,8 +206,13 @@ Q_SIGNALS:
     void excludedChanged();
     void historyChanged();
     void recentFoldersChanged();
-    /// A run goes on: files done, of how many. At most some ten times a second.
+    /// An organize or an undo goes on: files done, of how many. At most some ten times a second.
     void runProgressed(quint64 done, quint64 total);
+    /// A run with the Trash goes on: files and their bytes done, of how many. At most some ten times a second.
+    void trashProgressed(quint64 filesDone, quint64 filesTotal, quint64 bytesDone, quint64 bytesTotal);
+    /// A search for duplicates goes on: files that share their size with another, and their bytes. At most some ten
+    /// times a second.
+    void duplicateSearchProgressed(quint64 filesDone, quint64 filesTotal, quint64 bytesDone, quint64 bytesTotal);
 
 private:
     using Signal = void (TidyViewModel::*)();
@@ -191,6 +252,12 @@ private:
     std::shared_ptr<const OrdovanExecutionReport> lastReport_;
     std::shared_ptr<const OrdovanJournal> journal_;
     std::optional<Url> journalRoot_;
+    std::shared_ptr<const OrdovanTrashRecord> trashRecord_ = std::make_shared<const OrdovanTrashRecord>();
+    std::shared_ptr<const OrdovanDuplicateReport> duplicateReport_;
+    std::unordered_map<std::string, std::string> duplicateKeepers_;
+    bool isScanningDuplicates_ = false;
+    bool isTrashing_ = false;
+    std::shared_ptr<const OrdovanTrashReport> lastTrashReport_;
     std::optional<std::string> journalWarning_;
     std::optional<std::string> runRefusal_;
     OrdovanRuleSet rules_;
