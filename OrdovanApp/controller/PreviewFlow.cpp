@@ -50,6 +50,7 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inpu
     const auto shouldContinue = [&flag = *inputs.flag] { return !flag.isCancelled(); };
     PreviewResult result;
     result.journal = ports.journals.load(inputs.root, inputs.unsavedJournal, ports.clock(), ports.fileSystem);
+    result.trash = ports.trashRecords.load(inputs.knownTrash);
 
     OrdovanInventory inventory = OrdovanInventoryScanner::scan(
         inputs.root, *ports.makeDirectoryReader(), OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},

@@ -21,6 +21,7 @@ struct PreviewInputs {
     OrdovanRuleSet rules;
     ordovan::text::TimeZone timeZone;
     ordovan::JournalStore::Journal unsavedJournal;
+    ordovan::TrashRecordStore::Known knownTrash;
     std::shared_ptr<const CancelFlag> flag;
 };
 
@@ -31,11 +32,13 @@ struct PreviewResult {
     bool partial = false;
     bool caseInsensitive = true;
     ordovan::JournalStore::Loaded journal;
+    ordovan::TrashRecordStore::Known trash;
 };
 
 namespace PreviewFlow {
 
-/// Loads the folder's journal, scans the folder and its output folder and plans. Runs on a background thread.
+/// Loads the folder's journal and the trash record, scans the folder and its output folder and plans. Runs on a
+/// background thread.
 [[nodiscard]] PreviewResult run(const TidyPorts& ports, const PreviewInputs& inputs);
 
 /// The folders directly inside `root` that a journal's files were organized into: the output folder, and the one of

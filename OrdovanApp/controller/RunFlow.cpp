@@ -1,9 +1,9 @@
 #include "OrdovanApp/controller/RunFlow.h"
 
+#include "OrdovanApp/controller/FolderRun.h"
 #include "OrdovanApp/controller/PreviewFlow.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <iterator>
 #include <ranges>
 #include <string>
@@ -14,37 +14,6 @@ namespace {
 
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
-
-/// The file system that a run changes files through, told beforehand which files it will hash.
-class RunFileSystem {
-public:
-    RunFileSystem(const TidyPorts& ports, std::span<const Url> toBeHashed)
-        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed) : nullptr),
-          port_(ahead_ == nullptr ? ports.fileSystem : *ahead_) {}
-
-    OrdovanFileSystem& port() { return port_; }
-
-private:
-    std::unique_ptr<OrdovanFileSystem> ahead_;
-    OrdovanFileSystem& port_;
-};
-
-bool isHeldElsewhere(const OrdovanResult<ordovan::HeldLock>& lock) {
-    return !lock && lock.error().domain == OrdovanSystemError::Domain::posix && lock.error().code == EWOULDBLOCK;
-}
-
-/// Does `work` under the folder's lock. A folder that can not be locked for another reason (it is gone, say) is left
-/// to the checks that the run makes for each file.
-template <class Work>
-RunResult locked(const TidyPorts& ports, const RunInputs& inputs, Work work) {
-    const auto lock = ports.tryLockFolder(inputs.root);
-    if (isHeldElsewhere(lock)) {
-        RunResult refusal;
-        refusal.refused = true;
-        return refusal;
-    }
-    return work();
-}
 
 void addToHistory(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::Kind kind, RunResult& result) {
     result.run = OrdovanRunRecord::make(kind, *result.report, inputs.root, inputs.nowEpoch);
@@ -98,7 +67,7 @@ void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch&
     for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
         organized.push_back(Url::file(entry.destination()));
     }
-    RunFileSystem files(ports, organized);
+    FolderRun::FileSystem files(ports, organized);
     OrdovanExecutionReport part =
         OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, files.port(), control);
     std::vector<Url> vacated;
@@ -122,11 +91,11 @@ std::unordered_set<std::string_view> restoredDestinations(const OrdovanExecution
 
 RunResult RunFlow::organize(const TidyPorts& ports, const RunInputs& inputs,
                             std::span<const OrdovanFileProposal> proposals) {
-    return locked(ports, inputs, [&] {
+    return FolderRun::locked(ports, inputs.root, [&] {
         std::vector<Url> sources;
         sources.reserve(proposals.size());
         for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
-        RunFileSystem files(ports, sources);
+        FolderRun::FileSystem files(ports, sources);
         RunResult result;
         result.report = std::make_shared<const OrdovanExecutionReport>(OrdovanExecutor::apply(
             proposals, inputs.root, inputs.outputRoot, files.port(), inputs.nowEpoch, inputs.control));
@@ -142,7 +111,7 @@ RunResult RunFlow::organize(const TidyPorts& ports, const RunInputs& inputs,
 }
 
 RunResult RunFlow::undo(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries) {
-    return locked(ports, inputs, [&] {
+    return FolderRun::locked(ports, inputs.root, [&] {
         OrdovanExecutionReport report;
         report.journal.createdAtEpoch = entries.createdAtEpoch;
         for (const UndoBatch& batch : batches(entries, inputs)) {

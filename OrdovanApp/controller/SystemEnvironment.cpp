@@ -4,6 +4,7 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 #include "OrdovanCore/FolderCleanup.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/platform/ContentReader.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/HashAhead.h"
@@ -33,12 +34,14 @@ struct SystemEnvironment::State {
 
     const ordovan::StorageLocations locations;
     SystemFileSystem fileSystem;
+    SystemContentReader contents;
     ordovan::FileRecordStorage records;
     ordovan::SettingsFileStore values{locations.settingsFile()};
     AppSettings settings{values};
     RuleStore rules{values, [folder = locations.recordsFolder] { return ordovan::lockFolder(folder); }};
     ordovan::JournalStore journals{records, locations, ordovan::lockFolder};
     ordovan::HistoryStore history{records, locations, ordovan::lockFolder};
+    ordovan::TrashRecordStore trashRecords{records, locations, ordovan::lockFolder};
     ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); }};
     ordovan::ThreadTaskRunner tasks;
 };
@@ -56,6 +59,7 @@ TidyPorts SystemEnvironment::ports() {
                 [&fs = state_->fileSystem](std::span<const Url> files) {
                     return std::make_unique<ordovan::HashAheadFileSystem>(fs, files);
                 },
+            .contents = &state_->contents,
             .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
             .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
             .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
@@ -67,6 +71,7 @@ TidyPorts SystemEnvironment::ports() {
             .tasks = state_->tasks,
             .journals = state_->journals,
             .history = state_->history,
+            .trashRecords = state_->trashRecords,
             .recentFolders = state_->recentFolders,
             .settings = state_->settings,
             .rules = state_->rules};

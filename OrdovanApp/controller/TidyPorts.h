@@ -6,6 +6,8 @@
 #include "OrdovanApp/stores/HistoryStore.h"
 #include "OrdovanApp/stores/JournalStore.h"
 #include "OrdovanApp/stores/RecentFoldersStore.h"
+#include "OrdovanApp/stores/TrashRecordStore.h"
+#include "OrdovanCore/ContentReading.h"
 #include "OrdovanCore/FileSystem.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Text.h"
@@ -26,6 +28,9 @@ struct TidyPorts {
     OrdovanFileSystem& fileSystem;
     /// A port over `fileSystem` for one run that may hash these files ahead of it, in this order; empty for none.
     std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url> toBeHashed)> hashAhead;
+    /// Reads files for the search for duplicates, and for hashes that can be given up in the middle of a file. It sees
+    /// the files of `fileSystem`. Null: every hash is `fileSystem`'s.
+    OrdovanContentReading* contents = nullptr;
     /// A reader for one scan.
     std::function<std::unique_ptr<OrdovanDirectoryReading>()> makeDirectoryReader;
     /// Whether names in a folder differ by case; nothing when that can not be told.
@@ -45,6 +50,7 @@ struct TidyPorts {
     ordovan::TaskRunner& tasks;
     ordovan::JournalStore& journals;
     ordovan::HistoryStore& history;
+    ordovan::TrashRecordStore& trashRecords;
     /// Used on the controller's thread only.
     ordovan::RecentFoldersStore& recentFolders;
     AppSettings& settings;

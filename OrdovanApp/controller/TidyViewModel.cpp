@@ -1,6 +1,8 @@
 #include "OrdovanApp/controller/TidyViewModel.h"
 
+#include "OrdovanApp/controller/DuplicateSearch.h"
 #include "OrdovanApp/controller/PreviewFlow.h"
+#include "OrdovanApp/controller/ProgressThrottle.h"
 #include "OrdovanApp/controller/RunFlow.h"
 #include "OrdovanApp/stores/AppSettings.h"
 #include "OrdovanApp/stores/RuleStore.h"
@@ -14,7 +16,6 @@ namespace {
 constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
 constexpr const char* heldElsewhere = "Another ordovan+ run is working in this folder. Try again when it has finished.";
 constexpr double secondsPerDay = 86'400;
-constexpr double secondsBetweenProgress = 0.1;
 
 }  // namespace
 
@@ -24,33 +25,14 @@ TidyViewModel::TidyViewModel(TidyPorts ports, Options options, QObject* parent)
       options_(options),
       history_(ports_.history.load()),
       recentFolders_(ports_.recentFolders.load()) {
+    trashRecord_ = ports_.trashRecords.load({}).record;
     refreshInputs();
 }
 
 TidyViewModel::~TidyViewModel() {
-    if (scanFlag_) scanFlag_->cancel();
-    if (runFlag_) runFlag_->cancel();
-}
-
-template <class T>
-void TidyViewModel::set(T& field, T value, Signal changed) {
-    if (field == value) return;
-    field = std::move(value);
-    Q_EMIT(this->*changed)();
-}
-
-template <class T>
-void TidyViewModel::publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, Signal changed) {
-    if (field == value || (field && value && *field == *value)) return;
-    field = std::move(value);
-    Q_EMIT(this->*changed)();
-}
-
-template <class Call>
-auto TidyViewModel::whileAlive(Call call) const {
-    return [alive = std::weak_ptr(alive_), call = std::move(call)](auto&&... arguments) {
-        if (alive.lock()) call(std::forward<decltype(arguments)>(arguments)...);
-    };
+    for (const auto& flag : {scanFlag_, searchFlag_, runFlag_}) {
+        if (flag) flag->cancel();
+    }
 }
 
 std::optional<Url> TidyViewModel::outputRoot() const {
@@ -76,7 +58,9 @@ OrdovanPreviewStatus TidyViewModel::status() const {
 // Preview.
 
 void TidyViewModel::chooseFolder(const Url& folder) {
-    set(rootURL_, std::optional(ports_.resolveExisting(folder)), &TidyViewModel::rootURLChanged);
+    const std::optional<Url> chosen = ports_.resolveExisting(folder);
+    if (rootURL_ != chosen) cancelDuplicateSearch();
+    set(rootURL_, chosen, &TidyViewModel::rootURLChanged);
     preview();
 }
 
@@ -93,6 +77,7 @@ void TidyViewModel::preview() {
                             .rules = rules_,
                             .timeZone = ports_.timeZone(),
                             .unsavedJournal = unsavedJournal(*rootURL_),
+                            .knownTrash = {trashRecord_, unsavedTrash_},
                             .flag = scanFlag_};
     ports_.tasks.compute(
         [ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
@@ -118,7 +103,8 @@ void TidyViewModel::refreshInputs() {
 }
 
 void TidyViewModel::completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result) {
-    // A journal read before a run ended is older than the one that the run left here.
+    // A record read before a run ended is older than the one that the run left here.
+    if (runsBefore == finishedRuns_) adoptTrashRecord(std::move(result.trash));
     if (journalRoot_ != root || runsBefore == finishedRuns_) {
         adoptJournal(root, std::move(result.journal.journal), std::move(result.journal.unsaved));
     }
@@ -127,6 +113,11 @@ void TidyViewModel::completePreview(const Url& root, std::uint64_t runsBefore, P
         return;
     }
     addRecentFolder(root);
+    if (duplicateReport_) {
+        adoptDuplicates(planRoot_ != root ? nullptr
+                                          : std::make_shared<const OrdovanDuplicateReport>(
+                                                DuplicateSearch::remaining(*duplicateReport_, *result.inventory)));
+    }
     planRoot_ = root;
     caseInsensitive_ = result.caseInsensitive;
     publish(inventory_, std::move(result.inventory), &TidyViewModel::inventoryChanged);
@@ -177,17 +168,22 @@ void TidyViewModel::setExcluded(std::unordered_set<std::string> proposalIDs) {
 
 void TidyViewModel::tickOlderThan(double days) {
     if (!plan_ || !inventory_) return;
+    setExcluded(plan_->proposalIDs(ports_.clock() - days * secondsPerDay, modificationTimes()));
+}
+
+/// The modification times of the previewed files by their paths, in seconds since 1970.
+std::unordered_map<std::string, double> TidyViewModel::modificationTimes() const {
     std::unordered_map<std::string, double> modified;
     for (const OrdovanInventoryEntry& entry : inventory_->files) {
         if (entry.modifiedEpoch) modified.emplace(entry.url.path(), *entry.modifiedEpoch);
     }
-    setExcluded(plan_->proposalIDs(ports_.clock() - days * secondsPerDay, modified));
+    return modified;
 }
 
 // Runs.
 
 bool TidyViewModel::organize() {
-    if (isApplying_ || !rootURL_ || planRoot_ != rootURL_) return false;
+    if (isRunning() || !rootURL_ || planRoot_ != rootURL_) return false;
     std::vector<OrdovanFileProposal> proposals = selectedProposals();
     if (proposals.empty()) return false;
     RunInputs inputs = beginRun();
@@ -213,7 +209,7 @@ bool TidyViewModel::undo(const std::unordered_set<std::string>& entryIDs) {
 }
 
 bool TidyViewModel::startUndo(OrdovanJournal entries) {
-    if (isApplying_ || entries.entries.empty() || !rootURL_ || journalRoot_ != rootURL_) return false;
+    if (isRunning() || entries.entries.empty() || !rootURL_ || journalRoot_ != rootURL_) return false;
     RunInputs inputs = beginRun();
     auto done = whileAlive([this, root = inputs.root](RunResult result) { completeRun(root, std::move(result)); });
     ports_.tasks.compute([ports = ports_, inputs = std::move(inputs),
@@ -228,7 +224,7 @@ void TidyViewModel::cancelRun() {
 
 /// Captures what a run works from, and says that it has begun.
 RunInputs TidyViewModel::beginRun() {
-    runFlag_ = std::make_shared<CancelFlag>();
+    beginAnyRun();
     RunInputs inputs = {.root = *rootURL_,
                         .outputRoot = *outputRoot(),
                         .nowEpoch = ports_.clock(),
@@ -237,49 +233,59 @@ RunInputs TidyViewModel::beginRun() {
                         .unsavedRuns = unsavedRuns_,
                         .control = runControl()};
     set(isApplying_, true, &TidyViewModel::isApplyingChanged);
+    return inputs;
+}
+
+/// What every run begins with.
+void TidyViewModel::beginAnyRun() {
+    runFlag_ = std::make_shared<CancelFlag>();
     set(journalWarning_, std::optional<std::string>(), &TidyViewModel::journalWarningChanged);
     set(runRefusal_, std::optional<std::string>(), &TidyViewModel::runRefusalChanged);
-    return inputs;
+}
+
+/// What every run ends with.
+void TidyViewModel::endAnyRun(bool refused) {
+    ++finishedRuns_;
+    runFlag_ = nullptr;
+    if (refused) set(runRefusal_, std::optional<std::string>(heldElsewhere), &TidyViewModel::runRefusalChanged);
 }
 
 OrdovanRunControl TidyViewModel::runControl() {
     OrdovanRunControl control;
     control.shouldContinue = [flag = runFlag_] { return !flag->isCancelled(); };
     const auto tell = whileAlive([this](std::size_t done, std::size_t total) { Q_EMIT runProgressed(done, total); });
-    control.progressed = [tell, &tasks = ports_.tasks, clock = ports_.clock, told = std::make_shared<double>(0)](
+    control.progressed = [tell, &tasks = ports_.tasks, clock = ports_.clock, throttle = ProgressThrottle()](
                              std::size_t done, std::size_t total) {
-        const double now = clock();
-        const bool soon = now >= *told && now < *told + secondsBetweenProgress;
-        if (soon && done != total) return;
-        *told = now;
+        if (!throttle.isDue(clock(), done == total)) return;
         tasks.post([tell, done, total] { tell(done, total); });
     };
     return control;
 }
 
 void TidyViewModel::completeRun(const Url& root, RunResult result) {
-    ++finishedRuns_;
-    runFlag_ = nullptr;
-    if (result.refused) {
-        set(runRefusal_, std::optional<std::string>(heldElsewhere), &TidyViewModel::runRefusalChanged);
-        set(isApplying_, false, &TidyViewModel::isApplyingChanged);
-        return;
-    }
-    publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
-    adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
-    set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
-    if (result.history.saved) {
-        unsavedRuns_.clear();
-    } else {
-        unsavedRuns_.insert(unsavedRuns_.begin(), result.run);
-        result.history.history = history_.adding(result.run);
-    }
-    if (result.history.revision > historyRevision_) {
-        historyRevision_ = result.history.revision;
-        set(history_, std::move(result.history.history), &TidyViewModel::historyChanged);
+    endAnyRun(result.refused);
+    if (!result.refused) {
+        publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
+        adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
+        set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
+        adoptHistory(result.run, std::move(result.history));
     }
     set(isApplying_, false, &TidyViewModel::isApplyingChanged);
-    if (options_.repreviewsAfterRuns) preview();
+    if (!result.refused && options_.repreviewsAfterRuns) preview();
+}
+
+/// Takes over the history that a run led to; a run that could not be stored is kept until it can be.
+void TidyViewModel::adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result) {
+    if (result.saved) {
+        unsavedRuns_.clear();
+    } else {
+        unsavedRuns_.insert(unsavedRuns_.begin(), run);
+        result.history = history_.adding(run);
+    }
+    if (result.revision > historyRevision_) {
+        historyRevision_ = result.revision;
+        set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+    }
 }
 
 /// Takes over what can be undone in a folder; it is shown when that folder is still the chosen one.

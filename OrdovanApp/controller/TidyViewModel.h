@@ -24,11 +24,13 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 struct PreviewResult;
 struct RunInputs;
 struct RunResult;
+struct TrashResult;
 
 /// The application's controller: it previews one folder, organizes what is ticked, finds duplicates and large files,
 /// moves them to the Trash, takes all of that back and keeps the record of it. Both front ends drive it.
@@ -225,7 +227,22 @@ private:
     void completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result);
     void pruneExcluded();
     void addRecentFolder(const Url& folder);
+    [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
 
+    [[nodiscard]] bool hasPreview() const;
+    void completeSearch(const Url& root, const std::shared_ptr<const OrdovanInventory>& searched,
+                        OrdovanDuplicateReport report);
+    void adoptDuplicates(std::shared_ptr<const OrdovanDuplicateReport> report);
+
+    [[nodiscard]] bool isRunning() const { return isApplying_ || isTrashing_; }
+    void beginAnyRun();
+    void endAnyRun(bool refused);
+    void adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result);
+    template <class Work>
+    void startTrashRun(Work work);
+    bool startRestore(std::vector<OrdovanTrashEntry> entries);
+    void completeTrashRun(TrashResult result);
+    void adoptTrashRecord(ordovan::TrashRecordStore::Known known);
     [[nodiscard]] RunInputs beginRun();
     [[nodiscard]] OrdovanRunControl runControl();
     bool startUndo(OrdovanJournal entries);
@@ -272,8 +289,32 @@ private:
     std::vector<Url> recentFolders_;
 
     std::shared_ptr<CancelFlag> scanFlag_;
+    std::shared_ptr<CancelFlag> searchFlag_;
     std::shared_ptr<CancelFlag> runFlag_;
     /// What could not be saved, for each folder: kept until it can be, or until the program ends.
     std::unordered_map<std::string, std::shared_ptr<const OrdovanJournal>> unsavedJournals_;
+    /// The part of the trash record that could not be saved; never null.
+    std::shared_ptr<const OrdovanTrashRecord> unsavedTrash_ = trashRecord_;
     std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
 };
+
+template <class T>
+void TidyViewModel::set(T& field, T value, Signal changed) {
+    if (field == value) return;
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+template <class T>
+void TidyViewModel::publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, Signal changed) {
+    if (field == value || (field && value && *field == *value)) return;
+    field = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+template <class Call>
+auto TidyViewModel::whileAlive(Call call) const {
+    return [alive = std::weak_ptr(alive_), call = std::move(call)](auto&&... arguments) {
+        if (alive.lock()) call(std::forward<decltype(arguments)>(arguments)...);
+    };
+}

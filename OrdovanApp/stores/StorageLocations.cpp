@@ -76,6 +76,10 @@ Url StorageLocations::trashRecord() const {
     return recordsFolder.appending("trash-record.json");
 }
 
+Url StorageLocations::unreadableTrashRecord(double epoch) const {
+    return recordsFolder.appending("trash-record.unreadable-" + wholeSeconds(epoch) + ".json");
+}
+
 Url StorageLocations::settingsFile() const {
     return settingsFolder.appending("ordovan.conf");
 }

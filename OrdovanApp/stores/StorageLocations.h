@@ -12,7 +12,8 @@ namespace ordovan {
 
 /// Where everything that outlives the program is kept. Pure, but for `system`; any thread.
 struct StorageLocations {
-    Url recordsFolder;   ///< holds the history and the journals; also what the shared records' lock is taken on
+    Url recordsFolder;  ///< holds the history, the trash record and the journals; also what the shared records' lock is
+                        ///< taken on
     Url settingsFolder;  ///< holds the settings file
 
     /// By the XDG Base Directory Specification 0.8: `$XDG_DATA_HOME/ordovan` and `$XDG_CONFIG_HOME/ordovan`, by default
@@ -39,6 +40,7 @@ struct StorageLocations {
     [[nodiscard]] Url history() const;
     [[nodiscard]] Url unreadableHistory(double epoch) const;
     [[nodiscard]] Url trashRecord() const;
+    [[nodiscard]] Url unreadableTrashRecord(double epoch) const;
     [[nodiscard]] Url settingsFile() const;
 };
 

@@ -44,6 +44,7 @@ public:
         model =
             std::make_unique<TidyViewModel>(TidyPorts{.fileSystem = fs,
                                                       .hashAhead = {},
+                                                      .contents = nullptr,
                                                       .makeDirectoryReader = ports.makeDirectoryReader,
                                                       .supportsCaseSensitiveNames = ports.supportsCaseSensitiveNames,
                                                       .removeEmptyFolders = ports.removeEmptyFolders,
@@ -55,6 +56,7 @@ public:
                                                       .tasks = tasks,
                                                       .journals = ports.journals,
                                                       .history = ports.history,
+                                                      .trashRecords = ports.trashRecords,
                                                       .recentFolders = ports.recentFolders,
                                                       .settings = ports.settings,
                                                       .rules = ports.rules},

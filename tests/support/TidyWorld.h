@@ -51,6 +51,7 @@ public:
     TidyPorts ports() {
         return {.fileSystem = fs,
                 .hashAhead = hashAhead,
+                .contents = contents,
                 .makeDirectoryReader =
                     [this] {
                         auto reader = std::make_unique<testing::MemoryDirectoryReader>(memory);
@@ -73,12 +74,14 @@ public:
                 .tasks = tasks,
                 .journals = journals,
                 .history = history,
+                .trashRecords = trashRecords,
                 .recentFolders = recentFolders,
                 .settings = settings,
                 .rules = rules};
     }
 
     std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url>)> hashAhead;
+    OrdovanContentReading* contents = nullptr;
 
     /// The lock of a folder, as `FolderLock` gives it; taking and releasing it are events.
     OrdovanResult<HeldLock> lock(const Url& folder) {
@@ -135,6 +138,7 @@ public:
     RuleStore rules{values, [this] { return lock(locations.recordsFolder); }};
     JournalStore journals{records, locations, [this](const Url& folder) { return lock(folder); }};
     HistoryStore history{records, locations, [this](const Url& folder) { return lock(folder); }};
+    TrashRecordStore trashRecords{records, locations, [this](const Url& folder) { return lock(folder); }};
     RecentFoldersStore recentFolders{values, [this](const Url& folder) { return memory.exists(folder); }};
     ManualTaskRunner tasks;
     double now = 1'700'000'000.5;

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "OrdovanApp/controller/TidyPorts.h"
+#include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/Url.h"
+
+#include <memory>
+#include <span>
+
+/// What all runs that change a folder have in common. On background threads.
+namespace FolderRun {
+
+/// The file system that a run changes files through, told beforehand which files it will hash.
+class FileSystem {
+public:
+    FileSystem(const TidyPorts& ports, std::span<const Url> toBeHashed)
+        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed) : nullptr),
+          port_(ahead_ == nullptr ? ports.fileSystem : *ahead_) {}
+
+    OrdovanFileSystem& port() { return port_; }
+
+private:
+    std::unique_ptr<OrdovanFileSystem> ahead_;
+    OrdovanFileSystem& port_;
+};
+
+/// True when a lock was not given because another run has it.
+[[nodiscard]] bool isHeldElsewhere(const OrdovanResult<ordovan::HeldLock>& lock);
+
+/// Does `work` under the folder's lock; a result with `refused` set when another run holds it. A folder that can not be
+/// locked for another reason (it is gone, say) is left to the checks that the run makes for each file.
+template <class Work>
+auto locked(const TidyPorts& ports, const Url& folder, Work work) {
+    const auto lock = ports.tryLockFolder(folder);
+    if (isHeldElsewhere(lock)) {
+        decltype(work()) refusal;
+        refusal.refused = true;
+        return refusal;
+    }
+    return work();
+}
+
+}  // namespace FolderRun
