@@ -3,7 +3,7 @@
 #include "OrdovanCore/FileSystem.h"
 
 /// The real disk. Stateless; nothing is cached between calls; any thread.
-class SystemFileSystem final : public OrdovanFileSystem {
+class SystemFileSystem : public OrdovanFileSystem {
 public:
     bool exists(const Url& url) override;
     bool isRegularFile(const Url& url) override;

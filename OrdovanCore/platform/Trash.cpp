@@ -2,14 +2,12 @@
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/SystemPath.h"
-#include "OrdovanCore/platform/TrashFolder.h"
 #include "OrdovanCore/platform/TrashNaming.h"
 
-#include <sys/vfs.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <string>
+#include <utility>
 
 namespace ordovan {
 
@@ -28,42 +26,6 @@ bool sameItem(const struct ::stat& a, const struct ::stat& b) {
 bool examine(const Descriptor& folder, const std::string& name, struct ::stat& facts) {
     return ::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
 }
-
-/// An item's info file, made by us; taken away again at the end unless it was kept.
-class InfoFile {
-public:
-    /// Makes it exclusively and puts it on disk. Returns 0 or the errno.
-    int make(const Descriptor& folder, std::string name, std::string_view text) {
-        Descriptor file =
-            Descriptor::openAt(folder.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-        if (!file) return errno;
-        folder_ = &folder;
-        name_ = std::move(name);
-        file_ = std::move(file);
-        while (!text.empty()) {
-            const ::ssize_t written = ::write(file_.get(), text.data(), text.size());
-            if (written < 0 && errno != EINTR) return errno;
-            if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
-        }
-        // Without it a crash could leave the item in the Trash beside an empty info file.
-        return ::fsync(file_.get()) == 0 ? 0 : errno;
-    }
-    void keep() { folder_ = nullptr; }
-
-    InfoFile() = default;
-    ~InfoFile() {
-        struct ::stat ours{}, there{};
-        if (folder_ == nullptr || ::fstat(file_.get(), &ours) != 0) return;
-        if (examine(*folder_, name_, there) && sameItem(ours, there)) ::unlinkat(folder_->get(), name_.c_str(), 0);
-    }
-    InfoFile(const InfoFile&) = delete;
-    InfoFile& operator=(const InfoFile&) = delete;
-
-private:
-    const Descriptor* folder_ = nullptr;
-    std::string name_;
-    Descriptor file_;
-};
 
 /// True when the item has left its place; another one that has its name by now is not it.
 bool hasLeft(const TrashItem& item) {
@@ -91,67 +53,98 @@ int rename(const TrashItem& item, const TrashFolder& trash, const std::string& n
     return examine(trash.files, name, there) && sameItem(there, item.facts) && hasLeft(item) ? 0 : error;
 }
 
-/// Longest name in bytes that the Trash's file system takes; some report more than the kernel does.
-std::size_t maxNameBytes(const TrashFolder& trash) {
-    struct ::statfs volume{};
-    if (::fstatfs(trash.info.get(), &volume) != 0 || volume.f_namelen <= 0) return NAME_MAX;
-    return std::min<std::size_t>(static_cast<std::size_t>(volume.f_namelen), NAME_MAX);
+std::string pathIn(const TrashFolder& trash, const std::string& name) {
+    return trash.path + "/files/" + name;
 }
 
-/// Puts an item into a Trash and returns the name it got there, or an errno; then the item is where it was.
-std::expected<std::string, int> place(const TrashItem& item, const TrashFolder& trash) {
-    const std::string text = trashInfoText(trash.itemPath, std::time(nullptr));
-    const std::size_t longest = maxNameBytes(trash);
+/// Looks whether an item is in the Trash, by the path that is going to be told, and no more where it was.
+bool isProved(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
+    struct ::stat there{};
+    const bool landed =
+        ::lstat(pathIn(trash, name).c_str(), &there) == 0 && (there.st_mode & S_IFMT) == (item.facts.st_mode & S_IFMT);
+    return landed && hasLeft(item);
+}
+
+/// Undoes a move that could not be proved. True when the item is not in the Trash any more, or never was.
+bool takeBack(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
+    ::renameat2(trash.files.get(), name.c_str(), item.folder.get(), item.name.c_str(), RENAME_NOREPLACE);
+    struct ::stat there{};
+    return !examine(trash.files, name, there);
+}
+
+/// Puts an item into a Trash and returns the name it got there; on failure the item is where it was. The info file is
+/// sent on its way to the disk by the flusher, or before the item moves where there is none.
+std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, const TrashFolder& trash,
+                                                     InfoFlusher* flusher) {
+    const std::string text = trashInfoText(trash.storedPath(item), std::time(nullptr));
     for (unsigned attempt = 1; attempt <= maxAttempts; ++attempt) {
-        std::string name = trashedName(item.name, attempt, longest);
+        std::string name = trashedName(item.name, attempt, trash.maxNameBytes);
         // Where one name was taken many may be, and this is quicker than to try. The rename has the last word.
         struct ::stat taken{};
         if (attempt > 1 && examine(trash.files, name, taken)) continue;
         InfoFile info;
         int error = info.make(trash.info, name + std::string(trashInfoSuffix), text);
+        if (error == 0 && flusher == nullptr) error = info.startWriting();
         if (error == 0) error = rename(item, trash, name);
         if (error == 0) {
-            info.keep();
-            return name;
+            const bool isThere = isProved(item, trash, name);
+            if (isThere || !takeBack(item, trash, name)) {
+                Descriptor file = info.keep();
+                if (flusher != nullptr) flusher->add(std::move(file));
+            }
+            if (isThere) return name;
+            return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown));
         }
         // Taken: by another info file, or by an item that has none.
-        if (error != EEXIST) return std::unexpected(error);
+        if (error != EEXIST) return failure(error);
     }
-    return std::unexpected(EEXIST);
+    return failure(EEXIST);
 }
 
-/// Looks whether an item that is said to be in the Trash is there and nowhere else.
-OrdovanResult<Url> proved(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
-    struct ::stat there{};
-    const bool landed = examine(trash.files, name, there) && (there.st_mode & S_IFMT) == (item.facts.st_mode & S_IFMT);
-    if (!landed || !hasLeft(item)) {
-        return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown));
-    }
-    return Url::file(trash.path + "/files/" + name);
+/// True for what a Trash answers that was removed or unmounted meanwhile, or that an item can not be renamed to.
+bool isWrongTrash(const OrdovanSystemError& error) {
+    return error == OrdovanSystemError::posix(ENOENT) || error == OrdovanSystemError::posix(EXDEV) ||
+           error == OrdovanSystemError::posix(ESTALE);
 }
 
 }  // namespace
 
-OrdovanResult<Url> moveToTrash(const Url& url) {
+OrdovanResult<Url> TrashSession::move(const Url& url) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
-    const auto item = TrashItem::open(path.view());
-    if (!item) return failure(item.error());
+    if (const int error = item_.find(path.view()); error != 0) return failure(error);
+    if (known_ && item_.mount == known_->mount) {
+        const auto name = place(item_, known_->folder, &flusher_);
+        if (name) return Url::file(pathIn(known_->folder, *name));
+        if (!isWrongTrash(name.error())) return std::unexpected(name.error());
+    }
+    known_.reset();
+    return moveToNewFound();
+}
 
+OrdovanResult<Url> TrashSession::moveToNewFound() {
     int homeError = 0;
     int lastError = 0;
     for (const TrashKind kind : trashKinds) {
-        const auto trash = TrashFolder::open(kind, *item);
+        auto trash = TrashFolder::open(kind, item_);
         if (trash) {
-            const auto name = place(*item, *trash);
-            if (name) return proved(*item, *trash, *name);
-            if (name.error() != EXDEV) return failure(name.error());
+            const auto name = place(item_, *trash, nullptr);
+            if (name) {
+                const Url there = Url::file(pathIn(*trash, *name));
+                if (item_.mount) known_.emplace(*item_.mount, std::move(*trash));
+                return there;
+            }
+            if (name.error() != OrdovanSystemError::posix(EXDEV)) return std::unexpected(name.error());
         }
         lastError = trash ? EXDEV : trash.error();
         if (kind == TrashKind::home) homeError = lastError;
     }
     // Where the home Trash should have served, what is wrong with it says more than the lack of another.
     return failure(homeError == EXDEV ? lastError : homeError);
+}
+
+OrdovanResult<Url> moveToTrash(const Url& item) {
+    return TrashSession().move(item);
 }
 
 }  // namespace ordovan

@@ -1,21 +1,45 @@
 #pragma once
 
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/platform/TrashFolder.h"
+#include "OrdovanCore/platform/TrashInfo.h"
+
+#include <optional>
 
 namespace ordovan {
 
-/// Moves an item to the user's Trash (freedesktop.org Trash specification 1.0) and returns where it lies there.
+/// Moves items to the user's Trash (freedesktop.org Trash specification 1.0). One object serves one run on one thread:
+/// it keeps the last item's folder and Trash open, so that their volume can not be unmounted before the run is over.
 ///
 /// An item on the home Trash's device goes to `$XDG_DATA_HOME/Trash` ("~/.local/share" where the variable is empty or
 /// relative); any other, and one that the kernel refuses to rename there, to its own volume's `.Trash/$uid` (only
 /// below a sticky directory that is no link) or `.Trash-$uid`. Folders of the Trash that are links, another user's or
-/// open to everybody's changes are not used. The info file is made first and exclusively and put on disk (fsync(2)),
-/// the item is renamed without replacing, and the result is proved. A taken name gets a number, 1,000 times at most.
+/// open to everybody's changes are not used. The info file is made first and exclusively (how it comes to the disk is
+/// told by `InfoFlusher`), the item is renamed without replacing, and the result is proved. A taken name gets a number,
+/// 1,000 times at most.
 ///
 /// Whatever fails, the item is where it was and no info file is left behind. Never a copy, never a delete: no usable
-/// Trash is an error. Errors: the system's own; EBUSY for the root and for "." and ".."; EPERM for a Trash that is
-/// not the user's own; EEXIST when all names are taken; `fileWriteUnknown` when the system claims success and the
-/// item is not there. Nothing is kept between calls; any thread.
+/// Trash is an error.
+class TrashSession {
+public:
+    /// Returns where the item lies. Errors: the system's own; EBUSY for the root and for "." and ".."; EPERM for a
+    /// Trash that is not the user's own; EEXIST when all names are taken; `fileWriteUnknown` when the system claims
+    /// success and the item is not there.
+    OrdovanResult<Url> move(const Url& item);
+
+private:
+    struct Known {
+        Mount mount;  ///< of the items' folders
+        TrashFolder folder;
+    };
+    OrdovanResult<Url> moveToNewFound();
+
+    TrashItem item_;
+    std::optional<Known> known_;
+    InfoFlusher flusher_;
+};
+
+/// Moves a single item. Nothing is kept between calls; any thread.
 OrdovanResult<Url> moveToTrash(const Url& item);
 
 }  // namespace ordovan

@@ -3,14 +3,15 @@
 #include "OrdovanCore/Url.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RealPath.h"
+#include "OrdovanCore/platform/UserDatabase.h"
 
 #include <linux/magic.h>
-#include <pwd.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstdlib>
-#include <optional>
-#include <vector>
 
 namespace ordovan {
 
@@ -21,22 +22,6 @@ std::string appended(std::string_view folder, std::string_view name) {
 }
 
 constexpr int folderItself = O_PATH | O_DIRECTORY | O_NOFOLLOW;
-
-/// Where a folder is mounted: a rename stays within one device and one mount.
-struct Mount {
-    dev_t device = 0;
-    std::uint64_t id = 0;  ///< 0 where the kernel does not tell
-    friend bool operator==(const Mount&, const Mount&) = default;
-};
-
-std::optional<Mount> mountOf(const Descriptor& folder) {
-    struct ::stat facts{};
-    if (::fstat(folder.get(), &facts) != 0) return std::nullopt;
-    struct ::statx more{};
-    const bool told =
-        ::statx(folder.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &more) == 0 && (more.stx_mask & STATX_MNT_ID) != 0;
-    return Mount{facts.st_dev, told ? more.stx_mnt_id : 0};
-}
 
 /// True for file systems that give every file the same owner: there, ownership tells nothing.
 bool storesNoOwners(const Descriptor& folder) {
@@ -68,24 +53,14 @@ std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name
     return std::unexpected(EPERM);
 }
 
-std::string homeFolder() {
-    const char* home = std::getenv("HOME");
-    if (home != nullptr && *home == '/') return home;
-    std::vector<char> space(1 << 14);
-    struct ::passwd entry{};
-    struct ::passwd* found = nullptr;
-    if (::getpwuid_r(::geteuid(), &entry, space.data(), space.size(), &found) != 0 || found == nullptr) return {};
-    return entry.pw_dir;
-}
-
 /// The folder of the user's data (XDG Base Directory Specification: a relative path is to be ignored); empty where
 /// the user has no home.
 std::string dataFolder() {
     const char* set = std::getenv("XDG_DATA_HOME");
     if (set != nullptr && *set == '/') return set;
-    std::string home = homeFolder();
-    if (!home.starts_with('/')) return {};
-    return home + "/.local/share";
+    const char* home = std::getenv("HOME");
+    const auto folder = home != nullptr && *home == '/' ? std::string(home) : homeFromUserDatabase();
+    return folder ? *folder + "/.local/share" : std::string();
 }
 
 /// The device of the path's nearest existing ancestor, itself first.
@@ -121,11 +96,10 @@ std::expected<Base, int> openDataFolder(const TrashItem& item) {
 std::expected<Base, int> openVolumeTop(const TrashItem& item) {
     Base top{Descriptor::openAt(item.folder.get(), ".", folderItself), item.folderPath};
     if (!top.folder) return std::unexpected(errno);
-    const std::optional<Mount> mount = mountOf(top.folder);
-    if (!mount) return std::unexpected(errno);
+    if (!item.mount) return std::unexpected(ENOSYS);
     while (top.path != "/") {
         Descriptor above = Descriptor::openAt(top.folder.get(), "..", folderItself);
-        if (!above || mountOf(above) != mount) break;
+        if (!above || Mount::of(above) != item.mount) break;
         top = {std::move(above), std::string(parentPath(top.path))};
     }
     return top;
@@ -141,28 +115,77 @@ std::expected<Base, int> openShared(Base top) {
     return Base{std::move(shared), appended(top.path, ".Trash")};
 }
 
+/// Longest name in bytes that a folder's file system takes; some report more than the kernel does.
+std::size_t longestName(const Descriptor& folder) {
+    struct ::statfs volume{};
+    if (::fstatfs(folder.get(), &volume) != 0 || volume.f_namelen <= 0) return NAME_MAX;
+    return std::min<std::size_t>(static_cast<std::size_t>(volume.f_namelen), NAME_MAX);
+}
+
+/// The path of an open folder with all links resolved. The kernel knows it (proc(5)), which is quicker to ask than to
+/// walk the path again.
+std::expected<std::string, int> pathOf(const Descriptor& folder, const std::string& path) {
+    std::array<char, PATH_MAX> text{};
+    const std::string link = "/proc/self/fd/" + std::to_string(folder.get());
+    const ::ssize_t size = ::readlink(link.c_str(), text.data(), text.size());
+    if (size > 0 && static_cast<std::size_t>(size) < text.size() && text.front() == '/') {
+        return std::string(text.data(), static_cast<std::size_t>(size));
+    }
+    std::optional<std::string> real = realPath(path);
+    if (!real) return std::unexpected(errno);
+    return *std::move(real);
+}
+
 }  // namespace
 
-std::expected<TrashItem, int> TrashItem::open(std::string_view path) {
-    TrashItem item;
-    item.name = lastPathComponent(path);
-    if (item.name == "/" || item.name == "." || item.name == "..") return std::unexpected(EBUSY);
-    const std::string folder(parentPath(path));
-    item.folder = Descriptor::open(folder.c_str(), O_PATH | O_DIRECTORY);
-    if (!item.folder) return std::unexpected(errno);
-    std::optional<std::string> real = realPath(folder);
-    if (!real) return std::unexpected(errno);
-    item.folderPath = std::move(*real);
-    if (::fstatat(item.folder.get(), item.name.c_str(), &item.facts, AT_SYMLINK_NOFOLLOW) != 0 ||
-        ::faccessat(item.folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        return std::unexpected(errno);
+std::optional<Mount> Mount::of(const Descriptor& folder) {
+    struct ::statx facts{};
+    if (::statx(folder.get(), "", AT_EMPTY_PATH, STATX_MNT_ID, &facts) != 0) return std::nullopt;
+    const bool isTold = (facts.stx_mask & STATX_MNT_ID) != 0;
+    return Mount{makedev(facts.stx_dev_major, facts.stx_dev_minor), isTold ? facts.stx_mnt_id : 0};
+}
+
+std::string TrashItem::path() const {
+    return appended(folderPath, name);
+}
+
+int TrashItem::find(std::string_view itemPath) {
+    name = lastPathComponent(itemPath);
+    if (name == "/" || name == "." || name == "..") return EBUSY;
+    std::string above(parentPath(itemPath));
+    if (!isFolder(above)) {
+        const int error = openFolder(std::move(above));
+        if (error != 0) return error;
     }
-    return item;
+    return ::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+}
+
+bool TrashItem::isFolder(const std::string& path) const {
+    struct ::stat now{};
+    return folder && path == askedPath_ && ::stat(path.c_str(), &now) == 0 && now.st_dev == folderFacts_.st_dev &&
+           now.st_ino == folderFacts_.st_ino;
+}
+
+int TrashItem::openFolder(std::string path) {
+    askedPath_.clear();
+    folder = Descriptor::open(path.c_str(), O_PATH | O_DIRECTORY);
+    if (!folder || ::fstat(folder.get(), &folderFacts_) != 0) return errno;
+    auto real = pathOf(folder, path);
+    if (!real) return real.error();
+    // A missing item is told before a missing right, which is asked for here since it is the folder's.
+    if (::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0 ||
+        ::faccessat(folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+        return errno;
+    }
+    folderPath = *std::move(real);
+    mount = Mount::of(folder);
+    askedPath_ = std::move(path);
+    return 0;
 }
 
 std::expected<TrashFolder, int> TrashFolder::open(TrashKind kind, const TrashItem& item) {
     const std::string user = std::to_string(::geteuid());
-    std::string itemPath = appended(item.folderPath, item.name);
+    std::string top;
     std::string name = "Trash";
     std::expected<Base, int> base;
     if (kind == TrashKind::home) {
@@ -170,7 +193,7 @@ std::expected<TrashFolder, int> TrashFolder::open(TrashKind kind, const TrashIte
     } else {
         base = openVolumeTop(item);
         if (!base) return std::unexpected(base.error());
-        itemPath.erase(0, appended(base->path, {}).size());
+        top = appended(base->path, {});
         name = kind == TrashKind::shared ? user : ".Trash-" + user;
         if (kind == TrashKind::shared) base = openShared(std::move(*base));
     }
@@ -182,7 +205,12 @@ std::expected<TrashFolder, int> TrashFolder::open(TrashKind kind, const TrashIte
     if (!files) return std::unexpected(files.error());
     auto info = openOwn(*trash, "info");
     if (!info) return std::unexpected(info.error());
-    return TrashFolder{std::move(*files), std::move(*info), appended(base->path, name), std::move(itemPath)};
+    const std::size_t maxNameBytes = longestName(*info);
+    return TrashFolder{std::move(*files), std::move(*info), appended(base->path, name), std::move(top), maxNameBytes};
+}
+
+std::string TrashFolder::storedPath(const TrashItem& item) const {
+    return item.path().substr(top.size());
 }
 
 }  // namespace ordovan

@@ -5,21 +5,45 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace ordovan {
 
+/// Where a folder is mounted: a rename stays within one device and one mount.
+struct Mount {
+    ::dev_t device = 0;
+    std::uint64_t id = 0;  ///< 0 where the kernel does not tell
+
+    /// Of an open folder; nothing when it can not be told.
+    static std::optional<Mount> of(const Descriptor& folder);
+    friend bool operator==(const Mount&, const Mount&) = default;
+};
+
 /// An item on its way to a Trash, held by its folder so that a renamed parent does not lead elsewhere.
 struct TrashItem {
-    Descriptor folder;       ///< opened with O_PATH
-    std::string folderPath;  ///< with all links resolved
+    Descriptor folder;           ///< opened with O_PATH
+    std::string folderPath;      ///< with all links resolved
+    std::optional<Mount> mount;  ///< of the folder
     std::string name;
     struct ::stat facts{};  ///< of the item itself
 
-    /// Finds an item by its absolute path and asks whether the user may take it out of its folder. Fails with an errno.
-    static std::expected<TrashItem, int> open(std::string_view path);
+    [[nodiscard]] std::string path() const;
+
+    /// Finds an item by its absolute path. Its folder is opened, and the user's right to take items out of it asked
+    /// for, unless it is the one of the item before. Returns 0 or the errno.
+    int find(std::string_view itemPath);
+
+private:
+    int openFolder(std::string path);
+    [[nodiscard]] bool isFolder(const std::string& path) const;
+
+    std::string askedPath_;  // by which the folder was opened
+    struct ::stat folderFacts_{};
 };
 
 /// The places for a Trash, in the order in which they are tried (freedesktop.org Trash specification 1.0).
@@ -34,12 +58,16 @@ inline constexpr std::array trashKinds = {TrashKind::home, TrashKind::shared, Tr
 struct TrashFolder {
     Descriptor files;  ///< opened with O_PATH, as the next one
     Descriptor info;
-    std::string path;      ///< of the Trash
-    std::string itemPath;  ///< of the item, as its info file is to tell it
+    std::string path;          ///< of the Trash
+    std::string top;           ///< what info files tell their paths relative to; empty for the home Trash
+    std::size_t maxNameBytes;  ///< that its file system takes
 
     /// Opens the item's Trash of a kind; what is missing of it is made with mode 0700. Fails with an errno: EXDEV when
     /// the home Trash is on another device than the item, EPERM when a folder is not the user's own.
     static std::expected<TrashFolder, int> open(TrashKind kind, const TrashItem& item);
+
+    /// The item's path as its info file is to tell it.
+    [[nodiscard]] std::string storedPath(const TrashItem& item) const;
 };
 
 }  // namespace ordovan

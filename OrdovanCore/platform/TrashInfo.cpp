@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <utility>
 
 namespace ordovan {
 
@@ -23,7 +24,86 @@ bool isInfo(const RegularFile& file) {
     return got == 0 || (got == static_cast<::ssize_t>(start.size()) && std::ranges::equal(start, trashInfoHead));
 }
 
+/// Returns 0, also where the system can not do it, or the errno.
+int startWriting(const Descriptor& file) {
+    return ::sync_file_range(file.get(), 0, 0, SYNC_FILE_RANGE_WRITE) == 0 || errno == ENOSYS ? 0 : errno;
+}
+
 }  // namespace
+
+int InfoFile::make(const Descriptor& folder, std::string name, std::string_view text) {
+    Descriptor file = Descriptor::openAt(folder.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (!file) return errno;
+    folder_ = &folder;
+    name_ = std::move(name);
+    file_ = std::move(file);
+    while (!text.empty()) {
+        const ::ssize_t written = ::write(file_.get(), text.data(), text.size());
+        if (written < 0 && errno != EINTR) return errno;
+        if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+int InfoFile::startWriting() {
+    return ordovan::startWriting(file_);
+}
+
+Descriptor InfoFile::keep() {
+    folder_ = nullptr;
+    return std::move(file_);
+}
+
+InfoFile::~InfoFile() {
+    struct ::stat ours{}, there{};
+    if (folder_ == nullptr || ::fstat(file_.get(), &ours) != 0) return;
+    const bool isOurs = ::fstatat(folder_->get(), name_.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
+                        there.st_dev == ours.st_dev && there.st_ino == ours.st_ino;
+    if (isOurs) ::unlinkat(folder_->get(), name_.c_str(), 0);
+}
+
+void InfoFlusher::add(Descriptor file) {
+    // Large enough that threads seldom meet, small enough for the limit of open files (1,024 by default).
+    constexpr std::size_t batchSize = 64;
+    constexpr auto pause = std::chrono::milliseconds(50);
+    const Clock::time_point before = std::exchange(last_, Clock::now());
+    batch_.push_back(std::move(file));
+    if (batch_.size() == batchSize || last_ - before > pause) handOver();
+}
+
+InfoFlusher::~InfoFlusher() {
+    if (!batch_.empty()) handOver();
+    if (!thread_.joinable()) return;
+    thread_.request_stop();
+    thread_.join();
+}
+
+void InfoFlusher::handOver() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (handedOver_.empty()) {
+            handedOver_.swap(batch_);
+            more_.notify_one();
+        }
+    }
+    if (!thread_.joinable()) thread_ = std::jthread([this](const std::stop_token& stop) { work(stop); });
+    // Where the thread does not keep up, the work is shared.
+    for (const Descriptor& file : batch_) static_cast<void>(startWriting(file));
+    batch_.clear();
+}
+
+void InfoFlusher::work(const std::stop_token& stop) {
+    std::vector<Descriptor> taken;
+    std::unique_lock lock(mutex_);
+    while (more_.wait(lock, stop, [this] { return !handedOver_.empty(); })) {
+        taken.swap(handedOver_);
+        lock.unlock();
+        // An error means that the text may be lost with the power, as it would be anyway.
+        for (const Descriptor& file : taken) static_cast<void>(startWriting(file));
+        taken.clear();
+        lock.lock();
+    }
+}
 
 void forgetTrashInfo(std::string_view item) {
     const auto path = trashInfoPath(item);

@@ -241,6 +241,7 @@ TEST_F(Trash, ASuccessThatTheDiskDoesNotShowIsAnError) {
     });
     EXPECT_EQ(error, OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown));
     EXPECT_TRUE(folder_.has("file"));
+    EXPECT_THAT(infos(), IsEmpty());
 }
 
 TEST_F(Trash, ARefusedRenameLeavesNoInfo) {
