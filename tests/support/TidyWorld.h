@@ -100,6 +100,28 @@ public:
     }
     [[nodiscard]] std::string journalPath() const { return std::string(locations.journal(Url::file("/r")).path()); }
 
+    /// The stored trash record; nothing when none is, or it can not be read.
+    std::optional<OrdovanTrashRecord> storedTrash() {
+        const auto document = memory.read(locations.trashRecord().path());
+        if (!document) return std::nullopt;
+        auto record = OrdovanTrashRecord::decoded(*document);
+        if (!record) return std::nullopt;
+        return std::move(*record);
+    }
+
+    /// The original places of every entry, without the folder.
+    static std::vector<std::string> originals(const OrdovanTrashRecord& record) {
+        std::vector<std::string> result;
+        for (const auto& entry : record.entries) result.push_back(local(entry.original()));
+        return result;
+    }
+    /// The sentences of a report, in order.
+    static std::vector<std::string> messages(const OrdovanTrashReport& report) {
+        std::vector<std::string> result;
+        for (const auto& outcome : report.outcomes) result.push_back(outcome.message);
+        return result;
+    }
+
     /// "source -> destination" of every entry, without the folder.
     static std::vector<std::string> lines(const OrdovanJournal& journal) {
         std::vector<std::string> result;
