@@ -10,6 +10,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <string>
+#include <vector>
 
 using ordovan::test::TempFolder;
 using ordovan::testing::buildOnDisk;
@@ -99,6 +104,65 @@ TEST(DirectoryReader, WalksTreesDeeperThanItKeepsDescriptors) {
     EXPECT_TRUE(inventory.skipped.empty());
 }
 
+namespace {
+
+/// Makes 200 nested folders "d" and lists each, which is more than the reader keeps open.
+void walkDown(const TempFolder& folder, FileManagerDirectoryReader& reader) {
+    std::string path = folder.path();
+    ASSERT_TRUE(reader.children(Url::file(path)));
+    for (int i = 0; i < 200; ++i) {
+        path += "/d";
+        ASSERT_EQ(::mkdir(path.c_str(), 0755), 0);
+        ASSERT_TRUE(reader.children(Url::file(path)));
+    }
+}
+
+}  // namespace
+
+TEST(DirectoryReader, RefusesAFolderWhoseWayWasReplacedWhileItWasDeepBelow) {
+    const TempFolder folder;
+    FileManagerDirectoryReader reader;
+    walkDown(folder, reader);
+    ASSERT_EQ(::rename(folder.path("d").c_str(), folder.path("was").c_str()), 0);
+    buildOnDisk(folder.path(), {"d/d/d/planted/x"});
+    EXPECT_EQ(reader.children(folder.url("d/d/d/planted")).error(), OrdovanSystemError::posix(ESTALE));
+}
+
+TEST(DirectoryReader, RefusesAFolderWhoseWayBecameALinkWhileItWasDeepBelow) {
+    const TempFolder folder;
+    FileManagerDirectoryReader reader;
+    walkDown(folder, reader);
+    buildOnDisk(folder.path(), {"d/d/d/sibling/x"});
+    ASSERT_EQ(::rename(folder.path("d/d").c_str(), folder.path("was").c_str()), 0);
+    folder.makeLink("d/d", "../was");
+    EXPECT_EQ(reader.children(folder.url("d/d/d/sibling")).error(), OrdovanSystemError::posix(ENOTDIR));
+}
+
+TEST(DirectoryReader, ComesBackUpAWayThatIsWhatItWas) {
+    const TempFolder folder;
+    FileManagerDirectoryReader reader;
+    walkDown(folder, reader);
+    buildOnDisk(folder.path(), {"d/d/d/sibling/x"});
+    EXPECT_EQ(names(reader.children(folder.url("d/d/d/sibling")).value()), std::vector<std::string>{"x"});
+}
+
+TEST(DirectoryReader, KeepsNoMoreDescriptorsThanItSays) {
+    const TempFolder folder;
+    FileManagerDirectoryReader reader;
+    const auto openDescriptors = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); };
+    const auto before = openDescriptors();
+    walkDown(folder, reader);
+    EXPECT_EQ(openDescriptors() - before, 128);
+}
+
+TEST(DirectoryReader, RefusesAPathWithANul) {
+    const TempFolder folder;
+    folder.makeFolder("a");
+    FileManagerDirectoryReader reader;
+    const std::string path = folder.path("a") + std::string("\0b", 2);
+    EXPECT_EQ(reader.children(Url::file(path)).error(), OrdovanSystemError::posix(EINVAL));
+}
+
 TEST(DirectoryReader, ReportsAFolderThatMayNotBeReadAndGoesOn) {
     const TempFolder folder;
     buildOnDisk(folder.path(), {"closed/x", "open/y"});
@@ -121,6 +185,19 @@ TEST(DirectoryReader, TakesItemsWhoseAttributesMayNotBeReadForPlainFiles) {
         return std::to_string(children.size()) + (children.at(0).isRegularFile() ? " plain" : " not plain");
     });
     EXPECT_EQ(seen, "1 plain");
+}
+
+TEST(PackageNames, HaveEachOfTheseExtensions) {
+    const std::set<std::string> packages = {
+        "app",       "appex",        "bundle",      "framework",     "plugin",        "kext",
+        "prefpane",  "qlgenerator",  "mdimporter",  "component",     "saver",         "wdgt",
+        "xpc",       "dsym",         "mpkg",        "pkg",           "photoslibrary", "photolibrary",
+        "aplibrary", "musiclibrary", "tvlibrary",   "imovielibrary", "fcpbundle",     "logicx",
+        "band",      "rtfd",         "pages",       "numbers",       "key",           "scptd",
+        "workflow",  "xcodeproj",    "xcworkspace", "playground",    "sparsebundle",  "graffle",
+    };
+    EXPECT_EQ(packages.size(), 36U);
+    for (const std::string& extension : packages) EXPECT_TRUE(ordovan::isPackageName("x." + extension)) << extension;
 }
 
 TEST(PackageNames, AreKnownByExtensionInAnyCase) {

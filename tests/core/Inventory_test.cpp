@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 
 using ordovan::testing::MemoryDirectoryReader;
 using Lines = std::vector<std::string>;
@@ -32,6 +33,17 @@ Lines skips(const OrdovanInventory& inventory) {
     for (const auto& skip : inventory.skipped) lines.push_back(relative(skip.url) + ": " + std::string(rawValue(skip.reason)));
     return lines;
 }
+
+/// A reader whose every directory has the same children, wherever they are.
+class ForeignReader final : public OrdovanDirectoryReading {
+public:
+    explicit ForeignReader(std::vector<OrdovanInventoryEntry> children) : children_(std::move(children)) {}
+    OrdovanResult<std::vector<OrdovanInventoryEntry>> children(const Url&) override { return children_; }
+    std::string resolvedPath(const Url& directory) override { return std::string(directory.path()); }
+
+private:
+    std::vector<OrdovanInventoryEntry> children_;
+};
 
 }  // namespace
 
@@ -131,6 +143,61 @@ TEST(Inventory, LeavesOutExcludedSubtreesByTheirCanonicalPath) {
     EXPECT_EQ(reader.directoriesRead(), Lines{"/root"});
 }
 
+TEST(Inventory, CallsAnExcludedItemExcludedWhateverElseItIs) {
+    MemoryDirectoryReader reader({".hidden", "link -> nowhere", "Photos.app/x", "kept"});
+    reader.setPackage("/root/Photos.app");
+    const OrdovanInventory inventory =
+        scan(reader, {}, {Url::file("/root/.hidden"), Url::file("/root/link"), Url::file("/root/Photos.app")});
+    EXPECT_EQ(skips(inventory),
+              (Lines{".hidden: excludedSubtree", "link: excludedSubtree", "Photos.app: excludedSubtree"}));
+    EXPECT_EQ(names(inventory.files), Lines{"kept"});
+}
+
+TEST(Inventory, CallsAHiddenPackageHiddenAndALinkedPackageALink) {
+    MemoryDirectoryReader reader({".Photos.app/x", "Photos.app -> elsewhere"});
+    reader.setPackage("/root/.Photos.app");
+    reader.setPackage("/root/Photos.app");
+    EXPECT_EQ(skips(scan(reader)), (Lines{".Photos.app: hidden", "Photos.app: symbolicLinkNotFollowed"}));
+}
+
+TEST(Inventory, EndsAtTheFileLimitWhateverTheNextChildIs) {
+    for (const char* next : {".hidden", "excluded", "link -> nowhere", "Photos.app/x", "folder/"}) {
+        MemoryDirectoryReader reader({next});
+        reader.setPackage("/root/Photos.app");
+        const OrdovanInventory inventory = scan(reader, {.maxFiles = 0}, {Url::file("/root/excluded")});
+        ASSERT_EQ(inventory.skipped.size(), 1U) << next;
+        EXPECT_EQ(inventory.skipped[0].reason, OrdovanInventorySkip::Reason::fileLimitReached) << next;
+        EXPECT_TRUE(inventory.truncated) << next;
+    }
+}
+
+TEST(Inventory, EndsAtTheDirectoryLimitBeforeTheDepthLimit) {
+    MemoryDirectoryReader reader({"a/"});
+    const OrdovanInventory inventory = scan(reader, {.maxDepth = 0, .maxDirectories = 0});
+    EXPECT_EQ(skips(inventory), Lines{"a: directoryLimitReached"});
+    EXPECT_TRUE(inventory.directories.empty());
+}
+
+TEST(Inventory, ExcludesChildrenThatLieOutsideTheirDirectoryByTheirOwnPath) {
+    const auto scanned = [](const char* excluded) {
+        ForeignReader reader({{.url = Url::file("/elsewhere/a")},
+                              {.url = Url::file("/elsewhere/./e\u0301/b")},
+                              {.url = Url::file("/root/c")}});
+        const OrdovanInventory inventory =
+            OrdovanInventoryScanner::scan(root, reader, {}, std::vector{Url::file(excluded)}, [] { return true; });
+        Lines left;
+        for (const auto& file : inventory.files) left.emplace_back(file.url.lastPathComponent());
+        EXPECT_EQ(inventory.skipped.size(), 3 - left.size());
+        return left;
+    };
+    EXPECT_EQ(scanned("/elsewhere"), Lines{"c"});
+    EXPECT_EQ(scanned("/elsewhere/a"), (Lines{"b", "c"}));
+    EXPECT_EQ(scanned("/elsewhere/\u00e9"), (Lines{"a", "c"}));
+    EXPECT_EQ(scanned("/root"), (Lines{"a", "b"}));
+    EXPECT_EQ(scanned("/root/a"), (Lines{"a", "b", "c"}));
+    EXPECT_EQ(scanned("/"), Lines{});
+}
+
 TEST(Inventory, ExcludesAFolderBelowTheFirstLevelAndNotItsNamesakes) {
     MemoryDirectoryReader reader({"a/keep/x", "a/keepers/x", "b/keep/x"});
     const OrdovanInventory inventory = scan(reader, {}, {Url::file("/root/a/keep")});
@@ -189,6 +256,17 @@ TEST(Inventory, TellsAnUnreadableRootFromAnEmptyOne) {
     EXPECT_TRUE(inventory.rootWasUnreadable(root));
     EXPECT_TRUE(inventory.rootWasUnreadable(Url::file("/root/./x/..")));
     EXPECT_FALSE(inventory.rootWasUnreadable(Url::file("/elsewhere")));
+}
+
+TEST(Inventory, CallsTheRootUnreadableOnlyWhenNothingWasFoundAndItsOwnSkipSaysSo) {
+    const OrdovanInventorySkip unreadable{root, OrdovanInventorySkip::Reason::unreadableDirectory};
+    const OrdovanInventorySkip excluded{root, OrdovanInventorySkip::Reason::excludedSubtree};
+    const OrdovanInventoryEntry item{.url = Url::file("/root/a")};
+    EXPECT_TRUE((OrdovanInventory{{}, {}, {excluded, unreadable}}.rootWasUnreadable(root)));
+    EXPECT_FALSE((OrdovanInventory{{item}, {}, {unreadable}}.rootWasUnreadable(root)));
+    EXPECT_FALSE((OrdovanInventory{{}, {item}, {unreadable}}.rootWasUnreadable(root)));
+    EXPECT_FALSE((OrdovanInventory{{}, {}, {excluded}}.rootWasUnreadable(root)));
+    EXPECT_FALSE(OrdovanInventory{}.rootWasUnreadable(root));
 }
 
 TEST(Inventory, TakesAnItemWithoutAttributesForAPlainFile) {
