@@ -11,6 +11,9 @@ using OrdovanProposalPlanner::containsCanonical;
 
 namespace {
 
+/// Bytes of a path that the system takes, the closing NUL included (PATH_MAX, limits.h(0p)).
+constexpr std::size_t longestPath = 4096;
+
 bool hasDotDotPiece(std::string_view path) {
     for (std::size_t at = path.find(".."); at != std::string_view::npos; at = path.find("..", at + 1)) {
         const bool begins = at == 0 || path[at - 1] == '/';
@@ -30,7 +33,7 @@ namespace ordovan {
 
 bool namesOnePlace(const Url& url) {
     const std::string_view path = url.path();
-    return url.isFile() && path.starts_with('/') && !hasDotDotPiece(path) &&
+    return url.isFile() && path.size() < longestPath && path.starts_with('/') && !hasDotDotPiece(path) &&
            path.find('\0') == std::string_view::npos && text::isUtf8(path);
 }
 

@@ -8,7 +8,8 @@
 namespace ordovan {
 
 /// True for a URL whose text alone says where it is, and that a record can name: a file URL with an absolute path in
-/// UTF-8, without NUL and without a ".." piece (behind a link that would be another folder than the text says).
+/// UTF-8, no longer than the system takes (4,095 bytes), without NUL and without a ".." piece (behind a link that would
+/// be another folder than the text says).
 [[nodiscard]] bool namesOnePlace(const Url& url);
 
 /// One folder inside which a run may act. What depends on the folder alone is found out once.

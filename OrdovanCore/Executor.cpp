@@ -80,7 +80,8 @@ Verdict applyOne(const OrdovanFileProposal& proposal, const ExecutionScope& scop
     if (auto refused = refusal(proposal, scope, fs)) return std::move(*refused);
     const auto was = fingerprint(proposal.source, fs);
     if (!was) return couldNotMove(was.error());
-    const Relocation relocation = relocator.relocate(proposal.source, proposal.destination, *was);
+    const Relocation relocation = relocator.relocate(proposal.source, proposal.destination, *was,
+                                                     [&] { return !refusal(proposal, scope, fs).has_value(); });
     if (relocation.end == Relocation::End::done) {
         entries.emplace_back(proposal.source.path(), proposal.destination.path(), relocation.sameVolume, was->byteSize,
                              was->contentHash, was->identity);

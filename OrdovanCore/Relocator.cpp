@@ -6,11 +6,12 @@ namespace ordovan {
 
 using End = Relocation::End;
 
-Relocation Relocator::relocate(const Url& from, const Url& to, const Fingerprint& was) {
+Relocation Relocator::relocate(const Url& from, const Url& to, const Fingerprint& was,
+                               const std::function<bool()>& mayTryAgain) {
     const Url folder = to.deletingLastPathComponent();
     if (const auto made = makeFolder(folder); !made) return {End::folderFailed, false, made.error()};
     // The new place is free, so it is on the volume of its folder.
-    return fs_.sameVolume(from, folder) ? rename(from, to, folder, was.identity) : carry(from, to, folder, was);
+    return fs_.sameVolume(from, folder) ? rename(from, to, was, mayTryAgain) : carry(from, to, was, mayTryAgain);
 }
 
 OrdovanResult<void> Relocator::makeFolder(const Url& folder) {
@@ -25,31 +26,35 @@ OrdovanResult<void> Relocator::makeFolder(const Url& folder) {
 }
 
 /// Runs an operation that needs the folder; when it reports that something is missing, the folder may have been removed
-/// since it was made, so it is made anew and the operation gets a second try.
+/// since it was made. Whatever stands on its way now was not there when the places were checked.
 template <class Operation>
-OrdovanResult<void> Relocator::inFolder(const Url& folder, const Operation& operation) {
+OrdovanResult<void> Relocator::inFolder(const Url& folder, const std::function<bool()>& mayTryAgain,
+                                        const Operation& operation) {
     const OrdovanResult<void> first = operation();
     if (first || first.error() != OrdovanSystemError::posix(ENOENT) || fs_.exists(folder)) return first;
     lastFolder_.clear();
     madeFolders_.erase(std::string(folder.path()));
+    if (!mayTryAgain || !mayTryAgain()) return first;
     if (const auto made = makeFolder(folder); !made) return made;
     return operation();
 }
 
-Relocation Relocator::rename(const Url& from, const Url& to, const Url& folder, const std::string& identity) {
-    const auto moved = inFolder(folder, [&] { return fs_.move(from, to); });
+Relocation Relocator::rename(const Url& from, const Url& to, const Fingerprint& was,
+                             const std::function<bool()>& mayTryAgain) {
+    const auto moved = inFolder(to.deletingLastPathComponent(), mayTryAgain, [&] { return fs_.move(from, to); });
     if (moved && fs_.isRegularFile(to)) return {End::done, true};
-    if (hasMoved(from, to, identity, identity)) return {End::done, true};
+    if (hasMoved(from, to, was.identity, was.identity)) return {End::done, true};
     return moved ? Relocation{End::didNotLand, true} : Relocation{End::moveFailed, true, moved.error()};
 }
 
-Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, const Fingerprint& was) {
+Relocation Relocator::carry(const Url& from, const Url& to, const Fingerprint& was,
+                            const std::function<bool()>& mayTryAgain) {
     const Url partial = OrdovanPartialName::beside(to);
-    const auto copied = inFolder(folder, [&] { return fs_.copy(from, partial); });
+    const auto copied = inFolder(to.deletingLastPathComponent(), mayTryAgain, [&] { return fs_.copy(from, partial); });
     if (!copied) {
         // A name that was taken is not ours to remove, unless it was the reply to our own success that got lost.
         const bool taken = copied.error() == OrdovanSystemError::posix(EEXIST);
-        if (!taken || fs_.contentHash(partial) == was.contentHash) (void)fs_.remove(partial);
+        if (!taken || fs_.contentHash(partial) == was.contentHash) discardPartial(partial, from);
         return {End::copyFailed, false, copied.error()};
     }
     const auto hash = fs_.contentHash(partial);
@@ -72,12 +77,13 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Url& folder, c
     return published ? Relocation{End::didNotLand} : Relocation{End::publishFailed, false, published.error()};
 }
 
-/// The last step across volumes: the verified copy stands at `to`, so the original goes, or else the copy. An original
-/// that is not seen counts as gone only while the copy is seen: a volume that answers nothing proves nothing.
+/// The last step across volumes: the verified copy stands at `to`, so the original goes, or else the copy. The original
+/// is hashed once more, because a copy takes its time: what was written to it meanwhile exists nowhere else. One that
+/// is not seen counts as gone only while the copy is seen: a volume that answers nothing proves nothing.
 Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity,
                                       const Fingerprint& was) {
-    const auto size = fs_.fileSize(from);
-    if (!isThere(from, was.identity) || !size || *size != was.byteSize) {
+    const bool isUnchanged = fs_.contentHash(from) == was.contentHash;
+    if (!isUnchanged || !isThere(from, was.identity)) {
         if (!fs_.isRegularFile(from)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
         if (isThere(to, copyIdentity)) (void)fs_.remove(to);
         return {End::verificationFailed};

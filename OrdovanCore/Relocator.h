@@ -3,6 +3,7 @@
 #include "OrdovanCore/FileSystem.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -44,15 +45,19 @@ public:
     explicit Relocator(OrdovanFileSystem& fs) : fs_(fs) {}
 
     /// Takes the file that `was` describes from one place to another, making the folder where needed. Never overwrites.
-    [[nodiscard]] Relocation relocate(const Url& from, const Url& to, const Fingerprint& was);
+    /// A folder that vanishes after it was made is made anew and the step tried once more, if `mayTryAgain`, which
+    /// asks the caller's checks of both places again, says so; without it there is no second try.
+    [[nodiscard]] Relocation relocate(const Url& from, const Url& to, const Fingerprint& was,
+                                      const std::function<bool()>& mayTryAgain = {});
 
 private:
     template <class Operation>
-    OrdovanResult<void> inFolder(const Url& folder, const Operation& operation);
+    OrdovanResult<void> inFolder(const Url& folder, const std::function<bool()>& mayTryAgain,
+                                 const Operation& operation);
     OrdovanResult<void> makeFolder(const Url& folder);
 
-    Relocation rename(const Url& from, const Url& to, const Url& folder, const std::string& identity);
-    Relocation carry(const Url& from, const Url& to, const Url& folder, const Fingerprint& was);
+    Relocation rename(const Url& from, const Url& to, const Fingerprint& was, const std::function<bool()>& mayTryAgain);
+    Relocation carry(const Url& from, const Url& to, const Fingerprint& was, const std::function<bool()>& mayTryAgain);
     Relocation replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity, const Fingerprint& was);
 
     /// Seen to be there, beyond doubt: reason enough to remove something else.

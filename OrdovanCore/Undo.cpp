@@ -99,7 +99,8 @@ OrdovanExecutionReport OrdovanExecutor::undo(const OrdovanJournal& journal, cons
         Verdict result{Status::skippedRevalidation, std::string(stoppedMessage)};
         if (progress.mayContinue()) {
             const auto was = proven(*entry, original, organized, scope, fs);
-            result = was ? verdict(relocator.relocate(organized, original, *was)) : was.error();
+            const auto mayTryAgain = [&] { return !scope.crossesLink(original, organized, fs); };
+            result = was ? verdict(relocator.relocate(organized, original, *was, mayTryAgain)) : was.error();
             progress.fileDone();
         }
         if (result.status != Status::moved) report.journal.entries.push_back(*entry);

@@ -10,11 +10,17 @@
 /// What all runs that change a folder have in common. On background threads.
 namespace FolderRun {
 
-/// The file system that a run changes files through, told beforehand which files it will hash.
+/// True for a file that a run in this folder may look into: one inside the folder with no link on the way, or one in a
+/// Trash. A record may name others; the run refuses those, and nothing is to open them before it does.
+[[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
+
+/// The file system that a run in a folder changes files through, told beforehand which files it will hash.
 class FileSystem {
 public:
-    FileSystem(const TidyPorts& ports, std::span<const Url> toBeHashed)
-        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed) : nullptr),
+    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed)
+        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed, [root, &fs = ports.fileSystem](
+                                                                   const Url& file) { return mayRead(file, root, fs); })
+                                 : nullptr),
           port_(ahead_ == nullptr ? ports.fileSystem : *ahead_) {}
 
     OrdovanFileSystem& port() { return port_; }

@@ -56,8 +56,10 @@ SystemEnvironment::~SystemEnvironment() = default;
 TidyPorts SystemEnvironment::ports() {
     return {.fileSystem = state_->fileSystem,
             .hashAhead =
-                [&fs = state_->fileSystem](std::span<const Url> files) {
-                    return std::make_unique<ordovan::HashAheadFileSystem>(fs, files);
+                [&fs = state_->fileSystem](std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
+                    ordovan::HashAheadFileSystem::Options options;
+                    options.mayRead = std::move(mayRead);
+                    return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
                 },
             .contents = &state_->contents,
             .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },

@@ -26,8 +26,11 @@ class RuleStore;
 /// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
 struct TidyPorts {
     OrdovanFileSystem& fileSystem;
-    /// A port over `fileSystem` for one run that may hash these files ahead of it, in this order; empty for none.
-    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url> toBeHashed)> hashAhead;
+    /// A port over `fileSystem` for one run that may hash these files ahead of it, in this order, as far as `mayRead`
+    /// (called on other threads) lets it; empty for none.
+    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url> toBeHashed,
+                                                     std::function<bool(const Url& file)> mayRead)>
+        hashAhead;
     /// Reads files for the search for duplicates, and for hashes that can be given up in the middle of a file. It sees
     /// the files of `fileSystem`. Null: every hash is `fileSystem`'s.
     OrdovanContentReading* contents = nullptr;

@@ -55,7 +55,7 @@ public:
     Run(const TidyPorts& ports, const TrashInputs& inputs, const RunFiles& files)
         : inputs_(inputs),
           files_(files),
-          disk_(ports, files.toBeHashed()),
+          disk_(ports, inputs.root, files.toBeHashed()),
           fs_(disk_.port(), ports.contents, *inputs.flag),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },
                     .progressed = [this](std::size_t, std::size_t) { fileDone(); }}) {}

@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <vector>
@@ -67,7 +68,6 @@ bool hasReliableStamps(int descriptor) {
         case EXT4_SUPER_MAGIC:
         case XFS_SUPER_MAGIC:
         case BTRFS_SUPER_MAGIC:
-        case TMPFS_MAGIC:
         case F2FS_SUPER_MAGIC:
             return true;
         default:
@@ -83,14 +83,18 @@ struct Hashed {
 /// Hashes files on one worker.
 class Hasher {
 public:
-    /// The file's hash and the stamp it is good for; nothing when it can not be vouched for.
+    explicit Hasher(const HashAheadFileSystem::Options& options) : options_(options) {}
+
+    /// The file's hash and the stamp it is good for; nothing when it can not be vouched for. What is no regular file is
+    /// not even opened: opening a FIFO wakes whoever waits at its other end, and opening a device may do anything.
     std::optional<Hashed> hash(const Url& url, const std::function<bool()>& shouldContinue) {
         const SystemPath path(url);
+        struct ::stat before;
+        if (path.error() != 0 || ::lstat(path.text(), &before) != 0 || !S_ISREG(before.st_mode)) return std::nullopt;
+        if (options_.mayRead && !options_.mayRead(url)) return std::nullopt;
         RegularFile file;
-        if (path.error() != 0 || file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
-        ::timespec now;
-        ::clock_gettime(CLOCK_REALTIME, &now);
-        if (secondsOf(now) - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
+        if (file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
+        if (now() - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
         auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
         struct ::stat after;
         if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
@@ -99,8 +103,16 @@ public:
     }
 
 private:
+    [[nodiscard]] double now() const {
+        if (options_.clock) return options_.clock();
+        ::timespec time;
+        ::clock_gettime(CLOCK_REALTIME, &time);
+        return secondsOf(time);
+    }
+
     /// Files come volume by volume, so the last answer mostly holds.
     bool isReliable(const RegularFile& file) {
+        if (options_.trustsEveryFileSystem) return true;
         if (device_ != file.facts.st_dev) {
             device_ = file.facts.st_dev;
             reliable_ = hasReliableStamps(file.descriptor.get());
@@ -108,6 +120,7 @@ private:
         return reliable_;
     }
 
+    const HashAheadFileSystem::Options& options_;
     std::optional<::dev_t> device_;
     bool reliable_ = false;
 };
@@ -123,15 +136,19 @@ bool isUntouched(const Url& url, const Stamp& stamp) {
 /// The files of the run and how far the workers are with them.
 class HashAheadFileSystem::Queue {
 public:
-    explicit Queue(std::span<const Url> files) : items_(files.size()) {
+    Queue(std::span<const Url> files, Options options) : options_(std::move(options)), items_(files.size()) {
         positions_.reserve(files.size());
         for (std::size_t i = 0; i < files.size(); ++i) {
             items_[i].url = files[i];
             positions_.emplace(items_[i].url.path(), i);
         }
         const unsigned workers = std::clamp(std::thread::hardware_concurrency(), 1U, mostWorkers);
-        for (unsigned i = 0; i < workers; ++i) {
-            workers_.emplace_back([this](const std::stop_token& stop) { work(stop); });
+        try {
+            for (unsigned i = 0; i < workers; ++i) {
+                workers_.emplace_back([this](const std::stop_token& stop) { work(stop); });
+            }
+        } catch (const std::system_error&) {
+            // No more threads to be had: those there are do the work, or else the run hashes each file in its turn.
         }
     }
 
@@ -172,7 +189,7 @@ private:
     [[nodiscard]] bool mayGoOn() const { return next_ < std::min(items_.size(), reached_ + window); }
 
     void work(const std::stop_token& stop) {
-        Hasher hasher;
+        Hasher hasher(options_);
         std::unique_lock lock(mutex_);
         while (!stop.stop_requested() && next_ < items_.size()) {
             if (!mayGoOn()) {
@@ -194,6 +211,7 @@ private:
         }
     }
 
+    const Options options_;
     std::vector<Item> items_;
     std::unordered_map<std::string_view, std::size_t> positions_;
     std::mutex mutex_;
@@ -206,8 +224,8 @@ private:
     std::vector<std::jthread> workers_;
 };
 
-HashAheadFileSystem::HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files) : fs_(fs) {
-    if (files.size() > 1) queue_ = std::make_unique<Queue>(files);
+HashAheadFileSystem::HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files, Options options) : fs_(fs) {
+    if (files.size() > 1) queue_ = std::make_unique<Queue>(files, std::move(options));
 }
 
 HashAheadFileSystem::~HashAheadFileSystem() = default;

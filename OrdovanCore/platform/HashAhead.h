@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/FileSystem.h"
 
+#include <functional>
 #include <memory>
 #include <span>
 
@@ -10,17 +11,28 @@ namespace ordovan {
 /// The real disk for one run whose files are known beforehand: worker threads hash the next files while the run is
 /// still busy with the ones before them.
 ///
-/// A hash made ahead is handed out only when the file is provably untouched since: still a regular file with the same
-/// device, inode, size, modification and status-change time (st_ctim, which no program can set), the latter old enough
-/// when the hash was made that a later change must show in it, and all on a local file system whose stamps can be
-/// relied on. Otherwise the file is hashed at the moment it is asked for, as without this class. Every other operation
-/// goes straight to the file system given.
+/// A hash made ahead is handed out only when nothing tells that the file changed since: it is still a regular file with
+/// the same device, inode, size, modification and status-change time (st_ctim, which no program can set), the latter
+/// old enough when the hash was made that a later change must show in it, and all on a local file system whose stamps
+/// can be relied on. Otherwise the file is hashed at the moment it is asked for, as without this class. What a program
+/// writes through a shared mapping may show in the stamps late; so it may when a file is hashed and then moved at once.
 ///
-/// Used by one thread. Destroying it stops the workers, in the middle of a file as well.
+/// Every other operation goes straight to the file system given. Used by one thread. Destroying it stops the workers,
+/// in the middle of a file as well.
 class HashAheadFileSystem final : public OrdovanFileSystem {
 public:
+    struct Options {
+        /// Whether a file may be opened at all: the checks that the run itself will make of its place. Called on the
+        /// workers; empty for always.
+        std::function<bool(const Url& file)> mayRead;
+        /// The time, seconds since 1970; empty for the system's clock. Called on the workers.
+        std::function<double()> clock;
+        /// Relies on the time stamps of every file system, not only of those known to keep them well.
+        bool trustsEveryFileSystem = false;
+    };
+
     /// `files`: what will be hashed, in about this order. `fs` outlives this object.
-    HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files);
+    HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files, Options options);
     ~HashAheadFileSystem() override;
 
     bool exists(const Url& url) override { return fs_.exists(url); }

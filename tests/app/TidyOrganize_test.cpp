@@ -49,7 +49,7 @@ TEST_F(TidyOrganize, MovesTheTickedFilesAndRecordsThem) {
 TEST_F(TidyOrganize, TellsItsFileSystemWhichFilesItWillHash) {
     tree({"x.pdf = 1", "y.jpg = 2"});
     std::vector<std::string> told;
-    hashAhead = [&](std::span<const Url> files) {
+    hashAhead = [&](std::span<const Url> files, const std::function<bool(const Url&)>&) {
         for (const Url& file : files) told.push_back(file.sharedPath().str());
         return std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
     };
@@ -61,6 +61,20 @@ TEST_F(TidyOrganize, TellsItsFileSystemWhichFilesItWillHash) {
     tasks.finish();
     EXPECT_THAT(told, ElementsAre("/r/ordovan+/Images/y.jpg", "/r/ordovan+/Documents/x.pdf"));
     EXPECT_EQ(memory.read("/r/y.jpg"), "2");
+}
+
+TEST_F(TidyOrganize, LetsOnlyFilesOfTheFolderBeReadBeforeTheirTurn) {
+    tree({"x.pdf = 1", "sub/z.pdf = 2", "../outside/secret = 3", "link -> ../outside"});
+    std::function<bool(const Url&)> may;
+    hashAhead = [&](std::span<const Url>, const std::function<bool(const Url&)>& mayRead) {
+        may = mayRead;
+        return std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
+    };
+    organize(*previewed());
+    EXPECT_TRUE(may(Url::file("/r/sub/z.pdf")));
+    EXPECT_FALSE(may(Url::file("/outside/secret")));
+    EXPECT_FALSE(may(Url::file("/r/../outside/secret")));
+    EXPECT_FALSE(may(Url::file("/r/link/secret")));
 }
 
 TEST_F(TidyOrganize, RecordsTheRunInTheHistory) {

@@ -11,6 +11,7 @@
 
 #include <QEventLoop>
 
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,9 +26,15 @@ namespace {
 
 constexpr const char* heldElsewhere = "Another ordovan+ run is working in this folder. Try again when it has finished.";
 
-/// Where two programs meet: one folder, one set of records.
+/// Where two programs meet: one folder, one set of records, one Trash.
 struct Place {
-    Place() { ordovan::testing::buildOnDisk(folder.path("tree"), {"x.pdf = 1", "y.jpg = 2"}); }
+    Place() {
+        ordovan::testing::buildOnDisk(folder.path("tree"), {"x.pdf = 1", "y.jpg = 2"});
+        ::setenv("XDG_DATA_HOME", folder.path("data").c_str(), 1);
+    }
+    ~Place() { ::unsetenv("XDG_DATA_HOME"); }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
     [[nodiscard]] ordovan::StorageLocations locations() const {
         return {.recordsFolder = folder.url("data/ordovan"), .settingsFolder = folder.url("config/ordovan")};
     }
@@ -129,6 +136,51 @@ TEST(TidyProcesses, KeepEachOthersRecords) {
     EXPECT_EQ(Program(place).history(), first.history());
 }
 
+TEST(TidyProcesses, KeepEachOthersTrashRecords) {
+    const Place place;
+    Program first(place), second(place);
+    const auto trash = [&](Program& program, const char* name) {
+        EXPECT_TRUE(program.model->trashBigFiles({{place.root().appending(name), 1}}));
+        program.tasks.finish();
+        EXPECT_EQ(program.model->lastTrashReport()->movedCount(), 1u);
+    };
+    trash(first, "x.pdf");
+    trash(second, "y.jpg");
+    EXPECT_THAT(first.model->trashRecord()->entries, SizeIs(1));
+    EXPECT_THAT(second.model->trashRecord()->entries, SizeIs(2));
+    EXPECT_TRUE(first.model->restore());
+    first.tasks.finish();
+    EXPECT_EQ(place.folder.read("tree/x.pdf"), "1");
+    EXPECT_THAT(first.model->trashRecord()->entries, SizeIs(1));
+    EXPECT_EQ(*Program(place).model->trashRecord(), *first.model->trashRecord());
+
+    EXPECT_TRUE(second.model->restore());  // one of the two is back already
+    second.tasks.finish();
+    EXPECT_EQ(second.model->lastTrashReport()->movedCount(), 1u);
+    EXPECT_EQ(place.folder.read("tree/y.jpg"), "2");
+    EXPECT_THAT(Program(place).model->trashRecord()->entries, SizeIs(0));
+}
+
+TEST(TidyProcesses, OneRunWithTheTrashAtATimeWorksInAFolder) {
+    const Place place;
+    Program first(place), second(place);
+    bool tried = false;
+    first.fs.setBeforeCall([&](const auto& call) {
+        if (tried || call.operation != ordovan::testing::Operation::trash) return;
+        tried = true;
+        EXPECT_TRUE(second.model->organize());
+        second.tasks.finish();
+        EXPECT_EQ(second.model->runRefusal(), heldElsewhere);
+        EXPECT_TRUE(second.model->trashBigFiles({{place.root().appending("y.jpg"), 1}}));
+        second.tasks.finish();
+        EXPECT_EQ(second.model->runRefusal(), heldElsewhere);
+    });
+    EXPECT_TRUE(first.model->trashBigFiles({{place.root().appending("x.pdf"), 1}}));
+    first.tasks.finish();
+    EXPECT_TRUE(tried);
+    EXPECT_EQ(place.folder.read("tree/y.jpg"), "2");
+}
+
 TEST(TidyProcesses, KeepEachOthersRules) {
     const Place place;
     Program first(place), second(place);
@@ -177,6 +229,52 @@ TEST(TidySystem, OrganizesAndRestoresARealFolder) {
     EXPECT_FALSE(model.recoverableJournal());
     EXPECT_EQ(place.folder.count("data/ordovan/journals"), 0u);
     EXPECT_THAT(model.history().records, SizeIs(2));
+}
+
+TEST(TidySystem, TrashesAndPutsBackTheDuplicatesOfARealFolder) {
+    const Place place;
+    const std::string large(3'000'000, 'x');
+    for (int i = 0; i < 40; ++i) {
+        const std::string n = std::to_string(i);
+        ordovan::testing::buildOnDisk(place.folder.path("tree"), {"a" + n + " = same " + std::to_string(i % 8),
+                                                                  "sub/b" + n + " = " + large + std::to_string(i % 2)});
+    }
+    const auto before = ordovan::testing::describeTree(place.root().path());
+    SystemEnvironment environment(place.locations());
+    TidyViewModel model(environment.ports(), {});
+    const auto processUntil = [](auto isDone) {
+        while (!isDone()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    };
+    const auto isReady = [&] {
+        return model.phase().kind == TidyViewModel::Phase::Case::ready && !model.isTrashing() &&
+               !model.isScanningDuplicates();
+    };
+    int searchTold = 0, trashTold = 0;
+    QObject::connect(&model, &TidyViewModel::duplicateSearchProgressed, [&] { ++searchTold; });
+    QObject::connect(&model, &TidyViewModel::trashProgressed, [&] { ++trashTold; });
+
+    model.chooseFolder(place.root());
+    processUntil(isReady);
+    ASSERT_TRUE(model.findDuplicates());
+    model.cancelDuplicateSearch();
+    ASSERT_TRUE(model.findDuplicates());
+    processUntil(isReady);
+    EXPECT_THAT(model.duplicateReport()->groups, SizeIs(10));
+    model.autoPick(OrdovanKeepPolicy::shortestPath);
+    ASSERT_TRUE(model.trashExtras());
+    processUntil(isReady);
+    EXPECT_EQ(model.lastTrashReport()->movedCount(), 70u);
+    EXPECT_THAT(model.inventory()->files, SizeIs(12));
+    EXPECT_THAT(model.duplicateReport()->groups, SizeIs(0));
+    EXPECT_GE(searchTold, 1);
+    EXPECT_GE(trashTold, 1);
+
+    ASSERT_TRUE(model.restore());
+    processUntil(isReady);
+    EXPECT_EQ(ordovan::testing::describeTree(place.root().path()), before);
+    EXPECT_THAT(model.trashRecord()->entries, SizeIs(0));
+    EXPECT_EQ(place.folder.count("data/Trash/files"), 0u);
+    EXPECT_EQ(place.folder.count("data/Trash/info"), 0u);
 }
 
 TEST(TidySystem, DropsAPreviewThatAnotherFolderSupersedes) {

@@ -42,7 +42,7 @@ TEST_F(ApplyAcrossVolumes, CopiesVerifiesAndRemoves) {
                                                                         false, 5, sha256("hello").value(), identity)));
     EXPECT_EQ(memory.snapshot("/r/ordovan+/Documents"), (std::map<std::string, std::string>{{"a.pdf", before}}));
     EXPECT_FALSE(memory.item("/r/a.pdf"));
-    EXPECT_EQ(fs.callCount(Operation::contentHash), 2u);
+    EXPECT_EQ(fs.callCount(Operation::contentHash), 3u);  // the original before and after its copy, and the copy
 }
 
 TEST_F(ApplyAcrossVolumes, CopiesUnderAPartialNameBesideTheDestination) {
@@ -135,6 +135,17 @@ TEST_F(ApplyAcrossVolumes, KeepsASourceThatChangedAfterTheCopy) {
     EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());
 }
 
+TEST_F(ApplyAcrossVolumes, KeepsWhatWasWrittenToTheSourceAfterItWasCopied) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.write("/r/a", "HELLO");  // the same size, in the same file
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed(verificationFailed));
+    EXPECT_EQ(memory.read("/r/a"), "HELLO");
+    EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());
+}
+
 TEST_F(ApplyAcrossVolumes, KeepsTheOnlyCopyWhenTheSourceDisappearsMeanwhile) {
     tree({"a = hello"});
     documentsOnAnotherVolume();
@@ -180,10 +191,10 @@ TEST_F(ApplyAcrossVolumes, KeepsTheOnlyCopyWhenALinkTakesThePlaceOfTheSource) {
     EXPECT_EQ(memory.linkTarget("/r/a"), "nowhere");
 }
 
-TEST_F(ApplyAcrossVolumes, KeepsASourceWhoseSizeCanNotBeReadAnyMore) {
+TEST_F(ApplyAcrossVolumes, KeepsASourceThatCanNotBeReadAnyMore) {
     tree({"a = hello"});
     documentsOnAnotherVolume();
-    fs.failCall(Operation::fileSize, 2, EIO);
+    fs.failCall(Operation::contentHash, 3, EIO);
     EXPECT_EQ(fate(toDocuments("a")), failed(verificationFailed));
     EXPECT_EQ(memory.read("/r/a"), "hello");
     EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());

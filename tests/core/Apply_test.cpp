@@ -275,6 +275,19 @@ TEST_F(Apply, FindsALinkPlantedInTheOutputFolderDuringTheRun) {
 
 // Destination
 
+TEST_F(Apply, DoesNotFollowALinkThatTakesThePlaceOfAFolderInTheMiddleOfARun) {
+    tree({"a.pdf = 1"});
+    memory.makeDirectory("/outside");
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move) return;
+        memory.removeTree("/r/ordovan+");
+        memory.link("/r/ordovan+", "/outside");
+    });
+    EXPECT_EQ(fate(toDocuments("a.pdf")).substr(0, 6), "failed");
+    EXPECT_EQ(memory.read("/r/a.pdf"), "1");
+    EXPECT_THAT(memory.snapshot("/outside"), IsEmpty());
+}
+
 TEST_F(Apply, NeverReplacesWhatIsAtTheDestination) {
     tree({"a = new", "ordovan+/Documents/a"});
     EXPECT_EQ(fate(toDocuments("a")), skipped(occupied));

@@ -80,7 +80,7 @@ public:
                 .rules = rules};
     }
 
-    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url>)> hashAhead;
+    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url>, std::function<bool(const Url&)>)> hashAhead;
     OrdovanContentReading* contents = nullptr;
 
     /// The lock of a folder, as `FolderLock` gives it; taking and releasing it are events.

@@ -1,13 +1,16 @@
 #include "OrdovanCore/platform/HashAhead.h"
 
+#include "OrdovanCore/platform/Descriptor.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 
+#include <ctime>
 #include <filesystem>
 #include <thread>
 #include <vector>
@@ -17,19 +20,34 @@ using ordovan::test::TempFolder;
 
 namespace {
 
-/// Writes files and waits until their time stamps are old enough to be relied on.
 std::vector<Url> writeFiles(const TempFolder& folder, int count) {
     std::vector<Url> files;
     for (int i = 0; i < count; ++i) {
         files.push_back(folder.write("file " + std::to_string(i), std::string(static_cast<std::size_t>(i) * 37, 'x')));
     }
-    ::timespec start, now;
-    ::clock_gettime(CLOCK_REALTIME, &start);
-    do {
-        std::this_thread::yield();
-        ::clock_gettime(CLOCK_REALTIME, &now);
-    } while (static_cast<double>(now.tv_sec - start.tv_sec) + static_cast<double>(now.tv_nsec - start.tv_nsec) * 1e-9 < 0.15);
     return files;
+}
+
+struct ::stat factsOf(const Url& file) {
+    struct ::stat facts{};
+    EXPECT_EQ(::stat(std::string(file.path()).c_str(), &facts), 0);
+    return facts;
+}
+
+/// For workers that take every time stamp for old enough: their clock is an hour ahead.
+HashAheadFileSystem::Options trusting() {
+    return {.mayRead = {},
+            .clock = [] { return static_cast<double>(std::time(nullptr)) + 3600; },
+            .trustsEveryFileSystem = true};
+}
+
+/// Asks for hashes so slowly that the workers come first, until one of theirs was handed out.
+std::size_t handedOut(HashAheadFileSystem& ahead, const std::vector<Url>& files) {
+    for (const Url& file : files) {
+        for (int i = 0; i < 2000; ++i) std::this_thread::yield();
+        static_cast<void>(ahead.contentHash(file));
+    }
+    return ahead.handedOut();
 }
 
 }  // namespace
@@ -38,7 +56,7 @@ TEST(HashAhead, GivesTheSameHashesAsHashingInTurn) {
     const TempFolder folder;
     const std::vector<Url> files = writeFiles(folder, 400);
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
+    HashAheadFileSystem ahead(disk, files, trusting());
     for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), disk.contentHash(file).value());
     for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), disk.contentHash(file).value());
 }
@@ -47,17 +65,56 @@ TEST(HashAhead, NeverHandsOutTheHashOfAnOlderContent) {
     const TempFolder folder;
     const std::vector<Url> files = writeFiles(folder, 60);
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
+    HashAheadFileSystem ahead(disk, files, trusting());
     static_cast<void>(ahead.contentHash(files[0]));
     for (int i = 1; i < 60; ++i) {
         // The same size and, set back, the same modification time: only the status-change time tells.
-        struct ::stat before;
-        ASSERT_EQ(::stat(std::string(files[i].path()).c_str(), &before), 0);
-        folder.write("file " + std::to_string(i), std::string(static_cast<std::size_t>(i) * 37, 'y'));
+        const struct ::stat before = factsOf(files[static_cast<std::size_t>(i)]);
+        const std::string path(files[static_cast<std::size_t>(i)].path());
         const ::timespec times[2] = {before.st_atim, before.st_mtim};
-        ASSERT_EQ(::utimensat(AT_FDCWD, std::string(files[i].path()).c_str(), times, 0), 0);
-        EXPECT_EQ(ahead.contentHash(files[i]).value(), disk.contentHash(files[i]).value());
+        folder.write("file " + std::to_string(i), std::string(static_cast<std::size_t>(i) * 37, 'y'));
+        do {  // until a clock tick later, on systems that stamp by the tick
+            ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+        } while (factsOf(files[static_cast<std::size_t>(i)]).st_ctim.tv_nsec == before.st_ctim.tv_nsec);
+        const Url& file = files[static_cast<std::size_t>(i)];
+        EXPECT_EQ(ahead.contentHash(file).value(), disk.contentHash(file).value());
     }
+}
+
+TEST(HashAhead, DoesNotRelyOnStampsThatAreTooYoungToTell) {
+    const TempFolder folder;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    SystemFileSystem disk;
+    auto options = trusting();
+    options.clock = [] { return 0.0; };  // long before the files changed last
+    HashAheadFileSystem ahead(disk, files, options);
+    EXPECT_EQ(handedOut(ahead, files), 0U);
+}
+
+TEST(HashAhead, DoesNotOpenWhatTheRunMayNotRead) {
+    const TempFolder folder;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    SystemFileSystem disk;
+    auto options = trusting();
+    options.mayRead = [](const Url&) { return false; };
+    HashAheadFileSystem ahead(disk, files, options);
+    EXPECT_EQ(handedOut(ahead, files), 0U);
+}
+
+TEST(HashAhead, DoesNotOpenAFifo) {
+    const TempFolder folder;
+    std::vector<Url> files = writeFiles(folder, 20);
+    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0644), 0);
+    files.insert(files.begin(), folder.url("fifo"));
+    const ordovan::Descriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    ASSERT_GE(::inotify_add_watch(watch.get(), folder.path("fifo").c_str(), IN_OPEN), 0);
+    SystemFileSystem disk;
+    {
+        HashAheadFileSystem ahead(disk, files, trusting());
+        for (std::size_t i = 1; i < files.size(); ++i) static_cast<void>(ahead.contentHash(files[i]));
+    }
+    char events[512];
+    EXPECT_EQ(::read(watch.get(), events, sizeof events), -1) << "something opened the FIFO";
 }
 
 TEST(HashAhead, NoticesThatAnotherFileTookThePlace) {
@@ -65,7 +122,7 @@ TEST(HashAhead, NoticesThatAnotherFileTookThePlace) {
     const std::vector<Url> files = writeFiles(folder, 30);
     const std::string other = folder.write("other", "something else").sharedPath().str();
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
+    HashAheadFileSystem ahead(disk, files, trusting());
     static_cast<void>(ahead.contentHash(files[0]));
     ASSERT_EQ(::rename(other.c_str(), std::string(files[20].path()).c_str()), 0);
     EXPECT_EQ(ahead.contentHash(files[20]).value(), disk.contentHash(files[20]).value());
@@ -78,7 +135,7 @@ TEST(HashAhead, ReportsAFileThatCanNotBeHashedAsTheDiskDoes) {
     ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0644), 0);
     files.push_back(folder.url("fifo"));
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
+    HashAheadFileSystem ahead(disk, files, trusting());
     EXPECT_EQ(ahead.contentHash(files[3]).error(), disk.contentHash(files[3]).error());
     EXPECT_EQ(ahead.contentHash(files[4]).error(), disk.contentHash(files[4]).error());
     EXPECT_TRUE(ahead.contentHash(files[0]).has_value());
@@ -89,20 +146,16 @@ TEST(HashAhead, HashesFilesItWasNotToldOf) {
     const std::vector<Url> files = writeFiles(folder, 3);
     const Url stranger = folder.write("stranger", "abc");
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
+    HashAheadFileSystem ahead(disk, files, trusting());
     EXPECT_EQ(ahead.contentHash(stranger).value(), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
 }
 
 TEST(HashAhead, WorksAheadOfARunThatIsBusy) {
     const TempFolder folder;
-    const std::vector<Url> files = writeFiles(folder, 50);
+    const std::vector<Url> files = writeFiles(folder, 200);
     SystemFileSystem disk;
-    HashAheadFileSystem ahead(disk, files);
-    for (const Url& file : files) {
-        for (int i = 0; i < 200; ++i) std::this_thread::yield();
-        static_cast<void>(ahead.contentHash(file));
-    }
-    EXPECT_GT(ahead.handedOut(), 0U);
+    HashAheadFileSystem ahead(disk, files, trusting());
+    EXPECT_GT(handedOut(ahead, files), 0U);
 }
 
 TEST(HashAhead, EndsItsWorkersWhenARunIsAbandoned) {
@@ -111,7 +164,7 @@ TEST(HashAhead, EndsItsWorkersWhenARunIsAbandoned) {
     const auto threadsBefore = std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
     SystemFileSystem disk;
     for (int i = 0; i < 20; ++i) {
-        HashAheadFileSystem ahead(disk, files);
+        HashAheadFileSystem ahead(disk, files, trusting());
         if (i % 2 == 0) static_cast<void>(ahead.contentHash(files[static_cast<std::size_t>(i)]));
     }
     const std::filesystem::directory_iterator threads("/proc/self/task");
