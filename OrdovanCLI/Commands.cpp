@@ -19,6 +19,33 @@ std::string downloadsFolder() {
     return QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).toStdString();
 }
 
+/// What a run of this kind is doing.
+std::string_view verb(OrdovanRunRecord::Kind kind) {
+    switch (kind) {
+        case OrdovanRunRecord::Kind::organize:
+            return "Organizing";
+        case OrdovanRunRecord::Kind::trash:
+            return "Moving to the Trash";
+        case OrdovanRunRecord::Kind::undo:
+        case OrdovanRunRecord::Kind::restoreTrash:
+            break;
+    }
+    return "Putting back";
+}
+
+/// Adds what the run that has just ended did.
+void addReport(RunReport& result, const TidyViewModel& model) {
+    using Kind = OrdovanRunRecord::Kind;
+    if (result.kind == Kind::organize || result.kind == Kind::undo) {
+        result.report = model.lastReport();
+        return;
+    }
+    const OrdovanTrashReport& report = *model.lastTrashReport();
+    result.report = std::make_shared<const OrdovanExecutionReport>(report.asExecutionReport());
+    if (result.kind != Kind::trash) return;
+    for (const OrdovanTrashEntry& entry : report.record.entries) result.trashedBytes += entry.byteSize();
+}
+
 }  // namespace
 
 std::expected<Url, Outcome> chosenFolder(const Invocation& invocation) {
@@ -67,13 +94,13 @@ std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::
 }
 
 Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start) {
-    const bool isUndo = kind == OrdovanRunRecord::Kind::undo;
     TidyViewModel& model = session.model();
-    const bool started = session.run(isUndo ? "Putting back" : "Organizing", start);
+    const bool started = session.run(verb(kind), start);
     const bool wasStopped = interrupts::requested();
     interrupts::letThemEndTheProgram();
     if (model.runRefusal()) return Outcome::impossible(*model.runRefusal());
-    const RunReport result{kind, *model.rootURL(), started ? model.lastReport() : nullptr, model.journalWarning()};
+    RunReport result{kind, *model.rootURL(), nullptr, model.journalWarning()};
+    if (started) addReport(result, model);
     put(result);
     if (result.warning) console.warn(*result.warning);
     const bool someStayed = result.report && result.report->movedCount() < result.report->outcomes.size();
@@ -88,8 +115,14 @@ Outcome runCommand(Context& context) {
             return runOrganize(context);
         case Command::undo:
             return runUndo(context);
+        case Command::duplicates:
+            return runDuplicates(context);
+        case Command::big:
+            return runBig(context);
         case Command::recovery:
             return runRecovery(context);
+        case Command::restore:
+            return runRestore(context);
         case Command::rules:
             return runRules(context);
         case Command::history:

@@ -17,6 +17,8 @@
 
 namespace ordovan::cli {
 
+inline constexpr std::string_view partialScanSentence = "Scan reached its limit; results are partial.";
+
 /// How a command ended.
 struct Outcome {
     enum class Kind {
@@ -51,6 +53,12 @@ struct Context {
         wantsJson() ? writeJson(output, result) : writeText(output, result, textStyle());
     }
 
+    /// Explains what was put out so far, which is shown first.
+    void explain(std::string_view sentence) {
+        output.flush();
+        console.remark(sentence);
+    }
+
     /// The refusal of an act ("organize") that nobody agreed to and nobody can be asked about; nothing when it may go
     /// on to `consent`.
     [[nodiscard]] std::optional<Outcome> refusal(std::string_view act) const;
@@ -70,7 +78,10 @@ struct Context {
 [[nodiscard]] Outcome runPreview(Context& context);
 [[nodiscard]] Outcome runOrganize(Context& context);
 [[nodiscard]] Outcome runUndo(Context& context);
+[[nodiscard]] Outcome runDuplicates(Context& context);
+[[nodiscard]] Outcome runBig(Context& context);
 [[nodiscard]] Outcome runRecovery(Context& context);
+[[nodiscard]] Outcome runRestore(Context& context);
 [[nodiscard]] Outcome runRules(Context& context);
 [[nodiscard]] Outcome runHistory(Context& context);
 [[nodiscard]] Outcome runSettings(Context& context);

@@ -11,7 +11,6 @@
 namespace ordovan::cli {
 namespace {
 
-constexpr const char* partialScanSentence = "Scan reached its limit; results are partial.";
 constexpr const char* exportFailed = "The plan couldn't be saved there. Try another folder.";
 
 /// Setting overrides and selection, as the options say.
@@ -20,16 +19,11 @@ struct PlanOptions {
     Selection selection;
 };
 
-std::optional<bool> choice(const Invocation& invocation, Option on, Option off) {
-    if (invocation.has(on)) return true;
-    return invocation.has(off) ? std::optional(false) : std::nullopt;
-}
-
 std::expected<PlanOptions, Outcome> planOptions(const Invocation& invocation) {
     constexpr std::int64_t mostDays = 365'000;
     PlanOptions options;
-    options.overrides = {choice(invocation, Option::groupByMonth, Option::noGroupByMonth),
-                         choice(invocation, Option::includeHidden, Option::noIncludeHidden)};
+    options.overrides = {invocation.choice(Option::groupByMonth, Option::noGroupByMonth),
+                         invocation.choice(Option::includeHidden, Option::noIncludeHidden)};
     options.selection.onlyFolder = invocation.value(Option::only);
     options.selection.leftOutPaths = invocation.values(Option::leaveOut);
     if (const auto days = invocation.value(Option::olderThan)) {
@@ -127,7 +121,7 @@ Outcome runOrganize(Context& context) {
     }
     if (isAsked) {
         context.wantsJson() ? context.console.remark(view->status) : context.put(*view);
-        context.console.remark(
+        context.explain(
             "Files move into the ordovan+ folder inside this folder. Nothing is copied or deleted, and "
             "you can undo this with \"ordovan-cli undo\".");
     }

@@ -1,47 +1,92 @@
 #include "OrdovanCLI/Commands.h"
 
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/PlanView.h"
+#include "OrdovanCore/Proposals.h"
 
+#include <algorithm>
+#include <iterator>
+#include <span>
 #include <unordered_set>
 
 namespace ordovan::cli {
 namespace {
 
 using Journal = std::shared_ptr<const OrdovanJournal>;
+using IDs = std::unordered_set<std::string>;
 
-RecoveryResult recovery(Context& context, const Url& folder, Journal journal) {
-    RecoveryResult result{folder, std::move(journal), {}};
-    if (!result.journal) return result;
+/// What of these records could be taken back now.
+RecoveryResult recovery(Context& context, const Url& folder, Journal journal, std::vector<OrdovanTrashEntry> trashed) {
+    RecoveryResult result{folder, std::move(journal), {}, {std::move(trashed), {}}};
     OrdovanFileSystem& fs = context.session.ports().fileSystem;
-    for (const OrdovanJournalEntry& entry : result.journal->entries) {
-        result.isPresent.push_back(fs.isRegularFile(Url::file(entry.destination())));
+    if (result.journal) {
+        for (const OrdovanJournalEntry& entry : result.journal->entries) {
+            result.isPresent.push_back(fs.isRegularFile(Url::file(entry.destination())));
+        }
+    }
+    for (const OrdovanTrashEntry& entry : result.trashed.entries) {
+        result.trashed.isPresent.push_back(fs.isRegularFile(Url::file(entry.trashed())));
     }
     return result;
 }
 
-/// The part of a journal that the entries named on the command line make up; all of it where none is named.
-std::expected<Journal, Outcome> chosenEntries(const Invocation& invocation, const Journal& journal) {
-    const auto names = invocation.values(Option::entry);
-    if (names.empty()) return journal;
+/// The ids of the entries with these names, as typed; empty where there are none. `kind` is what the entries are
+/// ("organized file").
+template <class Entry>
+std::expected<IDs, Outcome> chosenIDs(std::span<const std::string_view> names, const std::vector<Entry>& entries,
+                                      std::string_view kind) {
+    IDs chosen;
+    if (names.empty()) return chosen;
     std::unordered_set<std::string_view> recorded;
-    for (const OrdovanJournalEntry& entry : journal->entries) recorded.insert(entry.id());
-    std::unordered_set<std::string_view> chosen;
+    for (const Entry& entry : entries) recorded.insert(entry.id());
     for (const std::string_view name : names) {
         bool isFound = false;
-        for (const std::string& path : absoluteForms(name)) {
-            const auto found = recorded.find(path);
-            if (found == recorded.end()) continue;
-            chosen.insert(*found);
+        for (std::string& path : absoluteForms(name)) {
+            if (!recorded.contains(path)) continue;
+            chosen.insert(std::move(path));
             isFound = true;
         }
-        if (!isFound)
-            return std::unexpected(Outcome::usage("No organized file is recorded at " + inQuotes(name) + "."));
+        if (!isFound) {
+            return std::unexpected(
+                Outcome::usage("No " + std::string(kind) + " is recorded at " + inQuotes(name) + "."));
+        }
     }
-    OrdovanJournal part{journal->version, journal->createdAtEpoch, {}};
-    for (const OrdovanJournalEntry& entry : journal->entries) {
-        if (chosen.contains(entry.id())) part.entries.push_back(entry);
+    return chosen;
+}
+
+/// The entries with these ids; all of them where there are no ids.
+template <class Entry>
+std::vector<Entry> chosenEntries(const std::vector<Entry>& entries, const IDs& ids) {
+    if (ids.empty()) return entries;
+    std::vector<Entry> chosen;
+    for (const Entry& entry : entries) {
+        if (ids.contains(std::string(entry.id()))) chosen.push_back(entry);
     }
-    return std::make_shared<const OrdovanJournal>(std::move(part));
+    return chosen;
+}
+
+/// What is to be put back, for the question about it.
+struct Asked {
+    std::string sentence;
+    std::function<RecoveryResult()> list;  ///< only called where it is shown
+};
+
+/// Asks whether to put files back and does it.
+Outcome putBack(Context& context, OrdovanRunRecord::Kind kind, const Asked& asked,
+                const std::function<bool(TidyViewModel&)>& start) {
+    if (!context.invocation.has(Option::yes)) {
+        context.wantsJson() ? context.console.remark(asked.sentence) : context.put(asked.list());
+    }
+    switch (context.consent("Put these files back?")) {
+        case Console::Answer::interrupted:
+            return Outcome::interrupted();
+        case Console::Answer::no:
+            if (context.wantsJson()) context.put(RunReport{kind, *context.session.model().rootURL(), nullptr, {}});
+            return {};
+        case Console::Answer::yes:
+            break;
+    }
+    return context.run(kind, start);
 }
 
 }  // namespace
@@ -54,27 +99,31 @@ Outcome runUndo(Context& context) {
     TidyViewModel& model = context.session.model();
     const Journal journal = model.recoverableJournal();
     if (!journal) return Outcome::impossible("There is nothing to undo in this folder.");
-    const auto entries = chosenEntries(context.invocation, journal);
-    if (!entries) return entries.error();
-    if (!context.invocation.has(Option::yes)) {
-        context.wantsJson() ? context.console.remark(recoverableSentence((*entries)->entries.size()))
-                            : context.put(recovery(context, *model.rootURL(), *entries));
-    }
-    switch (context.consent("Put these files back?")) {
-        case Console::Answer::interrupted:
-            return Outcome::interrupted();
-        case Console::Answer::no:
-            if (context.wantsJson()) context.put(RunReport{OrdovanRunRecord::Kind::undo, *folder, nullptr, {}});
-            return {};
-        case Console::Answer::yes:
-            break;
-    }
-    if (*entries == journal) {
-        return context.run(OrdovanRunRecord::Kind::undo, [](TidyViewModel& running) { return running.undo(); });
-    }
-    std::unordered_set<std::string> ids;
-    for (const OrdovanJournalEntry& entry : (*entries)->entries) ids.emplace(entry.id());
-    return context.run(OrdovanRunRecord::Kind::undo, [&](TidyViewModel& running) { return running.undo(ids); });
+    const auto ids = chosenIDs(context.invocation.values(Option::entry), journal->entries, "organized file");
+    if (!ids) return ids.error();
+    const Asked asked = {
+        recoverableSentence(ids->empty() ? journal->entries.size() : ids->size()), [&] {
+            OrdovanJournal part = {journal->version, journal->createdAtEpoch, chosenEntries(journal->entries, *ids)};
+            return recovery(context, *model.rootURL(), std::make_shared<const OrdovanJournal>(std::move(part)), {});
+        }};
+    return putBack(context, OrdovanRunRecord::Kind::undo, asked,
+                   [&](TidyViewModel& running) { return ids->empty() ? running.undo() : running.undo(*ids); });
+}
+
+Outcome runRestore(Context& context) {
+    if (auto refused = context.refusal("put files back")) return std::move(*refused);
+    const auto folder = chosenFolder(context.invocation);
+    if (!folder) return folder.error();
+    if (auto end = context.preview(*folder, {})) return std::move(*end);
+    TidyViewModel& model = context.session.model();
+    const std::vector<OrdovanTrashEntry> entries = model.restorableEntries();
+    if (entries.empty()) return Outcome::impossible("There is nothing to put back from the Trash in this folder.");
+    const auto ids = chosenIDs(context.invocation.values(Option::original), entries, "trashed file");
+    if (!ids) return ids.error();
+    const Asked asked = {restorableSentence(ids->empty() ? entries.size() : ids->size()),
+                         [&] { return recovery(context, *model.rootURL(), nullptr, chosenEntries(entries, *ids)); }};
+    return putBack(context, OrdovanRunRecord::Kind::restoreTrash, asked,
+                   [&](TidyViewModel& running) { return ids->empty() ? running.restore() : running.restore(*ids); });
 }
 
 Outcome runRecovery(Context& context) {
@@ -82,7 +131,13 @@ Outcome runRecovery(Context& context) {
     if (!folder) return folder.error();
     const TidyPorts ports = context.session.ports();
     const Url root = ports.resolveExisting(*folder);
-    context.put(recovery(context, root, ports.journals.load(root, nullptr, ports.clock(), ports.fileSystem).journal));
+    Journal journal = ports.journals.load(root, nullptr, ports.clock(), ports.fileSystem).journal;
+    std::vector<OrdovanTrashEntry> trashed;
+    const auto record = ports.trashRecords.load({}).record;
+    std::ranges::copy_if(record->entries, std::back_inserter(trashed), [&](const OrdovanTrashEntry& entry) {
+        return OrdovanProposalPlanner::contains(Url::file(entry.original()), root);
+    });
+    context.put(recovery(context, root, std::move(journal), std::move(trashed)));
     return {};
 }
 

@@ -4,6 +4,7 @@
 #include "OrdovanCore/Json.h"
 #include "OrdovanCore/Text.h"
 
+#include <algorithm>
 #include <initializer_list>
 
 namespace ordovan::cli {
@@ -22,13 +23,23 @@ public:
         appendText(out_, value);
     }
     /// A path that may be anything the file system allows.
-    void path(std::string_view key, std::string_view value) {
+    void path(std::string_view key, std::string_view value, std::string_view exactKey = "pathBase64") {
         text(key, value);
         if (text::isUtf8(value)) return;
+        this->key(exactKey);
+        base64(value);
+    }
+    void paths(std::string_view key, std::span<const Url> values) {
+        this->key(key);
+        array(values, [&](const Url& url) { appendText(out_, url.path()); });
+        if (std::ranges::all_of(values, [](const Url& url) { return text::isUtf8(url.path()); })) return;
         this->key("pathBase64");
-        out_.push_back('"');
-        appendBase64(out_, value);
-        out_.push_back('"');
+        array(values, [&](const Url& url) {
+            if (text::isUtf8(url.path()))
+                out_ += "null";
+            else
+                base64(url.path());
+        });
     }
     void integer(std::string_view key, std::int64_t value) {
         this->key(key);
@@ -51,12 +62,7 @@ public:
     }
     void texts(std::string_view key, std::span<const std::string> values) {
         this->key(key);
-        out_.push_back('[');
-        for (const std::string& value : values) {
-            if (&value != &values.front()) out_ += ", ";
-            appendText(out_, value);
-        }
-        out_.push_back(']');
+        array(values, [&](const std::string& value) { appendText(out_, value); });
     }
     /// A value that is JSON already, in pieces.
     void literal(std::string_view key, std::initializer_list<std::string_view> pieces) {
@@ -74,6 +80,21 @@ public:
     void end() { out_.push_back('}'); }
 
 private:
+    template <class T, class WriteValue>
+    void array(std::span<const T> values, WriteValue writeValue) {
+        out_.push_back('[');
+        for (const T& value : values) {
+            if (&value != &values.front()) out_ += ", ";
+            writeValue(value);
+        }
+        out_.push_back(']');
+    }
+    void base64(std::string_view bytes) {
+        out_.push_back('"');
+        appendBase64(out_, bytes);
+        out_.push_back('"');
+    }
+
     std::string& out_;
     bool isFirst_ = true;
 };
@@ -212,8 +233,38 @@ void writeJson(Output& output, const RecoveryResult& result) {
         record.text("destination", entry.destination());
         record.boolean("present", result.isPresent[index++]);
     });
-    document.object().key("trashed");
-    output.buffer() += "[]";
+    index = 0;
+    document.list("trashed", result.trashed.entries, [&](Object& record, const OrdovanTrashEntry& entry) {
+        record.text("original", entry.original());
+        record.text("trashed", entry.trashed());
+        record.boolean("present", result.trashed.isPresent[index++]);
+    });
+    document.end();
+}
+
+void writeJson(Output& output, const DuplicatesResult& result) {
+    Document document(output);
+    std::size_t index = 0;
+    document.list("groups", result.report->groups, [&](Object& record, const OrdovanDuplicateGroup& group) {
+        record.text("id", group.id());
+        record.text("contentHash", group.contentHash);
+        record.integer("byteSize", group.byteSize);
+        record.paths("files", group.files);
+        record.path("keep", group.files[result.keep[index++]].path(), "keepBase64");
+        record.integer("reclaimableBytes", group.reclaimableBytes());
+    });
+    document.object().integer("reclaimableBytes", result.report->reclaimableBytes());
+    document.object().integer("duplicateFileCount", result.report->duplicateFileCount());
+    document.end();
+}
+
+void writeJson(Output& output, const LargeFilesResult& result) {
+    Document document(output);
+    document.list("files", result.files, [](Object& record, const OrdovanInventoryEntry& entry) {
+        record.path("path", entry.url.path());
+        record.integer("byteSize", entry.byteSize);
+        entry.modifiedEpoch ? record.number("modifiedEpoch", *entry.modifiedEpoch) : record.null("modifiedEpoch");
+    });
     document.end();
 }
 

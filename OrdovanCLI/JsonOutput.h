@@ -11,6 +11,10 @@ namespace ordovan::cli {
 void writeJson(Output& output, const PlanView& view);
 void writeJson(Output& output, const RunReport& result);
 void writeJson(Output& output, const RecoveryResult& result);
+/// Where a group has a path that is not UTF-8, `pathBase64` is a list beside `files` (null for the others), and
+/// `keepBase64` stands behind `keep` when that is the one.
+void writeJson(Output& output, const DuplicatesResult& result);
+void writeJson(Output& output, const LargeFilesResult& result);
 void writeJson(Output& output, std::span<const OrdovanRunRecord> history);
 void writeJson(Output& output, const OrdovanRuleSet& rules);
 void writeJson(Output& output, const SettingsResult& settings);

@@ -47,9 +47,8 @@ private:
     void option(std::string_view argument) {
         const std::size_t equals = argument.find('=');
         const std::string_view name = argument.substr(0, equals);
-        const auto table = optionTable();
-        const auto found = std::ranges::find(table, name, &OptionSpec::name);
-        if (found == table.end()) return fail("Unknown option " + inQuotes(name) + "." + std::string(hint));
+        const OptionSpec* found = named(name);
+        if (found == nullptr) return;
         if (!found->takesValue()) {
             if (equals != std::string_view::npos) return fail(std::string(name) + " takes no value.");
             result_.options.emplace_back(found->option, std::string_view());
@@ -60,6 +59,26 @@ private:
         } else {
             result_.options.emplace_back(found->option, take());
         }
+    }
+
+    /// The option of a name as the command means it; any of that name while no command is known. Null after a mistake.
+    const OptionSpec* named(std::string_view name) {
+        const OptionSpec* found = nullptr;
+        for (const OptionSpec& option : optionTable()) {
+            if (option.name != name) continue;
+            if (result_.command && isMeant(option)) return &option;
+            if (!result_.command && found != nullptr && found->takesValue() != option.takesValue()) {
+                fail(std::string(name) + " must stand behind its command.");
+                return nullptr;
+            }
+            if (found == nullptr) found = &option;
+        }
+        if (found == nullptr) fail("Unknown option " + inQuotes(name) + "." + std::string(hint));
+        return found;
+    }
+
+    [[nodiscard]] bool isMeant(const OptionSpec& option) const {
+        return option.commands.test(static_cast<std::size_t>(*result_.command));
     }
 
     void plain(std::string_view argument) {
@@ -74,7 +93,11 @@ private:
 
     void check() {
         if (!result_.command) return fail("Say what to do, for example \"ordovan-cli preview\"." + std::string(hint));
-        for (auto given = result_.options.begin(); given != result_.options.end(); ++given) checkOption(given);
+        for (auto given = result_.options.begin(); given != result_.options.end(); ++given) {
+            // An option in front of its command may have been taken for another of its name.
+            if (const OptionSpec* meant = named(spec(given->first).name)) given->first = meant->option;
+            checkOption(given);
+        }
         const CommandSpec& command = spec(*result_.command);
         if (!command.actions.empty()) return checkAction(command);
         if (result_.arguments.size() > command.maxArguments) {
@@ -86,7 +109,7 @@ private:
     void checkOption(std::vector<std::pair<Option, std::string_view>>::const_iterator given) {
         const OptionSpec& option = spec(given->first);
         const std::string name(option.name);
-        if (!option.commands.test(static_cast<std::size_t>(*result_.command))) {
+        if (!isMeant(option)) {
             fail(name + " does not go with " + std::string(spec(*result_.command).name) + ".");
         }
         const auto isSame = [&](const auto& other) { return other.first == option.option; };
@@ -192,6 +215,33 @@ std::string commandHelp(const CommandSpec& command) {
     return out;
 }
 
+constexpr std::string_view digits = "0123456789";
+
+/// The bytes of a decimal unit, written as "k", "kB", "KB" and so on; of no unit or "B" alone, 1.
+std::optional<std::int64_t> unitSize(std::string_view unit) {
+    constexpr std::string_view letters = "kmgtpe";
+    if (!unit.empty() && (unit.back() == 'b' || unit.back() == 'B')) unit.remove_suffix(1);
+    if (unit.empty()) return 1;
+    const char lowered = unit[0] >= 'A' && unit[0] <= 'Z' ? static_cast<char>(unit[0] - 'A' + 'a') : unit[0];
+    const std::size_t position = letters.find(lowered);
+    if (unit.size() > 1 || position == std::string_view::npos) return std::nullopt;
+    std::int64_t size = 1;
+    for (std::size_t power = 0; power <= position; ++power) size *= 1000;
+    return size;
+}
+
+/// "0." and these digits, times the unit (a power of ten), rounded up.
+std::int64_t scaledUp(std::string_view fraction, std::int64_t unit) {
+    std::int64_t bytes = 0;
+    bool isCut = false;
+    for (const char digit : fraction) {
+        unit /= 10;
+        bytes += (digit - '0') * unit;
+        isCut |= unit == 0 && digit != '0';
+    }
+    return bytes + (isCut ? 1 : 0);
+}
+
 }  // namespace
 
 bool Invocation::has(Option option) const {
@@ -201,6 +251,11 @@ bool Invocation::has(Option option) const {
 std::optional<std::string_view> Invocation::value(Option option) const {
     const auto found = std::ranges::find(options, option, &std::pair<Option, std::string_view>::first);
     return found == options.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<bool> Invocation::choice(Option on, Option off) const {
+    if (has(on)) return true;
+    return has(off) ? std::optional(false) : std::nullopt;
 }
 
 std::vector<std::string_view> Invocation::values(Option option) const {
@@ -220,6 +275,28 @@ std::optional<std::int64_t> wholeNumber(std::string_view text, std::int64_t lowe
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (text.starts_with('-') || error != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number < lowest || number > highest ? std::nullopt : std::optional(number);
+}
+
+std::optional<std::int64_t> parsedSize(std::string_view text) {
+    const std::size_t wholeEnd = std::min(text.find_first_not_of(digits), text.size());
+    const auto whole = wholeNumber(text.substr(0, wholeEnd), 0, INT64_MAX);
+    if (!whole) return std::nullopt;
+    text.remove_prefix(wholeEnd);
+    std::string_view fraction;
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        fraction = text.substr(0, text.find_first_not_of(digits));
+        if (fraction.empty()) return std::nullopt;
+        text.remove_prefix(fraction.size());
+    }
+    if (text.size() > 1 && text.starts_with(' ')) text.remove_prefix(1);
+    const auto unit = unitSize(text);
+    // A fraction of bytes is no size.
+    if (!unit || (*unit == 1 && !fraction.empty())) return std::nullopt;
+    std::int64_t bytes = 0, sum = 0;
+    if (__builtin_mul_overflow(*whole, *unit, &bytes)) return std::nullopt;
+    if (__builtin_add_overflow(bytes, scaledUp(fraction, *unit), &sum)) return std::nullopt;
+    return sum;
 }
 
 std::string helpText(std::optional<Command> command) {

@@ -14,8 +14,8 @@
 /// The one table of commands and options. Parsing and help are made from it, and nothing else knows their names.
 namespace ordovan::cli {
 
-enum class Command { preview, organize, undo, recovery, rules, history, settings };
-inline constexpr std::size_t commandCount = 7;
+enum class Command { preview, organize, undo, duplicates, big, recovery, restore, rules, history, settings };
+inline constexpr std::size_t commandCount = 10;
 
 enum class Option {
     exportTo,
@@ -27,6 +27,12 @@ enum class Option {
     includeHidden,
     noIncludeHidden,
     entry,
+    keep,
+    trashExtras,
+    minSize,
+    limit,
+    trashFile,
+    original,
     kind,
     clear,
     yes,
@@ -36,7 +42,7 @@ enum class Option {
     help,
     version,
 };
-inline constexpr std::size_t optionCount = 17;
+inline constexpr std::size_t optionCount = 23;
 
 /// One of the things a command can be told to do by its first argument ("add" of "rules").
 struct ActionSpec {
@@ -58,7 +64,7 @@ struct CommandSpec {
 
 struct OptionSpec {
     Option option;
-    std::string_view name;      ///< with its two dashes
+    std::string_view name;      ///< with its two dashes; commands may give one name different meanings
     std::string_view argument;  ///< the value's name in the help; empty for an option without a value
     bool repeatable;
     std::bitset<commandCount> commands;  ///< which commands take it; all of them for a global option
@@ -84,17 +90,25 @@ struct Invocation {
     [[nodiscard]] bool has(Option option) const;
     /// The value of an option, if it was given.
     [[nodiscard]] std::optional<std::string_view> value(Option option) const;
+    /// What a pair of opposite options says; nothing when neither was given.
+    [[nodiscard]] std::optional<bool> choice(Option on, Option off) const;
     /// The values of a repeatable option, in the order given.
     [[nodiscard]] std::vector<std::string_view> values(Option option) const;
 };
 
 /// Reads a command line (without the program's name). An option's value is either the next argument, whatever it
-/// looks like, or what follows "=" in the same one. "--" ends the options. `--help` and `--version` win over mistakes.
-/// The error is one sentence.
+/// looks like, or what follows "=" in the same one. "--" ends the options. An option that takes a
+/// value for one command and none for another must stand behind its command. `--help` and `--version` win over
+/// mistakes. The error is one sentence.
 [[nodiscard]] std::expected<Invocation, std::string> parse(std::span<const std::string_view> arguments);
 
 /// A whole number without sign, spaces or anything behind it, within bounds; nothing for any other text.
 [[nodiscard]] std::optional<std::int64_t> wholeNumber(std::string_view text, std::int64_t lowest, std::int64_t highest);
+
+/// A size in bytes: a whole number alone, or a number, perhaps with a decimal point, and a decimal unit in any case
+/// ("500k", "10MB", "1.5 GB"; up to EB). A part of a byte counts as one. Nothing for any other text, and beyond 64
+/// bits.
+[[nodiscard]] std::optional<std::int64_t> parsedSize(std::string_view text);
 
 /// The help text of the program, or of one command. Ends with a line end.
 [[nodiscard]] std::string helpText(std::optional<Command> command);

@@ -26,13 +26,12 @@ Session::Session(Console& console) : console_(console), model_(environment_.port
 
 void Session::stopWhatRuns() {
     interrupts::drain();
-    if (model_.isApplying()) {
+    if (model_.isApplying() || model_.isTrashing()) {
         console_.remark("Stopping after the file in work.");
-        model_.cancelRun();
-    } else {
-        interrupts::letThemEndTheProgram();
-        model_.cancelPreview();
+        return model_.cancelRun();
     }
+    interrupts::letThemEndTheProgram();
+    model_.isScanningDuplicates() ? model_.cancelDuplicateSearch() : model_.cancelPreview();
 }
 
 void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides) {
@@ -41,6 +40,21 @@ void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& 
     model_.chooseFolder(folder);
     waitWhile([&] { return model_.phase().kind == TidyViewModel::Phase::Case::scanning; });
     console_.clearProgress();
+}
+
+bool Session::findDuplicates() {
+    constexpr std::string_view verb = "Hashing files to find exact duplicates";
+    const auto shown =
+        QObject::connect(&model_, &TidyViewModel::duplicateSearchProgressed, &model_,
+                         [&](quint64 filesDone, quint64 filesTotal, quint64 bytesDone, quint64 bytesTotal) {
+                             showProgress(verb, filesDone, filesTotal, bytesDone, bytesTotal);
+                         });
+    console_.progress(std::string(verb) + "…");
+    model_.findDuplicates();
+    waitWhile([&] { return model_.isScanningDuplicates(); });
+    QObject::disconnect(shown);
+    console_.clearProgress();
+    return !interrupts::requested() && model_.duplicateReport() != nullptr;
 }
 
 bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start) {
@@ -52,11 +66,30 @@ bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&
             appendInteger(line, static_cast<std::int64_t>(total));
             console_.progress(line);
         });
+    const auto trashShown =
+        QObject::connect(&model_, &TidyViewModel::trashProgressed, &model_,
+                         [&](quint64 filesDone, quint64 filesTotal, quint64 bytesDone, quint64 bytesTotal) {
+                             showProgress(verb, filesDone, filesTotal, bytesDone, bytesTotal);
+                         });
     const bool started = start(model_);
-    waitWhile([&] { return model_.isApplying(); });
+    waitWhile([&] { return model_.isApplying() || model_.isTrashing(); });
     QObject::disconnect(shown);
+    QObject::disconnect(trashShown);
     console_.clearProgress();
     return started;
+}
+
+void Session::showProgress(std::string_view verb, quint64 filesDone, quint64 filesTotal, quint64 bytesDone,
+                           quint64 bytesTotal) {
+    std::string line = std::string(verb) + "… ";
+    appendInteger(line, static_cast<std::int64_t>(filesDone));
+    line += " of ";
+    appendCount(line, filesTotal, "file");
+    line += ", ";
+    appendSize(line, static_cast<std::int64_t>(bytesDone));
+    line += " of ";
+    appendSize(line, static_cast<std::int64_t>(bytesTotal));
+    console_.progress(line);
 }
 
 }  // namespace ordovan::cli

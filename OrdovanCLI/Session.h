@@ -11,7 +11,7 @@ namespace ordovan::cli {
 /// The controller with the real world around it, driven step by step: each step waits on the event loop until the
 /// controller has done it. Needs a QCoreApplication.
 ///
-/// A request to stop ends a preview at once, and a run before its next file.
+/// A request to stop ends a preview or a search at once, and a run before its next file.
 class Session {
 public:
     explicit Session(Console& console);
@@ -25,12 +25,17 @@ public:
     /// the preview was interrupted.
     void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides);
 
+    /// Compares the previewed files. False when it was interrupted; else the controller has the report.
+    [[nodiscard]] bool findDuplicates();
+
     /// Starts a run by `start` (one of the controller's operations) and waits for its end, showing `verb`
     /// ("Organizing") and how far it is. False when the controller did not start one.
     bool run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start);
 
 private:
     void stopWhatRuns();
+    void showProgress(std::string_view verb, quint64 filesDone, quint64 filesTotal, quint64 bytesDone,
+                      quint64 bytesTotal);
 
     Console& console_;
     SystemEnvironment environment_;

@@ -1,6 +1,6 @@
 #include "OrdovanCLI/TextOutput.h"
 
-#include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/TextPage.h"
 
 #include <algorithm>
 #include <array>
@@ -8,69 +8,6 @@
 
 namespace ordovan::cli {
 namespace {
-
-/// A page of text in the making.
-class Page {
-public:
-    Page(Output& output, const TextStyle& style) : output_(output), out_(output.buffer()), style_(style) {}
-
-    Page& raw(std::string_view text) {
-        out_ += text;
-        return *this;
-    }
-    Page& safe(std::string_view text) {
-        appendSafe(out_, text);
-        return *this;
-    }
-    Page& count(std::size_t count, std::string_view noun) {
-        appendCount(out_, count, noun);
-        return *this;
-    }
-    Page& bold(std::string_view text) { return coloured("\x1b[1m", text); }
-    Page& dim(std::string_view text) { return coloured("\x1b[2m", text); }
-    /// Right-aligned in a column as wide as the widest size.
-    Page& size(std::int64_t bytes) {
-        constexpr std::size_t width = 9;  // "999 bytes"
-        const std::size_t before = out_.size();
-        appendSize(out_, bytes);
-        const std::size_t length = out_.size() - before;
-        if (length < width) out_.insert(before, width - length, ' ');
-        return *this;
-    }
-    /// `dates` must stay the page's own; an unknown date is blank.
-    Page& date(DateFormatter& dates, std::optional<double> epoch) {
-        if (epoch)
-            dates.append(out_, *epoch);
-        else
-            out_.append(DateFormatter::width, ' ');
-        return *this;
-    }
-    void endLine() {
-        out_.push_back('\n');
-        output_.rowDone();
-    }
-
-    [[nodiscard]] std::string& out() { return out_; }
-
-private:
-    Page& coloured(std::string_view code, std::string_view text) {
-        if (style_.isColoured) out_ += code;
-        appendSafe(out_, text);
-        if (style_.isColoured) out_ += "\x1b[0m";
-        return *this;
-    }
-
-    Output& output_;
-    std::string& out_;
-    const TextStyle& style_;
-};
-
-/// The part of a path below a folder; the whole path when it is not below it.
-std::string_view below(std::string_view path, std::string_view folder) {
-    if (folder == "/") return path.substr(std::min<std::size_t>(1, path.size()));
-    const bool isBelow = path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == '/';
-    return isBelow ? path.substr(folder.size() + 1) : path;
-}
 
 /// The selected proposals of one destination folder.
 struct Group {
@@ -186,15 +123,58 @@ void writeDestinations(Page& page, const RunReport& result) {
     for (const auto& [folder, count] : counts) page.raw("  ").safe(folder).raw("  ").count(count, "file").endLine();
 }
 
+std::string_view leftBehindHead(OrdovanRunRecord::Kind kind) {
+    using Kind = OrdovanRunRecord::Kind;
+    return kind == Kind::organize ? "Not organized" : kind == Kind::trash ? "Not moved to the Trash" : "Not put back";
+}
+
 void writeLeftBehind(Page& page, const RunReport& result) {
-    const bool isUndo = result.kind == OrdovanRunRecord::Kind::undo;
     const std::size_t count = result.report->skippedCount() + result.report->failedCount();
     if (count == 0) return;
-    page.bold(isUndo ? "Not put back" : "Not organized").raw("  ").count(count, "file").endLine();
+    // A file is told by where it lies in the folder: after an undo by where it stayed, in the Trash by where it was.
+    const bool isToldByDestination =
+        result.kind == OrdovanRunRecord::Kind::undo || result.kind == OrdovanRunRecord::Kind::restoreTrash;
+    page.bold(leftBehindHead(result.kind)).raw("  ").count(count, "file").endLine();
     for (const OrdovanExecutionOutcome& outcome : result.report->outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) continue;
-        const Url& stayed = isUndo ? outcome.destination : outcome.source;
-        page.raw("  ").safe(below(stayed.path(), result.folder.path())).raw(": ").safe(outcome.message).endLine();
+        const Url& told = isToldByDestination ? outcome.destination : outcome.source;
+        page.raw("  ").safe(below(told.path(), result.folder.path())).raw(": ").safe(outcome.message).endLine();
+    }
+}
+
+/// What a run did, in one line.
+void writeSummary(Page& page, const RunReport& result) {
+    if (result.kind == OrdovanRunRecord::Kind::trash) {
+        page.count(result.report->movedCount(), "file").raw(" moved to the Trash · ");
+        appendSize(page.out(), result.trashedBytes);
+    } else {
+        page.safe(OrdovanRunRecord::make(result.kind, *result.report, result.folder, 0).summary());
+    }
+    page.endLine();
+}
+
+std::size_t presentCount(const std::vector<bool>& isPresent) {
+    return static_cast<std::size_t>(std::ranges::count(isPresent, true));
+}
+
+void writeOrganized(Page& page, const RecoveryResult& result) {
+    page.raw(recoverableSentence(presentCount(result.isPresent))).endLine();
+    std::size_t index = 0;
+    for (const OrdovanJournalEntry& entry : result.journal->entries) {
+        page.raw("  ").safe(below(entry.destination(), result.folder.path())).raw(" → ");
+        page.safe(below(entry.source(), result.folder.path())).endLine();
+        if (result.isPresent[index++]) continue;
+        page.raw("    ").dim("Missing: deleted or moved since organizing. Undo will skip it.").endLine();
+    }
+}
+
+void writeTrashed(Page& page, const RecoveryResult& result) {
+    page.raw(restorableSentence(presentCount(result.trashed.isPresent))).endLine();
+    std::size_t index = 0;
+    for (const OrdovanTrashEntry& entry : result.trashed.entries) {
+        page.raw("  ").safe(entry.trashed()).raw(" → ").safe(below(entry.original(), result.folder.path())).endLine();
+        if (result.trashed.isPresent[index++]) continue;
+        page.raw("    ").dim("No longer in the Trash (emptied or moved), so it can't be put back from here.").endLine();
     }
 }
 
@@ -218,25 +198,22 @@ void writeText(Output& output, const PlanView& view, const TextStyle& style) {
 
 void writeText(Output& output, const RunReport& result, const TextStyle& style) {
     Page page(output, style);
-    if (!result.report) return page.raw("Nothing to organize").endLine();
-    const OrdovanRunRecord run = OrdovanRunRecord::make(result.kind, *result.report, result.folder, 0);
-    page.safe(run.summary()).endLine();
+    if (!result.report) {
+        const bool isOrganize = result.kind == OrdovanRunRecord::Kind::organize;
+        return page.raw(isOrganize ? "Nothing to organize" : "Nothing was changed").endLine();
+    }
+    writeSummary(page, result);
     if (result.kind == OrdovanRunRecord::Kind::organize) writeDestinations(page, result);
     writeLeftBehind(page, result);
 }
 
 void writeText(Output& output, const RecoveryResult& result, const TextStyle& style) {
     Page page(output, style);
-    if (!result.journal) return page.raw("Nothing to recover").endLine();
-    const auto present = static_cast<std::size_t>(std::ranges::count(result.isPresent, true));
-    page.raw(recoverableSentence(present)).endLine();
-    std::size_t index = 0;
-    for (const OrdovanJournalEntry& entry : result.journal->entries) {
-        page.raw("  ").safe(below(entry.destination(), result.folder.path())).raw(" → ");
-        page.safe(below(entry.source(), result.folder.path())).endLine();
-        if (result.isPresent[index++]) continue;
-        page.raw("    ").dim("Missing: deleted or moved since organizing. Undo will skip it.").endLine();
-    }
+    const bool hasTrashed = !result.trashed.entries.empty();
+    if (!result.journal && !hasTrashed) return page.raw("Nothing to recover").endLine();
+    if (result.journal) writeOrganized(page, result);
+    if (result.journal && hasTrashed) page.endLine();
+    if (hasTrashed) writeTrashed(page, result);
 }
 
 void writeText(Output& output, std::span<const OrdovanRunRecord> history, const TextStyle& style) {
@@ -279,6 +256,12 @@ std::string recoverableSentence(std::size_t count) {
     std::string sentence;
     appendCount(sentence, count, "organized file");
     return sentence + " can go back to where they came from.";
+}
+
+std::string restorableSentence(std::size_t count) {
+    std::string sentence;
+    appendCount(sentence, count, "file");
+    return sentence + " in the Trash can be put back (from Duplicates or Big Files).";
 }
 
 }  // namespace ordovan::cli

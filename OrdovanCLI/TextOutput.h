@@ -17,14 +17,22 @@ struct TextStyle {
 /// The selected proposals by destination folder, then what needs review, what is skipped and what was not scanned,
 /// and the status line.
 void writeText(Output& output, const PlanView& view, const TextStyle& style);
-/// One sentence for the run, how many files went to which folder, and every file that stayed, with the reason.
+/// One line for the run, after an organize how many files went to which folder, and every file that stayed, with the
+/// reason.
 void writeText(Output& output, const RunReport& result, const TextStyle& style);
 void writeText(Output& output, const RecoveryResult& result, const TextStyle& style);
+/// The groups with their files, the one to keep marked.
+void writeText(Output& output, const DuplicatesResult& result, const TextStyle& style);
+void writeText(Output& output, const LargeFilesResult& result, const TextStyle& style);
 void writeText(Output& output, std::span<const OrdovanRunRecord> history, const TextStyle& style);
 void writeText(Output& output, const OrdovanRuleSet& rules, const TextStyle& style);
 void writeText(Output& output, const SettingsResult& settings, const TextStyle& style);
 
 /// "12 organized files can go back to where they came from."
 [[nodiscard]] std::string recoverableSentence(std::size_t count);
+/// "2 files in the Trash can be put back (from Duplicates or Big Files)."
+[[nodiscard]] std::string restorableSentence(std::size_t count);
+/// "3 duplicate groups · 7 files · 1.2 GB in extra copies"
+[[nodiscard]] std::string duplicatesSentence(const OrdovanDuplicateReport& report);
 
 }  // namespace ordovan::cli

@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -177,6 +178,20 @@ public:
             }
         }
     }
+};
+
+/// Holds a folder as a run in it does.
+class Held {
+public:
+    explicit Held(const std::string& folder) : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) throw std::runtime_error("can not lock " + folder);
+    }
+    ~Held() { ::close(descriptor_); }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+private:
+    int descriptor_;
 };
 
 /// The program at a terminal: what it shows is read here, and keys can be pressed.

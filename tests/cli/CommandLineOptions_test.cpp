@@ -23,9 +23,6 @@ const std::string see = " See \"ordovan-cli --help\".";
 const std::vector<Mistake> mistakes = {
     {"NoCommand", {}, "Say what to do, for example \"ordovan-cli preview\"." + see},
     {"UnknownCommand", {"tidy"}, "Unknown command \"tidy\"." + see},
-    {"Duplicates", {"duplicates"}, "Unknown command \"duplicates\"." + see},
-    {"Big", {"big"}, "Unknown command \"big\"." + see},
-    {"Restore", {"restore"}, "Unknown command \"restore\"." + see},
     {"EmptyCommand", {""}, "Unknown command \"\"." + see},
     {"HostileCommand", {"a\x1b[2Jb\n"}, "Unknown command \"a\\x1b[2Jb\\n\"." + see},
     {"UnknownOption", {"preview", "--nope"}, "Unknown option \"--nope\"." + see},
@@ -61,6 +58,31 @@ const std::vector<Mistake> mistakes = {
      {"preview", "--export", "plan.txt"},
      "--export takes a file name that ends in .md or .csv, not \"plan.txt\"."},
     {"ExportNothing", {"preview", "--export="}, "--export takes a file name that ends in .md or .csv, not \"\"."},
+    {"TrashOfPreview", {"preview", "--trash"}, "--trash does not go with preview."},
+    {"TrashBeforeItsCommand", {"--trash", "duplicates"}, "--trash must stand behind its command."},
+    {"TrashOfDuplicatesWithAValue", {"duplicates", "--trash=a.txt"}, "--trash takes no value."},
+    {"TrashOfBigWithoutAValue", {"big", "--trash"}, "--trash needs a value: --trash PATH."},
+    {"KeepOfBig", {"big", "--keep", "oldest"}, "--keep does not go with big."},
+    {"KeepTwice", {"duplicates", "--keep", "oldest", "--keep=newest"}, "--keep can be given only once."},
+    {"KeepPolicy",
+     {"duplicates", "--keep", "Oldest"},
+     "--keep takes oldest, newest, shortest or deepest, not \"Oldest\"."},
+    {"KeepNothing", {"duplicates", "--keep="}, "--keep takes oldest, newest, shortest or deepest, not \"\"."},
+    {"LimitWord", {"big", "--limit", "all"}, "--limit takes a whole number, not \"all\"."},
+    {"LimitNegative", {"big", "--limit=-1"}, "--limit takes a whole number, not \"-1\"."},
+    {"LimitHuge",
+     {"big", "--limit", "9223372036854775808"},
+     "--limit takes a whole number, not \"9223372036854775808\"."},
+    {"GroupByMonthOfBig", {"big", "--group-by-month"}, "--group-by-month does not go with big."},
+    {"EntryOfRecovery", {"recovery", "--entry", "x"}, "--entry does not go with recovery."},
+    {"TwoFoldersOfDuplicates", {"duplicates", "a", "b"}, "Too many arguments for duplicates: \"b\"."},
+    {"DuplicatesUnasked",
+     {"duplicates", "--trash"},
+     "There is nobody to ask here; say --yes to move files to the Trash without a question."},
+    {"BigUnasked",
+     {"big", "--trash", "a.pdf"},
+     "There is nobody to ask here; say --yes to move files to the Trash without a question."},
+    {"RestoreUnasked", {"restore"}, "There is nobody to ask here; say --yes to put files back without a question."},
     {"RulesAction", {"rules", "drop"}, "rules can not \"drop\"; say list, add, delete or move."},
     {"RulesAddOne", {"rules", "add", "dmg"}, "Wrong number of arguments; say \"rules add EXTENSIONS FOLDER\"."},
     {"RulesListArgument", {"rules", "list", "x"}, "Wrong number of arguments; say \"rules list\"."},
@@ -108,18 +130,59 @@ TEST_P(CommandLineMistake, StaysASentenceWhenJsonIsAskedFor) {
     EXPECT_EQ(run.status, 2);
 }
 
+TEST(CommandLineSize, IsRefusedWhenItIsNone) {
+    const Home home;
+    for (const char* size : {"",
+                             " ",
+                             "MB",
+                             "x",
+                             "-1",
+                             "+1",
+                             "1.5",
+                             "1.",
+                             ".5GB",
+                             "1,5GB",
+                             "10MiB",
+                             "1e6",
+                             "10 ",
+                             "1  MB",
+                             "1MBB",
+                             "1KBs",
+                             "0x10",
+                             "1.5.5k",
+                             "9223372036854775808",
+                             "10EB",
+                             "9.3e",
+                             "1\n"}) {
+        const Finished run = home.run({"big", "--json", "--min-size", size});
+        EXPECT_THAT(run.err, StartsWith("error: --min-size takes a size such as 500k, 10MB or 1.5GB, not \"")) << size;
+        EXPECT_EQ(run.out, "") << size;
+        EXPECT_EQ(run.status, 2) << size;
+    }
+}
+
+TEST(CommandLineSize, IsReadInDecimalUnitsOfAnyCase) {
+    const Home home;
+    home.write("a.bin", std::string(1'500, 'a'));
+    for (const char* size : {"0", "1500", "1500b", "1500 B", "1k", "1K", "1kb", "1.5kB", "1.5 KB", "0.0015M",
+                             "0.0015mb", "0.0000015g", "0.0000000015TB", "0.000000000001p", "0e", "01500"}) {
+        EXPECT_EQ(home.run({"big", "--json", "--min-size", size}).json().at("files").as_array().size(), 1U) << size;
+    }
+    for (const char* size : {"1501", "1.501k", "1.5000000001k", "1m", "9.2e", "9223372036854775807"}) {
+        EXPECT_EQ(home.run({"big", "--json", "--min-size", size}).json().at("files").as_array().size(), 0U) << size;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Table, CommandLineMistake, ::testing::ValuesIn(mistakes),
                          [](const auto& mistake) { return mistake.param.title; });
 
-TEST(CommandLineHelp, ListsTheCommandsThatExistAndNoOthers) {
+TEST(CommandLineHelp, ListsTheCommands) {
     const Finished run = Home().run({"--help"});
     EXPECT_THAT(run.out,
                 StartsWith("Usage: ordovan-cli COMMAND [ARGUMENTS] [OPTIONS]\n\nCommands:\n  preview [FOLDER]"));
-    for (const char* command : {"organize", "undo", "recovery", "rules", "history", "settings", "--json", "--yes"}) {
+    for (const char* command : {"organize", "undo", "duplicates", "big", "recovery", "restore", "rules", "history",
+                                "settings", "--json", "--yes"}) {
         EXPECT_THAT(run.out, HasSubstr("\n  " + std::string(command)));
-    }
-    for (const char* command : {"duplicates", "big", "restore "}) {
-        EXPECT_THAT(run.out, Not(HasSubstr("\n  " + std::string(command))));
     }
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.status, 0);
@@ -134,6 +197,20 @@ TEST(CommandLineHelp, OfACommandShowsItsOwnOptions) {
     EXPECT_EQ(run.status, 0);
 }
 
+TEST(CommandLineHelp, ShowsTheMeaningThatAnOptionHasForTheCommand) {
+    const std::string duplicates = Home().run({"duplicates", "--help"}).out;
+    EXPECT_THAT(duplicates, HasSubstr("\n  --trash                    Move every copy but the one to keep"));
+    EXPECT_THAT(duplicates, Not(HasSubstr("--trash PATH")));
+    EXPECT_THAT(Home().run({"big", "--help"}).out, HasSubstr("\n  --trash PATH               Move this file"));
+}
+
+TEST(CommandLineOptions, OfTwoMeaningsMayStandInFrontOfTheCommandWhereBothTakeAValue) {
+    EXPECT_EQ(Home().run({"--entry", "x", "restore", "--yes"}).err,
+              "error: There is nothing to put back from the Trash in this folder.\n");
+    EXPECT_EQ(Home().run({"--entry=x", "undo", "--yes"}).err, "error: There is nothing to undo in this folder.\n");
+    EXPECT_EQ(Home().run({"restore", "--entry"}).err, "error: --entry needs a value: --entry ORIGINAL.\n");
+}
+
 TEST(CommandLineHelp, ListsTheActionsOfRules) {
     const Finished run = Home().run({"rules", "--help"});
     EXPECT_THAT(run.out, HasSubstr("\nActions:\n  list  "));
@@ -146,7 +223,8 @@ TEST(CommandLineHelp, WinsOverMistakes) {
 }
 
 TEST(CommandLineHelp, FitsOnATerminal) {
-    for (const char* command : {"preview", "organize", "undo", "recovery", "rules", "history", "settings"}) {
+    for (const char* command :
+         {"preview", "organize", "undo", "duplicates", "big", "recovery", "restore", "rules", "history", "settings"}) {
         const std::string help = Home().run({command, "--help"}).out;
         for (std::size_t begin = 0; begin < help.size(); begin = help.find('\n', begin) + 1) {
             EXPECT_LE(help.find('\n', begin) - begin, 100U) << command;

@@ -2,29 +2,11 @@
 
 #include <gmock/gmock.h>
 
-#include <sys/file.h>
-
 using namespace ordovan::test;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-
-namespace {
-
-/// Holds a folder as a running organize does.
-class Held {
-public:
-    explicit Held(const std::string& folder) : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) throw std::runtime_error("can not lock " + folder);
-    }
-    ~Held() { ::close(descriptor_); }
-
-private:
-    int descriptor_;
-};
-
-}  // namespace
 
 TEST(OrganizeCommand, MovesFilesAndSaysWhereTo) {
     const Home home;
