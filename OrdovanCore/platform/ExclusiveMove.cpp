@@ -27,16 +27,28 @@ int renameOver(const char* from, const char* to) {
     return ::rename(from, to) == 0 ? 0 : errno;
 }
 
-int moveByLink(const char* from, const char* to) {
+/// Takes the second name of an item away again, as long as the item keeps its first one. Where the second can not be
+/// looked at, the count of names tells whether it is still there.
+void takeBackLink(const char* from, const char* to, ::nlink_t namesBefore) {
+    struct ::stat old, fresh;
+    if (!examine(from, old)) return;
+    const bool isOurs = examine(to, fresh) ? sameItem(old, fresh) : errno != ENOENT && old.st_nlink > namesBefore;
+    if (isOurs) ::unlink(to);
+}
+
+/// `names` is how many the item had just now.
+int moveByLink(const char* from, const char* to, ::nlink_t names) {
     if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) != 0) return errno;
     struct ::stat old, fresh;
-    if (!examine(to, fresh)) return errno;
-    // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is theirs.
-    if (!examine(from, old) || !sameItem(old, fresh)) return 0;
-    if (::unlink(from) == 0 || errno == ENOENT) return 0;
-    const int error = errno;
-    struct ::stat now;
-    if (examine(to, now) && sameItem(now, old)) ::unlink(to);
+    int error = examine(to, fresh) ? 0 : errno;
+    if (error == 0) {
+        // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
+        // theirs.
+        if (!examine(from, old) || !sameItem(old, fresh)) return 0;
+        if (::unlink(from) == 0 || errno == ENOENT) return 0;
+        error = errno;
+    }
+    takeBackLink(from, to, names);
     return error;
 }
 
@@ -47,15 +59,55 @@ int moveFolderOverPlaceholder(const char* from, const char* to) {
     return error;
 }
 
+/// An empty file made exclusively under the new name.
+class Placeholder {
+public:
+    explicit Placeholder(const char* path)
+        : path_(path), descriptor_(Descriptor::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) {
+        error_ = descriptor_ ? 0 : errno;
+        if (error_ != 0 || ::fstat(descriptor_.get(), &made_) == 0) return;
+        error_ = errno;
+        // Nothing but its making has happened yet, and so an empty file of one name can be no other.
+        struct ::stat there;
+        if (examine(path_, there) && S_ISREG(there.st_mode) && there.st_size == 0 && there.st_nlink == 1) {
+            ::unlink(path_);
+        }
+    }
+
+    [[nodiscard]] int error() const { return error_; }
+
+    /// 0 while the file bears its name and is empty; EEXIST once something else does or it was written to; else the
+    /// errno for which that can not be told.
+    [[nodiscard]] int check() const {
+        struct ::stat there;
+        if (!examine(path_, there)) return errno;
+        return sameItem(made_, there) && there.st_size == 0 ? 0 : EEXIST;
+    }
+
+    /// Removes the file while it bears its name and is empty. Where the name can not be looked at, the file itself
+    /// tells whether it still has one.
+    void takeBack() const {
+        struct ::stat now;
+        int error = check();
+        if (error != 0 && error != EEXIST && error != ENOENT && ::fstat(descriptor_.get(), &now) == 0) {
+            error = now.st_nlink != 0 && now.st_size == 0 ? 0 : EEXIST;
+        }
+        if (error == 0) ::unlink(path_);
+    }
+
+private:
+    const char* path_;
+    Descriptor descriptor_;
+    struct ::stat made_{};
+    int error_ = 0;
+};
+
 int moveOverPlaceholder(const char* from, const char* to) {
-    const Descriptor placeholder = Descriptor::open(to, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-    if (!placeholder) return errno;
-    struct ::stat ours, there;
-    if (::fstat(placeholder.get(), &ours) != 0) return errno;
-    const auto stillOursAndEmpty = [&] { return examine(to, there) && sameItem(ours, there) && there.st_size == 0; };
-    if (!stillOursAndEmpty()) return EEXIST;
-    const int error = renameOver(from, to);
-    if (error != 0 && stillOursAndEmpty()) ::unlink(to);
+    const Placeholder placeholder(to);
+    if (placeholder.error() != 0) return placeholder.error();
+    int error = placeholder.check();
+    if (error == 0) error = renameOver(from, to);
+    if (error != 0) placeholder.takeBack();
     return error;
 }
 
@@ -72,7 +124,7 @@ int moveExclusively(const char* from, const char* to, MoveWays ways) {
     if (!examine(from, facts)) return errno;
     if (S_ISDIR(facts.st_mode)) return ways.placeholder ? moveFolderOverPlaceholder(from, to) : error;
     if (ways.link) {
-        error = moveByLink(from, to);
+        error = moveByLink(from, to, facts.st_nlink);
         // EPERM is also how a file that must not be linked or renamed at all answers; the rename then says so again.
         if (!isUnsupported(error) && error != EPERM && error != EMLINK) return error;
     }

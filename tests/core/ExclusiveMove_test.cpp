@@ -28,12 +28,38 @@ int skip = 0;
 int renameRefusal = 0;
 int linkRefusal = 0;
 
+/// A path that can not be examined, and one that can not be removed, and why not; from when `atExamination` set it.
+struct Refusal {
+    std::string path;
+    int error = 0;
+};
+Refusal examination;
+Refusal removal;
+
+/// The errno with which looking at open files fails.
+int openFileRefusal = 0;
+
+bool refuses(const Refusal& refusal, const char* path) {
+    if (refusal.error == 0 || refusal.path != path) return false;
+    errno = refusal.error;
+    return true;
+}
+
 }  // namespace
 
 // Takes the place of the C library's, so that a test can act between two steps of a move.
 extern "C" int lstat(const char* path, struct stat* facts) noexcept {
     if (atExamination && skip-- == 0) std::exchange(atExamination, nullptr)();
+    if (refuses(examination, path)) return -1;
     return static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, path, facts, AT_SYMLINK_NOFOLLOW));
+}
+extern "C" int fstat(int file, struct stat* facts) noexcept {
+    if (openFileRefusal == 0) return static_cast<int>(::syscall(SYS_fstat, file, facts));
+    errno = openFileRefusal;
+    return -1;
+}
+extern "C" int unlink(const char* path) noexcept {
+    return refuses(removal, path) ? -1 : static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
 }
 extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
     if (linkRefusal == 0) return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
@@ -265,6 +291,131 @@ TEST(ExclusiveMoveByPlaceholder, NeverReplacesAFileThatTookThePlaceOfThePlacehol
     EXPECT_EQ(move(t, "a", "b", byPlaceholder), EEXIST);
     EXPECT_EQ(t.read("a"), "content");
     EXPECT_EQ(inode(t.path("b")), other);
+}
+
+/// Moves "a" to "b"; from the examination after `skipped` others on, `b` can not be examined.
+class ExclusiveMoveInTheDark : public testing::Test {
+protected:
+    ExclusiveMoveInTheDark() { t.write("a", "content"); }
+    ~ExclusiveMoveInTheDark() override {
+        atExamination = nullptr;
+        examination = removal = {};
+        openFileRefusal = 0;
+    }
+    int moveBlind(MoveWays ways, int skipped, int error = EIO) {
+        atExamination = [=, this] { examination = {t.path("b"), error}; };
+        skip = skipped;
+        const int moved = move(t, "a", "b", ways);
+        examination = {};
+        return moved;
+    }
+    void expectOnlyTheOldName() {
+        EXPECT_EQ(t.read("a"), "content");
+        EXPECT_EQ(t.count(), 1u);
+    }
+    TempFolder t;
+};
+
+TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackThatItCanNotSee) {
+    EXPECT_EQ(moveBlind(byLink, 0), EIO);
+    expectOnlyTheOldName();
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackOfAFileWithOtherNames) {
+    std::filesystem::create_hard_link(t.path("a"), t.path("other"));
+    EXPECT_EQ(moveBlind(byLink, 0), EIO);
+    EXPECT_FALSE(t.has("b"));
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackWhenTheOldNameStays) {
+    removal = {t.path("a"), EBUSY};
+    EXPECT_EQ(move(t, "a", "b", byLink), EBUSY);
+    expectOnlyTheOldName();
+    EXPECT_EQ(moveBlind(byLink, 4), EBUSY);  // looked at: a, b, a, a, then b once more
+    expectOnlyTheOldName();
+}
+
+TEST_F(ExclusiveMoveInTheDark, KeepsTheLinkWhenItIsTheOnlyName) {
+    atExamination = [&] {
+        std::filesystem::remove(t.path("a"));
+        examination = {t.path("b"), EIO};
+    };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(t.read("b"), "content");
+}
+
+TEST_F(ExclusiveMoveInTheDark, KeepsAFileThatTookThePlaceOfTheLink) {
+    t.write("theirs", "someone else's");
+    atExamination = [&] {
+        std::filesystem::rename(t.path("theirs"), t.path("b"));
+        examination = {t.path("b"), EIO};
+    };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(t.read("b"), "someone else's");
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesThePlaceholderBackThatItCanNotSee) {
+    EXPECT_EQ(moveBlind(byPlaceholder, 0), EIO);
+    expectOnlyTheOldName();
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesThePlaceholderBackThatItCanNotLookInto) {
+    openFileRefusal = EIO;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), EIO);
+    openFileRefusal = 0;
+    expectOnlyTheOldName();
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesThePlaceholderBackWhenTheSourceGoes) {
+    atExamination = [&] { std::filesystem::rename(t.path("a"), t.path("c")); };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), ENOENT);
+    EXPECT_EQ(t.read("c"), "content");
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesThePlaceholderBackWhenTheSourceGoesAndItCanNotSee) {
+    atExamination = [&] {
+        std::filesystem::rename(t.path("a"), t.path("c"));
+        atExamination = [&] { examination = {t.path("b"), EIO}; };
+        skip = 0;
+    };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), ENOENT);
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST_F(ExclusiveMoveInTheDark, KeepsWhatWasWrittenIntoThePlaceholder) {
+    atExamination = [&] {
+        t.write("b", "someone else's");
+        examination = {t.path("b"), EIO};
+    };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), EIO);
+    EXPECT_EQ(t.read("b"), "someone else's");
+    EXPECT_EQ(t.read("a"), "content");
+}
+
+TEST_F(ExclusiveMoveInTheDark, KeepsAFileThatTookThePlaceOfThePlaceholder) {
+    t.write("theirs", "");
+    atExamination = [&] {
+        std::filesystem::rename(t.path("theirs"), t.path("b"));
+        examination = {t.path("b"), EIO};
+    };
+    skip = 1;
+    EXPECT_EQ(move(t, "a", "b", byPlaceholder), EIO);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST_F(ExclusiveMoveInTheDark, TakesTheFolderPlaceholderBackWhenTheRenameFails) {
+    t.makeFolder("folder/inside");
+    EXPECT_EQ(move(t, "folder", "folder/inside/b", byPlaceholder), EINVAL);
+    EXPECT_EQ(t.count("folder/inside"), 0u);
 }
 
 TEST(ExclusiveMoveWithoutWays, ChangesNothing) {
