@@ -195,6 +195,16 @@ TEST(DuplicatesTrash, LeavesHardLinksToTheKeptCopyAndSaysWhy) {
     EXPECT_TRUE(home.has("b.txt"));
 }
 
+TEST(DuplicatesTrash, TakesNoLinkForACopy) {
+    const Home home;
+    home.write("a.txt", "1");
+    home.folder.makeLink("Downloads/b.txt", "a.txt");
+    home.folder.makeLink("Downloads/folder", ".");
+    EXPECT_EQ(home.run({"duplicates", "--trash", "--yes"}).out,
+              "No exact duplicates\nEvery file in this folder is unique by content.\n");
+    EXPECT_TRUE(home.has("b.txt"));
+}
+
 TEST(DuplicatesTrash, LeavesANameThatNoRecordCanHold) {
     const Home home;
     home.write("a.txt", "1");
@@ -239,6 +249,25 @@ TEST(DuplicatesTrash, TwoAtOnceNeverTakeTheLastCopy) {
     EXPECT_EQ(home.tree().size(), 100U);
     ASSERT_EQ(home.run({"restore", "--yes"}).status, 0);
     EXPECT_TRUE(home.tree() == before);
+}
+
+TEST(DuplicatesTrash, KilledAtAnyInstantLosesNoFile) {
+    const Home home;
+    constexpr std::size_t count = 1000;
+    for (std::size_t number = 0; number < count; ++number) home.write(std::to_string(number) + ".txt", "same");
+    const ::pid_t child = home.start({"duplicates", "--trash", "--yes", "--quiet"}, [] {});
+    while (::access(home.download("99.txt").c_str(), F_OK) == 0) {
+    }
+    ::kill(child, SIGKILL);
+    Home::await(child);
+    auto trashed = ordovan::testing::describeTree(home.folder.path(".local/share/Trash/files"));
+    const auto left = home.tree();
+    EXPECT_EQ(left.size() + trashed.size(), count);
+    EXPECT_EQ(home.read("0.txt"), "same");
+    for (const auto& [name, description] : trashed) {
+        EXPECT_TRUE(home.folder.has(".local/share/Trash/info/" + name + ".trashinfo")) << name;
+        EXPECT_EQ(description, left.at("0.txt")) << name;
+    }
 }
 
 TEST(DuplicatesTrash, WarnsWhenTheRecordCouldNotBeSaved) {
