@@ -1,5 +1,6 @@
 #include "OrdovanCore/platform/FileAttributes.h"
 
+#include <sys/statvfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -16,9 +17,21 @@ namespace {
 constexpr const char* accessList = "system.posix_acl_access";
 
 /// True for the ways in which a file system or the kernel says that this attribute can not be kept here: no support
-/// (ENOTSUP), no right (EPERM, EACCES), or a list that names users who do not exist here (EINVAL).
+/// (ENOTSUP), no right (EPERM, EACCES), a list that names users who do not exist here (EINVAL), or a value larger than
+/// attributes may be (E2BIG, ERANGE).
 bool isRefusal(int error) {
-    return error == ENOTSUP || error == EPERM || error == EACCES || error == EINVAL;
+    return error == ENOTSUP || error == EPERM || error == EACCES || error == EINVAL || error == E2BIG ||
+           error == ERANGE;
+}
+
+/// True when setting an attribute failed for want of its own space and not of the volume's: ext4, btrfs and tmpfs give
+/// the attributes of a file a block or a quota of their own and answer ENOSPC or EDQUOT when a value exceeds it.
+bool isTooBigHere(int error, int file, std::size_t size) {
+    struct ::statvfs volume;
+    if ((error != ENOSPC && error != EDQUOT) || ::fstatvfs(file, &volume) != 0) return false;
+    // Beside the value itself, the blocks that lead to it.
+    constexpr std::uint64_t margin = 1 << 20;
+    return std::uint64_t{volume.f_bavail} * volume.f_frsize > size + margin;
 }
 
 /// The value of an attribute, or 0 bytes and an errno. Asks again when the value grew between the two calls.
@@ -35,11 +48,12 @@ int readAttribute(int file, const char* name, std::string& value) {
     }
 }
 
-/// All attribute names, each ended by NUL. A file system without attributes has none.
+/// All attribute names, each ended by NUL. A file system without attributes has none, and names that are together more
+/// than the kernel passes on can not be kept.
 int readAttributeNames(int file, std::string& names) {
     for (;;) {
         const ::ssize_t size = ::flistxattr(file, nullptr, 0);
-        if (size < 0) return errno == ENOTSUP ? 0 : errno;
+        if (size < 0) return errno == ENOTSUP || errno == E2BIG ? 0 : errno;
         names.resize(static_cast<std::size_t>(size));
         const ::ssize_t got = ::flistxattr(file, names.data(), names.size());
         if (got < 0 && errno == ERANGE) continue;
@@ -76,7 +90,8 @@ int copyExtendedAttributes(int from, int to, ::mode_t& mode) {
         if (unread == ENODATA || isRefusal(unread)) continue;
         if (unread != 0) return unread;
         if (::fsetxattr(to, name, value.data(), value.size(), 0) == 0) continue;
-        if (!isRefusal(errno)) return errno;
+        const int unset = errno;
+        if (!isRefusal(unset) && !isTooBigHere(unset, to, value.size())) return unset;
         if (std::strcmp(name, accessList) == 0) mode = (mode & ~static_cast<::mode_t>(S_IRWXG)) | groupBitsOf(value);
     }
     return 0;

@@ -14,7 +14,7 @@ struct CopyWays {
 ///
 /// Content, holes, extended attributes, access control lists, mode and times (nanoseconds) are kept, and owner and
 /// group where the system allows it. What the target's file system can not hold is left out: an attribute that it
-/// refuses, and rights that would mean more without the refused list or under another owner (set-user-ID, the group's
+/// refuses or that is too big for it, and rights that would mean more without the refused list or under another owner (set-user-ID, the group's
 /// share of a list). Copy and folder entry are on disk when it returns, and the copy is dropped from memory so that
 /// the next reading comes from the device.
 ///

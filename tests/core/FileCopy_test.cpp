@@ -9,18 +9,49 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 using ordovan::CopyWays;
 using ordovan::syncFolderOf;
 using ordovan::test::Flushes;
 using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
+
+namespace {
+
+/// The errno with which every extended attribute is refused, and the room that volumes then show (bytes).
+int attributeRefusal = 0;
+std::optional<std::uint64_t> shownRoom;
+
+}  // namespace
+
+// Take the C library's place, so that a volume can be out of room for one attribute or for everything.
+extern "C" int fsetxattr(int file, const char* name, const void* value, std::size_t size, int flags) noexcept {
+    if (attributeRefusal == 0) return static_cast<int>(::syscall(SYS_fsetxattr, file, name, value, size, flags));
+    errno = attributeRefusal;
+    return -1;
+}
+extern "C" int fstatvfs(int file, struct statvfs* volume) noexcept {
+    struct statfs facts{};
+    if (::syscall(SYS_fstatfs, file, &facts) != 0) return -1;
+    *volume = {};
+    volume->f_frsize = static_cast<unsigned long>(facts.f_frsize);
+    volume->f_bavail = shownRoom ? *shownRoom / volume->f_frsize : facts.f_bavail;
+    return 0;
+}
 
 namespace {
 
@@ -245,6 +276,73 @@ TEST_F(FileCopyKeeps, ContentWhereAttributesAreNotSupported) {
     std::filesystem::rename(plain.path("b"), plain.path("a"));
     EXPECT_EQ(copy(plain.root(), t), 0);
     EXPECT_EQ(t.read("b"), "content");
+}
+
+/// Copies a file with an attribute that is refused.
+class FileCopyOfARefusedAttribute : public FileCopyKeeps {
+protected:
+    void SetUp() override {
+        if (!setAttribute(t.path("a"), "user.comment", std::string(200, 'x'))) {
+            GTEST_SKIP() << "NOT TESTED: no extended attributes on the temporary folder's volume";
+        }
+    }
+    ~FileCopyOfARefusedAttribute() override {
+        attributeRefusal = 0;
+        shownRoom.reset();
+    }
+    int copyRefused(int error, std::uint64_t room) {
+        attributeRefusal = error;
+        shownRoom = room;
+        return copy(t, t);
+    }
+};
+
+TEST_F(FileCopyOfARefusedAttribute, LeavesOutWhatIsTooBigForTheVolume) {
+    for (const int error : {E2BIG, ERANGE, ENOTSUP, EPERM, EACCES, EINVAL}) {
+        EXPECT_EQ(copyRefused(error, 0), 0) << error;
+        EXPECT_EQ(t.read("b"), "content");
+        EXPECT_EQ(attribute(t.path("b"), "user.comment"), "none");
+        std::filesystem::remove(t.path("b"));
+    }
+}
+
+TEST_F(FileCopyOfARefusedAttribute, LeavesOutWhatHasNoRoomWhereTheVolumeHas) {
+    for (const int error : {ENOSPC, EDQUOT}) {
+        EXPECT_EQ(copyRefused(error, 8 << 20), 0) << error;
+        EXPECT_EQ(t.read("b"), "content");
+        EXPECT_EQ(attribute(t.path("b"), "user.comment"), "none");
+        std::filesystem::remove(t.path("b"));
+    }
+}
+
+TEST_F(FileCopyOfARefusedAttribute, FailsOnAFullVolumeAndOnAnyOtherError) {
+    EXPECT_EQ(copyRefused(ENOSPC, 0), ENOSPC);
+    EXPECT_EQ(copyRefused(EDQUOT, 4096), EDQUOT);
+    EXPECT_EQ(copyRefused(EIO, 8 << 20), EIO);
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST_F(FileCopyOfARefusedAttribute, GivesNoMoreRightsThanAListThatHasNoRoom) {
+    if (!setAttribute(t.path("a"), "system.posix_acl_access", accessList(4))) {
+        GTEST_SKIP() << "NOT TESTED: no access control lists on the temporary folder's volume";
+    }
+    ASSERT_EQ(copyRefused(ENOSPC, 8 << 20), 0);
+    EXPECT_EQ(factsOf(t.path("b")).st_mode & 07777, 0640u);
+}
+
+TEST_F(FileCopyKeeps, ContentWhereAnAttributeIsTooBig) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other;
+    other.root().write("a", "content");
+    const std::string big(60'000, 'x');
+    if (!setAttribute(other.path("a"), "user.big", big) || setAttribute(t.path("a"), "user.big", big)) {
+        GTEST_SKIP() << "NOT TESTED: no volume here that holds a big attribute beside one that does not";
+    }
+    ASSERT_TRUE(setAttribute(other.path("a"), "user.small", "kept"));
+    EXPECT_EQ(copy(other.root(), t), 0);
+    EXPECT_EQ(t.read("b"), "content");
+    EXPECT_EQ(attribute(t.path("b"), "user.small"), "kept");
+    EXPECT_EQ(attribute(t.path("b"), "user.big"), "none");
 }
 
 /// What another program does while a file is being copied; `sync` comes after the content.
