@@ -74,8 +74,8 @@ public:
     /// dangling link too) nothing changes and the error is EEXIST, also when it appears at the last instant. Another
     /// device is EXDEV. A missing parent of `to` is ENOENT. Durability: the rename is atomic but not flushed, except
     /// when `from` bears a partial-copy name (`OrdovanPartialName`): then the folder is on disk before the call
-    /// returns, so that the caller may remove the original. What is moved out of the "files" folder of a Trash is put
-    /// back: once it is out, the Trash's info file about it goes too.
+    /// returns, so that the caller may remove the original. An item of a Trash that arrives
+    /// at the very place that its info file tells is put back, and takes that info file away.
     virtual OrdovanResult<void> move(const Url& from, const Url& to) = 0;
 
     /// Copies a regular file to a name that must be free (EEXIST otherwise): content, holes, mode, times, extended
@@ -85,7 +85,7 @@ public:
     virtual OrdovanResult<void> copy(const Url& from, const Url& to) = 0;
 
     /// Removes a file or a symbolic link (itself). A folder is refused with EISDIR: nothing is removed recursively. With
-    /// an item in the "files" folder of a Trash goes, after it, the info file about it.
+    /// an item of a Trash that stands again at the place that its info file tells goes, after it, that info file.
     virtual OrdovanResult<void> remove(const Url& url) = 0;
 
     /// The size in bytes (st_size, lstat(2)): of the link itself for a symbolic link.

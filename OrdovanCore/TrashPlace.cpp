@@ -48,4 +48,19 @@ std::optional<std::string> trashInfoPath(std::string_view item) {
     return std::string(trash).append("/info/").append(lastPathComponent(item)).append(trashInfoSuffix);
 }
 
+std::optional<std::string> originalPlace(std::string_view infoPath, std::string_view infoText) {
+    constexpr std::string_view key = "\nPath=";
+    const std::size_t line = infoText.find(key);
+    if (!infoText.starts_with(trashInfoHead) || line == std::string_view::npos) return std::nullopt;
+    const std::size_t begin = line + key.size();
+    const std::string_view stored = infoText.substr(begin, infoText.find('\n', begin) - begin);
+    if (stored.empty()) return std::nullopt;
+    if (stored.starts_with('/')) return normalizedPath(Url::parse("file://" + std::string(stored)).path());
+
+    const std::string_view trash = parentPath(parentPath(infoPath));
+    const bool isShared = lastPathComponent(parentPath(trash)) == std::string_view(".Trash");
+    const std::string_view top = isShared ? parentPath(parentPath(trash)) : parentPath(trash);
+    return normalizedPath(std::string(top) + Url::parse("file:///" + std::string(stored)).sharedPath().str());
+}
+
 }  // namespace ordovan

@@ -14,4 +14,9 @@ namespace ordovan {
 /// specification 1.0); nothing for any other path, or for one that is not textually normal.
 [[nodiscard]] std::optional<std::string> trashInfoPath(std::string_view item);
 
+/// The absolute place that an item came from, as its info file tells it: the first "Path" line, its percent-encoding
+/// taken away, relative to the folder that holds the Trash folder where it is not absolute. Nothing where the text is
+/// no info file's or tells of no place. `infoPath` is where the info file lies.
+[[nodiscard]] std::optional<std::string> originalPlace(std::string_view infoPath, std::string_view infoText);
+
 }  // namespace ordovan

@@ -2,22 +2,19 @@
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/FileCopy.h"
+#include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RegularFile.h"
-#include "OrdovanCore/platform/Sha256.h"
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/Trash.h"
 #include "OrdovanCore/platform/TrashInfo.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 
 using ordovan::SystemPath;
 
 namespace {
-
-constexpr std::size_t hashPieceSize = 1 << 20;
 
 std::unexpected<OrdovanSystemError> failure(int error) {
     return std::unexpected(OrdovanSystemError::posix(error));
@@ -60,12 +57,6 @@ std::optional<::dev_t> deviceOf(const Url& url) {
     return std::nullopt;
 }
 
-/// What hashing needs for every file anew, kept for the thread: memory stays at one piece however large the file.
-struct Hashing {
-    ordovan::Sha256 digest;
-    std::unique_ptr<char[]> piece = std::make_unique_for_overwrite<char[]>(hashPieceSize);
-};
-
 }  // namespace
 
 bool SystemFileSystem::exists(const Url& url) {
@@ -97,7 +88,7 @@ OrdovanResult<void> SystemFileSystem::move(const Url& from, const Url& to) {
     if (target.error() != 0) return failure(target.error());
     if (!OrdovanPartialName::isPartial(source.view())) {
         const int error = ordovan::moveExclusively(source.text(), target.text());
-        if (error == 0) ordovan::forgetTrashInfo(source.view());
+        if (error == 0) ordovan::forgetTrashInfo(source.view(), target.view());
         return outcome(error);
     }
     return outcome(ordovan::moveDurably(source.text(), target.text(), {}, ordovan::syncFolderOf));
@@ -114,7 +105,7 @@ OrdovanResult<void> SystemFileSystem::remove(const Url& url) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
     if (::unlink(path.text()) != 0) return failure(errno);
-    ordovan::forgetTrashInfo(path.view());
+    ordovan::forgetTrashInfo(path.view(), std::nullopt);
     return {};
 }
 
@@ -125,23 +116,12 @@ OrdovanResult<std::int64_t> SystemFileSystem::fileSize(const Url& url) {
 }
 
 OrdovanResult<std::string> SystemFileSystem::contentHash(const Url& url) {
-    thread_local Hashing hashing;
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
     ordovan::RegularFile file;
     const int error = file.open(path.text());
     if (error != 0) return failure(error);
-    bool digested = hashing.digest.begin();
-    while (digested) {
-        const ::ssize_t got = ::read(file.descriptor.get(), hashing.piece.get(), hashPieceSize);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return failure(errno);
-        if (got == 0) break;
-        digested = hashing.digest.add(hashing.piece.get(), static_cast<std::size_t>(got));
-    }
-    std::string text = digested ? hashing.digest.finish() : std::string();
-    if (text.empty()) return failure(ENOTSUP);
-    return text;
+    return ordovan::hashOfOpenFile(file.descriptor.get());
 }
 
 OrdovanResult<std::string> SystemFileSystem::fileIdentity(const Url& url) {

@@ -1,11 +1,10 @@
 #include "OrdovanCore/platform/TrashInfo.h"
 
 #include "OrdovanCore/TrashPlace.h"
+#include "OrdovanCore/Url.h"
+#include "OrdovanCore/platform/RealPath.h"
 #include "OrdovanCore/platform/RegularFile.h"
-#include "OrdovanCore/platform/TrashNaming.h"
 
-#include <algorithm>
-#include <array>
 #include <string>
 #include <utility>
 
@@ -18,10 +17,23 @@ bool isMissing(const std::string& path) {
     return ::lstat(path.c_str(), &facts) != 0 && errno == ENOENT;
 }
 
-bool isInfo(const RegularFile& file) {
-    std::array<char, trashInfoHead.size()> start{};
-    const ::ssize_t got = ::pread(file.descriptor.get(), start.data(), start.size(), 0);
-    return got == 0 || (got == static_cast<::ssize_t>(start.size()) && std::ranges::equal(start, trashInfoHead));
+/// The beginning of an info file, which holds all that programs write into one.
+std::string textOf(const RegularFile& file) {
+    std::string text(64 * 1024, '\0');
+    const ::ssize_t got = ::pread(file.descriptor.get(), text.data(), text.size(), 0);
+    text.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    return text;
+}
+
+bool isRegularFile(const std::string& path) {
+    struct ::stat facts{};
+    return ::lstat(path.c_str(), &facts) == 0 && S_ISREG(facts.st_mode);
+}
+
+/// The path with the links on the way to it resolved.
+std::string resolved(std::string_view path) {
+    const auto folder = realPath(parentPath(path));
+    return folder ? (*folder == "/" ? "/" : *folder + "/").append(lastPathComponent(path)) : std::string(path);
 }
 
 /// Returns 0, also where the system can not do it, or the errno.
@@ -105,11 +117,15 @@ void InfoFlusher::work(const std::stop_token& stop) {
     }
 }
 
-void forgetTrashInfo(std::string_view item) {
+void forgetTrashInfo(std::string_view item, std::optional<std::string_view> movedTo) {
     const auto path = trashInfoPath(item);
     if (!path || !isMissing(std::string(item))) return;
     RegularFile info;
-    if (info.open(path->c_str()) == 0 && isInfo(info)) ::unlink(path->c_str());
+    if (info.open(path->c_str()) != 0) return;
+    const auto original = originalPlace(*path, textOf(info));
+    if (!original) return;
+    const bool isBack = movedTo ? resolved(*original) == resolved(*movedTo) : isRegularFile(*original);
+    if (isBack) ::unlink(path->c_str());
 }
 
 }  // namespace ordovan

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -66,13 +67,14 @@ private:
     std::jthread thread_;
 };
 
-/// Removes what a Trash knows about an item that has just been taken out of its "files" folder. Does nothing for a path
-/// that is no such place (`trashInfoPath`), while the item is still there or may be, and for an info file that is none:
-/// a link, a folder, or a text that begins in another way. A missing one is as good, an empty one (a power cut may
-/// leave it so) is removed.
+/// Removes what a Trash knows about an item that has just been put back: taken out of its "files" folder, and standing
+/// at the very place that the info file tells (`originalPlace`). `movedTo` is where it was moved; without it the item was
+/// removed after being copied, and a regular file must stand at that place. In every other case nothing happens: for a
+/// path that is no such place (`trashInfoPath`), an item that is still there or may be, an info file that is a link, a
+/// folder or something else; and for a folder that only looks like a Trash, whose items are moved elsewhere.
 ///
 /// The item leaves first, so that a crash in between leaves an info file without an item, which every reader passes
 /// over, and never an item that no file manager can put back.
-void forgetTrashInfo(std::string_view item);
+void forgetTrashInfo(std::string_view item, std::optional<std::string_view> movedTo);
 
 }  // namespace ordovan

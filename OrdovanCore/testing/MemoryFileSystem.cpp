@@ -80,16 +80,17 @@ std::expected<std::string, int> moveIntoTrash(MemoryTree& tree, const MemoryTree
     return std::unexpected(EEXIST);
 }
 
-/// Takes away what a Trash knows about an item that was just taken out of it.
-void forgetTrashInfo(const MemoryTree& tree, std::string_view item) {
+/// Takes away what a Trash knows about an item that was just put back.
+void forgetTrashInfo(const MemoryTree& tree, std::string_view item, std::optional<std::string_view> movedTo) {
     const auto path = trashInfoPath(item);
     if (!path) return;
     const auto info = tree.locateExisting(*path, false);
     if (!info || info->node->type != ItemType::file) return;
-    const std::string& text = info->node->content;
-    if ((text.empty() || text.starts_with(trashInfoHead)) && MemoryTree::mayChangeFolder(*info)) {
-        MemoryTree::drop(*info);
-    }
+    const auto original = originalPlace(*path, info->node->content);
+    if (!original) return;
+    const auto there = tree.locateExisting(*original, false);
+    const bool isBack = there && there->node->type == ItemType::file && (!movedTo || *original == *movedTo);
+    if (isBack && MemoryTree::mayChangeFolder(*info)) MemoryTree::drop(*info);
 }
 
 }  // namespace
@@ -137,7 +138,7 @@ OrdovanResult<void> MemoryFileSystem::move(const Url& from, const Url& to) {
     if (!target) return refused(target.error());
     if (auto allowed = MemoryTree::mayRename(*source, *target); !allowed) return refused(allowed.error());
     MemoryTree::rename(*source, *target);
-    forgetTrashInfo(*tree_, from.path());
+    forgetTrashInfo(*tree_, from.path(), to.path());
     return {};
 }
 
@@ -167,7 +168,7 @@ OrdovanResult<void> MemoryFileSystem::remove(const Url& url) {
     if (place->node->type == ItemType::directory) return refused(EISDIR);
     if (auto allowed = MemoryTree::mayChangeFolder(*place); !allowed) return refused(allowed.error());
     MemoryTree::drop(*place);
-    forgetTrashInfo(*tree_, url.path());
+    forgetTrashInfo(*tree_, url.path(), std::nullopt);
     return {};
 }
 

@@ -7,6 +7,7 @@
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/testing/FaultyFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/DeviceNumbers.h"
 #include "tests/support/SecondVolume.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
@@ -46,6 +47,9 @@ void setModified(const std::string& path, std::int64_t seconds, std::int64_t nan
 /// A folder on the real disk that is organized into an output folder and back.
 class RoundTrip : public ::testing::Test {
 protected:
+    void SetUp() override {
+        if (!ordovan::test::filesShareTheirFoldersDevice()) GTEST_SKIP() << ordovan::test::filesHaveOtherDevices;
+    }
     [[nodiscard]] Url output() const { return output_ ? *output_ : folder.url("ordovan+"); }
     void organizeInto(const Url& elsewhere) { output_ = elsewhere; }
 
@@ -122,6 +126,9 @@ std::vector<TreeItem> oddTree() {
                                                           ".hidden.tar.gz = m",
                                                           ".DS_Store = n",
                                                           "name. = o",
+                                                          "backup/Trash/files/old.pdf = of another time",
+                                                          "backup/Trash/info/old.pdf.trashinfo = [Trash Info]",
+                                                          "backup/Trash/info/empty.trashinfo",
                                                           ".. .txt = p",
                                                           "\U0001F600.mp3 = q",
                                                           "empty.mov",

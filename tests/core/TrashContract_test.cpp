@@ -13,21 +13,34 @@ using ordovan::test::FileSystemContract;
 class TrashContract : public FileSystemContract {
 protected:
     [[nodiscard]] bool has(std::string_view name) { return world_->snapshot().contains(std::string(name)); }
+
+    /// What an info file says of an item that came from this place of the tree.
+    [[nodiscard]] std::string infoOf(std::string_view name) {
+        return "[Trash Info]\nPath=" + at(std::string(name)).sharedPath().str() + "\n";
+    }
 };
 
-TEST_P(TrashContract, AnItemMovedOutTakesItsInfoFileAlong) {
+TEST_P(TrashContract, AnItemPutBackTakesItsInfoFileAlong) {
     for (const std::string trash : {"Trash", ".Trash-1000", ".Trash/1000"}) {
-        const std::string text = trash + "/info/a.trashinfo = [Trash Info]";
-        const std::string item = trash + "/files/a = one", other = trash + "/files/b = two";
-        const std::string otherInfo = trash + "/info/b.trashinfo = [Trash Info]";
-        build({text, item, other, otherInfo});
+        build({trash + "/info/a.trashinfo = " + infoOf("back"), trash + "/files/a = one", trash + "/files/b = two",
+               trash + "/info/b.trashinfo = [Trash Info]\nPath=deep/back%20two\n", "deep/back two = two"});
         ASSERT_TRUE(fs_.move(at(trash + "/files/a"), at("back")));
         EXPECT_FALSE(has(trash + "/info/a.trashinfo"));
         EXPECT_TRUE(has(trash + "/info/b.trashinfo"));
         ASSERT_TRUE(fs_.remove(at(trash + "/files/b")));
         EXPECT_FALSE(has(trash + "/info/b.trashinfo"));
         ASSERT_TRUE(fs_.remove(at("back")));
+        ASSERT_TRUE(fs_.remove(at("deep/back two")));
     }
+}
+
+TEST_P(TrashContract, AnItemThatGoesElsewhereLeavesItsInfoFile) {
+    build({"Trash/info/a.trashinfo = " + infoOf("original"), "Trash/files/a = one", "original = other",
+           "Trash/info/b.trashinfo = " + infoOf("missing"), "Trash/files/b = two"});
+    ASSERT_TRUE(fs_.move(at("Trash/files/a"), at("elsewhere")));
+    ASSERT_TRUE(fs_.remove(at("Trash/files/b")));
+    EXPECT_TRUE(has("Trash/info/a.trashinfo"));
+    EXPECT_TRUE(has("Trash/info/b.trashinfo"));
 }
 
 TEST_P(TrashContract, AnItemThatStaysKeepsItsInfoFile) {
@@ -47,26 +60,24 @@ TEST_P(TrashContract, AnItemWithoutInfoFileMayLeaveToo) {
     EXPECT_TRUE(has("a"));
 }
 
-TEST_P(TrashContract, AnEmptyInfoFileGoesAndAnythingElseOfThatNameStays) {
-    build({"Trash/files/a = 1", "Trash/info/a.trashinfo", "Trash/files/b = 2", "Trash/info/b.trashinfo = a diary",
-           "Trash/files/c = 3", "Trash/info/c.trashinfo -> b.trashinfo", "Trash/files/d = 4",
-           "Trash/info/d.trashinfo/"});
+TEST_P(TrashContract, WhatIsNoInfoFileStays) {
+    build({"Trash/files/a = 1", "Trash/info/a.trashinfo", "Trash/files/b = 2",
+           "Trash/info/b.trashinfo = a diary\nPath=b\n", "Trash/files/c = 3",
+           "Trash/info/c.trashinfo -> b.trashinfo", "Trash/files/d = 4", "Trash/info/d.trashinfo/"});
     for (const char* name : {"a", "b", "c", "d"}) {
         EXPECT_TRUE(fs_.move(at(std::string("Trash/files/") + name), at(name)));
-    }
-    EXPECT_FALSE(has("Trash/info/a.trashinfo"));
-    for (const char* name : {"b", "c", "d"}) {
         EXPECT_TRUE(has(std::string("Trash/info/") + name + ".trashinfo")) << name;
     }
 }
 
 TEST_P(TrashContract, WhatOnlyLooksAlikeTakesNothingAlong) {
-    const std::string_view info = " = [Trash Info]";
+    const std::string info = " = " + infoOf("back");
     for (const std::string place : {"Trash/files/below/a", "Bin/files/a", "Trash/filed/a", "Trash/info/a"}) {
         const std::string folder(place.substr(0, place.find('/')));
         const std::string beside = folder + "/info/a.trashinfo", item = place + " = one";
-        build({beside + std::string(info), item});
-        ASSERT_TRUE(fs_.remove(at(place))) << place;
+        build({beside + info, item});
+        ASSERT_TRUE(fs_.move(at(place), at("back"))) << place;
+        ASSERT_TRUE(fs_.remove(at("back")));
         EXPECT_TRUE(fs_.remove(at(beside))) << place;
     }
 }

@@ -149,6 +149,7 @@ TEST_F(TrashRoundTrip, AnotherItemThatTookTheNameInTheTrashIsNotPutBack) {
     tree({"a = mine!"});
     const OrdovanTrashRecord record = trash({"a"}).record;
     ASSERT_TRUE(fs_.remove(Url::file(record.entries[0].trashed())));
+    ASSERT_TRUE(fs_.remove(Url::file(homeTrash_ + "/info/a.trashinfo")));
     tree({"other/a = other"});
     ASSERT_EQ(trash({"other/a"}).movedCount(), 1U);
     EXPECT_EQ(restore(record).outcomes[0].message, "The trashed file changed; restore skipped.");
@@ -269,6 +270,7 @@ TEST_F(TrashRoundTripOnVolume, AnItemPutBackToAnotherVolumeIsCopiedProvedAndThen
     const OrdovanTrashEntry entry = trash({"film"}).record.entries.at(0);
     choose(home_.path("tree"));
     const OrdovanTrashEntry moved(at("new/film"), entry.trashed(), entry.byteSize(), entry.contentHash());
+    volume_->root().write(".Trash-" + user_ + "/info/film.trashinfo", "[Trash Info]\nPath=" + at("new/film") + "\n");
     EXPECT_EQ(restore({1, {moved}}).movedCount(), 1U);
     EXPECT_EQ(home_.read("tree/new/film"), "a long film");
     EXPECT_TRUE(isEmptyTrash(volume_->path(".Trash-" + user_)));
