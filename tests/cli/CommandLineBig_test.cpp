@@ -100,6 +100,17 @@ TEST(BigCommand, LeavesFoldersLinksAndPackagesOut) {
     EXPECT_THAT(listed(home, {}), ElementsAre("a.txt"));
 }
 
+TEST(BigCommand, WarnsWhenTheScanReachedItsLimit) {
+    const Home home;
+    home.write("a.txt", "1");
+    for (int number = 0; number < 50'000; ++number) {
+        ASSERT_EQ(::link(home.download("a.txt").c_str(), home.download(std::to_string(number)).c_str()), 0);
+    }
+    const std::string warning = "warning: Scan reached its limit; results are partial.\n";
+    EXPECT_EQ(home.run({"big", "--json", "--limit", "1"}).err, warning);
+    EXPECT_EQ(home.run({"duplicates", "--quiet"}).err, warning);
+}
+
 TEST(BigCommand, KeepsAHostileNameOnItsLine) {
     const Home home;
     home.write("new\nline\x1b[2J.txt", "1");
