@@ -80,6 +80,8 @@ TEST(StorageLocations, GiveTwoFoldersTwoJournals) {
 TEST(StorageLocations, CutTheFractionOffASetAsideName) {
     EXPECT_EQ(usual.unreadableJournal(1700000000.999),
               Url::file("/home/u/.local/share/ordovan/journals/.ordovan-journal.unreadable-1700000000.json"));
+    EXPECT_EQ(usual.unreadableTrashRecord(1700000000.999),
+              Url::file("/home/u/.local/share/ordovan/trash-record.unreadable-1700000000.json"));
     EXPECT_EQ(usual.unreadableHistory(1700000000.999),
               Url::file("/home/u/.local/share/ordovan/history.unreadable-1700000000.json"));
 }
