@@ -59,7 +59,8 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inpu
     result.partial = inventory.truncated;
 
     std::unordered_set<std::string> preexisting;
-    if (ports.fileSystem.exists(inputs.outputRoot)) {
+    // Through a link nothing will be moved, so what lies behind it is not looked at either.
+    if (ports.fileSystem.exists(inputs.outputRoot) && !ports.fileSystem.isSymlink(inputs.outputRoot)) {
         const OrdovanInventory output = OrdovanInventoryScanner::scan(inputs.outputRoot, *ports.makeDirectoryReader(),
                                                                       outputLimits, {}, shouldContinue);
         result.partial = result.partial || output.truncated;

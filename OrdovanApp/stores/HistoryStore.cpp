@@ -1,8 +1,9 @@
 #include "OrdovanApp/stores/HistoryStore.h"
 
+#include "OrdovanApp/stores/RecordErrors.h"
+
 #include <string>
 #include <utility>
-#include "OrdovanApp/stores/RecordErrors.h"
 
 namespace ordovan {
 
@@ -30,7 +31,8 @@ HistoryStore::Result HistoryStore::add(const OrdovanRunRecord& run, std::span<co
     const std::lock_guard order(order_);
     const auto lock = lockRecords_(locations_.recordsFolder);
     Stored stored = read();
-    if (!stored.readable && !storage_.setAside(locations_.history(), locations_.unreadableHistory(nowEpoch))) {
+    const auto nameAt = [this](double epoch) { return locations_.unreadableHistory(epoch); };
+    if (!stored.readable && !setAside(storage_, locations_.history(), nameAt, nowEpoch)) {
         return {.saved = false, .history = {}, .revision = ++revision_};
     }
     for (std::size_t i = unsaved.size(); i > 0; --i) stored.history = stored.history.adding(unsaved[i - 1]);

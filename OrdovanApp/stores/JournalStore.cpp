@@ -90,13 +90,15 @@ JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& 
     Journal notStored = pending;
     const bool readable = stored.state != Stored::State::unreadable;
     if (!readable) combined = notStored = joined(known, pending);
-    const bool full = combined->entries.size() > maxEntries_;
-    if ((!readable || full) && stored.state != Stored::State::none &&
-        !storage_.setAside(file, locations_.unreadableJournal(nowEpoch))) {
+    const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
+    if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) {
         return {.journal = combined, .unsaved = notStored, .warning = notSetAside};
     }
-    if (full) combined = notStored = pending;
-    if (!write(file, *combined)) return {.journal = combined, .unsaved = notStored, .warning = notWritten};
+    // A record beyond the limit would be refused when it is read again; the one there is must not be lost for it.
+    const bool fits = combined->entries.size() <= maxEntries_;
+    if (!fits || !write(file, *combined)) {
+        return {.journal = combined, .unsaved = notStored, .warning = notWritten};
+    }
     return {.journal = combined, .unsaved = nullptr, .warning = std::nullopt};
 }
 
@@ -119,7 +121,8 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
     });
     const Journal remaining = joined(storedLeft, memoryLeft);
     const Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
-    if (!readable && !storage_.setAside(file, locations_.unreadableJournal(nowEpoch))) return failure;
+    const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
+    if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
     if (remaining) {
         if (!write(file, *remaining)) return failure;
     } else if (stored.state == Stored::State::readable && !storage_.remove(file)) {

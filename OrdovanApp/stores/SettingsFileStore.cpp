@@ -35,9 +35,10 @@ std::optional<QVariant> SettingsFileStore::value(const QString& key) const {
 }
 
 bool SettingsFileStore::setValue(const QString& key, const QVariant& value) {
-    if (!settings_ || !makeFolder()) return false;
+    if (path_.isEmpty() || !makeFolder()) return false;
     // An error stays with a QSettings object for good, so each write has an object of its own to ask.
     refresh();
+    if (!settings_) return false;
     const std::optional<QVariant> before = this->value(key);
     settings_->setValue(key, value);
     settings_->sync();
@@ -52,6 +53,9 @@ bool SettingsFileStore::setValue(const QString& key, const QVariant& value) {
 void SettingsFileStore::refresh() {
     if (path_.isEmpty()) return;
     settings_.reset();
+    // Opening a FIFO that somebody put there would wait for ever.
+    const QFileInfo file(path_);
+    if (file.exists() && !file.isFile()) return;
     settings_ = std::make_unique<QSettings>(path_, QSettings::IniFormat);
     settings_->setFallbacksEnabled(false);
     settings_->sync();

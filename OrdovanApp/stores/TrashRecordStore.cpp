@@ -133,7 +133,8 @@ bool TrashRecordStore::write(const OrdovanTrashRecord& record) const {
 }
 
 bool TrashRecordStore::setAside(double nowEpoch) const {
-    return storage_.setAside(locations_.trashRecord(), locations_.unreadableTrashRecord(nowEpoch)).has_value();
+    const auto nameAt = [this](double epoch) { return locations_.unreadableTrashRecord(epoch); };
+    return ordovan::setAside(storage_, locations_.trashRecord(), nameAt, nowEpoch);
 }
 
 }  // namespace ordovan

@@ -107,13 +107,25 @@ TEST_F(JournalStoreTest, KeepsEverythingInMemoryBesideARecordThatCanNotBeSetAsid
     EXPECT_EQ(memory.read(file), "garbage");
 }
 
-TEST_F(JournalStoreTest, BeginsAnewBesideARecordThatIsFull) {
+TEST_F(JournalStoreTest, LeavesARecordThatIsFullAndSaysThatTheRunIsNotInIt) {
     JournalStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 3);
-    memory.write(file, journal({"a", "b"}).encoded());
-    EXPECT_THAT(names(small.append(root, journal({"c"}), nullptr, nullptr, 7).journal), ElementsAre("a", "b", "c"));
-    EXPECT_FALSE(small.append(root, journal({"d"}), nullptr, nullptr, 7).warning);
-    EXPECT_THAT(names(small.read(root).journal), ElementsAre("d"));
-    EXPECT_EQ(memory.read(aside), journal({"a", "b", "c"}).encoded());
+    memory.write(file, journal({"a", "b", "c"}).encoded());
+    const auto saved = small.append(root, journal({"d"}), nullptr, nullptr, 7);
+    EXPECT_EQ(saved.warning, "Files were organized, but the undo record could not be saved to disk. Undo is available "
+                             "until you quit.");
+    EXPECT_THAT(names(saved.journal), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(names(saved.unsaved), ElementsAre("d"));
+    EXPECT_THAT(names(small.read(root).journal), ElementsAre("a", "b", "c"));
+}
+
+TEST_F(JournalStoreTest, SetsTwoUnreadableRecordsAsideInOneSecond) {
+    memory.write(file, "garbage");
+    EXPECT_FALSE(store.append(root, journal({"a"}), nullptr, nullptr, 7).warning);
+    memory.write(file, "more garbage");
+    EXPECT_FALSE(store.append(root, journal({"b"}), nullptr, nullptr, 7).warning);
+    EXPECT_EQ(memory.read(aside), "garbage");
+    EXPECT_EQ(memory.read("/records/journals/.ordovan-journal.unreadable-8.json"), "more garbage");
+    EXPECT_THAT(names(store.read(root).journal), ElementsAre("b"));
 }
 
 TEST_F(JournalStoreTest, TakesRestoredEntriesOutOfTheRecord) {

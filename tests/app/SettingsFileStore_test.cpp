@@ -49,6 +49,14 @@ TEST_F(SettingsFile, IsMadeAtTheFirstWriteForTheUserAlone) {
     EXPECT_EQ(modeOf(folder.path("config/ordovan")), 0700u);
 }
 
+TEST_F(SettingsFile, ThatIsAFifoHoldsNothingAndKeepsNobodyWaiting) {
+    folder.makeFolder("config/ordovan");
+    ASSERT_EQ(::mkfifo(folder.path("config/ordovan/ordovan.conf").c_str(), 0600), 0);
+    SettingsFileStore store(file());
+    EXPECT_FALSE(store.value(QStringLiteral("ordovan.settings.theme")));
+    EXPECT_FALSE(store.setValue(QStringLiteral("ordovan.settings.theme"), QStringLiteral("grape")));
+}
+
 TEST_F(SettingsFile, BecomesPrivateAgainWhenItWasOpened) {
     folder.write("config/ordovan/ordovan.conf", "[General]\nother=1\n");
     ::chmod(folder.path("config/ordovan/ordovan.conf").c_str(), 0644);

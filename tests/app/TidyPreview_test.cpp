@@ -130,6 +130,13 @@ TEST_F(TidyPreview, NeverOrganizesThePlanOfAnotherFolder) {
     EXPECT_FALSE(model->isApplying());
 }
 
+TEST_F(TidyPreview, DoesNotLookBehindALinkInPlaceOfTheOutputFolder) {
+    tree({"x.pdf = 1", "../outside/Documents/x.pdf = theirs", "ordovan+ -> ../outside"});
+    const auto model = previewed();
+    ASSERT_EQ(model->plan()->proposals.size(), 1u);  // refused when its turn comes
+    EXPECT_TRUE(model->plan()->conflicts.empty());
+}
+
 TEST_F(TidyPreview, IsPartialAtTheFileLimit) {
     for (std::size_t i = 0; i <= 50'000; ++i) memory.write("/r/" + std::to_string(i) + ".pdf", "");
     const auto model = previewed();
