@@ -68,7 +68,7 @@ const std::array<CommandSpec, commandCount> commands = {{
      1,
      {},
      "Show what can be put back, and what can not any more",
-     "Changes nothing."},
+     "Moves nothing."},
     {Command::restore,
      "restore",
      "[FOLDER]",

@@ -22,7 +22,9 @@ std::expected<std::size_t, Outcome> rulePosition(std::string_view typed, std::si
 std::optional<Outcome> addRule(Context& context) {
     const auto& arguments = context.invocation.arguments;
     auto refusal = context.session.rules().add(arguments[0], arguments[1]);
-    return refusal ? std::optional(Outcome::usage(std::move(*refusal))) : std::nullopt;
+    if (!refusal) return std::nullopt;
+    return *refusal == RuleStore::notAdded ? Outcome::impossible(std::move(*refusal))
+                                           : Outcome::usage(std::move(*refusal));
 }
 
 /// Deletes or moves one rule.

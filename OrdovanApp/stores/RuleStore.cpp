@@ -58,7 +58,7 @@ std::optional<std::string> RuleStore::add(std::string_view extensions, std::stri
             refusal = rule.error().message();
         }
     });
-    if (!stored) return "That rule couldn't be added.";
+    if (!stored) return std::string(notAdded);
     return refusal;
 }
 

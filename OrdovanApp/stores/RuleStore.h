@@ -30,6 +30,9 @@ public:
 
     [[nodiscard]] const OrdovanRuleSet& ruleSet() const { return ruleSet_; }
 
+    /// What `add` says when the text was right but the rule could not be stored.
+    static constexpr std::string_view notAdded = "That rule couldn't be added.";
+
     /// Adds a rule at the end, made from typed text. Returns why not, as a sentence for the user.
     std::optional<std::string> add(std::string_view extensions, std::string_view folderName);
 

@@ -57,8 +57,8 @@ TEST(RulesCommand, TellsThatTheyCouldNotBeSaved) {
     Home home;
     home.folder.write(".config", "a file where the folder should be");
     const Finished run = home.run({"rules", "add", "txt", "A"});
-    EXPECT_THAT(run.err, MatchesRegex("error: [A-Z][^\n]*\\.\n"));
-    EXPECT_THAT(run.status, ::testing::AnyOf(2, 3));
+    EXPECT_EQ(run.err, "error: That rule couldn't be added.\n");
+    EXPECT_EQ(run.status, 3);
 }
 
 TEST(SettingsCommand, ShowsTheDefaults) {
