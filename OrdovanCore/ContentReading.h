@@ -27,6 +27,12 @@ public:
     /// Reads bytes from `offset` on and returns how many: 0 only at or behind the end (or for no room), and possibly
     /// fewer than there is room for before it. Errors: the system's.
     virtual OrdovanResult<std::size_t> read(std::int64_t offset, std::span<char> into) = 0;
+
+    /// The same without waiting for a disk: EAGAIN where it would, and then the system has begun to fetch those bytes.
+    /// Where the system can not tell, it reads. This default always does.
+    virtual OrdovanResult<std::size_t> readAtHand(std::int64_t offset, std::span<char> into) {
+        return read(offset, into);
+    }
 };
 
 /// Opens files to read their content: the port through which many files are compared at once. It never changes

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -36,6 +37,8 @@ public:
     /// Names a file by its identity when it is opened for the first time. False when it is another name of a file
     /// claimed before: it needs no reading then, and goes the way of that one. To be asked of files with hard links.
     [[nodiscard]] bool claim(OrdovanOpenContent::Identity identity, std::uint32_t position);
+    /// A claimed name leads to another file now: its claim goes to another name of the same file, if there is one.
+    [[nodiscard]] std::optional<std::uint32_t> handOver(OrdovanOpenContent::Identity identity, std::uint32_t position);
     /// Another name counts as a file. Not before all files were opened once.
     [[nodiscard]] std::size_t nameCount(std::uint32_t position) const;
     /// The position and those of its other names. Not before all files were opened once.
@@ -68,13 +71,13 @@ private:
     };
 
     Unusual& unusual();
-    [[nodiscard]] const Positions* otherNames(std::uint32_t position) const;
+    [[nodiscard]] const Positions* otherNames(std::uint32_t position) const;  // the mutex is held
 
     std::int64_t byteSize_;
     std::span<const std::uint32_t> files_;
     std::atomic<std::size_t> held_ = 0;
     std::atomic<bool> hasOtherNames_ = false;
-    std::mutex mutex_;
+    mutable std::mutex mutex_;
     std::unique_ptr<Unusual> unusual_;
     std::vector<Found> found_;
 };

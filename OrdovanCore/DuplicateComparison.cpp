@@ -1,6 +1,7 @@
 #include "OrdovanCore/DuplicateComparison.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <utility>
 
@@ -13,6 +14,9 @@ constexpr std::int64_t sampleAbove = 256 * 1024;
 
 /// What a sample takes from each end of a file.
 constexpr std::size_t sampleEnd = 4096;
+
+/// How many bytes of a step's files may be on their way from the disk at once.
+constexpr std::size_t mostOnItsWay = 16 << 20;
 
 /// With how many others a file is compared byte by byte; beyond that, hashing it is cheaper.
 constexpr std::size_t mostComparisons = 4;
@@ -119,55 +123,87 @@ DuplicateComparison::DuplicateComparison(ComparisonStep step, std::span<char> me
     }
 }
 
-void DuplicateComparison::read() {
+void DuplicateComparison::readAtHand() {
     for (ComparedFile& file : step_.equal.files) {
         if (!context_.mayContinue()) return;
         if (freeSlots_.empty()) makeRoom();
-        char* const slot = freeSlots_.back();
-        const Reading reading = fill(file, slot);
-        if (reading == Reading::complete) {
-            freeSlots_.pop_back();
-            take(file, slot);
+        const bool isAheadEnough = notAtHand_.size() * length_ >= mostOnItsWay;
+        const Reading reading = readInto(freeSlots_.back(), file, step_.isFirst, isAheadEnough ? Wait::yes : Wait::no);
+        if (reading == Reading::notAtHand) {
+            notAtHand_.push_back(file);
         } else {
-            leaveOut(file.position, reading);
+            use(file, reading);
         }
     }
     step_.equal.files.clear();
 }
 
-DuplicateComparison::Reading DuplicateComparison::fill(ComparedFile& file, char* slot) {
-    const auto content = context_.contents.open(context_.inventory[file.position].url);
-    if (!content) return Reading::unreadable;
-    OrdovanOpenContent& open = **content;
-    if (step_.isFirst) {
-        file.identity = open.identity();
-        if (open.linkCount() > 1 && !step_.bucket->claim(file.identity, file.position)) return Reading::otherName;
-    } else if (open.identity() != file.identity) {
-        return Reading::odd;
+void DuplicateComparison::readRest() {
+    for (ComparedFile& file : notAtHand_) {
+        if (!context_.mayContinue()) return;
+        if (freeSlots_.empty()) makeRoom();
+        use(file, readInto(freeSlots_.back(), file, false, Wait::yes));
     }
-    const std::int64_t byteSize = step_.bucket->byteSize();
-    if (byteSize < 0) return Reading::odd;
-    if (step_.kind == ComparisonStep::Kind::piece) {
-        return readExactly(open, step_.offset, {slot, length_}, step_.isLast());
-    }
-    const Reading reading = readExactly(open, 0, {slot, sampleEnd}, false);
-    if (reading != Reading::complete) return reading;
-    return readExactly(open, byteSize - static_cast<std::int64_t>(sampleEnd), {slot + sampleEnd, sampleEnd}, false);
+    notAtHand_.clear();
 }
 
-/// Reads until there is no more room, or with `toTheEnd` until the file ends, which must be exactly then. Each slot has
-/// room for one byte more.
-DuplicateComparison::Reading DuplicateComparison::readExactly(OrdovanOpenContent& content, std::int64_t offset,
-                                                              std::span<char> into, bool toTheEnd) {
-    const std::size_t asked = into.size() + (toTheEnd ? 1 : 0);
-    std::size_t done = 0;
-    while (done < asked) {
-        const auto got = content.read(offset + static_cast<std::int64_t>(done), {into.data() + done, asked - done});
-        if (!got) return Reading::unreadable;
-        if (*got == 0) break;
-        done += *got;
+DuplicateComparison::Reading DuplicateComparison::readInto(char* slot, ComparedFile& file, bool isFirstOpening,
+                                                           Wait wait) {
+    DuplicateBucket& bucket = *step_.bucket;
+    for (;;) {
+        const auto content = context_.contents.open(context_.inventory[file.position].url);
+        if (isFirstOpening) {
+            if (!content) return Reading::unreadable;
+            file.identity = (*content)->identity();
+            if ((*content)->linkCount() > 1 && !bucket.claim(file.identity, file.position)) return Reading::otherName;
+        }
+        if (content && (*content)->identity() == file.identity) {
+            return bucket.byteSize() < 0 ? Reading::odd : readPiece(**content, slot, wait);
+        }
+        // Something else bears the name now. What was compared goes on by another name of the file.
+        const std::optional<std::uint32_t> other = bucket.handOver(file.identity, file.position);
+        if (!other) return content ? Reading::odd : Reading::unreadable;
+        if (content) bucket.addOdd(file.position);
+        file.position = *other;
     }
-    return done == into.size() ? Reading::complete : Reading::odd;
+}
+
+/// What the step compares of a file; with its last bytes one more is asked for, to see that the file ends there.
+DuplicateComparison::Reading DuplicateComparison::readPiece(OrdovanOpenContent& content, char* slot, Wait wait) const {
+    const auto read = [&](std::int64_t offset, std::span<char> into, std::size_t expected) {
+        std::size_t done = 0;
+        while (done < into.size()) {
+            const std::int64_t at = offset + static_cast<std::int64_t>(done);
+            const std::span<char> rest = into.subspan(done);
+            const auto got = wait == Wait::yes ? content.read(at, rest) : content.readAtHand(at, rest);
+            if (!got) {
+                const bool isOnItsWay = wait == Wait::no && got.error() == OrdovanSystemError::posix(EAGAIN);
+                return isOnItsWay ? Reading::notAtHand : Reading::unreadable;
+            }
+            if (*got == 0) break;
+            done += *got;
+        }
+        return done == expected ? Reading::complete : Reading::odd;
+    };
+    if (step_.kind == ComparisonStep::Kind::piece) {
+        return read(step_.offset, {slot, length_ + (step_.isLast() ? 1 : 0)}, length_);
+    }
+    // Both ends are asked for before one of them is waited for.
+    const std::int64_t tail = step_.bucket->byteSize() - static_cast<std::int64_t>(sampleEnd);
+    const Reading first = read(0, {slot, sampleEnd}, sampleEnd);
+    const Reading last = read(tail, {slot + sampleEnd, sampleEnd}, sampleEnd);
+    return std::max(first, last);
+}
+
+/// Puts a file where what was read of it belongs: that is in the slot next to be used.
+void DuplicateComparison::use(const ComparedFile& file, Reading reading) {
+    if (reading == Reading::complete) {
+        char* const slot = freeSlots_.back();
+        freeSlots_.pop_back();
+        take(file, slot);
+    } else {
+        leaveOut(file.position, reading);
+    }
 }
 
 void DuplicateComparison::leaveOut(std::uint32_t position, Reading why) {

@@ -114,8 +114,11 @@ public:
     DuplicateComparison(ComparisonStep step, std::span<char> memory, DuplicateSearchContext& context,
                         Sha256Streams& streams);
 
-    /// Reads and compares. When it was stopped, nothing else may be called.
-    void read();
+    /// Reads and compares what the system has at hand; the rest is on its way from the disk afterwards. When it was
+    /// stopped, nothing else may be called.
+    void readAtHand();
+    /// Reads and compares the rest. When it was stopped, nothing else may be called.
+    void readRest();
     /// Appends what is to be hashed before `conclude`. The memory must stand until then.
     void collectJobs(std::vector<Sha256Job>& jobs);
     /// To be called when hashing those jobs failed: the files are left out then.
@@ -132,11 +135,12 @@ private:
         char* bytes;  // none once they made room for others
         bool isHashed;
     };
-    enum class Reading { complete, unreadable, odd, otherName };
+    enum class Reading { complete, notAtHand, unreadable, odd, otherName };
+    enum class Wait { no, yes };
 
-    [[nodiscard]] Reading fill(ComparedFile& file, char* slot);
-    [[nodiscard]] Reading readExactly(OrdovanOpenContent& content, std::int64_t offset, std::span<char> into,
-                                      bool toTheEnd);
+    [[nodiscard]] Reading readInto(char* slot, ComparedFile& file, bool isFirstOpening, Wait wait);
+    [[nodiscard]] Reading readPiece(OrdovanOpenContent& content, char* slot, Wait wait) const;
+    void use(const ComparedFile& file, Reading reading);
     void leaveOut(std::uint32_t position, Reading why);
     void take(const ComparedFile& file, char* slot);
     void makeRoom();
@@ -146,6 +150,7 @@ private:
     Sha256Streams& streams_;
     std::size_t length_;
     std::vector<char*> freeSlots_;
+    std::vector<ComparedFile> notAtHand_;
     std::vector<Variant> variants_;
     bool everythingCompared_ = true;  // each file with each variant, byte by byte
     bool failed_ = false;

@@ -206,11 +206,15 @@ void Search::runSteps(Worker& worker) {
     char* memory = worker.memory.get();
     for (ComparisonStep& step : worker.steps) {
         const std::size_t size = memoryFor(step);
-        comparisons.emplace_back(std::move(step), std::span(memory, size), context_, worker.streams).read();
+        comparisons.emplace_back(std::move(step), std::span(memory, size), context_, worker.streams).readAtHand();
         if (context_.stopped) return;
         memory += size;
     }
     worker.steps.clear();
+    for (DuplicateComparison& comparison : comparisons) {
+        comparison.readRest();
+        if (context_.stopped) return;
+    }
     std::vector<Sha256Job> jobs;
     for (DuplicateComparison& comparison : comparisons) comparison.collectJobs(jobs);
     if (!worker.streams.add(jobs)) {
@@ -255,17 +259,17 @@ void Search::finish(DuplicateBucket& bucket, Worker& worker) {
 /// Hashes the files that could not be compared with the others of their bucket, and joins them to what was found.
 void Search::addOdd(const DuplicateBucket& bucket, const DuplicateBucket::Positions& odd,
                     std::vector<DuplicateBucket::Found>& found, Worker& worker) {
-    std::size_t names = 0;
-    for (const std::uint32_t position : odd) names += bucket.nameCount(position);
-    if (names < 2 && found.empty()) return;
+    DuplicateBucket::Positions names;
+    for (const std::uint32_t position : odd) std::ranges::copy(bucket.names(position), std::back_inserter(names));
+    if (names.size() < 2 && found.empty()) return;
     std::unordered_map<std::string, std::size_t> places;
     for (std::size_t i = 0; i < found.size(); ++i) places.emplace(found[i].contentHash, i);
-    for (const std::uint32_t position : odd) {
+    for (const std::uint32_t position : names) {
         const std::string hash = hashAlone(position, worker);
         if (hash.empty()) continue;
         const auto [place, isNew] = places.try_emplace(hash, found.size());
         if (isNew) found.push_back({hash, {}});
-        std::ranges::copy(bucket.names(position), std::back_inserter(found[place->second].files));
+        found[place->second].files.push_back(position);
     }
 }
 

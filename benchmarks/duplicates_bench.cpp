@@ -21,6 +21,16 @@ double seconds() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
+/// Of all threads.
+double processorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto of = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return of(usage.ru_utime) + of(usage.ru_stime);
+}
+
 long peakKilobytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -52,10 +62,10 @@ int main(int argc, char** argv) {
     FileManagerDirectoryReader reader;
     const double start = seconds();
     const OrdovanInventory inventory = OrdovanInventoryScanner::scan(root, reader, limits, {}, [] { return true; });
-    const double scanned = seconds();
+    const double scanned = seconds(), scannedBusy = processorSeconds();
     const long scannedKilobytes = peakKilobytes();
     const OrdovanDuplicateReport report = findDuplicates(inventory.files, inTurn);
-    const double found = seconds();
+    const double found = seconds(), foundBusy = processorSeconds();
     std::string text;
     for (const OrdovanDuplicateGroup& group : report.groups) {
         for (const Url& file : group.files) text.append(file.path()) += '\n';
@@ -64,9 +74,9 @@ int main(int argc, char** argv) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     std::fprintf(stderr,
                  "{\"files\": %zu, \"groups\": %zu, \"duplicates\": %lld, \"reclaimable\": %lld, \"scan\": %.4f, "
-                 "\"find\": %.4f, \"peakKilobytes\": %ld, \"findKilobytes\": %ld}\n",
+                 "\"find\": %.4f, \"findBusy\": %.4f, \"peakKilobytes\": %ld, \"findKilobytes\": %ld}\n",
                  inventory.files.size(), report.groups.size(), static_cast<long long>(report.duplicateFileCount()),
-                 static_cast<long long>(report.reclaimableBytes()), scanned - start, found - scanned, peakKilobytes(),
-                 peakKilobytes() - scannedKilobytes);
+                 static_cast<long long>(report.reclaimableBytes()), scanned - start, found - scanned,
+                 foundBusy - scannedBusy, peakKilobytes(), peakKilobytes() - scannedKilobytes);
     return 0;
 }

@@ -3,6 +3,8 @@
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
+#include <sys/uio.h>
+
 namespace {
 
 class OpenFile final : public OrdovanOpenContent {
@@ -18,6 +20,17 @@ public:
             if (got >= 0) return static_cast<std::size_t>(got);
             if (errno != EINTR) return std::unexpected(OrdovanSystemError::posix(errno));
         }
+    }
+
+    OrdovanResult<std::size_t> readAtHand(std::int64_t offset, std::span<char> into) override {
+        if (offset < 0) return read(offset, into);  // preadv2(2) takes -1 for the current position
+        const ::iovec room{into.data(), into.size()};
+        const ::ssize_t got = ::preadv2(file_.descriptor.get(), &room, 1, offset, RWF_NOWAIT);
+        if (got >= 0) return static_cast<std::size_t>(got);
+        if (errno != EAGAIN) return read(offset, into);  // EOPNOTSUPP on some file systems
+        static_cast<void>(
+            ::posix_fadvise(file_.descriptor.get(), offset, static_cast<::off_t>(into.size()), POSIX_FADV_WILLNEED));
+        return std::unexpected(OrdovanSystemError::posix(EAGAIN));
     }
 
 private:

@@ -32,7 +32,9 @@ public:
         if (offset < 0) return std::unexpected(OrdovanSystemError::posix(EINVAL));
         const std::string& content = file_->content;
         const auto begin = static_cast<std::size_t>(offset);
-        if (file_->failsAt && begin >= *file_->failsAt) return std::unexpected(OrdovanSystemError::posix(file_->error));
+        if (file_->failsAt && *file_->failsAt <= content.size() && begin >= *file_->failsAt) {
+            return std::unexpected(OrdovanSystemError::posix(file_->error));
+        }
         const std::size_t end = std::min(content.size(), file_->failsAt.value_or(content.size()));
         if (begin >= end) return 0U;
         const std::size_t count = std::min({end - begin, into.size(), reader_.longestRead_});
@@ -40,6 +42,15 @@ public:
         file_->bytesRead += count;
         reader_.bytesRead_ += count;
         return count;
+    }
+
+    OrdovanResult<std::size_t> readAtHand(std::int64_t offset, std::span<char> into) override {
+        {
+            const std::scoped_lock lock(reader_.mutex_);
+            const bool isFirst = file_->fetched.insert(offset).second;
+            if (reader_.cold_ && isFirst) return std::unexpected(OrdovanSystemError::posix(EAGAIN));
+        }
+        return read(offset, into);
     }
 
 private:
@@ -101,6 +112,11 @@ void MemoryContentReader::failReading(std::string_view path, std::size_t offset,
 void MemoryContentReader::setLongestRead(std::size_t bytes) {
     const std::scoped_lock lock(mutex_);
     longestRead_ = bytes;
+}
+
+void MemoryContentReader::setCold() {
+    const std::scoped_lock lock(mutex_);
+    cold_ = true;
 }
 
 void MemoryContentReader::setMostOpen(std::size_t files) {

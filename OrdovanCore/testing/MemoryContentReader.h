@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -29,10 +30,12 @@ public:
 
     /// Makes opening this path fail.
     void failOpening(std::string_view path, int errnoValue);
-    /// Makes reading the file fail at this byte: what lies before it can be read.
+    /// Makes reading the file fail at this byte, or at its end: what lies before can be read. No effect behind the end.
     void failReading(std::string_view path, std::size_t offset, int errnoValue);
     /// No read gives more bytes than this.
     void setLongestRead(std::size_t bytes);
+    /// Nothing is at hand of what was not read before: the first time, `readAtHand` fails with EAGAIN.
+    void setCold();
     /// Opening fails with EMFILE while so many files are open.
     void setMostOpen(std::size_t files);
     /// Called before each read, without a lock held; may change the files.
@@ -57,6 +60,7 @@ private:
         std::optional<std::size_t> failsAt;
         int error = 0;
         std::uint64_t bytesRead = 0;
+        std::set<std::int64_t> fetched;  // offsets that were asked for
     };
 
     std::shared_ptr<File>& at(std::string_view path);
@@ -67,6 +71,7 @@ private:
     std::function<void(std::string_view, std::int64_t)> beforeRead_;
     std::size_t longestRead_;
     std::size_t mostOpen_;
+    bool cold_ = false;
     std::uint64_t lastInode_ = 0;
     std::uint64_t bytesRead_ = 0;
     std::size_t opens_ = 0;

@@ -78,6 +78,16 @@ TEST(ContentReader, ReadsFromAnywhereInAFile) {
     EXPECT_EQ(error(content->read(-1, bytes)), EINVAL);
 }
 
+TEST(ContentReader, ReadsWithoutWaitingWhatIsAtHand) {
+    const TempFolder folder;
+    const auto content = SystemContentReader().open(folder.write("a", "0123456789")).value();
+    std::string bytes(4, '\0');
+    EXPECT_EQ(content->readAtHand(3, bytes), 4U);
+    EXPECT_EQ(bytes, "3456");
+    EXPECT_EQ(content->readAtHand(10, bytes), 0U);
+    EXPECT_EQ(error(content->readAtHand(-1, bytes)), EINVAL);
+}
+
 TEST(ContentReader, TellsFilesApartAndHardLinksNot) {
     const TempFolder folder;
     const Url a = folder.write("a", ""), b = folder.write("b", ""), link = folder.url("link");

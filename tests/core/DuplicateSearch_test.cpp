@@ -9,6 +9,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 
 using ordovan::testing::digestOf;
 using ordovan::testing::HashingFileSystem;
@@ -75,6 +76,7 @@ void fill(World& world, std::size_t files, const std::vector<std::size_t>& sizes
         if (random.once(20)) world.entries.back().isSymbolicLink = true;
         if (random.once(20)) world.entries.push_back(world.entries.back());
     }
+    if (random.once(3)) world.contents.setCold();
     if (random.once(2)) world.contents.setLongestRead(1 + random.below(2 * sizes.back() + 1));
 }
 
@@ -143,7 +145,7 @@ TEST(DuplicateSearch, ReportsTheSameWhenMoreContentsDifferThanFitInMemory) {
 }
 
 TEST(DuplicateSearch, IsRightAboutAllFilesThatDoNotChangeMeanwhile) {
-    for (unsigned seed = 0; seed < 1500; ++seed) {
+    for (unsigned seed = 0; seed < 2500; ++seed) {
         Random random(seed);
         World world;
         const std::vector<std::size_t> sizes = sizesOf(seed % 25 == 0, random);
@@ -162,6 +164,26 @@ TEST(DuplicateSearch, IsRightAboutAllFilesThatDoNotChangeMeanwhile) {
         });
         const OrdovanDuplicateReport report = world.search({.workers = 1}).value();
         ASSERT_EQ(without(report, unreliable), without(before, unreliable)) << "seed " << seed;
+    }
+}
+
+TEST(DuplicateSearch, GoesOnByAnotherNameOfAFileWhenOneIsReplaced) {
+    for (const bool gone : {false, true}) {
+        World world;
+        const std::string content(2'000'000, 's');
+        world.add("/a", content);
+        world.contents.hardLink("/b", "/a");
+        world.contents.hardLink("/c", "/a");
+        for (const char* path : {"/b", "/c"}) world.entries.push_back(entry(path, content.size()));
+        world.add("/d", content);
+        bool done = false;
+        world.contents.setBeforeRead([&](std::string_view, std::int64_t offset) {
+            if (offset < 1'000'000 || std::exchange(done, true)) return;
+            gone ? world.contents.remove("/a") : world.contents.replace("/a", "another");
+        });
+        const OrdovanDuplicateReport report = world.search({.workers = 1}).value();
+        ASSERT_EQ(report.groups.size(), 1U);
+        EXPECT_EQ(report.groups[0].files, (std::vector{Url::file("/b"), Url::file("/c"), Url::file("/d")}));
     }
 }
 
