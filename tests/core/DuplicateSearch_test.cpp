@@ -86,7 +86,7 @@ OrdovanDuplicateReport without(OrdovanDuplicateReport report, const std::set<std
         std::erase_if(group.files, [&](const Url& file) { return paths.contains(std::string(file.path())); });
     }
     std::erase_if(report.groups, [](const OrdovanDuplicateGroup& group) { return group.files.size() < 2; });
-    std::ranges::sort(report.groups, {}, &OrdovanDuplicateGroup::contentHash);
+    std::ranges::sort(report.groups, {}, &OrdovanDuplicateGroup::id);
     return report;
 }
 
