@@ -68,10 +68,10 @@ private:
 };
 
 /// Removes what a Trash knows about an item that has just been put back: taken out of its "files" folder, and standing
-/// at the very place that the info file tells (`originalPlace`). `movedTo` is where it was moved; without it the item was
-/// removed after being copied, and a regular file must stand at that place. In every other case nothing happens: for a
-/// path that is no such place (`trashInfoPath`), an item that is still there or may be, an info file that is a link, a
-/// folder or something else; and for a folder that only looks like a Trash, whose items are moved elsewhere.
+/// at the very place that the info file tells (`originalPlace`). `movedTo` is where it was moved; without it the item
+/// was removed after being copied, and a regular file must stand at that place. In every other case nothing happens:
+/// for a path that is no such place (`trashInfoPath`), an item that is still there or may be, an info file that is a
+/// link, a folder or something else; and for a folder that only looks like a Trash, whose items are moved elsewhere.
 ///
 /// The item leaves first, so that a crash in between leaves an info file without an item, which every reader passes
 /// over, and never an item that no file manager can put back.
