@@ -40,7 +40,7 @@ private:
 /// A file system with a journal brings a new file's name and a rename to the disk in their order, but the text of the
 /// file may follow half a minute later: after a power cut the Trash then holds items of which nobody knows where they
 /// were. Starting the write of its blocks (sync_file_range(2)), without waiting for the end, is enough against that
-/// (tried by shutting ext4, xfs and btrfs down right after a run; without it every text was missing on the first two).
+/// (tried by shutting ext4 and xfs down right after a run; without it every text was missing).
 /// Waiting for each (fsync(2)) takes several times as long as all the rest. In no case is the item itself in danger.
 class InfoFlusher {
 public:
