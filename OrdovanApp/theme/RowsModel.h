@@ -1,0 +1,74 @@
+#pragma once
+
+#include "OrdovanApp/theme/Glyph.h"
+
+#include <QAbstractListModel>
+#include <QColor>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <span>
+
+/// Something that can be done with one row: a button on it, an item of its context menu, a child to assistive
+/// technologies.
+struct RowAction {
+    int id = 0;
+    QString text;
+    QString help;
+    std::optional<Glyph> glyph;
+    bool enabled = true;
+    bool menuOnly = false;   ///< in the context menu alone
+    bool glyphOnly = false;  ///< drawn as its glyph, with the text as its accessible name
+    friend bool operator==(const RowAction&, const RowAction&) = default;
+};
+
+/// What a row shows. Made when the row is drawn or asked for, never stored for all rows.
+struct RowContent {
+    enum class Mark { none, tick, radio, warning, grip };
+    struct Chip {
+        QString text;
+        QColor color;  ///< of the text; the surface goes with it
+        friend bool operator==(const Chip&, const Chip&) = default;
+    };
+
+    Mark mark = Mark::none;
+    bool marked = false;         ///< ticked or chosen
+    bool dimmed = false;         ///< quieter than its neighbours, still readable
+    std::optional<Glyph> glyph;  ///< the kind icon, on a surface of its colour; on a head a plain small icon
+    QColor glyphColor;
+    QString title;   ///< also the accessible name
+    QString detail;  ///< second line; on a head what stands on its right
+    QString count;   ///< on a head: quietly behind the title
+    bool detailIsWarning = false;
+    std::optional<Chip> chip;
+    QStringList columns;  ///< on the right, aligned right, one a column of the view
+    double share = 0;     ///< 0 to 1: the bar behind the row
+    QString toolTip;
+    QString description;  ///< what assistive technologies say besides the title
+    QList<RowAction> actions;
+};
+
+/// A list of rows under heads, for a `RowsView`. On the main thread.
+class RowsModel : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    enum Role { HeadRole = Qt::UserRole + 1, FirstFreeRole };
+
+    using QAbstractListModel::QAbstractListModel;
+
+    /// The rows that are heads, ascending; empty where the list has no groups. Constant time.
+    [[nodiscard]] virtual std::span<const int> heads() const = 0;
+    [[nodiscard]] virtual RowContent content(int row) const = 0;
+    /// Ticks or chooses a row, as a click on its mark or Space does. Rows without a mark ignore it.
+    virtual void toggle(int row) { Q_UNUSED(row) }
+
+    [[nodiscard]] bool isHead(int row) const;
+
+    /// From `content`: the title, the tick, the tool tip and the accessible texts.
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+    [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+};
