@@ -1,0 +1,54 @@
+#pragma once
+
+#include "OrdovanApp/theme/ThemeEnvironment.h"
+
+#include <QStringList>
+#include <QWidget>
+
+class QHBoxLayout;
+class QLabel;
+class QListView;
+class QPushButton;
+class QStringListModel;
+
+/// A message above a screen's list, with its own buttons and, where there are any, problems that can be unfolded.
+class Banner : public QWidget {
+    Q_OBJECT
+
+public:
+    enum class Kind { info, warning, error };
+
+    Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent = nullptr);
+
+    void setKind(Kind kind);
+    void setText(const QString& text);
+    [[nodiscard]] QString text() const;
+    /// Adds a button beside the text. Takes it.
+    void addButton(QPushButton* button);
+    /// Lines to unfold with "Show Problems"; any number. Empty: no such button. Folds up again.
+    void setDetails(const QStringList& lines);
+    [[nodiscard]] bool detailsShown() const;
+    void setDetailsShown(bool shown);
+    /// Whether it can be closed by its user. Default: it can.
+    void setClosable(bool closable);
+
+Q_SIGNALS:
+    /// The close button was pressed; the banner has hidden itself.
+    void closed();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void recolour();
+
+    const ThemeEnvironment& theme_;
+    Kind kind_;
+    QLabel* glyph_;
+    QLabel* text_;
+    QHBoxLayout* buttons_;
+    QPushButton* toggle_;
+    QPushButton* close_;
+    QListView* details_;
+    QStringListModel* lines_;
+};
