@@ -17,11 +17,14 @@ namespace FolderRun {
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash.
 class FileSystem {
 public:
-    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed)
-        : ahead_(ports.hashAhead ? ports.hashAhead(toBeHashed, [root, &fs = ports.fileSystem](
-                                                                   const Url& file) { return mayRead(file, root, fs); })
+    /// `disk`: what the run changes files on. It sees the files of the ports' own and outlives this object.
+    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed, OrdovanFileSystem& disk)
+        : ahead_(ports.hashAhead ? ports.hashAhead(disk, toBeHashed,
+                                                   [root, &fs = ports.fileSystem](const Url& file) {
+                                                       return mayRead(file, root, fs);
+                                                   })
                                  : nullptr),
-          port_(ahead_ == nullptr ? ports.fileSystem : *ahead_) {}
+          port_(ahead_ == nullptr ? disk : *ahead_) {}
 
     OrdovanFileSystem& port() { return port_; }
 

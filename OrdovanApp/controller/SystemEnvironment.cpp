@@ -6,9 +6,11 @@
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/platform/ContentReader.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
+#include "OrdovanCore/platform/DocumentWriter.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/HashAhead.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/platform/TrashRun.h"
 #include "OrdovanCore/platform/Volumes.h"
 
 #include <cerrno>
@@ -55,8 +57,9 @@ SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
     return {.fileSystem = state_->fileSystem,
+            .makeTrashFileSystem = [] { return std::make_unique<ordovan::TrashRunFileSystem>(); },
             .hashAhead =
-                [&fs = state_->fileSystem](std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
+                [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
                     ordovan::HashAheadFileSystem::Options options;
                     options.mayRead = std::move(mayRead);
                     return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
@@ -65,6 +68,7 @@ TidyPorts SystemEnvironment::ports() {
             .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
             .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
             .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
+            .writeDocument = ordovan::writeDocument,
             .resolveExisting = OrdovanProposalPlanner::resolveExisting,
             .ownFolders = [state = state_.get()] { return state->ownFolders(); },
             .tryLockFolder = [state = state_.get()](const Url& folder) { return state->tryLock(folder); },

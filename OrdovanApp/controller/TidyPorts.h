@@ -17,6 +17,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <vector>
 
 class AppSettings;
@@ -26,9 +27,12 @@ class RuleStore;
 /// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
 struct TidyPorts {
     OrdovanFileSystem& fileSystem;
-    /// A port over `fileSystem` for one run that may hash these files ahead of it, in this order, as far as `mayRead`
-    /// (called on other threads) lets it; empty for none.
-    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url> toBeHashed,
+    /// A port for one run with the Trash, used by one thread, that sees the files of `fileSystem`; empty: the run uses
+    /// `fileSystem`.
+    std::function<std::unique_ptr<OrdovanFileSystem>()> makeTrashFileSystem;
+    /// A port over `fs` for one run that may hash these files ahead of it, in this order, as far as `mayRead` (called
+    /// on other threads) lets it; empty for none.
+    std::function<std::unique_ptr<OrdovanFileSystem>(OrdovanFileSystem& fs, std::span<const Url> toBeHashed,
                                                      std::function<bool(const Url& file)> mayRead)>
         hashAhead;
     /// Reads files for the search for duplicates, and for hashes that can be given up in the middle of a file. It sees
@@ -40,6 +44,8 @@ struct TidyPorts {
     std::function<std::optional<bool>(const Url& folder)> supportsCaseSensitiveNames;
     /// `OrdovanFolderCleanup::removeEmptyFolders`, or a stand-in over another file system.
     std::function<std::size_t(std::span<const Url> thatHeld, const Url& within)> removeEmptyFolders;
+    /// `ordovan::writeDocument`, or a stand-in.
+    std::function<OrdovanResult<void>(const Url& file, std::string_view content)> writeDocument;
     /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in. Called on the controller's thread.
     std::function<Url(const Url&)> resolveExisting;
     /// The program's own folders, which no preview looks into. Called on background threads.

@@ -50,7 +50,7 @@ TEST_F(TidyOrganize, MovesTheTickedFilesAndRecordsThem) {
 TEST_F(TidyOrganize, TellsItsFileSystemWhichFilesItWillHash) {
     tree({"x.pdf = 1", "y.jpg = 2"});
     std::vector<std::string> told;
-    hashAhead = [&](std::span<const Url> files, const std::function<bool(const Url&)>&) {
+    hashAhead = [&](OrdovanFileSystem&, std::span<const Url> files, const std::function<bool(const Url&)>&) {
         for (const Url& file : files) told.push_back(file.sharedPath().str());
         return std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
     };
@@ -67,7 +67,7 @@ TEST_F(TidyOrganize, TellsItsFileSystemWhichFilesItWillHash) {
 TEST_F(TidyOrganize, LetsOnlyFilesOfTheFolderBeReadBeforeTheirTurn) {
     tree({"x.pdf = 1", "sub/z.pdf = 2", "../outside/secret = 3", "link -> ../outside"});
     std::function<bool(const Url&)> may;
-    hashAhead = [&](std::span<const Url>, const std::function<bool(const Url&)>& mayRead) {
+    hashAhead = [&](OrdovanFileSystem&, std::span<const Url>, const std::function<bool(const Url&)>& mayRead) {
         may = mayRead;
         return std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
     };

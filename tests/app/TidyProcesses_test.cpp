@@ -50,11 +50,13 @@ public:
         TidyPorts ports = environment_.ports();
         model =
             std::make_unique<TidyViewModel>(TidyPorts{.fileSystem = fs,
+                                                      .makeTrashFileSystem = {},
                                                       .hashAhead = {},
                                                       .contents = nullptr,
                                                       .makeDirectoryReader = ports.makeDirectoryReader,
                                                       .supportsCaseSensitiveNames = ports.supportsCaseSensitiveNames,
                                                       .removeEmptyFolders = ports.removeEmptyFolders,
+                                                      .writeDocument = ports.writeDocument,
                                                       .resolveExisting = ports.resolveExisting,
                                                       .ownFolders = ports.ownFolders,
                                                       .tryLockFolder = ports.tryLockFolder,

@@ -172,7 +172,7 @@ TEST_F(TidyTrash, RecordGrowsWithEveryRun) {
 TEST_F(TidyTrash, TellsItsFileSystemWhichFilesItWillHash) {
     tree({"a = 1", "b = 1", "c = 2"});
     std::vector<std::vector<std::string>> told;
-    hashAhead = [&](std::span<const Url> files, const auto&...) {
+    hashAhead = [&](OrdovanFileSystem&, std::span<const Url> files, const auto&...) {
         auto& paths = told.emplace_back();
         for (const Url& file : files) paths.push_back(local(file.path()));
         return std::unique_ptr<OrdovanFileSystem>();
@@ -186,6 +186,38 @@ TEST_F(TidyTrash, TellsItsFileSystemWhichFilesItWillHash) {
     finished(model->restore());
     const std::string in = std::string(trashFolder) + '/';
     EXPECT_THAT(told, ElementsAre(ElementsAre("b", "a"), ElementsAre("c"), ElementsAre(in + "c", in + "a")));
+}
+
+TEST_F(TidyTrash, EveryRunHasADiskOfItsOwnThatGoesBeforeTheRecordIsSaved) {
+    tree({"a = 1", "b = 1", "c = 2"});
+    std::vector<std::string> seen;
+    const OrdovanFileSystem* made = nullptr;
+    makeTrashFileSystem = [&] {
+        auto disk = std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
+        const std::shared_ptr<void> end(nullptr, [&](void*) { seen.emplace_back("gone"); });
+        disk->setBeforeCall([&seen, end](const auto& call) {
+            if (call.operation == Operation::trash || call.operation == Operation::move) seen.emplace_back("change");
+        });
+        seen.emplace_back("made");
+        made = disk.get();
+        return disk;
+    };
+    hashAhead = [&](OrdovanFileSystem& disk, const auto&...) {
+        seen.emplace_back(&disk == made ? "read ahead" : "read ahead of another");
+        return std::unique_ptr<OrdovanFileSystem>();
+    };
+    records.observer = [&](const std::string& call) {
+        if (call.starts_with("write")) seen.emplace_back("saved");
+    };
+    const auto model = searched({.repreviewsAfterRuns = false});
+    seen.clear();
+    const std::vector<std::string> expected = {"made", "read ahead", "change", "gone", "saved", "saved"};
+    finished(model->trashExtras());
+    EXPECT_EQ(std::exchange(seen, {}), expected);
+    finished(model->trashBigFiles(items({"c"})));
+    EXPECT_EQ(std::exchange(seen, {}), expected);
+    finished(model->restore({"/r/c"}));
+    EXPECT_EQ(seen, expected);
 }
 
 // Restoring.

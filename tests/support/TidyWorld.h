@@ -50,6 +50,7 @@ public:
 
     TidyPorts ports() {
         return {.fileSystem = fs,
+                .makeTrashFileSystem = makeTrashFileSystem,
                 .hashAhead = hashAhead,
                 .contents = contents,
                 .makeDirectoryReader =
@@ -62,6 +63,7 @@ public:
                 .supportsCaseSensitiveNames = [this](const Url&) { return caseSensitive; },
                 .removeEmptyFolders = [this](std::span<const Url> held,
                                              const Url& within) { return removeEmptyFolders(held, within); },
+                .writeDocument = [this](const Url& file, std::string_view content) { return write(file, content); },
                 .resolveExisting =
                     [this](const Url& url) {
                         const auto real = memory.realPath(url.path());
@@ -80,7 +82,8 @@ public:
                 .rules = rules};
     }
 
-    std::function<std::unique_ptr<OrdovanFileSystem>(std::span<const Url>, std::function<bool(const Url&)>)> hashAhead;
+    decltype(TidyPorts::makeTrashFileSystem) makeTrashFileSystem;
+    decltype(TidyPorts::hashAhead) hashAhead;
     OrdovanContentReading* contents = nullptr;
 
     /// The lock of a folder, as `FolderLock` gives it; taking and releasing it are events.
@@ -150,6 +153,13 @@ public:
         return std::string(path.starts_with("/r/") ? path.substr(3) : path);
     }
 
+    /// Writes an exported document, or refuses it with `writeError`.
+    OrdovanResult<void> write(const Url& file, std::string_view content) {
+        if (writeError != 0) return std::unexpected(OrdovanSystemError::posix(writeError));
+        memory.write(file.path(), content);
+        return {};
+    }
+
     testing::MemoryFileSystem memory;
     testing::FaultyFileSystem fs{memory};
     MemoryRecords records{memory};
@@ -167,6 +177,7 @@ public:
     std::optional<bool> caseSensitive = true;
     std::set<std::string> heldElsewhere;
     int lockError = 0;
+    int writeError = 0;
     std::set<std::string> unreadable;
     std::set<std::string> packages;
 
