@@ -80,14 +80,12 @@ TrashRecordStore::Saved TrashRecordStore::append(const OrdovanTrashRecord& run, 
     const Record pending = joined(known.unsaved, shared(run));
     const Stored stored = read();
     const bool readable = stored.state != Stored::State::unreadable;
-    Record combined = joined(readable ? stored.record : known.record, pending);
-    Record notStored = readable ? pending : combined;
-    const Saved failure = {.known = {combined, notStored}, .warning = notWritten};
-    if (pending->entries.size() > maxEntries_) return failure;
-    const bool full = combined->entries.size() > maxEntries_;
-    if ((!readable || full) && stored.state != Stored::State::none && !setAside(nowEpoch)) return failure;
-    if (full) combined = notStored = pending;
-    if (!write(*combined)) return {.known = {combined, notStored}, .warning = notWritten};
+    const Record combined = joined(readable ? stored.record : known.record, pending);
+    const Saved failure = {.known = {combined, readable ? pending : combined}, .warning = notWritten};
+    // A record beyond the limit would be refused when it is read again; the one there must not be lost for it.
+    if (combined->entries.size() > maxEntries_) return failure;
+    if (!readable && !setAside(nowEpoch)) return failure;
+    if (!write(*combined)) return failure;
     return {.known = {combined, none()}, .warning = std::nullopt};
 }
 

@@ -44,8 +44,8 @@ public:
     [[nodiscard]] Known load(const Known& known) const;
 
     /// Adds what a run has trashed to the stored record, behind what earlier runs could not store. An unreadable
-    /// document is set aside first, and then the known record stands in for it; a full one is set aside as well, and a
-    /// new one begun. Where neither is possible, nothing is written.
+    /// document is set aside first, and then the known record stands in for it. Where that is not possible, or the
+    /// record would go beyond its limit, nothing is written, and the run can be put back until the program ends.
     [[nodiscard]] Saved append(const OrdovanTrashRecord& run, const Known& known, double nowEpoch) const;
 
     /// Takes the entries that a run has put back out of the stored record.

@@ -130,13 +130,33 @@ TEST_F(TrashRecordStoreTest, WritesNothingOverARecordThatCanBeNeitherReadNorSetA
     EXPECT_EQ(memory.read(file), "garbage");
 }
 
-TEST_F(TrashRecordStoreTest, BeginsAnewBesideARecordThatIsFull) {
+TEST_F(TrashRecordStoreTest, LeavesARecordThatIsFullAndKeepsTheRunInMemory) {
     const TrashRecordStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 3);
     memory.write(file, record({"a", "b"}).encoded());
     EXPECT_THAT(names(small.append(record({"c"}), {}, 7).known.record), ElementsAre("a", "b", "c"));
-    EXPECT_FALSE(small.append(record({"d"}), {}, 7).warning);
-    EXPECT_THAT(stored(), ElementsAre("d"));
-    EXPECT_EQ(memory.read(aside), record({"a", "b", "c"}).encoded());
+    const auto full = small.append(record({"d"}), {}, 7);
+    EXPECT_EQ(full.warning, notWritten);
+    EXPECT_THAT(names(full.known.record), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(names(full.known.unsaved), ElementsAre("d"));
+    EXPECT_THAT(stored(), ElementsAre("a", "b", "c"));
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(TrashRecordStoreTest, StoresWhatDidNotFitOnceThereIsRoom) {
+    const TrashRecordStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 2);
+    memory.write(file, record({"a", "b"}).encoded());
+    const auto full = small.append(record({"c"}), {}, 7);
+    const auto left = small.removePutBack({"/T/files/a"}, full.known, 7, memory);
+    EXPECT_FALSE(left.warning);
+    EXPECT_THAT(names(left.known.unsaved), IsEmpty());
+    EXPECT_THAT(stored(), ElementsAre("b", "c"));
+}
+
+TEST_F(TrashRecordStoreTest, LeavesAnUnreadableRecordWhereNothingCouldTakeItsPlace) {
+    const TrashRecordStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 1);
+    memory.write(file, "garbage");
+    EXPECT_EQ(small.append(record({"a", "b"}), {}, 7).warning, notWritten);
+    EXPECT_EQ(memory.read(file), "garbage");
 }
 
 TEST_F(TrashRecordStoreTest, NeverWritesMoreThanItCouldReadAgain) {
