@@ -296,7 +296,7 @@ TEST(Journal, OfAMillionEntriesIsReadAndOfOneMoreIsRefused) {
     const auto over = decodedOf(1'000'001, "1");
     ASSERT_FALSE(over);
     EXPECT_EQ(over.error(), (OrdovanRecordError(OrdovanJournalError{tooLarge, 1'000'001})));
-    EXPECT_EQ(describe(over.error()), "The record has 1000001 entries; at most 1000000 can be read.");
+    EXPECT_EQ(describe(over.error()), "The record has 1000001 entries, which is more than can be read.");
 }
 
 TEST(Journal, OfAnotherVersionIsRefusedForThatEvenIfItIsTooLarge) {

@@ -231,6 +231,7 @@ TEST(TrashRecord, OfAHundredThousandEntriesIsReadAndOfOneMoreIsRefused) {
     const auto over = decodedOf(100'001, "1");
     ASSERT_FALSE(over);
     EXPECT_EQ(over.error(), (OrdovanRecordError(OrdovanJournalError{tooLarge, 100'001})));
+    EXPECT_EQ(describe(over.error()), "The record has 100001 entries, which is more than can be read.");
 }
 
 TEST(TrashRecord, OfAnotherVersionIsRefusedForThatEvenIfItIsTooLarge) {
