@@ -2,6 +2,7 @@
 
 #include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCLI/Output.h"
+#include "OrdovanCore/Text.h"
 
 #include <array>
 #include <cerrno>
@@ -34,14 +35,6 @@ bool isSet(const char* variable) {
 bool isDumbTerminal() {
     const char* terminal = std::getenv("TERM");
     return terminal == nullptr || std::string_view(terminal) == "dumb";
-}
-
-std::string asciiLowered(std::string_view text) {
-    std::string lowered(text);
-    for (char& c : lowered) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lowered;
 }
 
 }  // namespace
@@ -99,7 +92,7 @@ Console::Answer Console::ask(std::string_view question) {
             line.push_back(c);
             continue;
         }
-        const std::string answer = asciiLowered(line);
+        const std::string answer = text::asciiLowercased(line);
         return answer == "y" || answer == "yes" ? Answer::yes : Answer::no;
     }
     writeMessage("\n");

@@ -1,5 +1,7 @@
 #include "OrdovanCLI/Format.h"
 
+#include "OrdovanCore/Hex.h"
+
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -12,12 +14,10 @@ constexpr bool isPlain(unsigned char byte) {
     return byte >= 0x20 && byte < 0x7f && byte != '\\';
 }
 
-void appendHex(std::string& out, char kind, std::uint32_t value, int digits) {
-    out.push_back('\\');
-    out.push_back(kind);
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) {
-        out.push_back("0123456789abcdef"[(value >> shift) & 0xf]);
-    }
+/// "\x1b"
+void appendNumbered(std::string& out, std::string_view kind, std::uint32_t value, int digits) {
+    out += kind;
+    appendHex(out, value, digits);
 }
 
 void appendEscapedByte(std::string& out, unsigned char byte) {
@@ -35,7 +35,7 @@ void appendEscapedByte(std::string& out, unsigned char byte) {
             out += "\\t";
             return;
         default:
-            appendHex(out, 'x', byte, 2);
+            appendNumbered(out, "\\x", byte, 2);
     }
 }
 
@@ -68,7 +68,7 @@ void appendSafeUtf8(std::string& out, std::string_view text) {
         const std::string_view sequence = text.substr(at, length);
         const std::uint32_t codePoint = length < 4 ? decoded(sequence) : 0x10000;
         if (isTreacherous(codePoint))
-            appendHex(out, 'u', codePoint, 4);
+            appendNumbered(out, "\\u", codePoint, 4);
         else
             out += sequence;
         at += length;

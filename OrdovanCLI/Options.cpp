@@ -1,6 +1,7 @@
 #include "OrdovanCLI/Options.h"
 
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCore/Text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -222,8 +223,7 @@ std::optional<std::int64_t> unitSize(std::string_view unit) {
     constexpr std::string_view letters = "kmgtpe";
     if (!unit.empty() && (unit.back() == 'b' || unit.back() == 'B')) unit.remove_suffix(1);
     if (unit.empty()) return 1;
-    const char lowered = unit[0] >= 'A' && unit[0] <= 'Z' ? static_cast<char>(unit[0] - 'A' + 'a') : unit[0];
-    const std::size_t position = letters.find(lowered);
+    const std::size_t position = letters.find(text::asciiLowercased(unit[0]));
     if (unit.size() > 1 || position == std::string_view::npos) return std::nullopt;
     std::int64_t size = 1;
     for (std::size_t power = 0; power <= position; ++power) size *= 1000;

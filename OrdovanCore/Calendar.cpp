@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
 #include <limits>
 
 namespace ordovan::text {
@@ -29,9 +31,32 @@ std::string nameOf(const icu::TimeZone& zone) {
     return name;
 }
 
+/// True for a name of the time zone database. ICU also takes offsets, which mean the opposite of what TZ says:
+/// "GMT+2" is east of Greenwich here and west of it there.
+bool isInDatabase(std::string_view name) {
+    icu::UnicodeString canonical;
+    UBool isSystemID = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::TimeZone::getCanonicalID(icu::UnicodeString::fromUTF8({name.data(), static_cast<int>(name.size())}), canonical,
+                                  isSystemID, status);
+    return U_SUCCESS(status) && isSystemID != 0;
+}
+
+/// Seconds that the C library's clock is ahead of UTC.
+double libraryOffsetAt(double epoch) {
+    const auto instant = static_cast<std::time_t>(std::floor(epoch));
+    std::tm local{};
+    return ::localtime_r(&instant, &local) == nullptr ? 0.0 : static_cast<double>(local.tm_gmtoff);
+}
+
 }  // namespace
 
 TimeZone TimeZone::current() {
+    if (const char* const set = std::getenv("TZ"); set != nullptr) {
+        std::string_view name = set;
+        if (name.starts_with(':')) name.remove_prefix(1);
+        return isInDatabase(name) ? TimeZone(std::string(name)) : TimeZone(set, true);
+    }
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
     return zone == nullptr ? utc() : TimeZone(nameOf(*zone));
 }
@@ -47,13 +72,14 @@ std::optional<TimeZone> TimeZone::named(std::string_view name) {
 }
 
 struct Calendar::State {
-    std::unique_ptr<icu::TimeZone> zone;
+    std::unique_ptr<icu::TimeZone> zone;  // null when the C library tells the time
     // The offset from UTC last looked up, in seconds, and the instants between which it holds.
     double validFrom = std::numeric_limits<double>::infinity();
     double validUntil = -std::numeric_limits<double>::infinity();
     double offset = 0;
 
     [[nodiscard]] double offsetAt(double epoch) {
+        if (zone == nullptr) return libraryOffsetAt(epoch);
         if (epoch >= validFrom && epoch < validUntil) return offset;
         UErrorCode status = U_ZERO_ERROR;
         std::int32_t raw = 0, daylight = 0;
@@ -74,7 +100,10 @@ struct Calendar::State {
 };
 
 Calendar::Calendar(const TimeZone& zone) : state_(std::make_unique<State>()) {
-    state_->zone = zoneNamed(zone.name());
+    if (zone.isOfTheLibrary())
+        ::tzset();  // localtime_r(3) need not look at TZ by itself
+    else
+        state_->zone = zoneNamed(zone.name());
 }
 Calendar::~Calendar() = default;
 Calendar::Calendar(Calendar&&) noexcept = default;

@@ -79,9 +79,9 @@ bool ExecutionScope::crossesLink(const Url& original, const Url& organized, Ordo
 }  // namespace ordovan
 
 bool OrdovanHasSymlinkedParent(const Url& item, std::string_view canonicalRoot, OrdovanFileSystem& fs) {
-    // "link/.." is not the folder that holds the link, so such a way can not be judged by its text.
-    if (hasDotDotPiece(item.path())) return true;
     const bool canonical = isCanonical(item.path());
+    // "link/.." is not the folder that holds the link, so such a way can not be judged by its text.
+    if (!canonical && hasDotDotPiece(item.path())) return true;
     std::string_view folder = ordovan::parentPath(item.path());
     while (!folder.empty()) {
         const Url url = Url::file(folder);

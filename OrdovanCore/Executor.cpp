@@ -3,6 +3,7 @@
 #include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Relocator.h"
 #include "OrdovanCore/RunProgress.h"
+#include "OrdovanCore/Verdict.h"
 
 #include <algorithm>
 #include <expected>
@@ -12,15 +13,10 @@ using ordovan::ExecutionScope;
 using ordovan::Fingerprint;
 using ordovan::Relocation;
 using ordovan::Relocator;
+using ordovan::Verdict;
 using Status = OrdovanExecutionStatus;
 
 namespace {
-
-/// What became of one file.
-struct Verdict {
-    Status status;
-    std::string message;
-};
 
 Verdict couldNotMove(const OrdovanSystemError& error) {
     return {Status::failed, "Could not move this file; it was left in place. " + OrdovanExecutor::failureReason(error)};

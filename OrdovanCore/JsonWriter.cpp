@@ -1,3 +1,4 @@
+#include "OrdovanCore/Hex.h"
 #include "OrdovanCore/Json.h"
 #include "OrdovanCore/Text.h"
 
@@ -23,7 +24,6 @@ bool isPlain(std::string_view text) {
 }
 
 void appendEscape(std::string& out, unsigned codePoint) {
-    constexpr std::string_view digits = "0123456789abcdef";
     switch (codePoint) {
         case '"':
             out += "\\\"";
@@ -49,9 +49,8 @@ void appendEscape(std::string& out, unsigned codePoint) {
         default:
             break;
     }
-    out += "\\u00";
-    out += digits[codePoint / 16];
-    out += digits[codePoint % 16];
+    out += "\\u";
+    appendHex(out, codePoint, 4);
 }
 
 /// The bytes with which something begins that may have to be escaped; 0xC2 leads U+0080 to U+00BF.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <unordered_map>
+#include <utility>
 
 using ordovan::SharedText;
 

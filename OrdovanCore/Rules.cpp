@@ -28,10 +28,6 @@ namespace {
 
 constexpr std::string_view separators = ", ;";
 
-constexpr char lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool isLetterOrDigit(char c) {
     return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
 }
@@ -43,7 +39,7 @@ bool isValidExtension(std::string_view lowerCased) {
 }
 
 bool equalsIgnoringAsciiCase(std::string_view typed, std::string_view lowerCased) {
-    return std::ranges::equal(typed, lowerCased, {}, lowered);
+    return std::ranges::equal(typed, lowerCased, {}, [](char c) { return text::asciiLowercased(c); });
 }
 
 constexpr std::array<json::Member, 3> ruleMembers{{

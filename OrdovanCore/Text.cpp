@@ -35,14 +35,6 @@ const icu::Normalizer2* nfc() {
     return instance;
 }
 
-std::string asciiLowercased(std::string_view text) {
-    std::string lowered(text);
-    for (char& c : lowered) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    return lowered;
-}
-
 }  // namespace
 
 bool isAscii(std::string_view bytes) noexcept {
@@ -56,6 +48,12 @@ bool isAscii(std::string_view bytes) noexcept {
         if ((static_cast<unsigned char>(bytes[i]) & 0x80U) != 0) return false;
     }
     return true;
+}
+
+std::string asciiLowercased(std::string_view text) {
+    std::string lowered(text);
+    for (char& c : lowered) c = asciiLowercased(c);
+    return lowered;
 }
 
 bool isUtf8(std::string_view bytes) noexcept {

@@ -22,6 +22,12 @@ namespace ordovan::text {
 /// True when every byte is below 0x80.
 [[nodiscard]] bool isAscii(std::string_view bytes) noexcept;
 
+/// ASCII letters in lower case, everything else as it is.
+[[nodiscard]] constexpr char asciiLowercased(char c) noexcept {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+[[nodiscard]] std::string asciiLowercased(std::string_view text);
+
 /// Unicode canonical composition (NFC, Unicode Standard Annex 15). Bytes that are not UTF-8 are returned unchanged.
 [[nodiscard]] std::string composed(std::string_view utf8);
 
@@ -91,21 +97,27 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// A time zone by its IANA name ("Europe/Berlin") or as an offset ("GMT+2").
+/// A time zone by its IANA name ("Europe/Berlin") or as an offset ("GMT+2"), or the process's own.
 class TimeZone {
 public:
-    /// The process's zone: TZ, else /etc/localtime, else UTC.
+    /// The process's zone: TZ, else /etc/localtime, else UTC. A TZ that is no IANA name, such as the rules
+    /// "CET-1CEST,M3.5.0,M10.5.0" (tzset(3)), is followed as the C library does.
     static TimeZone current();
     static TimeZone utc();
     /// Nothing for a name that the time zone database does not know.
     static std::optional<TimeZone> named(std::string_view name);
 
+    /// What the zone was named by; for a zone of the C library the whole TZ.
     [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    /// The C library tells its time.
+    [[nodiscard]] bool isOfTheLibrary() const noexcept { return isOfTheLibrary_; }
     friend bool operator==(const TimeZone&, const TimeZone&) = default;
 
 private:
-    explicit TimeZone(std::string name) : name_(std::move(name)) {}
+    explicit TimeZone(std::string name, bool isOfTheLibrary = false)
+        : name_(std::move(name)), isOfTheLibrary_(isOfTheLibrary) {}
     std::string name_;
+    bool isOfTheLibrary_;
 };
 
 /// An instant on the wall clock of a time zone, in the Gregorian calendar.
@@ -126,7 +138,8 @@ public:
     Calendar(Calendar&&) noexcept;
     Calendar& operator=(Calendar&&) noexcept;
 
-    /// `epoch` is in seconds since 1970-01-01 00:00 UTC. Years before 1 and after 9999 are pinned to those; NaN is 1970.
+    /// `epoch` is in seconds since 1970-01-01 00:00 UTC. Years before 1 and after 9999 are pinned to those; NaN is
+    /// 1970.
     [[nodiscard]] LocalDateTime at(double epoch) const;
 
 private:

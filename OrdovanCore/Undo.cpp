@@ -2,6 +2,7 @@
 #include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Relocator.h"
 #include "OrdovanCore/RunProgress.h"
+#include "OrdovanCore/Verdict.h"
 
 #include <algorithm>
 #include <expected>
@@ -11,15 +12,10 @@ using ordovan::ExecutionScope;
 using ordovan::Fingerprint;
 using ordovan::Relocation;
 using ordovan::Relocator;
+using ordovan::Verdict;
 using Status = OrdovanExecutionStatus;
 
 namespace {
-
-/// What became of one entry.
-struct Verdict {
-    Status status;
-    std::string message;
-};
 
 Verdict skipped(const char* message) {
     return {Status::skippedRevalidation, message};

@@ -1,26 +1,26 @@
 #include "OrdovanCore/Url.h"
 
+#include "OrdovanCore/Hex.h"
+
+#include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 using ordovan::SharedText;
 
 namespace {
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 /// Percent-decoding (RFC 3986, section 2.1); a "%" that no two hexadecimal digits follow stays as it is.
 std::string percentDecoded(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%' && i + 2 < text.size() && hexDigit(text[i + 1]) >= 0 && hexDigit(text[i + 2]) >= 0) {
-            out += static_cast<char>(hexDigit(text[i + 1]) * 16 + hexDigit(text[i + 2]));
+        const bool mayBeByte = text[i] == '%' && i + 2 < text.size();
+        const auto high = mayBeByte ? ordovan::hexValue(text[i + 1]) : std::nullopt;
+        const auto low = mayBeByte ? ordovan::hexValue(text[i + 2]) : std::nullopt;
+        if (high && low) {
+            out += static_cast<char>(*high * 16 + *low);
             i += 2;
         } else {
             out += text[i];

@@ -1,5 +1,7 @@
 #include "OrdovanCore/Uuid.h"
 
+#include "OrdovanCore/Hex.h"
+
 #include <cstdlib>
 
 namespace ordovan {
@@ -11,13 +13,6 @@ constexpr std::size_t textSize = 36;
 /// True at the places of the textual form that hold a hyphen.
 constexpr bool isHyphenPlace(std::size_t place) {
     return place == 8 || place == 13 || place == 18 || place == 23;
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
 }
 
 }  // namespace
@@ -39,10 +34,10 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
             if (text[place] != '-') return std::nullopt;
             continue;
         }
-        const int digit = hexDigit(text[place]);
-        if (digit < 0) return std::nullopt;
+        const auto digit = hexValue(text[place]);
+        if (!digit) return std::nullopt;
         std::uint8_t& byte = uuid.bytes[digits / 2];
-        byte = static_cast<std::uint8_t>(byte * 16 + digit);
+        byte = static_cast<std::uint8_t>(byte * 16 + *digit);
         ++digits;
     }
     return uuid;

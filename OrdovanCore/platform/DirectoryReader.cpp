@@ -1,5 +1,6 @@
 #include "OrdovanCore/platform/DirectoryReader.h"
 
+#include "OrdovanCore/Text.h"
 #include "OrdovanCore/platform/Descriptor.h"
 #include "OrdovanCore/platform/RealPath.h"
 
@@ -82,11 +83,7 @@ OrdovanInventoryEntry entryFor(Url url, std::string_view name, const struct stat
 }  // namespace
 
 bool ordovan::isPackageName(std::string_view folderName) {
-    const std::string_view extension = pathExtension(folderName);
-    std::string lowered(extension);
-    for (char& c : lowered) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
+    const std::string lowered = text::asciiLowercased(pathExtension(folderName));
     return !lowered.empty() && std::ranges::find(packageExtensions, lowered) != packageExtensions.end();
 }
 

@@ -1,8 +1,7 @@
 #include "OrdovanCore/platform/ExclusiveMove.h"
 
 #include "OrdovanCore/platform/Descriptor.h"
-
-#include <sys/stat.h>
+#include "OrdovanCore/platform/SameFile.h"
 
 #include <cstdio>
 
@@ -12,10 +11,6 @@ namespace {
 
 bool examine(const char* path, struct ::stat& facts) {
     return ::lstat(path, &facts) == 0;
-}
-
-bool sameItem(const struct ::stat& a, const struct ::stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && (a.st_mode & S_IFMT) == (b.st_mode & S_IFMT);
 }
 
 /// True when the file system, not the situation, is why a call failed.
@@ -32,7 +27,7 @@ int renameOver(const char* from, const char* to) {
 void takeBackLink(const char* from, const char* to, ::nlink_t namesBefore) {
     struct ::stat old, fresh;
     if (!examine(from, old)) return;
-    const bool isOurs = examine(to, fresh) ? sameItem(old, fresh) : errno != ENOENT && old.st_nlink > namesBefore;
+    const bool isOurs = examine(to, fresh) ? isSameItem(old, fresh) : errno != ENOENT && old.st_nlink > namesBefore;
     if (isOurs) ::unlink(to);
 }
 
@@ -44,7 +39,7 @@ int moveByLink(const char* from, const char* to, ::nlink_t names) {
     if (error == 0) {
         // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
         // theirs.
-        if (!examine(from, old) || !sameItem(old, fresh)) return 0;
+        if (!examine(from, old) || !isSameItem(old, fresh)) return 0;
         if (::unlink(from) == 0 || errno == ENOENT) return 0;
         error = errno;
     }
@@ -81,7 +76,7 @@ public:
     [[nodiscard]] int check() const {
         struct ::stat there;
         if (!examine(path_, there)) return errno;
-        return sameItem(made_, there) && there.st_size == 0 ? 0 : EEXIST;
+        return isSameItem(made_, there) && there.st_size == 0 ? 0 : EEXIST;
     }
 
     /// Removes the file while it bears its name and is empty. Where the name can not be looked at, the file itself

@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/platform/FileAttributes.h"
 #include "OrdovanCore/platform/RegularFile.h"
+#include "OrdovanCore/platform/SameFile.h"
 
 #include <linux/fs.h>
 #include <sys/ioctl.h>
@@ -27,7 +28,7 @@ public:
     ~NewFile() {
         struct ::stat there;
         if (error_ != 0 || kept_ || ::lstat(path_, &there) != 0) return;
-        if (there.st_dev == made_.st_dev && there.st_ino == made_.st_ino) ::unlink(path_);
+        if (isSameFile(there, made_)) ::unlink(path_);
     }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
@@ -115,17 +116,11 @@ private:
     CopyWays ways_;
 };
 
-bool sameTime(const ::timespec& a, const ::timespec& b) {
-    return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
-}
-
 /// True when file and path are what they were: not written, not replaced, not renamed.
 bool isUnchanged(const char* path, const RegularFile& file) {
     struct ::stat now, named;
-    const struct ::stat& then = file.facts;
-    return ::fstat(file.descriptor.get(), &now) == 0 && ::lstat(path, &named) == 0 && now.st_size == then.st_size &&
-           sameTime(now.st_mtim, then.st_mtim) && sameTime(now.st_ctim, then.st_ctim) && named.st_dev == then.st_dev &&
-           named.st_ino == then.st_ino;
+    return ::fstat(file.descriptor.get(), &now) == 0 && ::lstat(path, &named) == 0 && isUnwritten(file.facts, now) &&
+           isSameFile(file.facts, named);
 }
 
 }  // namespace

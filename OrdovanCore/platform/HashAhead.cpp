@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/RegularFile.h"
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
 #include <linux/magic.h>
@@ -29,29 +30,6 @@ constexpr std::size_t window = 128;
 /// No more workers than this: beyond it, the disk is what one waits for.
 constexpr unsigned mostWorkers = 4;
 
-/// What must be the same for a file to be untouched.
-struct Stamp {
-    ::dev_t device;
-    ::ino_t inode;
-    ::off_t size;
-    ::timespec modified, changed;
-
-    explicit Stamp(const struct ::stat& facts)
-        : device(facts.st_dev),
-          inode(facts.st_ino),
-          size(facts.st_size),
-          modified(facts.st_mtim),
-          changed(facts.st_ctim) {}
-
-    friend bool operator==(const Stamp& a, const Stamp& b) {
-        const auto same = [](const ::timespec& x, const ::timespec& y) {
-            return x.tv_sec == y.tv_sec && x.tv_nsec == y.tv_nsec;
-        };
-        return a.device == b.device && a.inode == b.inode && a.size == b.size && same(a.modified, b.modified) &&
-               same(a.changed, b.changed);
-    }
-};
-
 double secondsOf(const ::timespec& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
@@ -76,7 +54,7 @@ bool hasReliableStamps(int descriptor) {
 }
 
 struct Hashed {
-    Stamp stamp;
+    struct ::stat facts;  ///< of the file that the hash is good for
     std::string hash;
 };
 
@@ -85,7 +63,7 @@ class Hasher {
 public:
     explicit Hasher(const HashAheadFileSystem::Options& options) : options_(options) {}
 
-    /// The file's hash and the stamp it is good for; nothing when it can not be vouched for. What is no regular file is
+    /// The file's hash and the file it is good for; nothing when it can not be vouched for. What is no regular file is
     /// not even opened: opening a FIFO wakes whoever waits at its other end, and opening a device may do anything.
     std::optional<Hashed> hash(const Url& url, const std::function<bool()>& shouldContinue) {
         const SystemPath path(url);
@@ -98,8 +76,8 @@ public:
         auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
         struct ::stat after;
         if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
-        if (!(Stamp(file.facts) == Stamp(after))) return std::nullopt;
-        return Hashed{Stamp(after), std::move(*hash)};
+        if (!isUnwritten(file.facts, after)) return std::nullopt;
+        return Hashed{after, std::move(*hash)};
     }
 
 private:
@@ -125,10 +103,11 @@ private:
     bool reliable_ = false;
 };
 
-bool isUntouched(const Url& url, const Stamp& stamp) {
+bool isUntouched(const Url& url, const struct ::stat& before) {
     const SystemPath path(url);
     struct ::stat facts;
-    return path.error() == 0 && ::lstat(path.text(), &facts) == 0 && S_ISREG(facts.st_mode) && Stamp(facts) == stamp;
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0 && S_ISREG(facts.st_mode) &&
+           isSameFile(before, facts) && isUnwritten(before, facts);
 }
 
 }  // namespace
@@ -232,7 +211,7 @@ HashAheadFileSystem::~HashAheadFileSystem() = default;
 
 OrdovanResult<std::string> HashAheadFileSystem::contentHash(const Url& url) {
     std::optional<Hashed> ahead = queue_ == nullptr ? std::nullopt : queue_->take(url);
-    if (ahead && isUntouched(url, ahead->stamp)) {
+    if (ahead && isUntouched(url, ahead->facts)) {
         ++handedOut_;
         return std::move(ahead->hash);
     }

@@ -1,5 +1,7 @@
 #include "OrdovanCore/platform/Sha256.h"
 
+#include "OrdovanCore/Hex.h"
+
 #include <openssl/evp.h>
 
 #include <array>
@@ -45,13 +47,9 @@ bool Sha256::add(const void* bytes, std::size_t size) {
 std::string Sha256::finish() {
     std::array<unsigned char, 32> digest{};
     if (::EVP_DigestFinal_ex(state_->context.get(), digest.data(), nullptr) != 1) return {};
-    constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     text.reserve(2 * digest.size());
-    for (const unsigned char byte : digest) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
+    for (const unsigned char byte : digest) appendHex(text, byte, 2);
     return text;
 }
 

@@ -1,5 +1,7 @@
 #include "OrdovanCore/platform/Sha256Streams.h"
 
+#include "OrdovanCore/Hex.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstring>
@@ -99,12 +101,9 @@ bool Sha256Streams::addByLibrary(const Sha256Job& job) {
 }
 
 std::string hexadecimal(const Sha256State& digest) {
-    constexpr std::string_view digits = "0123456789abcdef";
     std::string text;
     text.reserve(wordDigits * digest.size());
-    for (const std::uint32_t word : digest) {
-        for (int shift = 28; shift >= 0; shift -= 4) text += digits[(word >> shift) & 15];
-    }
+    for (const std::uint32_t word : digest) appendHex(text, word, static_cast<int>(wordDigits));
     return text;
 }
 

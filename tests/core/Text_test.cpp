@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
 #include <limits>
+#include <optional>
 #include <random>
+#include <string>
 
 namespace text = ordovan::text;
 
@@ -155,6 +159,69 @@ TEST(Calendar, PinsWhatNoDateCanHold) {
     EXPECT_EQ(utc.at(1e300).year, 9999);
     EXPECT_EQ(utc.at(-std::numeric_limits<double>::infinity()).year, 1);
     EXPECT_EQ(utc.at(std::nan("")).year, 1970);
+}
+
+namespace {
+
+/// TZ set to a text while this lives.
+class ZoneVariable {
+public:
+    explicit ZoneVariable(const char* value) {
+        if (const char* const set = ::getenv("TZ")) before_ = set;
+        ::setenv("TZ", value, 1);
+    }
+    ~ZoneVariable() {
+        if (before_)
+            ::setenv("TZ", before_->c_str(), 1);
+        else
+            ::unsetenv("TZ");
+        ::tzset();
+    }
+    ZoneVariable(const ZoneVariable&) = delete;
+    ZoneVariable& operator=(const ZoneVariable&) = delete;
+
+private:
+    std::optional<std::string> before_;
+};
+
+/// The hour that the process's clock shows at an instant when TZ is this.
+int hourIn(const char* zone, double epoch) {
+    const ZoneVariable variable(zone);
+    return text::Calendar(text::TimeZone::current()).at(epoch).hour;
+}
+
+constexpr double winterNoon = 1'705'320'000;  // 2024-01-15 12:00 UTC
+constexpr double summerNoon = 1'721'044'800;  // 2024-07-15 12:00 UTC
+
+}  // namespace
+
+TEST(TimeZone, OfTheProcessIsTheOneNamedByTZ) {
+    for (const char* zone : {"Europe/Berlin", ":Europe/Berlin"}) {
+        EXPECT_EQ(hourIn(zone, winterNoon), 13) << zone;
+        EXPECT_EQ(hourIn(zone, summerNoon), 14) << zone;
+    }
+    const ZoneVariable variable("Europe/Berlin");
+    EXPECT_EQ(text::TimeZone::current(), text::TimeZone::named("Europe/Berlin"));
+}
+
+TEST(TimeZone, OfTheProcessMayBeRulesInsteadOfAName) {
+    EXPECT_EQ(hourIn("CET-1CEST,M3.5.0,M10.5.0", winterNoon), 13);
+    EXPECT_EQ(hourIn("CET-1CEST,M3.5.0,M10.5.0", summerNoon), 14);
+    EXPECT_EQ(hourIn("<+0530>-5:30", winterNoon), 17);
+    EXPECT_EQ(hourIn("GMT+2", winterNoon), 10);
+    EXPECT_EQ(hourIn("UTC0", winterNoon), 12);
+}
+
+TEST(TimeZone, OfTheProcessIsUtcWhereTZMeansNothing) {
+    for (const char* zone : {"", ":", "Nowhere/At_All", "\xff"}) EXPECT_EQ(hourIn(zone, summerNoon), 12) << zone;
+}
+
+TEST(TimeZone, OfRulesHoldsForFarTimesAsWell) {
+    const ZoneVariable variable("CET-1");
+    const text::Calendar calendar(text::TimeZone::current());
+    EXPECT_EQ(calendar.at(-1e300), (text::LocalDateTime{1, 1, 1, 1, 0, 0}));
+    EXPECT_EQ(calendar.at(1e300), (text::LocalDateTime{9999, 12, 31, 23, 59, 59}));
+    EXPECT_EQ(calendar.at(-1), (text::LocalDateTime{1970, 1, 1, 0, 59, 59}));
 }
 
 TEST(TimeZone, IsRefusedWhenTheDatabaseDoesNotKnowIt) {

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "OrdovanCore/Executor.h"
+
+#include <string>
+
+namespace ordovan {
+
+/// What became of one file of a run.
+struct Verdict {
+    OrdovanExecutionStatus status;
+    std::string message;  ///< a sentence for the user
+};
+
+}  // namespace ordovan
