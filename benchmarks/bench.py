@@ -214,6 +214,8 @@ def main():
                 part(bench)
     finally:
         shutil.rmtree(bench.home, ignore_errors=True)
+    if not bench.rows:
+        return
     with open("/proc/cpuinfo") as info:
         model = next((line.split(":")[1].strip() for line in info if line.startswith("model name")), "unknown")
     print("%s, %d cores, Linux %s, %s cache, medians of %d rounds\n" % (

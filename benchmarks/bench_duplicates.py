@@ -186,9 +186,9 @@ def duplicates(bench, data, only=""):
     else:
         sets |= {maker: {} for maker in (one_size, last_bytes, last_byte_large, all_equal, all_empty)}
     for maker, limits in sets.items():
-        if only in maker.__name__:
+        if only in "duplicates " + maker.__name__:
             compare_set(bench, data, maker, limits)
-    if not bench.cold and only in "memory":
+    if not bench.cold and only in "duplicates memory":
         memory(bench, data)
 
 
@@ -206,8 +206,9 @@ def main():
         duplicates(bench, DATA, options.only)
     finally:
         shutil.rmtree(bench.home, ignore_errors=True)
-    print("| Work | ordovan+ | Peer | peer's | Ratio | At most |\n|---|---|---|---|---|---|")
-    print("\n".join(bench.rows))
+    if bench.rows:
+        print("\n| Work | ordovan+ | Peer | peer's | Ratio | At most |\n|---|---|---|---|---|---|")
+        print("\n".join(bench.rows))
 
 
 if __name__ == "__main__":
