@@ -21,6 +21,7 @@ struct RowAction {
     bool enabled = true;
     bool menuOnly = false;   ///< in the context menu alone
     bool glyphOnly = false;  ///< drawn as its glyph, with the text as its accessible name
+    bool activates = true;   ///< Return and a double click may trigger it; false for what is not lightly done
     friend bool operator==(const RowAction&, const RowAction&) = default;
 };
 
@@ -42,9 +43,10 @@ struct RowContent {
     QString detail;  ///< second line; on a head what stands on its right
     QString count;   ///< on a head: quietly behind the title
     bool detailIsWarning = false;
+    QList<Chip> tags;  ///< small pills before the title
     std::optional<Chip> chip;
     QStringList columns;  ///< on the right, aligned right, one a column of the view
-    double share = 0;     ///< 0 to 1: the bar behind the row
+    double share = 0;     ///< 0 to 1: the bar behind the row; the first column is what it measures
     QString toolTip;
     QString description;  ///< what assistive technologies say besides the title
     QList<RowAction> actions;
@@ -59,9 +61,12 @@ public:
 
     using QAbstractListModel::QAbstractListModel;
 
-    /// The rows that are heads, ascending; empty where the list has no groups. Constant time.
+    /// The rows that are heads, ascending; empty where the list has no groups. Constant time. Holds until the model
+    /// says that its rows change.
     [[nodiscard]] virtual std::span<const int> heads() const = 0;
     [[nodiscard]] virtual RowContent content(int row) const = 0;
+    /// The title in `content(row)`; for the search by typing, which may ask for all of them.
+    [[nodiscard]] virtual QString title(int row) const { return content(row).title; }
     /// Ticks or chooses a row, as a click on its mark or Space does. Rows without a mark ignore it.
     virtual void toggle(int row) { Q_UNUSED(row) }
 
@@ -70,5 +75,9 @@ public:
     /// From `content`: the title, the tick, the tool tip and the accessible texts.
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+    /// Heads are enabled, rows selectable as well.
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
+    /// For `Qt::DisplayRole` by titles, over heads; otherwise as any model does.
+    [[nodiscard]] QModelIndexList match(const QModelIndex& start, int role, const QVariant& value, int hits,
+                                        Qt::MatchFlags flags) const override;
 };
