@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <unordered_set>
+#include <utility>
 
 using Reason = OrdovanInventorySkip::Reason;
 
@@ -71,7 +72,7 @@ public:
     /// Recursive; the depth of the call stack is the depth of the tree, which `maxDepth` bounds.
     void visit(const Url& directory, std::size_t depth) {
         if (found_.truncated || cancelled_) return;
-        if (!shouldContinue_()) {
+        if (shouldContinue_ && !shouldContinue_()) {
             cancelled_ = true;
             return;
         }

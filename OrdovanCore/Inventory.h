@@ -95,7 +95,7 @@ namespace OrdovanInventoryScanner {
 /// links, never entering packages, leaving out hidden items (unless asked) and the excluded subtrees.
 ///
 /// `shouldContinue` is polled on the calling thread once for each directory before it is read; once it says false the
-/// walk stops and what was gathered is returned with `truncated` false. A limit that stops the walk is recorded as
+/// walk stops and what was gathered is returned with `truncated` false; without one nothing stops the walk. A limit that stops the walk is recorded as
 /// one skip. Never fails: a directory that can not be listed is a skip. Synchronous; keeps no state.
 [[nodiscard]] OrdovanInventory scan(const Url& root, OrdovanDirectoryReading& reader,
                                     const OrdovanInventoryLimits& limits, std::span<const Url> excludedSubtrees,

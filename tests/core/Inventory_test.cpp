@@ -239,6 +239,11 @@ TEST(Inventory, IsEmptyWhenStoppedAtOnce) {
     EXPECT_EQ(OrdovanInventoryScanner::scan(root, reader, {}, {}, [] { return false; }), OrdovanInventory{});
 }
 
+TEST(Inventory, GoesOnToTheEndWhereNobodyAsksItToStop) {
+    MemoryDirectoryReader reader({"a/b", "c"});
+    EXPECT_EQ(names(OrdovanInventoryScanner::scan(root, reader, {}, {}, {}).files), (Lines{"a/b", "c"}));
+}
+
 TEST(Inventory, ReportsAnUnreadableFolderAndWalksItsSiblings) {
     MemoryDirectoryReader reader({"a/x", "b/y"});
     reader.setUnreadable("/root/a", EACCES);
