@@ -88,3 +88,8 @@ std::string OrdovanPlanExport::csv(const OrdovanPlanResult& plan, const Excluded
     }
     return out;
 }
+
+std::string OrdovanPlanExport::text(OrdovanPlanExportFormat format, const OrdovanPlanResult& plan,
+                                    std::string_view folderName, const Excluded& excluded) {
+    return format == OrdovanPlanExportFormat::csv ? csv(plan, excluded) : markdown(plan, folderName, excluded);
+}

@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
 constexpr const char* heldElsewhere = "Another ordovan+ run is working in this folder. Try again when it has finished.";
+constexpr const char* exportFailed = "The plan couldn't be saved there. Try another folder.";
 constexpr double secondsPerDay = 86'400;
 
 }  // namespace
@@ -178,6 +179,22 @@ std::unordered_map<std::string, double> TidyViewModel::modificationTimes() const
         if (entry.modifiedEpoch) modified.emplace(entry.url.path(), *entry.modifiedEpoch);
     }
     return modified;
+}
+
+// Export.
+
+bool TidyViewModel::exportPlan(const Url& file, OrdovanPlanExportFormat format) {
+    if (isExporting_ || !hasPreview()) return false;
+    isExporting_ = true;
+    ports_.tasks.compute(
+        [write = ports_.writeDocument, file, format, plan = plan_, excluded = excluded_, root = *rootURL_] {
+            return write(file, OrdovanPlanExport::text(format, *plan, root.lastPathComponent(), excluded)).has_value();
+        },
+        whileAlive([this](bool saved) {
+            isExporting_ = false;
+            Q_EMIT planExported(saved ? QString() : QString::fromLatin1(exportFailed));
+        }));
+    return true;
 }
 
 // Runs.

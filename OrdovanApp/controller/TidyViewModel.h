@@ -8,6 +8,7 @@
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/KeepPolicy.h"
+#include "OrdovanCore/PlanExport.h"
 #include "OrdovanCore/Planner.h"
 #include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Rules.h"
@@ -16,6 +17,7 @@
 #include "OrdovanCore/Url.h"
 
 #include <QObject>
+#include <QString>
 
 #include <cstdint>
 #include <memory>
@@ -147,6 +149,12 @@ public:
     /// Ticks the files last changed more than this many days ago, and unticks the others.
     void tickOlderThan(double days);
 
+    // Export.
+    /// Writes the plan of the chosen folder, and what of it is ticked, to a file, on a background task: whole or not at
+    /// all. A regular file of that name is replaced (the user was asked). False without a plan of the chosen folder, or
+    /// while another export goes on. True when it was started; `planExported` tells how it went.
+    bool exportPlan(const Url& file, OrdovanPlanExportFormat format);
+
     // Duplicates and large files.
     /// Looks for files of equal content among the previewed ones. False without a preview of the chosen folder, or
     /// while a search goes on. True when a search was started; it has ended when `isScanningDuplicates` is false again.
@@ -208,6 +216,8 @@ Q_SIGNALS:
     void excludedChanged();
     void historyChanged();
     void recentFoldersChanged();
+    /// An export has ended: `error` is empty when the file was saved, else a sentence for the user.
+    void planExported(const QString& error);
     /// An organize or an undo goes on: files done, of how many. At most some ten times a second.
     void runProgressed(quint64 done, quint64 total);
     /// A run with the Trash goes on: files and their bytes done, of how many. At most some ten times a second.
@@ -288,6 +298,7 @@ private:
     std::vector<OrdovanRunRecord> unsavedRuns_;  // newest first
     std::vector<Url> recentFolders_;
 
+    bool isExporting_ = false;
     std::shared_ptr<CancelFlag> scanFlag_;
     std::shared_ptr<CancelFlag> searchFlag_;
     std::shared_ptr<CancelFlag> runFlag_;

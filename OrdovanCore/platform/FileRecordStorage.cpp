@@ -1,13 +1,10 @@
 #include "OrdovanCore/platform/FileRecordStorage.h"
 
-#include "OrdovanCore/Uuid.h"
 #include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
-
-#include <dirent.h>
-#include <sys/file.h>
+#include "OrdovanCore/platform/TemporaryFile.h"
 
 #include <memory>
 #include <string>
@@ -23,82 +20,10 @@ OrdovanResult<void> outcome(int error) {
     return {};
 }
 
-/// The temporary file of a document that is being written: hidden, in the same folder, named after the document and a
-/// UUID, mode 0600. Removed at the end unless it became the document. While it is being written it is locked, so
-/// that one left by a process that died can be told from one in use.
-class Temporary {
-public:
-    explicit Temporary(std::string_view document)
-        : folder_(parentPath(document)), prefix_("." + std::string(lastPathComponent(document)).substr(0, 200) + ".") {}
-    ~Temporary() {
-        if (!path_.empty()) ::unlink(path_.c_str());
-    }
-    Temporary(const Temporary&) = delete;
-    Temporary& operator=(const Temporary&) = delete;
-
-    [[nodiscard]] int make() {
-        for (;;) {
-            path_ = folder_ + "/" + prefix_ + Uuid::random().text();
-            file_ = Descriptor::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
-            if (!file_) {
-                path_.clear();
-                return errno;
-            }
-            if (::fchmod(file_.get(), 0600) != 0) return errno;  // whatever the umask
-            lock_ = Descriptor(::fcntl(file_.get(), F_DUPFD_CLOEXEC, 0));
-            if (!lock_) return errno;
-            // Another writer that was just sweeping up may hold it and remove it; then make another.
-            const bool taken = ::flock(lock_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-            struct ::stat facts;
-            if (!taken && ::lstat(path_.c_str(), &facts) == 0) return 0;
-        }
-    }
-
-    [[nodiscard]] int write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const ::ssize_t written = ::write(file_.get(), bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR) continue;
-            if (written < 0) return errno;
-            bytes.remove_prefix(static_cast<std::size_t>(written));
-        }
-        return 0;
-    }
-
-    /// Flushes it and renames it over the document.
-    [[nodiscard]] int become(const char* document) {
-        if (::fsync(file_.get()) != 0) return errno;
-        const int error = file_.close();
-        if (error != 0) return error;
-        if (::rename(path_.c_str(), document) != 0) return errno;
-        path_.clear();
-        return syncFolderOf(document);
-    }
-
-    /// Removes the document's temporaries that nobody holds: what a power cut or a killed process left.
-    void removeStale() const {
-        const std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(folder_.c_str()), ::closedir);
-        if (listing == nullptr) return;
-        const int folder = ::dirfd(listing.get());
-        while (const ::dirent* entry = ::readdir(listing.get())) {
-            const std::string_view name = entry->d_name;
-            if (!name.starts_with(prefix_) || !Uuid::parse(name.substr(prefix_.size()))) continue;
-            const Descriptor stale = Descriptor::openAt(folder, entry->d_name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-            if (stale && ::flock(stale.get(), LOCK_EX | LOCK_NB) == 0) ::unlinkat(folder, entry->d_name, 0);
-        }
-    }
-
-private:
-    std::string folder_;
-    std::string prefix_;
-    std::string path_;  // empty when there is nothing to remove
-    Descriptor file_;
-    Descriptor lock_;
-};
-
 /// Gathers small pieces, so that a producer may hand over single words.
 class BufferedWriter {
 public:
-    explicit BufferedWriter(Temporary& file) : file_(file) { gathered_.reserve(pieceSize); }
+    explicit BufferedWriter(TemporaryFile& file) : file_(file) { gathered_.reserve(pieceSize); }
 
     bool add(std::string_view piece) {
         if (gathered_.size() + piece.size() > pieceSize && !flush()) return false;
@@ -119,7 +44,7 @@ private:
         return error_ == 0;
     }
 
-    Temporary& file_;
+    TemporaryFile& file_;
     std::string gathered_;
     int error_ = 0;
 };
@@ -127,9 +52,10 @@ private:
 int writeDocument(const SystemPath& path, const RecordStorage::Producer& producer) {
     int error = makeFolders(parentPath(path.view()), 0700);
     if (error != 0) return error;
-    Temporary temporary(path.view());
+    TemporaryFile temporary(path.view());
     temporary.removeStale();
-    error = temporary.make();
+    error = temporary.make(0600);
+    if (error == 0) error = temporary.setMode(0600);
     if (error != 0) return error;
     BufferedWriter writer(temporary);
     const bool produced = producer([&](std::string_view piece) { return writer.add(piece); });
