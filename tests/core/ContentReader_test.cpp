@@ -149,16 +149,16 @@ TEST(ContentReader, FindsEqualSparseFiles) {
 }
 
 TEST(ContentReader, FindsEqualSparseFilesOfOver4GiB) {
-    if (std::getenv("ORDOVAN_LONG_TESTS") == nullptr) GTEST_SKIP() << "takes long; set ORDOVAN_LONG_TESTS to run it";
-    const TempFolder folder;
+    // A file system in memory gives what was never written at once; any other fills the page cache with it.
+    const TempFolder folder = ::access("/dev/shm", W_OK) == 0 ? TempFolder("/dev/shm") : TempFolder();
     constexpr std::int64_t size = (std::int64_t{1} << 32) + 12'345;
     const std::vector<OrdovanInventoryEntry> files = {sparseFile(folder, "a", size, "end"),
                                                       sparseFile(folder, "b", size, "end")};
     SystemContentReader reader;
-    SystemFileSystem fs;
     const OrdovanDuplicateReport report = OrdovanDuplicateFinder::find(files, reader, {}).value();
     ASSERT_EQ(report.groups.size(), 1U);
-    EXPECT_EQ(report.groups[0].contentHash, fs.contentHash(files[0].url).value());
+    // (printf begin; head -c 4294979633 /dev/zero; printf end) | sha256sum
+    EXPECT_EQ(report.groups[0].contentHash, "aa85f29920ec539a21a10288507c09f3fd550449f65640a70c9d7991ca7056f8");
     EXPECT_EQ(report.reclaimableBytes(), size);
 }
 

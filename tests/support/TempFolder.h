@@ -21,9 +21,9 @@ namespace ordovan::test {
 /// folders that nobody may read or enter included.
 class TempFolder {
 public:
-    TempFolder() {
-        const char* base = std::getenv("TMPDIR");
-        path_ = std::string(base != nullptr && *base == '/' ? base : "/tmp") + "/ordovan-test-XXXXXX";
+    TempFolder() : TempFolder(usualPlace()) {}
+    /// Below another folder.
+    explicit TempFolder(const std::string& base) : path_(base + "/ordovan-test-XXXXXX") {
         if (::mkdtemp(path_.data()) == nullptr) throw std::system_error(errno, std::generic_category(), path_);
         ::chmod(path_.c_str(), 0755);
     }
@@ -86,6 +86,10 @@ public:
     }
 
 private:
+    static std::string usualPlace() {
+        const char* base = std::getenv("TMPDIR");
+        return base != nullptr && *base == '/' ? base : "/tmp";
+    }
     static void openUp(const std::filesystem::path& folder) {
         ::chmod(folder.c_str(), 0700);
         std::error_code ignored;
