@@ -26,7 +26,9 @@ int RowsGeometry::height() const {
     return topOf(groupCount());
 }
 
-int RowsGeometry::groupCount() const { return static_cast<int>(heads_.size()) + (leading_ ? 1 : 0); }
+int RowsGeometry::groupCount() const {
+    return static_cast<int>(heads_.size()) + (leading_ ? 1 : 0);
+}
 
 int RowsGeometry::groupOf(int row) const {
     const auto after = std::ranges::upper_bound(heads_, row) - heads_.begin();

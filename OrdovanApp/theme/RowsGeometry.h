@@ -60,7 +60,7 @@ private:
     std::span<const int> heads_;
     int rowCount_ = 0;
     Metrics metrics_;
-    bool leading_ = false;       // the first group has no head
+    bool leading_ = false;  // the first group has no head
     int columns_ = 1;
     std::vector<int> lineTops_;  // of cards, and where a further line would begin
 };

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
-bool RowsModel::isHead(int row) const { return std::ranges::binary_search(heads(), row); }
+bool RowsModel::isHead(int row) const {
+    return std::ranges::binary_search(heads(), row);
+}
 
 QVariant RowsModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};

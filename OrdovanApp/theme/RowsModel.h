@@ -30,7 +30,7 @@ struct RowContent {
     enum class Mark { none, tick, radio, warning, grip };
     struct Chip {
         QString text;
-        QColor color;  ///< of the text; the surface goes with it
+        QColor color;  ///< of the text, the surface goes with it; none: quiet text without a surface
         friend bool operator==(const Chip&, const Chip&) = default;
     };
 

@@ -1,0 +1,160 @@
+#include "OrdovanApp/theme/RowsPainter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int margin = 16;
+constexpr int gap = 12;
+constexpr int markSize = 16;
+constexpr int markColumn = 20;
+constexpr int glyphSize = 34;
+constexpr int cardGlyphSize = 28;
+constexpr int smallGlyphSize = 16;
+constexpr int pillHeight = 24;
+constexpr int pillPadding = 10;
+constexpr int longestPill = 180;
+constexpr int buttonHeight = 28;
+constexpr int buttonPadding = 12;
+constexpr int buttonGap = 8;
+constexpr int shortestTitle = 140;
+
+int ceilWidth(const QFontMetricsF& metrics, const QString& text) {
+    return static_cast<int>(std::ceil(metrics.horizontalAdvance(text)));
+}
+
+QRect centred(const QRect& row, int left, int width, int height) {
+    return {left, row.top() + (row.height() - height) / 2, width, height};
+}
+
+}  // namespace
+
+QRect RowsPainter::Layout::markTarget(const QRect& row) const {
+    if (mark.isEmpty()) return {};
+    return {row.left(), row.top(), mark.right() + gap - row.left(), row.height()};
+}
+
+RowsPainter::RowsPainter(const ThemeEnvironment& theme) : theme_(theme) {
+    refresh();
+}
+
+void RowsPainter::refresh() {
+    const auto type = [this](ThemeEnvironment::Type size) {
+        const QFont font = theme_.font(size);
+        return Type{font, QFontMetricsF(font)};
+    };
+    title_ = type(ThemeEnvironment::Type::bodyStrong);
+    detail_ = type(ThemeEnvironment::Type::caption);
+    strong_ = type(ThemeEnvironment::Type::captionStrong);
+}
+
+int RowsPainter::titleHeight(const Type& type) const {
+    return static_cast<int>(std::ceil(type.metrics.height())) + 1;
+}
+
+int RowsPainter::leastRowHeight() const {
+    return titleHeight(title_) + titleHeight(detail_) + gap;
+}
+
+int RowsPainter::leastHeadHeight() const {
+    return titleHeight(title_) + gap;
+}
+
+RowsPainter::Layout RowsPainter::layout(const RowContent& content, const QRect& row, Head head) const {
+    Layout layout;
+    Edges edges{row.left() + (head == Head::outside ? 4 : margin), row.right() + 1 - margin};
+    if (head == Head::none && content.mark != RowContent::Mark::none) {
+        layout.mark = centred(row, edges.left, markSize, markSize);
+        edges.left += (content.glyph ? markColumn : markSize) + gap;
+    }
+    if (content.glyph) {
+        const int size = head == Head::none ? glyphSize : head == Head::card ? cardGlyphSize : smallGlyphSize;
+        layout.glyph = centred(row, edges.left, size, size);
+        edges.left += size + (head == Head::none ? gap : gap - 2);
+    }
+    for (const RowContent::Chip& tag : content.tags) {
+        const int width = std::min(longestPill, ceilWidth(strong_.metrics, tag.text) + 2 * pillPadding);
+        layout.tags.push_back(centred(row, edges.left, width, pillHeight));
+        edges.left += width + buttonGap;
+    }
+    placeButtons(content, row, layout, edges);
+    placeColumns(content, row, layout, edges);
+    placeTexts(content, row, head, layout, edges);
+    return layout;
+}
+
+int RowsPainter::buttonWidth(const RowAction& action) const {
+    if (action.glyphOnly && action.glyph) return buttonHeight;
+    const int glyph = action.glyph ? smallGlyphSize + buttonGap : 0;
+    return ceilWidth(strong_.metrics, action.text) + glyph + 2 * buttonPadding;
+}
+
+void RowsPainter::placeButtons(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
+    for (int i = static_cast<int>(content.actions.size()) - 1; i >= 0; --i) {
+        const RowAction& action = content.actions[i];
+        if (action.menuOnly) continue;
+        const int width = buttonWidth(action);
+        layout.buttons.insert(layout.buttons.begin(),
+                              Button{i, centred(row, edges.right - width, width, buttonHeight)});
+        edges.right -= width + buttonGap;
+    }
+    if (!layout.buttons.empty()) edges.right -= gap - buttonGap;
+}
+
+void RowsPainter::placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
+    const int chip = content.chip
+                         ? std::min(longestPill, ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding) + gap
+                         : 0;
+    int shown = static_cast<int>(std::min(content.columns.size(), columnWidths_.size()));
+    const auto width = [&](int columns) {
+        int sum = 0;
+        for (int i = 0; i < columns; ++i) sum += columnWidths_[i] + gap;
+        return sum;
+    };
+    while (shown > 0 && edges.right - edges.left - chip - width(shown) < shortestTitle) --shown;
+    int left = edges.right - width(shown) + gap;
+    edges.right -= width(shown);
+    for (int i = 0; i < shown; ++i) {
+        layout.columns.emplace_back(left, row.top(), columnWidths_[i], row.height());
+        left += columnWidths_[i] + gap;
+    }
+    if (content.chip) {
+        layout.chip = centred(row, edges.right - chip + gap, chip - gap, pillHeight);
+        edges.right -= chip;
+    }
+}
+
+void RowsPainter::placeTexts(const RowContent& content, const QRect& row, Head head, Layout& layout,
+                             Edges edges) const {
+    const int width = std::max(0, edges.right - edges.left);
+    if (head == Head::none) {
+        const int first = titleHeight(title_);
+        const int second = content.detail.isEmpty() ? 0 : titleHeight(detail_);
+        const int top = row.top() + (row.height() - first - second) / 2;
+        layout.title = QRect(edges.left, top, width, first);
+        if (second > 0) layout.detail = QRect(edges.left, top + first, width, second);
+        return;
+    }
+    int titleRoom = width;
+    if (!content.detail.isEmpty()) {
+        const int room = std::min(width / 2, ceilWidth(detail_.metrics, content.detail) + 1);
+        layout.detail = QRect(edges.right - room, row.top(), room, row.height());
+        titleRoom -= room + gap;
+    }
+    const int count = content.count.isEmpty() ? 0 : ceilWidth(strong_.metrics, content.count) + 1;
+    const int title = std::clamp(ceilWidth(titleType(head).metrics, content.title) + 1, 0,
+                                 std::max(0, titleRoom - (count > 0 ? count + gap : 0)));
+    layout.title = QRect(edges.left, row.top(), title, row.height());
+    if (count > 0) layout.count = QRect(edges.left + title + gap - 2, row.top(), count, row.height());
+}
+
+bool RowsPainter::isElided(const RowContent& content, const Layout& layout) const {
+    const auto exceeds = [](const QFontMetricsF& metrics, const QString& text, const QRect& rect) {
+        return !rect.isEmpty() && metrics.horizontalAdvance(text) > rect.width();
+    };
+    return exceeds(title_.metrics, content.title, layout.title) ||
+           exceeds(detail_.metrics, content.detail, layout.detail) ||
+           (content.chip && ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding > longestPill) ||
+           static_cast<qsizetype>(layout.columns.size()) < content.columns.size();
+}

@@ -1,0 +1,175 @@
+#include "OrdovanApp/theme/RowsPainter.h"
+
+#include <QPolygonF>
+
+#include <algorithm>
+
+namespace {
+
+constexpr qreal strokeWidth = 1.5;
+
+/// A rectangle whose outline of `width` falls on whole pixels inside it.
+QRectF outlined(const QRect& rect, qreal width) {
+    return QRectF(rect).adjusted(width / 2, width / 2, -width / 2, -width / 2);
+}
+
+}  // namespace
+
+void RowsPainter::paint(QPainter& painter, const RowContent& content, const QRect& row, Head head,
+                        const State& state) const {
+    const ThemeColors& colors = theme_.colors();
+    const Layout layout = this->layout(content, row, head);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintSurface(painter, content, row, head, state);
+    if (!layout.mark.isEmpty()) paintMark(painter, content, layout.mark);
+    if (!layout.glyph.isEmpty()) paintGlyph(painter, content, layout.glyph, head);
+    const bool tinted = state.selected || (content.mark == RowContent::Mark::radio && content.marked);
+    for (std::size_t i = 0; i < layout.tags.size(); ++i) {
+        paintPill(painter, content.tags[static_cast<qsizetype>(i)], layout.tags[i], tinted);
+    }
+    const bool quietHead = head == Head::band || head == Head::outside;
+    const QColor title = content.dimmed ? colors.faintText : quietHead ? colors.secondText : colors.text;
+    paintText(painter, titleType(head), title, layout.title, content.title);
+    const QColor detail = content.detailIsWarning                ? colors.warning
+                          : content.dimmed || head == Head::card ? colors.faintText
+                                                                 : colors.secondText;
+    paintText(painter, detail_, detail, layout.detail, content.detail,
+              head == Head::none ? Qt::AlignLeft : Qt::AlignRight);
+    paintText(painter, strong_, colors.faintText, layout.count, content.count);
+    if (content.chip) paintPill(painter, *content.chip, layout.chip, tinted);
+    paintColumns(painter, content, layout);
+    for (const Button& button : layout.buttons) {
+        paintButton(painter, content.actions[button.action], button.rect, state);
+    }
+    if (state.focused) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(colors.accent, 2));
+        painter.drawRoundedRect(outlined(row.adjusted(2, 2, -2, -3), 2), 6, 6);
+    }
+}
+
+void RowsPainter::paintSurface(QPainter& painter, const RowContent& content, const QRect& row, Head head,
+                               const State& state) const {
+    const ThemeColors& colors = theme_.colors();
+    const bool chosen = content.mark == RowContent::Mark::radio && content.marked;
+    if (head == Head::band) {
+        painter.fillRect(row, colors.groupHead);
+    } else if (head == Head::none) {
+        if (content.share > 0) {
+            const int width = static_cast<int>(std::min(1.0, content.share) * row.width());
+            painter.fillRect(QRect(row.left(), row.top(), width, row.height()), colors.tint);
+        }
+        const bool showsSelection = state.selected && content.mark != RowContent::Mark::radio;
+        if (chosen || showsSelection) {
+            painter.fillRect(row, content.share > 0 ? colors.tintStrong : colors.tint);
+        } else if (state.hovered && content.share <= 0) {
+            painter.fillRect(row, colors.hover);
+        }
+    }
+    if (state.lined) painter.fillRect(QRect(row.left(), row.bottom(), row.width(), 1), colors.hairline);
+}
+
+void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const QRect& rect) const {
+    const ThemeColors& colors = theme_.colors();
+    switch (content.mark) {
+        case RowContent::Mark::none:
+            return;
+        case RowContent::Mark::tick:
+            if (!content.marked) {
+                painter.setPen(QPen(colors.control, strokeWidth));
+                painter.setBrush(colors.card);
+                painter.drawRoundedRect(outlined(rect, strokeWidth), 4, 4);
+                return;
+            }
+            painter.setPen(Qt::NoPen);
+            painter.setBrush(colors.accent);
+            painter.drawRoundedRect(rect, 4.5, 4.5);
+            painter.setBrush(Qt::NoBrush);
+            painter.setPen(QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            painter.drawPolyline(QPolygonF{rect.topLeft() + QPointF(4.2, 8.3), rect.topLeft() + QPointF(7, 11.1),
+                                           rect.topLeft() + QPointF(11.9, 5.4)});
+            return;
+        case RowContent::Mark::radio:
+            painter.setBrush(content.marked ? colors.onAccent : colors.card);
+            painter.setPen(content.marked ? QPen(colors.accent, 5) : QPen(colors.control, strokeWidth));
+            painter.drawEllipse(outlined(rect, content.marked ? 5 : strokeWidth));
+            return;
+        case RowContent::Mark::warning:
+            Glyphs::paint(painter, Glyph::warning, rect, colors.warning);
+            return;
+        case RowContent::Mark::grip:
+            Glyphs::paint(painter, Glyph::grip, rect, colors.faintText);
+            return;
+    }
+}
+
+void RowsPainter::paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head) const {
+    const ThemeColors& colors = theme_.colors();
+    const QColor color = content.glyphColor.isValid() ? content.glyphColor : colors.secondText;
+    if (head == Head::band || head == Head::outside) {
+        Glyphs::paint(painter, *content.glyph, rect, color);
+        return;
+    }
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(colors.surface(color));
+    painter.drawRoundedRect(rect, 8, 8);
+    const int size = head == Head::card ? 16 : 18;
+    const QRectF inner(rect.left() + (rect.width() - size) / 2.0, rect.top() + (rect.height() - size) / 2.0, size,
+                       size);
+    Glyphs::paint(painter, *content.glyph, inner, color);
+}
+
+void RowsPainter::paintPill(QPainter& painter, const RowContent::Chip& chip, const QRect& rect, bool tinted) const {
+    const ThemeColors& colors = theme_.colors();
+    const bool quiet = !chip.color.isValid();
+    if (!quiet) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(chip.color == colors.accent && tinted ? colors.tintStrong : colors.surface(chip.color));
+        painter.drawRoundedRect(rect, rect.height() / 2.0, rect.height() / 2.0);
+    }
+    paintText(painter, quiet ? detail_ : strong_, quiet ? colors.faintText : chip.color,
+              quiet ? rect : rect.adjusted(8, 0, -8, 0), chip.text, Qt::AlignHCenter);
+}
+
+void RowsPainter::paintColumns(QPainter& painter, const RowContent& content, const Layout& layout) const {
+    const ThemeColors& colors = theme_.colors();
+    for (std::size_t i = 0; i < layout.columns.size(); ++i) {
+        const bool measured = content.share > 0 && i == 0;
+        const QColor color = content.dimmed ? colors.faintText : measured ? colors.text : colors.secondText;
+        paintText(painter, measured ? strong_ : detail_, color, layout.columns[i],
+                  content.columns[static_cast<qsizetype>(i)], Qt::AlignRight);
+    }
+}
+
+void RowsPainter::paintButton(QPainter& painter, const RowAction& action, const QRect& rect, const State& state) const {
+    const ThemeColors& colors = theme_.colors();
+    const bool hovered = action.enabled && state.hoveredAction == action.id;
+    const bool pressed = action.enabled && state.pressedAction == action.id;
+    const bool glyphOnly = action.glyphOnly && action.glyph;
+    const QColor ink = !action.enabled ? colors.faintText : hovered || !glyphOnly ? colors.text : colors.secondText;
+    if (!glyphOnly || hovered || pressed) {
+        painter.setPen(QPen(colors.hairline, 1));
+        painter.setBrush(pressed ? colors.tintStrong : hovered ? colors.hover : colors.card);
+        painter.drawRoundedRect(outlined(rect, 1), 7, 7);
+    }
+    if (glyphOnly) {
+        Glyphs::paint(painter, *action.glyph, QRectF(rect).adjusted(6, 6, -6, -6), ink);
+        return;
+    }
+    QRect text = rect.adjusted(12, 0, -12, 0);
+    if (action.glyph) {
+        Glyphs::paint(painter, *action.glyph, QRectF(text.left(), rect.top() + (rect.height() - 16) / 2.0, 16, 16),
+                      ink);
+        text.adjust(24, 0, 0, 0);
+    }
+    paintText(painter, strong_, ink, text, action.text, Qt::AlignHCenter);
+}
+
+void RowsPainter::paintText(QPainter& painter, const Type& type, const QColor& color, const QRect& rect,
+                            const QString& text, Qt::Alignment alignment) const {
+    if (rect.isEmpty() || text.isEmpty()) return;
+    painter.setFont(type.font);
+    painter.setPen(color);
+    painter.drawText(rect, static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine,
+                     type.metrics.elidedText(text, Qt::ElideMiddle, rect.width() + 0.5));
+}
