@@ -5,6 +5,7 @@
 #include "OrdovanCore/Proposals.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <unordered_set>
@@ -44,6 +45,17 @@ std::unordered_set<std::string> pathsMet(const OrdovanInventory& scan) {
     return paths;
 }
 
+/// What the output folder holds; `partial` is set where not all of it was met. Through a link nothing will be moved, so
+/// what lies behind it is not looked at.
+std::unordered_set<std::string> pathsInOutput(const TidyPorts& ports, const PreviewInputs& inputs,
+                                              const std::function<bool()>& shouldContinue, bool& partial) {
+    if (!ports.fileSystem.exists(inputs.outputRoot) || ports.fileSystem.isSymlink(inputs.outputRoot)) return {};
+    const OrdovanInventory output = OrdovanInventoryScanner::scan(inputs.outputRoot, *ports.makeDirectoryReader(),
+                                                                  outputLimits, {}, shouldContinue);
+    partial = partial || output.truncated;
+    return pathsMet(output);
+}
+
 }  // namespace
 
 PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inputs) {
@@ -51,27 +63,23 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inpu
     PreviewResult result;
     result.journal = ports.journals.load(inputs.root, inputs.unsavedJournal, ports.clock(), ports.fileSystem);
     result.trash = ports.trashRecords.load(inputs.knownTrash);
+    if (inputs.depth == PreviewDepth::records) return result;
 
     OrdovanInventory inventory = OrdovanInventoryScanner::scan(
         inputs.root, *ports.makeDirectoryReader(), OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
         excludedSubtrees(ports, inputs, result.journal.journal), shouldContinue);
     if (!shouldContinue() || inventory.rootWasUnreadable(inputs.root)) return result;
     result.partial = inventory.truncated;
-
-    std::unordered_set<std::string> preexisting;
-    // Through a link nothing will be moved, so what lies behind it is not looked at either.
-    if (ports.fileSystem.exists(inputs.outputRoot) && !ports.fileSystem.isSymlink(inputs.outputRoot)) {
-        const OrdovanInventory output = OrdovanInventoryScanner::scan(inputs.outputRoot, *ports.makeDirectoryReader(),
-                                                                      outputLimits, {}, shouldContinue);
-        result.partial = result.partial || output.truncated;
-        preexisting = pathsMet(output);
-    }
-    if (!shouldContinue()) return result;
-
     result.caseInsensitive = !ports.supportsCaseSensitiveNames(inputs.root).value_or(false);
-    result.plan = std::make_shared<const OrdovanPlanResult>(
-        OrdovanPlanner::plan(inventory.files, inputs.root, inputs.outputRoot, preexisting, result.caseInsensitive,
-                             inputs.rules, inputs.groupByMonth, inputs.timeZone));
+
+    OrdovanPlanResult plan;
+    if (inputs.depth == PreviewDepth::plan) {
+        const auto preexisting = pathsInOutput(ports, inputs, shouldContinue, result.partial);
+        if (!shouldContinue()) return result;
+        plan = OrdovanPlanner::plan(inventory.files, inputs.root, inputs.outputRoot, preexisting,
+                                    result.caseInsensitive, inputs.rules, inputs.groupByMonth, inputs.timeZone);
+    }
+    result.plan = std::make_shared<const OrdovanPlanResult>(std::move(plan));
     result.inventory = std::make_shared<const OrdovanInventory>(std::move(inventory));
     return result;
 }

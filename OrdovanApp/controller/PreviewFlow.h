@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/PreviewDepth.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Journal.h"
@@ -14,6 +15,7 @@
 
 /// What a preview works from; nothing else is looked at while it runs.
 struct PreviewInputs {
+    PreviewDepth depth = PreviewDepth::plan;
     Url root;
     Url outputRoot;
     bool includeHidden = false;
@@ -27,8 +29,8 @@ struct PreviewInputs {
 
 /// What a preview found. Of no meaning once its flag is set.
 struct PreviewResult {
-    std::shared_ptr<const OrdovanInventory> inventory;  ///< null when the root could not be read
-    std::shared_ptr<const OrdovanPlanResult> plan;      ///< null when the root could not be read
+    std::shared_ptr<const OrdovanInventory> inventory;  ///< null when the root was not or could not be read
+    std::shared_ptr<const OrdovanPlanResult> plan;      ///< null when the root was not or could not be read
     bool partial = false;
     bool caseInsensitive = true;
     ordovan::JournalStore::Loaded journal;
@@ -37,8 +39,8 @@ struct PreviewResult {
 
 namespace PreviewFlow {
 
-/// Loads the folder's journal and the trash record, scans the folder and its output folder and plans. Runs on a
-/// background thread.
+/// Loads the folder's journal and the trash record, scans the folder and its output folder and plans, as far as the
+/// depth goes. Runs on a background thread.
 [[nodiscard]] PreviewResult run(const TidyPorts& ports, const PreviewInputs& inputs);
 
 /// The folders directly inside `root` that a journal's files were organized into: the output folder, and the one of

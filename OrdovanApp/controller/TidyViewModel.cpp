@@ -58,7 +58,8 @@ OrdovanPreviewStatus TidyViewModel::status() const {
 
 // Preview.
 
-void TidyViewModel::chooseFolder(const Url& folder) {
+void TidyViewModel::chooseFolder(const Url& folder, PreviewDepth depth) {
+    depth_ = depth;
     const std::optional<Url> chosen = ports_.resolveExisting(folder);
     if (rootURL_ != chosen) cancelDuplicateSearch();
     set(rootURL_, chosen, &TidyViewModel::rootURLChanged);
@@ -71,7 +72,8 @@ void TidyViewModel::preview() {
     scanFlag_ = std::make_shared<CancelFlag>();
     refreshInputs();
     set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
-    PreviewInputs inputs = {.root = *rootURL_,
+    PreviewInputs inputs = {.depth = depth_,
+                            .root = *rootURL_,
                             .outputRoot = *outputRoot(),
                             .includeHidden = includeHidden_,
                             .groupByMonth = groupByMonth_,
@@ -80,16 +82,20 @@ void TidyViewModel::preview() {
                             .unsavedJournal = unsavedJournal(*rootURL_),
                             .knownTrash = {trashRecord_, unsavedTrash_},
                             .flag = scanFlag_};
-    ports_.tasks.compute(
-        [ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
-        whileAlive([this, root = inputs.root, flag = scanFlag_, runs = finishedRuns_](PreviewResult result) {
-            if (!flag->isCancelled()) completePreview(root, runs, std::move(result));
-        }));
+    ports_.tasks.compute([ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
+                         whileAlive([this, inputs, runs = finishedRuns_](PreviewResult result) {
+                             if (!inputs.flag->isCancelled()) completePreview(inputs, runs, std::move(result));
+                         }));
 }
 
 void TidyViewModel::cancelPreview() {
     if (phase_.kind != Phase::Case::scanning) return;
     scanFlag_->cancel();
+    rest();
+}
+
+/// Goes back to the phase before the preview that has come to no plan.
+void TidyViewModel::rest() {
     const bool hasPlan = plan_ && planRoot_ == rootURL_;
     set(phase_, Phase{hasPlan ? Phase::Case::ready : Phase::Case::idle, {}}, &TidyViewModel::phaseChanged);
 }
@@ -103,12 +109,14 @@ void TidyViewModel::refreshInputs() {
         &TidyViewModel::includeHiddenChanged);
 }
 
-void TidyViewModel::completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result) {
+void TidyViewModel::completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result) {
+    const Url& root = inputs.root;
     // A record read before a run ended is older than the one that the run left here.
     if (runsBefore == finishedRuns_) adoptTrashRecord(std::move(result.trash));
     if (journalRoot_ != root || runsBefore == finishedRuns_) {
         adoptJournal(root, std::move(result.journal.journal), std::move(result.journal.unsaved));
     }
+    if (inputs.depth == PreviewDepth::records) return rest();
     if (!result.plan) {
         set(phase_, Phase{Phase::Case::failed, unreadableFolder}, &TidyViewModel::phaseChanged);
         return;

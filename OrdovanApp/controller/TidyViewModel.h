@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/PreviewDepth.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/Executor.h"
@@ -29,6 +30,7 @@
 #include <utility>
 #include <vector>
 
+struct PreviewInputs;
 struct PreviewResult;
 struct RunInputs;
 struct RunResult;
@@ -131,7 +133,8 @@ public:
 
     // Preview.
     /// Makes a folder the chosen one (links in its path resolved) and previews it. The path is kept byte for byte.
-    void chooseFolder(const Url& folder);
+    /// `depth`: how much of this preview, and of those after it, is made.
+    void chooseFolder(const Url& folder, PreviewDepth depth = PreviewDepth::plan);
     /// Previews the chosen folder anew; a preview under way is dropped. Without a chosen folder nothing happens.
     void preview();
     /// Drops the preview under way: the phase is then `ready` where the folder has a plan, else `idle`.
@@ -234,7 +237,8 @@ private:
     void publish(std::shared_ptr<const T>& field, std::shared_ptr<const T> value, Signal changed);
 
     void refreshInputs();
-    void completePreview(const Url& root, std::uint64_t runsBefore, PreviewResult result);
+    void rest();
+    void completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result);
     void pruneExcluded();
     void addRecentFolder(const Url& folder);
     [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
@@ -291,6 +295,7 @@ private:
     bool groupByMonth_ = false;
     bool includeHidden_ = false;
     SettingOverrides overrides_;
+    PreviewDepth depth_ = PreviewDepth::plan;
     std::unordered_set<std::string> excluded_;
     OrdovanRunHistory history_;
     std::uint64_t historyRevision_ = 0;

@@ -53,6 +53,48 @@ TEST_F(TidyPreview, WithoutAChosenFolderDoesNothing) {
     EXPECT_EQ(model->phase(), Phase());
 }
 
+TEST_F(TidyPreview, OfFilesAloneHasAnEmptyPlan) {
+    tree({"a.pdf = 1", "b.pdf = 1", "ordovan+/Documents/c.pdf = 2"});
+    const auto model = make();
+    model->chooseFolder(Url::file("/r"), PreviewDepth::files);
+    tasks.finish();
+    EXPECT_EQ(model->phase().kind, Phase::Case::ready);
+    EXPECT_THAT(model->inventory()->files, SizeIs(2));
+    EXPECT_THAT(proposed(*model), IsEmpty());
+    EXPECT_FALSE(model->organize());
+    EXPECT_TRUE(model->findDuplicates());
+    tasks.finish();
+    EXPECT_THAT(model->duplicateReport()->groups, SizeIs(1));
+}
+
+TEST_F(TidyPreview, OfRecordsAloneDoesNotLookAtTheFolder) {
+    tree({"x.pdf = 1", "y.pdf = 2"});
+    const auto first = previewed();
+    first->organize();
+    tasks.finish();
+    unreadable = {"/r"};
+    const auto model = make();
+    model->chooseFolder(Url::file("/r"), PreviewDepth::records);
+    EXPECT_EQ(model->phase().kind, Phase::Case::scanning);
+    tasks.finish();
+    EXPECT_EQ(model->phase(), Phase());
+    EXPECT_FALSE(model->inventory());
+    EXPECT_THAT(model->recentFolders(), SizeIs(1));
+    EXPECT_TRUE(model->undo());
+    tasks.finish();
+    EXPECT_EQ(memory.read("/r/x.pdf"), "1");
+}
+
+TEST_F(TidyPreview, OfRecordsAloneLeavesThePlanOfTheFolder) {
+    tree({"x.pdf = 1"});
+    const auto model = previewed();
+    const auto plan = model->plan();
+    model->chooseFolder(Url::file("/r"), PreviewDepth::records);
+    tasks.finish();
+    EXPECT_EQ(model->phase().kind, Phase::Case::ready);
+    EXPECT_EQ(model->plan(), plan);
+}
+
 TEST_F(TidyPreview, ResolvesLinksInTheChosenFolder) {
     tree({"x.pdf = 1"});
     memory.link("/shortcut", "/r");
