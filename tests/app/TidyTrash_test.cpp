@@ -1,3 +1,5 @@
+#include "OrdovanApp/controller/StoppableFileSystem.h"
+#include "OrdovanCore/testing/MemoryContentReader.h"
 #include "tests/support/QtTestMain.h"
 #include "tests/support/TidyWorld.h"
 
@@ -471,6 +473,34 @@ TEST_F(TidyTrash, StopsInTheMiddleOfExaminingAFile) {
     EXPECT_THAT(messages(*model->lastTrashReport()), Each(std::string(OrdovanExecutor::stoppedMessage)));
     EXPECT_EQ(fs.callCount(Operation::contentHash), 0u);
     EXPECT_THAT(originals(*storedTrash()), ElementsAre("a", "b"));
+}
+
+TEST_F(TidyTrash, StopsInTheMiddleOfALargeFileThatItExamines) {
+    const std::string content(StoppableFileSystem::largeFile + 1, 'x');
+    const std::string inTrash = std::string(trashFolder) + "/a";
+    ordovan::testing::MemoryContentReader reader;
+    for (const std::string& path : {std::string("/r/a"), inTrash}) reader.write(path, content);
+    contents = &reader;
+    memory.write("/r/a", content);
+    memory.write("/r/b", "small");
+    const auto model = previewed({.repreviewsAfterRuns = false});
+    const auto stopsInTheMiddle = [&](auto start) {
+        const std::uint64_t readBefore = reader.bytesRead();
+        reader.setBeforeRead([&](auto, std::int64_t offset) {
+            if (offset > 0) model->cancelRun();
+        });
+        finished(start());
+        reader.setBeforeRead({});
+        EXPECT_LT(reader.bytesRead() - readBefore, content.size() / 10);
+        EXPECT_THAT(messages(*model->lastTrashReport()), Each(std::string(OrdovanExecutor::stoppedMessage)));
+    };
+    stopsInTheMiddle([&] { return model->trashBigFiles(items({"a", "b"})); });
+    EXPECT_TRUE(exists("/r/a"));
+    finished(model->trashBigFiles(items({"b", "a"})));
+    EXPECT_TRUE(exists(inTrash));
+    stopsInTheMiddle([&] { return model->restore(); });
+    EXPECT_TRUE(exists(inTrash));
+    EXPECT_THAT(originals(*storedTrash()), ElementsAre("b", "a"));
 }
 
 TEST_F(TidyTrash, StillSavesItsRecordWhenTheControllerGoes) {
