@@ -23,10 +23,10 @@ public:
                                 std::function<void(const Url&, OrdovanPlanExportFormat)> chosen) = 0;
     /// Shows a file in the desktop's file manager (org.freedesktop.FileManager1), else opens its folder.
     virtual void reveal(const Url& file) = 0;
-    /// Opens the Trash in the desktop's file manager.
+    /// Opens the Trash in the desktop's file manager, else the folder that the file lies in.
     virtual void showTrash(const Url& trashedFile) = 0;
-    /// Opens a web address.
-    virtual void openAddress(const QString& address) = 0;
-    /// The user's Downloads folder (xdg-user-dirs), or nothing where there is none.
+    /// Opens a web address. False when this desktop has no program for it.
+    virtual bool openAddress(const QString& address) = 0;
+    /// The user's Downloads folder (xdg-user-dirs), or nothing where there is none. Not asked of the disk each time.
     [[nodiscard]] virtual std::optional<Url> downloads() const = 0;
 };

@@ -1,0 +1,212 @@
+#include "OrdovanApp/screens/ContentView.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/DropOverlay.h"
+#include "OrdovanApp/screens/Sidebar.h"
+#include "OrdovanApp/stores/AppSettings.h"
+#include "OrdovanApp/stores/RuleStore.h"
+#include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/Sheet.h"
+
+#include <QDragEnterEvent>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QShortcut>
+#include <QStackedLayout>
+#include <QUrl>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+ContentView::ContentView(const AppContext& context, SectionFactories factories, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      factories_(std::move(factories)),
+      sidebar_(new Sidebar(context.theme, this)),
+      stack_(new QStackedLayout),
+      overlay_(new DropOverlay(context.theme, this)) {
+    setObjectName(u"content"_s);
+    setAcceptDrops(true);
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(sidebar_);
+    layout->addLayout(stack_, 1);
+
+    connect(&context_.commands, &CommandCenter::posted, this, &ContentView::observe);
+    connect(sidebar_, &Sidebar::currentChanged, this, [this](Section section) {
+        stack_->setCurrentWidget(screen(section).widget);
+        Q_EMIT sectionChanged(section);
+    });
+    connectModel();
+    makeShortcuts();
+    stack_->setCurrentWidget(screen(section()).widget);
+    refreshStatus();
+    refreshCounts();
+}
+
+void ContentView::connectModel() {
+    const TidyViewModel* model = &context_.model;
+    for (const auto signal : {&TidyViewModel::phaseChanged, &TidyViewModel::planChanged}) {
+        connect(model, signal, this, &ContentView::refreshStatus);
+    }
+    for (const auto signal : {&TidyViewModel::planChanged, &TidyViewModel::duplicateReportChanged,
+                              &TidyViewModel::recoverableJournalChanged, &TidyViewModel::trashRecordChanged,
+                              &TidyViewModel::rootURLChanged}) {
+        connect(model, signal, this, &ContentView::refreshCounts);
+    }
+    connect(&context_.rules, &RuleStore::ruleSetChanged, this, [this] {
+        refreshCounts();
+        previewAgain();
+    });
+    connect(&context_.settings, &AppSettings::groupByMonthChanged, this, &ContentView::previewAgain);
+    connect(&context_.settings, &AppSettings::includeHiddenChanged, this, &ContentView::previewAgain);
+    connect(&context_.settings, &AppSettings::themeChanged, this,
+            [this] { context_.theme.setTheme(context_.settings.theme()); });
+}
+
+void ContentView::makeShortcuts() {
+    int key = Qt::Key_1;
+    for (const Section section : Sections::sidebarOrder) {
+        auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(key++)), this);
+        connect(shortcut, &QShortcut::activated, this, [this, section] {
+            if (!isAsking()) showSection(section);
+        });
+    }
+}
+
+Section ContentView::section() const {
+    return sidebar_->current();
+}
+
+void ContentView::showSection(Section section) {
+    sidebar_->setCurrent(section);
+}
+
+const SectionScreen& ContentView::screen(Section section) {
+    const auto known = screens_.find(section);
+    if (known != screens_.end()) return known->second;
+    SectionScreen made = factories_.at(section)(context_, this);
+    // A folder dropped on a field is a folder to preview, not a text to search for.
+    for (QLineEdit* field : made.widget->findChildren<QLineEdit*>()) field->setAcceptDrops(false);
+    stack_->addWidget(made.widget);
+    return screens_.emplace(section, std::move(made)).first->second;
+}
+
+void ContentView::observe(const QString& command) {
+    if (isAsking()) return;
+    if (!CommandAvailability::reasonAgainst(command, context_.model, context_.desktop).isEmpty()) return;
+    if (command == Commands::chooseFolder) {
+        context_.desktop.chooseFolder(this, [self = QPointer(this)](const Url& folder) {
+            if (self) self->previewFolder(folder);
+        });
+    } else if (command == Commands::previewFolder) {
+        previewFolder(*context_.desktop.downloads());
+    } else if (command == Commands::organize) {
+        showSection(Section::inbox);
+        if (const auto& request = screen(Section::inbox).requestOrganize) request();
+    } else if (command == Commands::undoOrganize) {
+        undo();
+    } else if (command == Commands::findDuplicates) {
+        showSection(Section::duplicates);
+        context_.model.findDuplicates();
+    } else if (command == Commands::exportPlan) {
+        showSection(Section::inbox);
+        if (const auto& request = screen(Section::inbox).requestExport) request();
+    }
+}
+
+/// Shown where the progress and the report of an undo are.
+void ContentView::undo() {
+    if (section() != Section::recovery) showSection(Section::inbox);
+    context_.model.undo();
+}
+
+void ContentView::previewFolder(const Url& folder) {
+    dismissQuestions();
+    showSection(Section::inbox);
+    context_.model.chooseFolder(folder.standardized());
+}
+
+/// The end of a run previews anyway, with the settings as they are then.
+void ContentView::previewAgain() {
+    if (context_.model.isApplying() || context_.model.isTrashing()) return;
+    dismissQuestions();
+    context_.model.preview();
+}
+
+bool ContentView::isAsking() const {
+    const auto sheets = findChildren<Sheet*>();
+    return std::any_of(sheets.begin(), sheets.end(), [](const Sheet* sheet) { return sheet->isVisible(); });
+}
+
+void ContentView::dismissQuestions() {
+    for (Sheet* sheet : findChildren<Sheet*>()) {
+        if (sheet->isVisible()) sheet->cancelButton()->click();
+    }
+}
+
+void ContentView::refreshStatus() {
+    const OrdovanPreviewStatus status = context_.model.status();
+    sidebar_->setStatus(QString::fromStdString(status.pulseSummary()));
+    if (status == lastStatus_) return;
+    lastStatus_ = status;
+    if (const auto announcement = status.announcement()) {
+        context_.announcer.say(QString::fromStdString(*announcement));
+    }
+}
+
+void ContentView::refreshCounts() {
+    const auto show = [this](Section section, std::size_t count, const QString& what) {
+        const auto number = static_cast<qint64>(count);
+        sidebar_->setCount(section, number, Formats::count(number) + u' ' + what);
+    };
+    const TidyViewModel& model = context_.model;
+    show(Section::inbox, model.plan() ? model.plan()->proposals.size() : 0, u"proposed"_s);
+    show(Section::duplicates, model.duplicateReport() ? model.duplicateReport()->groups.size() : 0, u"groups"_s);
+    const std::size_t organized = model.recoverableJournal() ? model.recoverableJournal()->entries.size() : 0;
+    show(Section::recovery, organized + model.restorableEntries().size(), u"items to recover"_s);
+    show(Section::rules, context_.rules.ruleSet().rules.size(), u"rules"_s);
+}
+
+std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {
+    const QList<QUrl> urls = data.urls();
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile()) return Url::parse(url.toEncoded().toStdString());
+    }
+    return std::nullopt;
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent* event) {
+    if (!droppedFolder(*event->mimeData())) return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    overlay_->setGeometry(rect());
+    overlay_->raise();
+    overlay_->show();
+}
+
+void ContentView::dragLeaveEvent(QDragLeaveEvent*) {
+    overlay_->hide();
+}
+
+void ContentView::dropEvent(QDropEvent* event) {
+    overlay_->hide();
+    const auto folder = droppedFolder(*event->mimeData());
+    if (!folder) return;
+    // The folder stays where it is, whatever the source offers.
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    previewFolder(*folder);
+}
+
+void ContentView::resizeEvent(QResizeEvent*) {
+    overlay_->setGeometry(rect());
+}

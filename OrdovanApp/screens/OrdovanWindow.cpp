@@ -1,0 +1,202 @@
+#include "OrdovanApp/screens/OrdovanWindow.h"
+
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/screens/AboutPanel.h"
+#include "OrdovanApp/screens/ContentView.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/OrganizeMenu.h"
+#include "OrdovanApp/screens/SettingsView.h"
+#include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/FocusRing.h"
+#include "OrdovanApp/theme/Sheet.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QScreen>
+
+#include <tuple>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize smallest(800, 600);
+constexpr QSize usual(1280, 800);
+/// What a window manager's frame takes at most.
+constexpr QSize frame(8, 40);
+
+const QString geometryKey = u"ordovan.window.geometry"_s;
+const QString sectionKey = u"ordovan.window.section"_s;
+
+}  // namespace
+
+OrdovanWindow::OrdovanWindow(const Parts& parts, SectionFactories screens)
+    : parts_(parts),
+      context_{.model = parts.model,
+               .settings = parts.settings,
+               .rules = parts.rules,
+               .theme = parts.theme,
+               .commands = parts.commands,
+               .desktop = parts.desktop,
+               .announcer = *new Announcer(this)},
+      content_(new ContentView(context_, std::move(screens), this)),
+      focusRing_(new FocusRing(parts.theme)) {
+    setObjectName(u"main"_s);
+    setWindowTitle(u"ordovan+"_s);
+    setCentralWidget(content_);
+    makeMenus();
+    restorePlace();
+}
+
+OrdovanWindow::~OrdovanWindow() {
+    delete focusRing_;
+}
+
+void OrdovanWindow::makeMenus() {
+    QMenu* file = menuBar()->addMenu(u"File"_s);
+    file->setObjectName(u"menu-file"_s);
+    QAction* about = file->addAction(u"About ordovan+"_s, this, &OrdovanWindow::showAbout);
+    about->setMenuRole(QAction::AboutRole);
+    file->addSeparator();
+    QAction* settings = file->addAction(u"Settings…"_s, this, &OrdovanWindow::showSettings);
+    settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
+    settings->setMenuRole(QAction::PreferencesRole);
+    file->addSeparator();
+    file->addAction(u"Close"_s, this, &QWidget::close)->setShortcut(Qt::CTRL | Qt::Key_W);
+    QAction* quit = file->addAction(u"Quit"_s, this, &OrdovanWindow::quit);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    quit->setMenuRole(QAction::QuitRole);
+
+    menuBar()->addMenu(new OrganizeMenu(context_, this));
+
+    QMenu* help = menuBar()->addMenu(u"Help"_s);
+    help->setObjectName(u"menu-help"_s);
+    help->addAction(u"ordovan+ Help"_s, this, &OrdovanWindow::showDocumentation)->setShortcut(Qt::Key_F1);
+}
+
+void OrdovanWindow::showSettings() {
+    if (settings_ == nullptr) settings_ = new SettingsView(context_, this);
+    settings_->show();
+    settings_->raise();
+    settings_->activateWindow();
+}
+
+void OrdovanWindow::showAbout() {
+    if (about_ == nullptr) about_ = new AboutPanel(parts_.theme, this);
+    about_->show();
+    about_->raise();
+    about_->activateWindow();
+}
+
+void OrdovanWindow::showDocumentation() {
+    if (parts_.desktop.openAddress(parts_.documentation)) return;
+    auto* sheet = new Sheet(parts_.theme, content_, this);
+    sheet->setTitle(u"No web browser could be opened"_s);
+    sheet->setMessage(u"The documentation is at "_s + parts_.documentation);
+    sheet->setConfirm(u"OK"_s);
+    sheet->cancelButton()->hide();
+    connect(sheet, &Sheet::confirmed, sheet, &QObject::deleteLater);
+    connect(sheet, &Sheet::cancelled, sheet, &QObject::deleteLater);
+    sheet->open();
+}
+
+/// On a screen that is too small for the smallest size, the window fills it.
+void OrdovanWindow::restorePlace() {
+    const QScreen* home = QGuiApplication::primaryScreen();
+    const QSize room = home != nullptr ? home->availableSize() - frame : usual;
+    setMinimumSize(smallest.boundedTo(room));
+    resize(usual.boundedTo(room));
+    maximizes_ = room.width() < smallest.width() || room.height() < smallest.height();
+    if (const auto geometry = parts_.values.value(geometryKey)) restoreGeometry(geometry->toByteArray());
+
+    const auto stored = parts_.values.value(sectionKey);
+    const auto section = Sections::fromRawValue(stored ? stored->toString() : QString());
+    if (section) content_->showSection(*section);
+}
+
+void OrdovanWindow::storePlace() {
+    // Not being able to is no reason to keep the user.
+    std::ignore = parts_.values.setValue(geometryKey, saveGeometry());
+    std::ignore = parts_.values.setValue(sectionKey, Sections::rawValue(content_->section()));
+}
+
+void OrdovanWindow::appear() {
+    maximizes_ ? showMaximized() : show();
+}
+
+void OrdovanWindow::bringForward(const QByteArray& activationToken) {
+    // Where the platform plug-in looks for it when a window asks to be activated.
+    if (!activationToken.isEmpty()) qputenv("XDG_ACTIVATION_TOKEN", activationToken);
+    if (isMinimized()) {
+        setWindowState(windowState() & ~Qt::WindowMinimized);
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+void OrdovanWindow::previewFolder(const Url& folder) {
+    content_->previewFolder(folder);
+}
+
+bool OrdovanWindow::isRunning() const {
+    return parts_.model.isApplying() || parts_.model.isTrashing();
+}
+
+void OrdovanWindow::closeEvent(QCloseEvent* event) {
+    if (finished_) return;
+    if (canComeBack_ && canComeBack_()) {
+        storePlace();
+        return;
+    }
+    event->ignore();
+    quit();
+}
+
+void OrdovanWindow::quit() {
+    if (quitting_ || finished_) return;
+    if (isRunning()) {
+        bringForward({});
+        askToStop();
+        return;
+    }
+    quitting_ = true;
+    finishWhenIdle();
+}
+
+void OrdovanWindow::askToStop() {
+    if (question_ == nullptr) {
+        question_ = new Sheet(parts_.theme, content_, this);
+        question_->setObjectName(u"stop-question"_s);
+        question_->setTitle(u"Stop moving files and quit?"_s);
+        question_->setMessage(
+            u"ordovan+ stops as soon as the file it is at is done. What has moved by then is recorded and can be put "
+            u"back later."_s);
+        question_->setConfirm(u"Stop and Quit"_s, true);
+        question_->cancelButton()->setText(u"Keep Running"_s);
+        connect(question_, &Sheet::confirmed, this, [this] {
+            quitting_ = true;
+            parts_.model.cancelRun();
+            finishWhenIdle();
+        });
+        for (const auto signal : {&TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged}) {
+            connect(&parts_.model, signal, question_, [this] {
+                // The run is over, and with it the question.
+                if (!isRunning() && question_->isVisible()) question_->cancelButton()->click();
+            });
+            connect(&parts_.model, signal, this, &OrdovanWindow::finishWhenIdle);
+        }
+    }
+    question_->open();
+}
+
+void OrdovanWindow::finishWhenIdle() {
+    if (!quitting_ || finished_ || isRunning()) return;
+    finished_ = true;
+    storePlace();
+    close();
+    Q_EMIT finished();
+}

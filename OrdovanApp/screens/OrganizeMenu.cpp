@@ -1,0 +1,62 @@
+#include "OrdovanApp/screens/OrganizeMenu.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+
+#include <QAction>
+#include <QKeySequence>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Command {
+    QStringView name;
+    QStringView text;
+    QKeyCombination shortcut;
+};
+
+const std::array<Command, 6> commands = {{
+    {Commands::chooseFolder, u"Choose Folder…", Qt::CTRL | Qt::Key_O},
+    {Commands::previewFolder, u"Preview Downloads", Qt::CTRL | Qt::Key_D},
+    {Commands::organize, u"Organize Selected Files…", Qt::CTRL | Qt::Key_S},
+    {Commands::undoOrganize, u"Undo Organize", Qt::CTRL | Qt::ALT | Qt::Key_Z},
+    {Commands::findDuplicates, u"Find Duplicates", Qt::CTRL | Qt::SHIFT | Qt::Key_D},
+    {Commands::exportPlan, u"Export Plan…", Qt::CTRL | Qt::SHIFT | Qt::Key_E},
+}};
+
+}  // namespace
+
+OrganizeMenu::OrganizeMenu(const AppContext& context, QWidget* parent)
+    : QMenu(u"Organize"_s, parent), context_(context) {
+    setObjectName(u"menu-organize"_s);
+    setToolTipsVisible(true);
+    for (const Command& command : commands) {
+        QAction* action = addAction(command.text.toString());
+        action->setObjectName(command.name.toString());
+        action->setShortcut(command.shortcut);
+        connect(action, &QAction::triggered, this, [this, name = command.name] { context_.commands.post(name); });
+    }
+    const TidyViewModel* model = &context.model;
+    for (const auto signal :
+         {&TidyViewModel::phaseChanged, &TidyViewModel::planChanged, &TidyViewModel::excludedChanged,
+          &TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged,
+          &TidyViewModel::recoverableJournalChanged, &TidyViewModel::isScanningDuplicatesChanged}) {
+        connect(model, signal, this, &OrganizeMenu::refresh);
+    }
+    refresh();
+}
+
+void OrganizeMenu::refresh() {
+    const auto all = actions();
+    for (QAction* action : all) {
+        const QString reason =
+            CommandAvailability::reasonAgainst(action->objectName(), context_.model, context_.desktop);
+        action->setEnabled(reason.isEmpty());
+        action->setToolTip(reason);
+        action->setStatusTip(reason);
+    }
+}

@@ -1,0 +1,49 @@
+#include "OrdovanApp/screens/SectionScreens.h"
+
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace Sections {
+namespace {
+
+/// A screen that has nothing to show but what it is for.
+SectionFactory empty(Section section, const QString& heading, const QString& message) {
+    return [section, heading, message](const AppContext& context, QWidget* parent) {
+        auto* page = new QWidget(parent);
+        auto* layout = new QVBoxLayout(page);
+        layout->setContentsMargins(28, 20, 28, 20);
+        layout->addWidget(new ScreenHeader(context.theme, title(section), page));
+        auto* state = new EmptyState(context.theme, glyph(section), page);
+        state->setTitle(heading);
+        state->setMessage(message);
+        layout->addWidget(state, 1);
+        return SectionScreen{.widget = page, .requestOrganize = {}, .requestExport = {}};
+    };
+}
+
+}  // namespace
+
+SectionFactories screens() {
+    return {
+        {Section::inbox, empty(Section::inbox, u"Start with your Downloads folder"_s, {})},
+        {Section::duplicates,
+         empty(Section::duplicates, u"Find exact duplicates"_s,
+               u"Scans the files from your current preview and groups byte-for-byte identical copies."_s)},
+        {Section::bigFiles, empty(Section::bigFiles, u"Preview a folder first"_s,
+                                  u"Big Files uses the sizes from your current preview."_s)},
+        {Section::recovery,
+         empty(Section::recovery, u"Nothing to recover"_s,
+               u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s)},
+        {Section::rules, empty(Section::rules, u"Your rules, in order"_s,
+                               u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change "
+                               u"the preview only; nothing moves until you apply."_s)},
+        {Section::history, empty(Section::history, u"Past runs, newest first"_s,
+                                 u"Each time you organize or undo, a summary appears here."_s)},
+    };
+}
+
+}  // namespace Sections

@@ -1,0 +1,37 @@
+#include "OrdovanApp/screens/TrayItem.h"
+
+#include "OrdovanApp/theme/Glyph.h"
+
+#include <QAction>
+
+using namespace Qt::StringLiterals;
+
+TrayItem::TrayItem(const ThemeEnvironment& theme, QObject* parent) : QObject(parent) {
+    menu_.setObjectName(u"menu-tray"_s);
+    menu_.addAction(u"No files can be changed by this version without your confirmation."_s)->setEnabled(false);
+    menu_.addSeparator();
+    QAction* open = menu_.addAction(u"Open ordovan+"_s);
+    open->setShortcut(Qt::CTRL | Qt::Key_0);
+    QAction* quit = menu_.addAction(u"Quit ordovan+"_s);
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    connect(open, &QAction::triggered, this, &TrayItem::openRequested);
+    connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
+
+    const auto recolour = [this, &theme] { icon_.setIcon(Glyphs::icon(Glyph::folderGear, theme.colors().accent)); };
+    connect(&theme, &ThemeEnvironment::changed, this, recolour);
+    recolour();
+    icon_.setToolTip(u"ordovan+ — preview first"_s);
+    icon_.setContextMenu(&menu_);
+    connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger) Q_EMIT openRequested();
+    });
+    icon_.show();
+}
+
+bool TrayItem::isPossible() {
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+bool TrayItem::isThere() const {
+    return icon_.isVisible() && isPossible();
+}
