@@ -13,6 +13,7 @@ namespace ordovan {
 
 namespace {
 
+/// How often a name may be taken between the look at it and its use.
 constexpr unsigned maxAttempts = 1000;
 
 std::unexpected<OrdovanSystemError> failure(int error) {
@@ -72,16 +73,36 @@ bool takeBack(const TrashItem& item, const TrashFolder& trash, const std::string
     return !examine(trash.files, name, there);
 }
 
+/// A number, from 2 on, that seems free for an item's name. Where one number is taken thousands may be, so they are not
+/// tried in turn: the look leaps ahead until one is free, and then halves the way back to one that is taken.
+unsigned freeNumber(const TrashItem& item, const TrashFolder& trash) {
+    const auto isTaken = [&](unsigned number) {
+        const std::string name = trashedName(item.name, number, trash.maxNameBytes);
+        struct ::stat there{};
+        return examine(trash.files, name, there) || examine(trash.info, name + std::string(trashInfoSuffix), there);
+    };
+    constexpr unsigned most = 1U << 30U;
+    unsigned taken = 1;
+    unsigned free = 2;
+    while (free < most && isTaken(free)) {
+        taken = free;
+        free *= 2;
+    }
+    while (free - taken > 1) {
+        const unsigned middle = taken + (free - taken) / 2;
+        (isTaken(middle) ? taken : free) = middle;
+    }
+    return free;
+}
+
 /// Puts an item into a Trash and returns the name it got there; on failure the item is where it was. The info file is
 /// sent on its way to the disk by the flusher, or before the item moves where there is none.
 std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, const TrashFolder& trash,
                                                      InfoFlusher* flusher) {
     const std::string text = trashInfoText(trash.storedPath(item), std::time(nullptr));
+    unsigned number = 1;
     for (unsigned attempt = 1; attempt <= maxAttempts; ++attempt) {
-        std::string name = trashedName(item.name, attempt, trash.maxNameBytes);
-        // Where one name was taken many may be, and this is quicker than to try. The rename has the last word.
-        struct ::stat taken{};
-        if (attempt > 1 && examine(trash.files, name, taken)) continue;
+        std::string name = trashedName(item.name, number, trash.maxNameBytes);
         InfoFile info;
         int error = info.make(trash.info, name + std::string(trashInfoSuffix), text);
         if (error == 0 && flusher == nullptr) error = info.startWriting();
@@ -97,6 +118,7 @@ std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, cons
         }
         // Taken: by another info file, or by an item that has none.
         if (error != EEXIST) return failure(error);
+        number = attempt == 1 ? freeNumber(item, trash) : number + 1;
     }
     return failure(EEXIST);
 }

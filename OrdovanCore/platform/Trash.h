@@ -15,8 +15,8 @@ namespace ordovan {
 /// relative); any other, and one that the kernel refuses to rename there, to its own volume's `.Trash/$uid` (only
 /// below a sticky directory that is no link) or `.Trash-$uid`. Folders of the Trash that are links, another user's or
 /// open to everybody's changes are not used. The info file is made first and exclusively (how it comes to the disk is
-/// told by `InfoFlusher`), the item is renamed without replacing, and the result is proved. A taken name gets a number,
-/// 1,000 times at most.
+/// told by `InfoFlusher`), the item is renamed without replacing, and the result is proved. A taken name gets a number;
+/// finding one takes few looks however many items of that name there are.
 ///
 /// Whatever fails, the item is where it was and no info file is left behind. Never a copy, never a delete: no usable
 /// Trash is an error.

@@ -147,13 +147,32 @@ TEST_F(Trash, AnInfoFileWithoutItemIsNeverReplaced) {
     EXPECT_EQ(infos(), (std::vector<std::string>{"file 2.txt.trashinfo", "file.txt.trashinfo"}));
 }
 
-TEST_F(Trash, AThousandTakenNamesAreEnough) {
+TEST_F(Trash, MoreThanAThousandItemsOfOneNameLeaveRoomForAnother) {
     folder_.makeFolder("data/Trash/files");
-    for (int i = 1; i <= 1000; ++i) {
-        folder_.write("data/Trash/files/x" + (i > 1 ? " " + std::to_string(i) : ""), "");
+    for (int i = 1; i <= 1200; ++i) {
+        folder_.makeLink("data/Trash/files/x" + (i > 1 ? " " + std::to_string(i) : ""), "nowhere");
     }
-    EXPECT_EQ(errorOf(moveToTrash(folder_.write("x", "new"))), EEXIST);
-    EXPECT_EQ(folder_.read("x"), "new");
+    EXPECT_EQ(moveToTrash(folder_.write("x", "new")).value().lastPathComponent(), "x 1201");
+    EXPECT_EQ(folder_.read("data/Trash/files/x 1201"), "new");
+    EXPECT_EQ(infos(), (std::vector<std::string>{"x 1201.trashinfo"}));
+}
+
+TEST_F(Trash, TakenNumbersAreLeftOutWhereverTheyStand) {
+    buildOnDisk(folder_.path("data/Trash"),
+                {"files/x", "files/x 2", "files/x 8", "info/x 3.trashinfo", "info/x 4.trashinfo"});
+    EXPECT_EQ(moveToTrash(folder_.write("x", "new")).value().lastPathComponent(), "x 9");
+    EXPECT_EQ(folder_.read("data/Trash/files/x 9"), "new");
+}
+
+TEST_F(Trash, AVolumeThatSaysOfEveryNameThatItIsTakenIsGivenUp) {
+    folder_.write("file", "a");
+    giveToUnprivileged(folder_.path());
+    const int error = errorUnprivileged([&] {
+        answerRenamesWith(EEXIST);
+        return moveToTrash(folder_.url("file"));
+    });
+    EXPECT_EQ(error, EEXIST);
+    EXPECT_TRUE(folder_.has("file"));
     EXPECT_THAT(infos(), IsEmpty());
 }
 
