@@ -4,6 +4,8 @@
 
 #include <QLineEdit>
 
+class QPushButton;
+
 /// A field that narrows a list: the search glyph, the placeholder (also its accessible name), and a button that clears
 /// it once there is text. Esc clears it, too.
 class FilterField : public QLineEdit {
@@ -13,6 +15,7 @@ public:
     FilterField(const ThemeEnvironment& theme, const QString& placeholder, QWidget* parent = nullptr);
 
     [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -23,5 +26,5 @@ private:
     void placeClear();
 
     const ThemeEnvironment& theme_;
-    QWidget* clear_;
+    QPushButton* clear_;
 };

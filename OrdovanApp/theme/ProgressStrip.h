@@ -1,16 +1,13 @@
 #pragma once
 
-#include "OrdovanApp/theme/ThemeEnvironment.h"
-
-#include <QWidget>
+#include "OrdovanApp/theme/Card.h"
 
 class ElidedLabel;
 class QLabel;
-class QProgressBar;
 class QPushButton;
 
 /// Long work as it goes: what is done, how far, and a "Cancel" button. Its height never changes.
-class ProgressStrip : public QWidget {
+class ProgressStrip : public Card {
     Q_OBJECT
 
 public:
@@ -26,7 +23,7 @@ public:
     void setBusy();
     /// Whether it can be cancelled; without, there is no button. Default: it can.
     void setCancellable(bool cancellable);
-    /// Enables the button again after it was pressed, for the next work.
+    /// Makes it ready for the next work: busy, no detail, "Cancel" enabled.
     void reset();
 
 Q_SIGNALS:
@@ -34,9 +31,10 @@ Q_SIGNALS:
     void cancelled();
 
 private:
-    const ThemeEnvironment& theme_;
+    class Bar;
+
     QLabel* text_;
     ElidedLabel* detail_;
-    QProgressBar* bar_;
+    Bar* bar_;
     QPushButton* cancel_;
 };

@@ -6,7 +6,6 @@
 
 #include <optional>
 
-class ElidedLabel;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
@@ -26,13 +25,10 @@ public:
     void addButton(QPushButton* button);
 
 private:
-    void recolour();
+    class Pill;
 
-    const ThemeEnvironment& theme_;
     QLabel* title_;
     QLabel* lede_;
-    QWidget* pill_;
-    QLabel* pillGlyph_;
-    ElidedLabel* pillText_;
+    Pill* pill_;
     QHBoxLayout* right_;
 };

@@ -7,9 +7,9 @@
 #include <QWidget>
 
 class QLabel;
-class QPropertyAnimation;
 class QPushButton;
 class QVBoxLayout;
+class QVariantAnimation;
 
 /// A question over a window: a card on a scrim that covers `host` and holds the focus. A dialog to assistive
 /// technologies, named by its title.
@@ -20,19 +20,21 @@ class Sheet : public QWidget {
     Q_OBJECT
 
 public:
-    /// `host` is what is covered, as a rule the window's central widget. `parent` owns the sheet where it is not null;
-    /// else the host does.
+    /// `host` is what is covered, as a rule the window's central widget; the sheet is its child. When `parent` goes,
+    /// so does the sheet.
     Sheet(const ThemeEnvironment& theme, QWidget* host, QObject* parent = nullptr);
-    ~Sheet() override;
 
     void setTitle(const QString& text);
     void setMessage(const QString& text);
     void addPoint(Glyph glyph, const QString& text);
+    void clearPoints();
     void setConfirm(const QString& text, bool destructive = false);
     void open();
 
     [[nodiscard]] QPushButton* confirmButton() const { return confirm_; }
     [[nodiscard]] QPushButton* cancelButton() const { return cancel_; }
+    /// Whether a sheet is open in a window: commands wait while it is.
+    [[nodiscard]] static bool isOpenIn(const QWidget* window);
 
 Q_SIGNALS:
     void confirmed();
@@ -48,9 +50,11 @@ protected:
 private:
     class SheetCard;
 
+    void build();
     void answer(bool yes);
-    void cover();
-    void recolour();
+    void placeCard();
+    void fadeIn();
+    void keepFocus(QWidget* now);
 
     const ThemeEnvironment& theme_;
     QPointer<QWidget> host_;
@@ -61,5 +65,7 @@ private:
     QVBoxLayout* points_;
     QPushButton* cancel_;
     QPushButton* confirm_;
+    QVariantAnimation* fade_;
+    double shown_ = 1;
     bool destructive_ = false;
 };

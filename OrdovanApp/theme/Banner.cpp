@@ -1,0 +1,152 @@
+#include "OrdovanApp/theme/Banner.h"
+
+#include "OrdovanApp/theme/AccessibleRole.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/Card.h"
+#include "OrdovanApp/theme/Glyph.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListView>
+#include <QPainter>
+#include <QPushButton>
+#include <QStringListModel>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int linesInSight = 6;
+
+Glyph glyphOf(Banner::Kind kind) {
+    switch (kind) {
+        case Banner::Kind::info:
+            return Glyph::info;
+        case Banner::Kind::warning:
+            return Glyph::warning;
+        case Banner::Kind::error:
+            return Glyph::error;
+    }
+    return Glyph::info;
+}
+
+QColor colorOf(Banner::Kind kind, const ThemeColors& colors) {
+    switch (kind) {
+        case Banner::Kind::info:
+            return colors.accentText;
+        case Banner::Kind::warning:
+            return colors.warning;
+        case Banner::Kind::error:
+            return colors.danger;
+    }
+    return colors.accentText;
+}
+
+}  // namespace
+
+Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
+    : QWidget(parent), theme_(theme), kind_(kind), glyph_(new QLabel(this)), text_(new QLabel(this)) {
+    setAccessibleRole(this, QAccessible::Notification);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    text_->setObjectName(u"bannerText"_s);
+    text_->setTextFormat(Qt::PlainText);
+    text_->setWordWrap(true);
+    StyleSheet::setType(text_, StyleSheet::LabelType::body);
+    toggle_ = Buttons::link(u"Show Problems"_s, this);
+    toggle_->setObjectName(u"bannerToggle"_s);
+    toggle_->hide();
+    close_ = Buttons::glyphOnly(theme, Glyph::close, u"Close"_s, this);
+    close_->setObjectName(u"bannerClose"_s);
+    lines_ = new QStringListModel(this);
+    details_ = new QListView(this);
+    details_->setObjectName(u"bannerDetails"_s);
+    details_->setAccessibleName(u"Problems"_s);
+    details_->setModel(lines_);
+    details_->setUniformItemSizes(true);
+    details_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    details_->setTextElideMode(Qt::ElideMiddle);
+    details_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    details_->hide();
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(14, 8, 10, 8);
+    layout->setSpacing(8);
+    auto* line = new QHBoxLayout;
+    line->setSpacing(8);
+    line->addWidget(glyph_);
+    line->addSpacing(2);
+    line->addWidget(text_, 1);
+    line->addWidget(toggle_);
+    buttons_ = new QHBoxLayout;
+    buttons_->setSpacing(8);
+    line->addLayout(buttons_);
+    line->addWidget(close_);
+    layout->addLayout(line);
+    layout->addWidget(details_);
+
+    connect(toggle_, &QPushButton::clicked, this, [this] { setDetailsShown(!detailsShown()); });
+    connect(close_, &QPushButton::clicked, this, [this] {
+        hide();
+        Q_EMIT closed();
+    });
+    connect(&theme, &ThemeEnvironment::changed, this, &Banner::recolour);
+    recolour();
+}
+
+void Banner::setKind(Kind kind) {
+    kind_ = kind;
+    recolour();
+}
+
+void Banner::setText(const QString& text) {
+    text_->setText(text);
+    setAccessibleName(text);
+}
+
+QString Banner::text() const {
+    return text_->text();
+}
+
+void Banner::addButton(QPushButton* button) {
+    buttons_->addWidget(button);
+}
+
+void Banner::setDetails(const QStringList& lines) {
+    lines_->setStringList(lines);
+    toggle_->setVisible(!lines.isEmpty());
+    const int count = std::min(linesInSight, static_cast<int>(lines.size()));
+    details_->setFixedHeight(count * theme_.scaled(26) + 10);
+    setDetailsShown(false);
+}
+
+bool Banner::detailsShown() const {
+    return !details_->isHidden();
+}
+
+void Banner::setDetailsShown(bool shown) {
+    const bool show = shown && lines_->rowCount() > 0;
+    details_->setVisible(show);
+    toggle_->setText(show ? u"Hide Problems"_s : u"Show Problems"_s);
+}
+
+void Banner::setClosable(bool closable) {
+    close_->setVisible(closable);
+}
+
+void Banner::recolour() {
+    const QColor color = colorOf(kind_, theme_.colors());
+    glyph_->setPixmap(Glyphs::pixmap(glyphOf(kind_), theme_.scaled(18), color, devicePixelRatioF()));
+    update();
+}
+
+void Banner::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(theme_.colors().surface(colorOf(kind_, theme_.colors())));
+    painter.drawRoundedRect(rect(), Surfaces::cardRadius, Surfaces::cardRadius);
+}

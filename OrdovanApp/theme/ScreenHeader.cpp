@@ -1,0 +1,107 @@
+#include "OrdovanApp/theme/ScreenHeader.h"
+
+#include "OrdovanApp/theme/ElidedLabel.h"
+#include "OrdovanApp/theme/Glyph.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using StyleSheet::LabelType;
+
+/// The outline of a pill, painted so that it is as round as it is high.
+class ScreenHeader::Pill : public QWidget {
+public:
+    Pill(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
+        setObjectName(QStringLiteral("folderPill"));
+        setFixedHeight(theme.scaled(32));
+        setMaximumWidth(theme.scaled(280));
+        auto* layout = new QHBoxLayout(this);
+        layout->setContentsMargins(12, 0, 13, 0);
+        layout->setSpacing(8);
+        glyph_ = new QLabel(this);
+        text_ = new ElidedLabel(this);
+        text_->setObjectName(QStringLiteral("folderName"));
+        StyleSheet::setType(text_, LabelType::body);
+        layout->addWidget(glyph_);
+        layout->addWidget(text_);
+        recolour();
+    }
+    void show(const QString& path) {
+        const QString name = path.section(u'/', -1, -1, QString::SectionSkipEmpty);
+        text_->setText(name.isEmpty() ? path : name);
+        text_->setFullToolTip(path);
+        text_->setAccessibleDescription(path);
+        setVisible(true);
+    }
+    void recolour() {
+        const ThemeColors& colors = theme_.colors();
+        glyph_->setPixmap(Glyphs::pixmap(Glyph::folder, 16, colors.text, devicePixelRatioF()));
+        setFixedHeight(theme_.scaled(32));
+        update();
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(theme_.colors().hairline, 1));
+        painter.setBrush(theme_.colors().card);
+        const QRectF outline = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+        painter.drawRoundedRect(outline, outline.height() / 2, outline.height() / 2);
+    }
+
+private:
+    const ThemeEnvironment& theme_;
+    QLabel* glyph_;
+    ElidedLabel* text_;
+};
+
+ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, QWidget* parent)
+    : QWidget(parent), title_(new QLabel(title, this)), lede_(new QLabel(this)), pill_(new Pill(theme, this)) {
+    title_->setObjectName(QStringLiteral("screenTitle"));
+    title_->setTextFormat(Qt::PlainText);
+    StyleSheet::setType(title_, LabelType::title);
+    lede_->setObjectName(QStringLiteral("screenLede"));
+    lede_->setTextFormat(Qt::PlainText);
+    lede_->setWordWrap(true);
+    StyleSheet::setType(lede_, LabelType::second);
+    lede_->hide();
+    pill_->hide();
+
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 22, 0, 14);
+    layout->setSpacing(16);
+    auto* texts = new QVBoxLayout;
+    texts->setSpacing(4);
+    texts->addWidget(title_);
+    texts->addWidget(lede_);
+    texts->addStretch();
+    layout->addLayout(texts, 1);
+    right_ = new QHBoxLayout;
+    right_->setSpacing(8);
+    right_->addWidget(pill_, 0, Qt::AlignVCenter);
+    layout->addLayout(right_);
+    layout->setAlignment(right_, Qt::AlignTop);
+    connect(&theme, &ThemeEnvironment::changed, this, [this] { pill_->recolour(); });
+}
+
+void ScreenHeader::setLede(const QString& text) {
+    lede_->setText(text);
+    lede_->setVisible(!text.isEmpty());
+}
+
+void ScreenHeader::setFolder(const std::optional<QString>& path) {
+    if (path) {
+        pill_->show(*path);
+    } else {
+        pill_->hide();
+    }
+}
+
+void ScreenHeader::addButton(QPushButton* button) {
+    right_->addWidget(button, 0, Qt::AlignVCenter);
+}
