@@ -61,21 +61,28 @@ int RowsPainter::leastHeadHeight() const {
     return titleHeight(title_) + gap;
 }
 
+int RowsPainter::pillWidth(const RowContent::Chip& chip) const {
+    return std::min(theme_.scaled(longestPill), ceilWidth(strong_.metrics, chip.text) + 2 * pillPadding);
+}
+
 RowsPainter::Layout RowsPainter::layout(const RowContent& content, const QRect& row, Head head) const {
     Layout layout;
     Edges edges{row.left() + (head == Head::outside ? 4 : margin), row.right() + 1 - margin};
     if (head == Head::none && content.mark != RowContent::Mark::none) {
-        layout.mark = centred(row, edges.left, markSize, markSize);
-        edges.left += (content.glyph ? markColumn : markSize) + gap;
+        const int side = theme_.scaled(markSize);
+        layout.mark = centred(row, edges.left, side, side);
+        edges.left += side + (content.glyph ? markColumn - markSize : 0) + gap;
     }
     if (content.glyph) {
-        const int size = head == Head::none ? glyphSize : head == Head::card ? cardGlyphSize : smallGlyphSize;
+        const int size = theme_.scaled(head == Head::none   ? glyphSize
+                                       : head == Head::card ? cardGlyphSize
+                                                            : smallGlyphSize);
         layout.glyph = centred(row, edges.left, size, size);
         edges.left += size + (head == Head::none ? gap : gap - 2);
     }
     for (const RowContent::Chip& tag : content.tags) {
-        const int width = std::min(longestPill, ceilWidth(strong_.metrics, tag.text) + 2 * pillPadding);
-        layout.tags.push_back(centred(row, edges.left, width, pillHeight));
+        const int width = pillWidth(tag);
+        layout.tags.push_back(centred(row, edges.left, width, theme_.scaled(pillHeight)));
         edges.left += width + buttonGap;
     }
     placeButtons(content, row, layout, edges);
@@ -85,8 +92,8 @@ RowsPainter::Layout RowsPainter::layout(const RowContent& content, const QRect& 
 }
 
 int RowsPainter::buttonWidth(const RowAction& action) const {
-    if (action.glyphOnly && action.glyph) return buttonHeight;
-    const int glyph = action.glyph ? smallGlyphSize + buttonGap : 0;
+    if (action.glyphOnly && action.glyph) return theme_.scaled(buttonHeight);
+    const int glyph = action.glyph ? theme_.scaled(smallGlyphSize) + buttonGap : 0;
     return ceilWidth(strong_.metrics, action.text) + glyph + 2 * buttonPadding;
 }
 
@@ -96,31 +103,29 @@ void RowsPainter::placeButtons(const RowContent& content, const QRect& row, Layo
         if (action.menuOnly) continue;
         const int width = buttonWidth(action);
         layout.buttons.insert(layout.buttons.begin(),
-                              Button{i, centred(row, edges.right - width, width, buttonHeight)});
+                              Button{i, centred(row, edges.right - width, width, theme_.scaled(buttonHeight))});
         edges.right -= width + buttonGap;
     }
     if (!layout.buttons.empty()) edges.right -= gap - buttonGap;
 }
 
 void RowsPainter::placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
-    const int chip = content.chip
-                         ? std::min(longestPill, ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding) + gap
-                         : 0;
+    const int chip = content.chip ? pillWidth(*content.chip) + gap : 0;
     int shown = static_cast<int>(std::min(content.columns.size(), columnWidths_.size()));
     const auto width = [&](int columns) {
         int sum = 0;
-        for (int i = 0; i < columns; ++i) sum += columnWidths_[i] + gap;
+        for (int i = 0; i < columns; ++i) sum += columnWidth(i) + gap;
         return sum;
     };
     while (shown > 0 && edges.right - edges.left - chip - width(shown) < shortestTitle) --shown;
     int left = edges.right - width(shown) + gap;
     edges.right -= width(shown);
     for (int i = 0; i < shown; ++i) {
-        layout.columns.emplace_back(left, row.top(), columnWidths_[i], row.height());
-        left += columnWidths_[i] + gap;
+        layout.columns.emplace_back(left, row.top(), columnWidth(i), row.height());
+        left += columnWidth(i) + gap;
     }
     if (content.chip) {
-        layout.chip = centred(row, edges.right - chip + gap, chip - gap, pillHeight);
+        layout.chip = centred(row, edges.right - chip + gap, chip - gap, theme_.scaled(pillHeight));
         edges.right -= chip;
     }
 }
@@ -155,6 +160,6 @@ bool RowsPainter::isElided(const RowContent& content, const Layout& layout) cons
     };
     return exceeds(title_.metrics, content.title, layout.title) ||
            exceeds(detail_.metrics, content.detail, layout.detail) ||
-           (content.chip && ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding > longestPill) ||
+           (content.chip && ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding > layout.chip.width()) ||
            static_cast<qsizetype>(layout.columns.size()) < content.columns.size();
 }

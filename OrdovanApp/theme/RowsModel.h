@@ -15,9 +15,9 @@
 /// technologies.
 struct RowAction {
     int id = 0;
-    QString text;
-    QString help;
-    std::optional<Glyph> glyph;
+    QString text{};
+    QString help{};
+    std::optional<Glyph> glyph{};
     bool enabled = true;
     bool menuOnly = false;   ///< in the context menu alone
     bool glyphOnly = false;  ///< drawn as its glyph, with the text as its accessible name
@@ -29,27 +29,27 @@ struct RowAction {
 struct RowContent {
     enum class Mark { none, tick, radio, warning, grip };
     struct Chip {
-        QString text;
-        QColor color;  ///< of the text, the surface goes with it; none: quiet text without a surface
+        QString text{};
+        QColor color{};  ///< of the text, the surface goes with it; none: quiet text without a surface
         friend bool operator==(const Chip&, const Chip&) = default;
     };
 
     Mark mark = Mark::none;
-    bool marked = false;         ///< ticked or chosen
-    bool dimmed = false;         ///< quieter than its neighbours, still readable
-    std::optional<Glyph> glyph;  ///< the kind icon, on a surface of its colour; on a head a plain small icon
-    QColor glyphColor;
-    QString title;   ///< also the accessible name
-    QString detail;  ///< second line; on a head what stands on its right
-    QString count;   ///< on a head: quietly behind the title
+    bool marked = false;           ///< ticked or chosen
+    bool dimmed = false;           ///< quieter than its neighbours, still readable
+    std::optional<Glyph> glyph{};  ///< the kind icon, on a surface of its colour; on a head a plain small icon
+    QColor glyphColor{};
+    QString title{};   ///< also the accessible name
+    QString detail{};  ///< second line; on a head what stands on its right
+    QString count{};   ///< on a head: quietly behind the title
     bool detailIsWarning = false;
-    QList<Chip> tags;  ///< small pills before the title
-    std::optional<Chip> chip;
-    QStringList columns;  ///< on the right, aligned right, one a column of the view
-    double share = 0;     ///< 0 to 1: the bar behind the row; the first column is what it measures
-    QString toolTip;
-    QString description;  ///< what assistive technologies say besides the title
-    QList<RowAction> actions;
+    QList<Chip> tags{};  ///< small pills before the title
+    std::optional<Chip> chip{};
+    QStringList columns{};  ///< on the right, aligned right, one a column of the view
+    double share = 0;       ///< 0 to 1: the bar behind the row; the first column is what it measures
+    QString toolTip{};
+    QString description{};  ///< what assistive technologies say besides the title
+    QList<RowAction> actions{};
 };
 
 /// A list of rows under heads, for a `RowsView`. On the main thread.

@@ -1,12 +1,10 @@
 #include "OrdovanApp/theme/RowsPainter.h"
 
-#include <QPolygonF>
+#include "OrdovanApp/theme/ThemeStyle.h"
 
 #include <algorithm>
 
 namespace {
-
-constexpr qreal strokeWidth = 1.5;
 
 /// A rectangle whose outline of `width` falls on whole pixels inside it.
 QRectF outlined(const QRect& rect, qreal width) {
@@ -75,24 +73,10 @@ void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const 
         case RowContent::Mark::none:
             return;
         case RowContent::Mark::tick:
-            if (!content.marked) {
-                painter.setPen(QPen(colors.control, strokeWidth));
-                painter.setBrush(colors.card);
-                painter.drawRoundedRect(outlined(rect, strokeWidth), 4, 4);
-                return;
-            }
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(colors.accent);
-            painter.drawRoundedRect(rect, 4.5, 4.5);
-            painter.setBrush(Qt::NoBrush);
-            painter.setPen(QPen(colors.onAccent, 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-            painter.drawPolyline(QPolygonF{rect.topLeft() + QPointF(4.2, 8.3), rect.topLeft() + QPointF(7, 11.1),
-                                           rect.topLeft() + QPointF(11.9, 5.4)});
+            ThemeStyle::paintTick(painter, rect, theme_, content.marked, true, false);
             return;
         case RowContent::Mark::radio:
-            painter.setBrush(content.marked ? colors.onAccent : colors.card);
-            painter.setPen(content.marked ? QPen(colors.accent, 5) : QPen(colors.control, strokeWidth));
-            painter.drawEllipse(outlined(rect, content.marked ? 5 : strokeWidth));
+            ThemeStyle::paintRadio(painter, rect, theme_, content.marked, true, false);
             return;
         case RowContent::Mark::warning:
             Glyphs::paint(painter, Glyph::warning, rect, colors.warning);
@@ -113,7 +97,7 @@ void RowsPainter::paintGlyph(QPainter& painter, const RowContent& content, const
     painter.setPen(Qt::NoPen);
     painter.setBrush(colors.surface(color));
     painter.drawRoundedRect(rect, 8, 8);
-    const int size = head == Head::card ? 16 : 18;
+    const int size = theme_.scaled(head == Head::card ? 16 : 18);
     const QRectF inner(rect.left() + (rect.width() - size) / 2.0, rect.top() + (rect.height() - size) / 2.0, size,
                        size);
     Glyphs::paint(painter, *content.glyph, inner, color);
@@ -124,7 +108,7 @@ void RowsPainter::paintPill(QPainter& painter, const RowContent::Chip& chip, con
     const bool quiet = !chip.color.isValid();
     if (!quiet) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(chip.color == colors.accent && tinted ? colors.tintStrong : colors.surface(chip.color));
+        painter.setBrush(chip.color == colors.accentText && tinted ? colors.tintStrong : colors.surface(chip.color));
         painter.drawRoundedRect(rect, rect.height() / 2.0, rect.height() / 2.0);
     }
     paintText(painter, quiet ? detail_ : strong_, quiet ? colors.faintText : chip.color,
@@ -158,9 +142,10 @@ void RowsPainter::paintButton(QPainter& painter, const RowAction& action, const 
     }
     QRect text = rect.adjusted(12, 0, -12, 0);
     if (action.glyph) {
-        Glyphs::paint(painter, *action.glyph, QRectF(text.left(), rect.top() + (rect.height() - 16) / 2.0, 16, 16),
-                      ink);
-        text.adjust(24, 0, 0, 0);
+        const int side = theme_.scaled(16);
+        Glyphs::paint(painter, *action.glyph,
+                      QRectF(text.left(), rect.top() + (rect.height() - side) / 2.0, side, side), ink);
+        text.adjust(side + 8, 0, 0, 0);
     }
     paintText(painter, strong_, ink, text, action.text, Qt::AlignHCenter);
 }

@@ -70,7 +70,9 @@ private:
     void placeButtons(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const;
     void placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const;
     void placeTexts(const RowContent& content, const QRect& row, Head head, Layout& layout, Edges edges) const;
+    [[nodiscard]] int pillWidth(const RowContent::Chip& chip) const;
     [[nodiscard]] int buttonWidth(const RowAction& action) const;
+    [[nodiscard]] int columnWidth(int column) const { return theme_.scaled(columnWidths_[column]); }
     [[nodiscard]] const Type& titleType(Head head) const {
         return head == Head::none || head == Head::card ? title_ : strong_;
     }

@@ -42,7 +42,11 @@ void RowsView::setModel(QAbstractItemModel* model) {
     QAbstractItemView::setModel(model);
     if (model) {
         const auto changed = [this] { rowsChanged(); };
-        modelConnections_ = {connect(model, &QAbstractItemModel::rowsRemoved, this, changed),
+        const auto removed = [this] {
+            rowsChanged();
+            leaveHead();
+        };
+        modelConnections_ = {connect(model, &QAbstractItemModel::rowsRemoved, this, removed),
                              connect(model, &QAbstractItemModel::rowsMoved, this, changed),
                              connect(model, &QAbstractItemModel::layoutChanged, this, changed)};
     }
@@ -94,10 +98,10 @@ void RowsView::refreshTheme() {
 }
 
 int RowsView::rowHeight() const {
-    return std::max(rowHeight_, painter_.leastRowHeight());
+    return std::max(theme_.scaled(rowHeight_), painter_.leastRowHeight());
 }
 int RowsView::headHeight() const {
-    return std::max(headHeight_, painter_.leastHeadHeight());
+    return std::max(theme_.scaled(headHeight_), painter_.leastHeadHeight());
 }
 int RowsView::verticalOffset() const {
     return verticalScrollBar()->value();
@@ -121,6 +125,13 @@ void RowsView::reset() {
 void RowsView::rowsInserted(const QModelIndex& parent, int first, int last) {
     rowsChanged();
     QAbstractItemView::rowsInserted(parent, first, last);
+}
+
+void RowsView::leaveHead() {
+    const int row = currentIndex().row();
+    if (row < 0 || !rows()->isHead(row)) return;
+    const int next = nextRow(row, 1) >= 0 ? nextRow(row, 1) : nextRow(row, -1);
+    if (next >= 0) setCurrentIndex(model()->index(next, 0));
 }
 
 void RowsView::updateGeometries() {

@@ -30,10 +30,10 @@ public:
     void setModel(QAbstractItemModel* model) override;
     [[nodiscard]] RowsModel* rows() const;
 
-    /// Logical pixels; more where the type needs it. Defaults: rows 54, heads 36 (of cards 52).
+    /// Logical pixels at the normal size of type. Defaults: rows 54, heads 36 (of cards 52).
     void setRowHeight(int height);
     void setHeadHeight(int height);
-    /// The widths of the right-hand columns. Default: none.
+    /// The widths of the right-hand columns; they grow with the type. Default: none.
     void setColumnWidths(QList<int> widths);
     /// Whether rows can be dragged to another place in their group; `moveRequested` tells where. Alt+Up and Alt+Down do
     /// the same.
@@ -118,6 +118,8 @@ private:
     };
 
     void rowsChanged();
+    /// Moves on from a head that became current when the rows above it went.
+    void leaveHead();
     void layOut();
     void refreshTheme();
     [[nodiscard]] int rowHeight() const;
