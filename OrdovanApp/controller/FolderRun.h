@@ -33,15 +33,12 @@ private:
     OrdovanFileSystem& port_;
 };
 
-/// True when a lock was not given because another run has it.
-[[nodiscard]] bool isHeldElsewhere(const OrdovanResult<ordovan::HeldLock>& lock);
-
 /// Does `work` under the folder's lock; a result with `refused` set when another run holds it. A folder that can not be
 /// locked for another reason (it is gone, say) is left to the checks that the run makes for each file.
 template <class Work>
 auto locked(const TidyPorts& ports, const Url& folder, Work work) {
     const auto lock = ports.tryLockFolder(folder);
-    if (isHeldElsewhere(lock)) {
+    if (ordovan::isHeldElsewhere(lock)) {
         decltype(work()) refusal;
         refusal.refused = true;
         return refusal;

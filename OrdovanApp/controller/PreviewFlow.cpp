@@ -56,6 +56,33 @@ std::unordered_set<std::string> pathsInOutput(const TidyPorts& ports, const Prev
     return pathsMet(output);
 }
 
+/// A reader that tells how many files and folders it has listed, leaving out what the scan leaves out by its name or
+/// kind. (What a limit or an excluded folder takes away shows at the end.)
+class CountingReader final : public OrdovanDirectoryReading {
+public:
+    CountingReader(OrdovanDirectoryReading& reader, const PreviewInputs& inputs) : reader_(reader), inputs_(inputs) {}
+
+    OrdovanResult<std::vector<OrdovanInventoryEntry>> children(const Url& of) override {
+        auto found = reader_.children(of);
+        if (!found || !inputs_.progressed) return found;
+        for (const OrdovanInventoryEntry& entry : *found) {
+            if (entry.isHidden && !inputs_.includeHidden) continue;
+            files_ += entry.isRegularFile() ? 1 : 0;
+            folders_ += entry.isDirectory && !entry.isPackage ? 1 : 0;
+        }
+        inputs_.progressed(files_, folders_, false);
+        return found;
+    }
+
+    std::string resolvedPath(const Url& directory) override { return reader_.resolvedPath(directory); }
+
+private:
+    OrdovanDirectoryReading& reader_;
+    const PreviewInputs& inputs_;
+    std::uint64_t files_ = 0;
+    std::uint64_t folders_ = 0;
+};
+
 }  // namespace
 
 PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inputs) {
@@ -65,10 +92,13 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inpu
     result.trash = ports.trashRecords.load(inputs.knownTrash);
     if (inputs.depth == PreviewDepth::records) return result;
 
+    const auto reader = ports.makeDirectoryReader();
+    CountingReader counted(*reader, inputs);
     OrdovanInventory inventory = OrdovanInventoryScanner::scan(
-        inputs.root, *ports.makeDirectoryReader(), OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
+        inputs.root, counted, OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
         excludedSubtrees(ports, inputs, result.journal.journal), shouldContinue);
     if (!shouldContinue() || inventory.rootWasUnreadable(inputs.root)) return result;
+    if (inputs.progressed) inputs.progressed(inventory.files.size(), inventory.directories.size(), true);
     result.partial = inventory.truncated;
     result.caseInsensitive = !ports.supportsCaseSensitiveNames(inputs.root).value_or(false);
 

@@ -9,6 +9,8 @@
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/Text.h"
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -25,6 +27,8 @@ struct PreviewInputs {
     ordovan::JournalStore::Journal unsavedJournal;
     ordovan::TrashRecordStore::Known knownTrash;
     std::shared_ptr<const CancelFlag> flag;
+    /// Told of the files and folders met so far, after each folder and at the end, on the running thread; may be empty.
+    std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> progressed;
 };
 
 /// What a preview found. Of no meaning once its flag is set.

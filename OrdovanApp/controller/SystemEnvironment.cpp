@@ -13,9 +13,20 @@
 #include "OrdovanCore/platform/TrashRun.h"
 #include "OrdovanCore/platform/Volumes.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <utility>
 #include <vector>
+
+namespace {
+
+/// What a run moved must be recorded: a signal does not end the wait. The longest anybody has the lock is the two
+/// seconds that a journal of a million entries takes.
+constexpr ordovan::LockPatience forTheRecordOfARun = {.longest = std::chrono::seconds(10), .endsWithASignal = false};
+constexpr ordovan::LockPatience forTheHistory = {.longest = std::chrono::seconds(10), .endsWithASignal = true};
+
+}  // namespace
 
 /// In the order of dependence: the tasks are last, so that they end while everything they use is still there.
 struct SystemEnvironment::State {
@@ -26,9 +37,9 @@ struct SystemEnvironment::State {
                 OrdovanProposalPlanner::resolveExisting(locations.settingsFolder)};
     }
 
-    /// The records' own folder counts as held: a run in it would wait for itself when it comes to save its record.
+    /// The program's own folders count as held: a run in one would wait for itself when it comes to save its record.
     OrdovanResult<ordovan::HeldLock> tryLock(const Url& folder) const {
-        if (folder == OrdovanProposalPlanner::resolveExisting(locations.recordsFolder)) {
+        if (const auto own = ownFolders(); std::ranges::find(own, folder) != own.end()) {
             return std::unexpected(OrdovanSystemError::posix(EWOULDBLOCK));
         }
         return ordovan::tryLockFolder(folder);
@@ -40,11 +51,12 @@ struct SystemEnvironment::State {
     ordovan::FileRecordStorage records;
     ordovan::SettingsFileStore values{locations.settingsFile()};
     AppSettings settings{values};
-    RuleStore rules{values, [folder = locations.recordsFolder] { return ordovan::lockFolder(folder); }};
-    ordovan::JournalStore journals{records, locations, ordovan::lockFolder};
-    ordovan::HistoryStore history{records, locations, ordovan::lockFolder};
-    ordovan::TrashRecordStore trashRecords{records, locations, ordovan::lockFolder};
-    ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); }};
+    RuleStore rules{values};
+    ordovan::JournalStore journals{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
+    ordovan::HistoryStore history{records, locations, ordovan::lockFolderWithin(forTheHistory)};
+    ordovan::TrashRecordStore trashRecords{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
+    ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); },
+                                              OrdovanProposalPlanner::resolveExisting};
     ordovan::ThreadTaskRunner tasks;
 };
 

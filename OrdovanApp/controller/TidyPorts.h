@@ -60,7 +60,6 @@ struct TidyPorts {
     ordovan::JournalStore& journals;
     ordovan::HistoryStore& history;
     ordovan::TrashRecordStore& trashRecords;
-    /// Used on the controller's thread only.
     ordovan::RecentFoldersStore& recentFolders;
     AppSettings& settings;
     RuleStore& rules;

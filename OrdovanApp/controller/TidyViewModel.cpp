@@ -61,7 +61,12 @@ OrdovanPreviewStatus TidyViewModel::status() const {
 void TidyViewModel::chooseFolder(const Url& folder, PreviewDepth depth) {
     depth_ = depth;
     const std::optional<Url> chosen = ports_.resolveExisting(folder);
-    if (rootURL_ != chosen) cancelDuplicateSearch();
+    if (rootURL_ != chosen) {
+        cancelDuplicateSearch();
+        // The other folder's is not known before it has been read.
+        journalRoot_.reset();
+        publish(journal_, std::shared_ptr<const OrdovanJournal>(), &TidyViewModel::recoverableJournalChanged);
+    }
     set(rootURL_, chosen, &TidyViewModel::rootURLChanged);
     preview();
 }
@@ -81,11 +86,23 @@ void TidyViewModel::preview() {
                             .timeZone = ports_.timeZone(),
                             .unsavedJournal = unsavedJournal(*rootURL_),
                             .knownTrash = {trashRecord_, unsavedTrash_},
-                            .flag = scanFlag_};
+                            .flag = scanFlag_,
+                            .progressed = previewProgress()};
     ports_.tasks.compute([ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
                          whileAlive([this, inputs, runs = finishedRuns_](PreviewResult result) {
                              if (!inputs.flag->isCancelled()) completePreview(inputs, runs, std::move(result));
                          }));
+}
+
+std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> TidyViewModel::previewProgress() {
+    const auto tell = whileAlive([this, flag = scanFlag_](std::uint64_t files, std::uint64_t folders) {
+        if (!flag->isCancelled()) Q_EMIT previewProgressed(files, folders);
+    });
+    return [tell, &tasks = ports_.tasks, clock = ports_.clock, throttle = ProgressThrottle()](
+               std::uint64_t files, std::uint64_t folders, bool isLast) {
+        if (!throttle.isDue(clock(), isLast)) return;
+        tasks.post([tell, files, folders] { tell(files, folders); });
+    };
 }
 
 void TidyViewModel::cancelPreview() {
@@ -146,17 +163,17 @@ void TidyViewModel::pruneExcluded() {
     set(excluded_, std::move(kept), &TidyViewModel::excludedChanged);
 }
 
+/// Finding out what a folder's path leads to may wait for a disk.
 void TidyViewModel::addRecentFolder(const Url& folder) {
-    std::vector<Url> folders = {ports_.resolveExisting(folder)};
-    for (const Url& other : recentFolders_) {
-        if (ports_.resolveExisting(other).path() != folders.front().path()) folders.push_back(other);
-    }
-    if (folders.size() > ordovan::RecentFoldersStore::maxFolders)
-        folders.resize(ordovan::RecentFoldersStore::maxFolders);
-    if (folders == recentFolders_) return;
-    // A list that can not be stored is still good until the program ends.
-    ports_.recentFolders.save(folders);
-    set(recentFolders_, std::move(folders), &TidyViewModel::recentFoldersChanged);
+    ports_.tasks.compute(
+        [&store = ports_.recentFolders, folder, known = recentFolders_] { return store.add(folder, known); },
+        whileAlive([this](ordovan::RecentFoldersStore::Result result) { adoptRecentFolders(std::move(result)); }));
+}
+
+void TidyViewModel::adoptRecentFolders(ordovan::RecentFoldersStore::Result result) {
+    if (result.revision <= recentRevision_) return;
+    recentRevision_ = result.revision;
+    set(recentFolders_, std::move(result.folders), &TidyViewModel::recentFoldersChanged);
 }
 
 // Selection.
@@ -299,20 +316,6 @@ void TidyViewModel::completeRun(const Url& root, RunResult result) {
     if (!result.refused && options_.repreviewsAfterRuns) preview();
 }
 
-/// Takes over the history that a run led to; a run that could not be stored is kept until it can be.
-void TidyViewModel::adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result) {
-    if (result.saved) {
-        unsavedRuns_.clear();
-    } else {
-        unsavedRuns_.insert(unsavedRuns_.begin(), run);
-        result.history = history_.adding(run);
-    }
-    if (result.revision > historyRevision_) {
-        historyRevision_ = result.revision;
-        set(history_, std::move(result.history), &TidyViewModel::historyChanged);
-    }
-}
-
 /// Takes over what can be undone in a folder; it is shown when that folder is still the chosen one.
 void TidyViewModel::adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
                                  std::shared_ptr<const OrdovanJournal> unsaved) {
@@ -329,14 +332,4 @@ void TidyViewModel::adoptJournal(const Url& root, std::shared_ptr<const OrdovanJ
 std::shared_ptr<const OrdovanJournal> TidyViewModel::unsavedJournal(const Url& root) const {
     const auto found = unsavedJournals_.find(std::string(root.path()));
     return found == unsavedJournals_.end() ? nullptr : found->second;
-}
-
-void TidyViewModel::clearHistory() {
-    ports_.tasks.compute([&history = ports_.history] { return history.clear(); },
-                         whileAlive([this](ordovan::HistoryStore::Result result) {
-                             if (!result.saved || result.revision <= historyRevision_) return;
-                             historyRevision_ = result.revision;
-                             unsavedRuns_.clear();
-                             set(history_, std::move(result.history), &TidyViewModel::historyChanged);
-                         }));
 }

@@ -21,6 +21,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -92,7 +93,7 @@ public:
     [[nodiscard]] bool isApplying() const { return isApplying_; }
     /// The report of the last organize or undo, or null.
     [[nodiscard]] const std::shared_ptr<const OrdovanExecutionReport>& lastReport() const { return lastReport_; }
-    /// What can be undone in this folder; null when nothing can.
+    /// What can be undone in the chosen folder; null when nothing can, or its journal has not been read yet.
     [[nodiscard]] const std::shared_ptr<const OrdovanJournal>& recoverableJournal() const { return journal_; }
     /// What can be put back from the Trash, of all folders; never null.
     [[nodiscard]] const std::shared_ptr<const OrdovanTrashRecord>& trashRecord() const { return trashRecord_; }
@@ -115,10 +116,14 @@ public:
     [[nodiscard]] bool isTrashing() const { return isTrashing_; }
     /// The report of the last run that moved files to the Trash or put them back, or null.
     [[nodiscard]] const std::shared_ptr<const OrdovanTrashReport>& lastTrashReport() const { return lastTrashReport_; }
-    /// A sentence about the undo record or the restore record, until the next run starts.
+    /// A sentence about the undo record, the restore record or else the history, until the next run starts.
     [[nodiscard]] const std::optional<std::string>& journalWarning() const { return journalWarning_; }
     /// Why the last run did nothing at all (another run holds the folder), until the next run starts.
     [[nodiscard]] const std::optional<std::string>& runRefusal() const { return runRefusal_; }
+    /// Whether something that can be undone or put back is in memory only, and lost when the program ends.
+    [[nodiscard]] bool journalUnsaved() const;
+    /// Why no run can be started while another goes on, as a sentence; nothing when none does.
+    [[nodiscard]] std::optional<std::string_view> runObstacle() const;
     /// The rules, settings and overrides as the last preview used them.
     [[nodiscard]] const OrdovanRuleSet& rules() const { return rules_; }
     [[nodiscard]] bool groupByMonth() const { return groupByMonth_; }
@@ -193,8 +198,17 @@ public:
     /// examining it.
     void cancelRun();
 
-    /// Empties the history, on disk as well; where that fails, it stays.
+    // Records.
+    /// Empties the history, on disk as well; where that fails, it stays, and `journalWarning` says so unless it says
+    /// something already.
     void clearHistory();
+    /// Reads the history, the trash record and the recent folders again, as other processes have left them, on a
+    /// background task. What can not be read stays as it is.
+    void refreshRecords();
+    /// Whether the record of a run could be saved now. It is tried by writing a small file where records are kept and
+    /// removing it: at once, on the calling thread, so not while an interface waits for it. No lock is taken; what goes
+    /// wrong later is told by `journalWarning` and `journalUnsaved`.
+    [[nodiscard]] bool canSaveRecords() const;
 
 Q_SIGNALS:
     void phaseChanged();
@@ -219,6 +233,8 @@ Q_SIGNALS:
     void excludedChanged();
     void historyChanged();
     void recentFoldersChanged();
+    /// A preview goes on: files and folders met so far. At most some ten times a second, and at the end of the scan.
+    void previewProgressed(quint64 files, quint64 folders);
     /// An export has ended: `error` is empty when the file was saved, else a sentence for the user.
     void planExported(const QString& error);
     /// An organize or an undo goes on: files done, of how many. At most some ten times a second.
@@ -241,6 +257,8 @@ private:
     void completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result);
     void pruneExcluded();
     void addRecentFolder(const Url& folder);
+    void adoptRecentFolders(ordovan::RecentFoldersStore::Result result);
+    [[nodiscard]] std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> previewProgress();
     [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
 
     [[nodiscard]] bool hasPreview() const;
@@ -252,6 +270,7 @@ private:
     void beginAnyRun();
     void endAnyRun(bool refused);
     void adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result);
+    void warnOfHistory(std::optional<std::string> warning);
     template <class Work>
     void startTrashRun(Work work);
     bool startRestore(std::vector<OrdovanTrashEntry> entries);
@@ -302,6 +321,7 @@ private:
     std::uint64_t finishedRuns_ = 0;
     std::vector<OrdovanRunRecord> unsavedRuns_;  // newest first
     std::vector<Url> recentFolders_;
+    std::uint64_t recentRevision_ = 0;
 
     bool isExporting_ = false;
     std::shared_ptr<CancelFlag> scanFlag_;

@@ -1,6 +1,7 @@
 #include "OrdovanApp/stores/HeldLock.h"
 
-#include "OrdovanCore/platform/FolderLock.h"
+#include <cerrno>
+#include <utility>
 
 namespace ordovan {
 
@@ -17,8 +18,13 @@ OrdovanResult<HeldLock> tryLockFolder(const Url& folder) {
     return held(FolderLock::tryAcquire(folder));
 }
 
-OrdovanResult<HeldLock> lockFolder(const Url& folder) {
-    return held(FolderLock::acquire(folder));
+LockFunction lockFolderWithin(LockPatience patience) {
+    return [patience](const Url& folder) { return held(FolderLock::acquire(folder, patience)); };
+}
+
+bool isHeldElsewhere(const OrdovanResult<HeldLock>& lock) {
+    return !lock &&
+           (lock.error() == OrdovanSystemError::posix(EWOULDBLOCK) || lock.error() == OrdovanSystemError::posix(EINTR));
 }
 
 }  // namespace ordovan

@@ -12,6 +12,10 @@ namespace {
 /// Two hundred records take some 60 KiB; a document far beyond that is not one of ours and is not read to its end.
 constexpr std::size_t maxDocumentBytes = 16 * 1024 * 1024;
 
+constexpr const char* notAdded = "This run couldn't be added to the history on disk. It is listed until you quit.";
+constexpr const char* notCleared = "The history couldn't be cleared.";
+constexpr const char* heldElsewhere = "Another ordovan+ is saving its records. Try again in a moment.";
+
 }  // namespace
 
 struct HistoryStore::Stored {
@@ -26,23 +30,31 @@ OrdovanRunHistory HistoryStore::load() const {
     return read().history;
 }
 
+std::optional<OrdovanRunHistory> HistoryStore::loadReadable() const {
+    Stored stored = read();
+    if (!stored.readable) return std::nullopt;
+    return std::move(stored.history);
+}
+
 HistoryStore::Result HistoryStore::add(const OrdovanRunRecord& run, std::span<const OrdovanRunRecord> unsaved,
                                        double nowEpoch) {
     const std::lock_guard order(order_);
     const auto lock = lockRecords_(locations_.recordsFolder);
+    if (!lock) return refused(notAdded);
     Stored stored = read();
     const auto nameAt = [this](double epoch) { return locations_.unreadableHistory(epoch); };
     if (!stored.readable && !setAside(storage_, locations_.history(), nameAt, nowEpoch)) {
-        return {.saved = false, .history = {}, .revision = ++revision_};
+        return refused(notAdded);
     }
     for (std::size_t i = unsaved.size(); i > 0; --i) stored.history = stored.history.adding(unsaved[i - 1]);
-    return written(stored.history.adding(run));
+    return written(stored.history.adding(run), notAdded);
 }
 
 HistoryStore::Result HistoryStore::clear() {
     const std::lock_guard order(order_);
     const auto lock = lockRecords_(locations_.recordsFolder);
-    return written({});
+    if (!lock) return refused(isHeldElsewhere(lock) ? heldElsewhere : notCleared);
+    return written({}, notCleared);
 }
 
 /// The stored list; an absent one is readable and empty.
@@ -58,10 +70,15 @@ HistoryStore::Stored HistoryStore::read() const {
     return {.readable = true, .history = std::move(*decoded)};
 }
 
-HistoryStore::Result HistoryStore::written(OrdovanRunHistory history) {
+HistoryStore::Result HistoryStore::written(OrdovanRunHistory history, const char* failure) {
     const auto result = storage_.write(
         locations_.history(), [encoded = history.encoded()](const RecordStorage::Sink& sink) { return sink(encoded); });
-    return {.saved = result.has_value(), .history = std::move(history), .revision = ++revision_};
+    if (!result) return refused(failure);
+    return {.saved = true, .warning = std::nullopt, .history = std::move(history), .revision = ++revision_};
+}
+
+HistoryStore::Result HistoryStore::refused(const char* warning) {
+    return {.saved = false, .warning = warning, .history = {}, .revision = ++revision_};
 }
 
 }  // namespace ordovan

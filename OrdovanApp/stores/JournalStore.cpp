@@ -3,8 +3,8 @@
 #include "OrdovanApp/stores/RecordErrors.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
-#include <vector>
 
 namespace ordovan {
 
@@ -68,16 +68,36 @@ JournalStore::Loaded JournalStore::load(const Url& root, const Journal& unsaved,
     const Stored stored = read(root);
     if (stored.state != Stored::State::none) return {joined(stored.journal, unsaved), unsaved};
     Loaded loaded = {unsaved, unsaved};
-    for (const Url& file : StorageLocations::olderJournals(root)) {
-        if (fs.isSymlink(file.deletingLastPathComponent())) continue;
-        const Journal older = readDocument(file).journal;
-        if (!older) continue;
-        const Saved saved = append(root, *older, loaded.journal, loaded.unsaved, nowEpoch);
+    for (const Older& older : readOlder(root, fs)) {
+        const Saved saved = append(root, *older.journal, loaded.journal, loaded.unsaved, nowEpoch);
         loaded = {saved.journal, saved.unsaved};
-        // A removal that fails leaves a copy that is not asked for again.
-        if (!saved.warning) static_cast<void>(storage_.remove(file));
+        // A removal that fails leaves a copy that is not asked for while there is another journal.
+        if (!saved.warning) static_cast<void>(storage_.remove(older.file));
     }
     return loaded;
+}
+
+/// The readable journals of older versions; nothing is read through a linked folder.
+std::vector<JournalStore::Older> JournalStore::readOlder(const Url& root, OrdovanFileSystem& fs) const {
+    std::vector<Older> result;
+    for (const Url& file : StorageLocations::olderJournals(root)) {
+        if (fs.isSymlink(file.deletingLastPathComponent())) continue;
+        if (Journal journal = readDocument(file).journal) result.push_back({file, std::move(journal)});
+    }
+    return result;
+}
+
+/// Takes restored entries out of the journals of older versions. False when one of them still lists some.
+bool JournalStore::takeOutOfOlder(const Url& root, const std::unordered_set<std::string_view>& restored,
+                                  OrdovanFileSystem& fs) const {
+    bool done = true;
+    for (const Older& older : readOlder(root, fs)) {
+        const Journal left = filtered(
+            older.journal, [&](const OrdovanJournalEntry& entry) { return !restored.contains(entry.destination()); });
+        if (left && left->entries.size() == older.journal->entries.size()) continue;
+        if (!(left ? write(older.file, *left) : storage_.remove(older.file).has_value())) done = false;
+    }
+    return done;
 }
 
 JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& run, const Journal& known,
@@ -90,6 +110,7 @@ JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& 
     Journal notStored = pending;
     const bool readable = stored.state != Stored::State::unreadable;
     if (!readable) combined = notStored = joined(known, pending);
+    if (isHeldElsewhere(lock)) return {.journal = combined, .unsaved = notStored, .warning = notWritten};
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) {
         return {.journal = combined, .unsaved = notStored, .warning = notSetAside};
@@ -121,6 +142,7 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
     });
     const Journal remaining = joined(storedLeft, memoryLeft);
     const Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
+    if (isHeldElsewhere(lock)) return failure;
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
     if (remaining) {
@@ -128,7 +150,17 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
     } else if (stored.state == Stored::State::readable && !storage_.remove(file)) {
         return failure;
     }
-    return {.journal = remaining, .unsaved = nullptr, .warning = std::nullopt};
+    Saved saved = {.journal = remaining, .unsaved = nullptr, .warning = std::nullopt};
+    if (!takeOutOfOlder(root, restored, fs)) saved.warning = notUpdated;
+    return saved;
+}
+
+bool JournalStore::canSave() const {
+    const std::string content(4096, ' ');
+    return std::ranges::all_of(locations_.probes(), [&](const Url& probe) {
+        return storage_.write(probe, [&](const RecordStorage::Sink& sink) { return sink(content); }) &&
+               storage_.remove(probe);
+    });
 }
 
 JournalStore::Stored JournalStore::readDocument(const Url& file) const {

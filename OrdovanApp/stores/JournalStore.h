@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace ordovan {
 
@@ -36,8 +37,9 @@ public:
         std::optional<std::string> warning;  ///< a sentence for the user when it could not be stored
     };
 
-    /// `lockRecords` takes the lock of the shared records (waiting for it). Where that fails, documents are read and
-    /// written without it: a record that might collide is better than none. `maxEntries`: a journal of more could not
+    /// `lockRecords` takes the lock of the shared records. While another has it, nothing is written, and what should
+    /// have been stays in memory. Where it can not be had for another reason, documents are written without it: a
+    /// record that might collide is better than none. `maxEntries`: a journal of more could not
     /// be read again, so a full document is kept aside and a new one begun.
     JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
                  std::size_t maxEntries = OrdovanJournal::maxEntries);
@@ -65,12 +67,25 @@ public:
     ///
     /// `restored`: the destinations of the entries that were put back. `known` and `unsaved`: as for `append`. What
     /// the document holds beyond `known` stays. What only memory holds stays as well, unless another process has
-    /// plainly dealt with it: taken from the document, and nothing lies at its destination any more.
+    /// plainly dealt with it: taken from the document, and nothing lies at its destination any more. The entries are
+    /// taken out of what older versions left inside the folder as well, where that could not be moved before.
     [[nodiscard]] Saved removeRestored(const Url& root, const std::unordered_set<std::string_view>& restored,
                                        const Journal& known, const Journal& unsaved, double nowEpoch,
                                        OrdovanFileSystem& fs) const;
 
+    /// Whether records could be saved now: a small file is written to the folder of the journals and to that of the
+    /// other records (which are made), flushed and removed again. No lock is taken.
+    [[nodiscard]] bool canSave() const;
+
 private:
+    /// A journal that an older version left, and where.
+    struct Older {
+        Url file;
+        Journal journal;
+    };
+    [[nodiscard]] std::vector<Older> readOlder(const Url& root, OrdovanFileSystem& fs) const;
+    [[nodiscard]] bool takeOutOfOlder(const Url& root, const std::unordered_set<std::string_view>& restored,
+                                      OrdovanFileSystem& fs) const;
     [[nodiscard]] Stored readDocument(const Url& file) const;
     [[nodiscard]] bool write(const Url& file, const OrdovanJournal& journal) const;
 

@@ -8,8 +8,8 @@ std::optional<QVariant> MemoryKeyValueStore::value(const QString& key) const {
     return found->second;
 }
 
-bool MemoryKeyValueStore::setValue(const QString& key, const QVariant& value) {
-    values_.insert_or_assign(key, value);
+bool MemoryKeyValueStore::update(const std::function<void(Values& values)>& edit) {
+    edit(values_);
     return true;
 }
 

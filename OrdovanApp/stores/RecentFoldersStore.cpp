@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QVariantList>
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace ordovan {
@@ -13,14 +15,46 @@ QString key() {
     return QStringLiteral("ordovan.recentFolders.v2");
 }
 
+QVariantList encoded(std::span<const Url> folders) {
+    QVariantList paths;
+    for (const Url& folder : folders) {
+        paths.append(QByteArray(folder.path().data(), static_cast<qsizetype>(folder.path().size())));
+    }
+    return paths;
+}
+
 }  // namespace
 
-RecentFoldersStore::RecentFoldersStore(KeyValueStore& store, std::function<bool(const Url&)> exists)
-    : store_(store), exists_(std::move(exists)) {}
+RecentFoldersStore::RecentFoldersStore(KeyValueStore& store, std::function<bool(const Url&)> exists,
+                                       std::function<Url(const Url&)> resolve)
+    : store_(store), exists_(std::move(exists)), resolve_(std::move(resolve)) {}
 
 std::vector<Url> RecentFoldersStore::load() const {
+    return foldersIn(store_.value(key()));
+}
+
+RecentFoldersStore::Result RecentFoldersStore::reload() {
+    const std::lock_guard order(order_);
+    store_.refresh();
+    return {.folders = load(), .revision = ++revision_};
+}
+
+RecentFoldersStore::Result RecentFoldersStore::add(const Url& folder, std::span<const Url> known) {
+    const std::lock_guard order(order_);
     std::vector<Url> folders;
-    const std::optional<QVariant> stored = store_.value(key());
+    const bool saved = store_.update([&](KeyValueStore::Values& values) {
+        const auto found = values.find(key());
+        const std::vector<Url> before =
+            found == values.end() ? std::vector<Url>() : foldersIn(std::optional(found->second));
+        folders = joined(folder, before, known);
+        if (folders != before) values.insert_or_assign(key(), encoded(folders));
+    });
+    if (!saved) folders = joined(folder, {}, known);
+    return {.folders = std::move(folders), .revision = ++revision_};
+}
+
+std::vector<Url> RecentFoldersStore::foldersIn(const std::optional<QVariant>& stored) const {
+    std::vector<Url> folders;
     if (!stored) return folders;
     for (const QVariant& item : stored->toList()) {
         const QByteArray path = item.toByteArray();
@@ -32,13 +66,21 @@ std::vector<Url> RecentFoldersStore::load() const {
     return folders;
 }
 
-bool RecentFoldersStore::save(std::span<const Url> folders) {
-    QVariantList paths;
-    for (const Url& folder : folders) {
-        if (!exists_(folder)) continue;
-        paths.append(QByteArray(folder.path().data(), static_cast<qsizetype>(folder.path().size())));
-    }
-    return store_.setValue(key(), paths);
+/// One folder, then the stored ones, then those known, without repeats and without those that are gone.
+std::vector<Url> RecentFoldersStore::joined(const Url& first, std::span<const Url> stored,
+                                            std::span<const Url> known) const {
+    std::vector<Url> folders, resolved;
+    const auto add = [&](const Url& folder) {
+        if (folders.size() == maxFolders || !exists_(folder)) return;
+        Url place = resolve_(folder);
+        if (std::ranges::find(resolved, place) != resolved.end()) return;
+        folders.push_back(folder);
+        resolved.push_back(std::move(place));
+    };
+    add(resolve_(first));
+    std::ranges::for_each(stored, add);
+    std::ranges::for_each(known, add);
+    return folders;
 }
 
 }  // namespace ordovan

@@ -4,29 +4,51 @@
 #include "OrdovanCore/Url.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <mutex>
 #include <span>
 #include <vector>
 
 namespace ordovan {
 
-/// The folders chosen last, newest first, kept as path bytes. On the controller's thread.
+/// The folders chosen last, newest first, kept as path bytes; one list for all processes. As thread-safe as its store.
+/// All operations look at the disk.
 class RecentFoldersStore {
 public:
     static constexpr std::size_t maxFolders = 5;
 
-    /// `exists` says whether a folder is still there.
-    RecentFoldersStore(KeyValueStore& store, std::function<bool(const Url&)> exists);
+    /// The list as it was found or made.
+    struct Result {
+        std::vector<Url> folders;    ///< those that are still there
+        std::uint64_t revision = 0;  ///< of two results of one store, the later one has the higher
+    };
+
+    /// `exists` says whether a folder is still there; `resolve` gives its path without links.
+    RecentFoldersStore(KeyValueStore& store, std::function<bool(const Url&)> exists,
+                       std::function<Url(const Url&)> resolve);
 
     /// The stored folders that are still there.
     [[nodiscard]] std::vector<Url> load() const;
 
-    /// Stores the list; folders that are gone are left out. False when it could not be stored.
-    bool save(std::span<const Url> folders);
+    /// The same, with what other processes have stored meanwhile.
+    [[nodiscard]] Result reload();
+
+    /// Puts a folder in front of the list as it is stored now, and stores it. `known` are the folders that the program
+    /// lists; those that could not be stored before go behind the stored ones. A list that can not be stored is still
+    /// good until the program ends.
+    [[nodiscard]] Result add(const Url& folder, std::span<const Url> known);
 
 private:
+    [[nodiscard]] std::vector<Url> foldersIn(const std::optional<QVariant>& stored) const;
+    [[nodiscard]] std::vector<Url> joined(const Url& first, std::span<const Url> stored,
+                                          std::span<const Url> known) const;
+
     KeyValueStore& store_;
     std::function<bool(const Url&)> exists_;
+    std::function<Url(const Url&)> resolve_;
+    std::mutex order_;
+    std::uint64_t revision_ = 0;
 };
 
 }  // namespace ordovan

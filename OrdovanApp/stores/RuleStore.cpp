@@ -8,8 +8,37 @@
 
 namespace {
 
+QString text(std::string_view latin1) {
+    return QString::fromLatin1(latin1.data(), static_cast<qsizetype>(latin1.size()));
+}
+
 QString key() {
-    return QString::fromLatin1(RuleStore::defaultsKey.data(), RuleStore::defaultsKey.size());
+    return text(RuleStore::defaultsKey);
+}
+
+/// The rules of a stored document.
+struct Decoded {
+    OrdovanRuleSet set;
+    bool isWhole = true;  ///< nothing of the document is missing in them
+};
+
+Decoded decoded(const std::optional<QVariant>& stored) {
+    if (!stored) return {};
+    const QByteArray bytes = stored->toByteArray();
+    auto set = OrdovanRuleSet::decoded({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+    if (!set) return {.set = {}, .isWhole = false};
+    const bool isWhole = set->rules.size() <= OrdovanRuleSet::maxRules;
+    if (!isWhole) set->rules.erase(set->rules.begin() + OrdovanRuleSet::maxRules, set->rules.end());
+    return {std::move(*set), isWhole};
+}
+
+/// Copies a document to the first key for those that could not be used which is free.
+void keepAside(ordovan::KeyValueStore::Values& values, const QVariant& document) {
+    QString name = text(RuleStore::unreadableKey);
+    for (int i = 2; values.contains(name); ++i) {
+        name = text(RuleStore::unreadableKey) + QStringLiteral(".") + QString::number(i);
+    }
+    values.emplace(name, document);
 }
 
 /// The positions in `now` of the rules that stand at `positions` in `seen`: the same ones where the lists are equal,
@@ -40,9 +69,8 @@ std::vector<OrdovanRule> takeOut(std::vector<OrdovanRule>& rules, const std::set
 
 }  // namespace
 
-RuleStore::RuleStore(ordovan::KeyValueStore& store, std::function<OrdovanResult<ordovan::HeldLock>()> lockRecords,
-                     QObject* parent)
-    : QObject(parent), store_(store), lockRecords_(std::move(lockRecords)), ruleSet_(stored()) {}
+RuleStore::RuleStore(ordovan::KeyValueStore& store, QObject* parent)
+    : QObject(parent), store_(store), ruleSet_(decoded(store.value(key())).set) {}
 
 std::optional<std::string> RuleStore::add(std::string_view extensions, std::string_view folderName) {
     std::optional<std::string> refusal;
@@ -78,29 +106,21 @@ bool RuleStore::move(const std::set<std::size_t>& positions, std::size_t target)
     });
 }
 
-OrdovanRuleSet RuleStore::stored() const {
-    const std::optional<QVariant> value = store_.value(key());
-    if (!value) return {};
-    const QByteArray bytes = value->toByteArray();
-    auto decoded = OrdovanRuleSet::decoded({bytes.constData(), static_cast<std::size_t>(bytes.size())});
-    if (!decoded) return {};
-    if (decoded->rules.size() > OrdovanRuleSet::maxRules) {
-        decoded->rules.erase(decoded->rules.begin() + OrdovanRuleSet::maxRules, decoded->rules.end());
-    }
-    return std::move(*decoded);
-}
-
 /// Makes one change to the stored rules and adopts the outcome. False when it could not be stored.
 bool RuleStore::change(const std::function<void(OrdovanRuleSet&)>& edit) {
-    const auto lock = lockRecords_();
-    store_.refresh();
-    const OrdovanRuleSet before = stored();
-    OrdovanRuleSet after = before;
-    edit(after);
-    if (after != before) {
+    OrdovanRuleSet after;
+    const bool stored = store_.update([&](ordovan::KeyValueStore::Values& values) {
+        const auto document = values.find(key());
+        const bool isThere = document != values.end();
+        const Decoded before = isThere ? decoded(document->second) : Decoded();
+        after = before.set;
+        edit(after);
+        if (after == before.set) return;
+        if (!before.isWhole) keepAside(values, document->second);
         const std::string encoded = after.encoded();
-        if (!store_.setValue(key(), QByteArray(encoded.data(), static_cast<qsizetype>(encoded.size())))) return false;
-    }
+        values.insert_or_assign(key(), QByteArray(encoded.data(), static_cast<qsizetype>(encoded.size())));
+    });
+    if (!stored) return false;
     if (after != ruleSet_) {
         ruleSet_ = std::move(after);
         Q_EMIT ruleSetChanged();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "OrdovanApp/stores/HeldLock.h"
 #include "OrdovanApp/stores/KeyValueStore.h"
 #include "OrdovanCore/Rules.h"
 
@@ -15,18 +14,19 @@
 
 /// The user's rules in the order of matching; one for the application, on the controller's thread.
 ///
-/// Every change is made to the rules as they are stored at that moment, under the lock of the shared records (it waits
-/// for another process's change), and stored at once.
+/// Every change is made to the rules as they are stored at that moment, and stored at once; the store keeps other
+/// processes' changes apart. What is stored but can not be read is kept under other keys before it is replaced.
 class RuleStore : public QObject {
     Q_OBJECT
 
 public:
     static constexpr std::string_view defaultsKey = "ordovan.rules.v1";
 
+    /// Where a document that could not be used whole is kept; with ".2", ".3" and so on for further ones.
+    static constexpr std::string_view unreadableKey = "ordovan.rules.v1.unreadable";
+
     /// Reads the rules; none where they are missing or can not be read, and the first 50 of a longer list.
-    /// `lockRecords` takes the lock of the shared records.
-    RuleStore(ordovan::KeyValueStore& store, std::function<OrdovanResult<ordovan::HeldLock>()> lockRecords,
-              QObject* parent = nullptr);
+    explicit RuleStore(ordovan::KeyValueStore& store, QObject* parent = nullptr);
 
     [[nodiscard]] const OrdovanRuleSet& ruleSet() const { return ruleSet_; }
 
@@ -48,10 +48,8 @@ Q_SIGNALS:
     void ruleSetChanged();
 
 private:
-    [[nodiscard]] OrdovanRuleSet stored() const;
     bool change(const std::function<void(OrdovanRuleSet&)>& edit);
 
     ordovan::KeyValueStore& store_;
-    std::function<OrdovanResult<ordovan::HeldLock>()> lockRecords_;
     OrdovanRuleSet ruleSet_;
 };

@@ -1,70 +1,143 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 
+#include "OrdovanApp/stores/RecordErrors.h"
+#include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCore/Text.h"
+#include "OrdovanCore/platform/RealPath.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <string>
+#include <utility>
 
 namespace ordovan {
 
 namespace {
 
-constexpr QFile::Permissions privateFile = QFile::ReadOwner | QFile::WriteOwner;
-constexpr QFile::Permissions privateFolder = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+/// The file is only ever locked for the moment of a change.
+constexpr LockPatience patience = {.longest = std::chrono::seconds(2), .endsWithASignal = true};
 
-/// QFile reports the user's own permissions twice, as owner and as the user who asks.
-constexpr QFile::Permissions ownAndOthers = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup |
-                                            QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther | QFile::WriteOther |
-                                            QFile::ExeOther;
+/// Fifty rules of a hundred extensions take some 100 KiB; a file far beyond that is not ours and is not parsed.
+constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
+
+Url urlOf(const QString& path) {
+    return Url::file(path.toStdString());
+}
 
 }  // namespace
 
-SettingsFileStore::SettingsFileStore(const Url& file) {
+SettingsFileStore::SettingsFileStore(const Url& file) : lock_(lockFolderWithin(patience)) {
     if (!text::isUtf8(file.path())) return;
     path_ = QString::fromUtf8(file.path().data(), static_cast<qsizetype>(file.path().size()));
-    refresh();
+    read();
 }
-
-SettingsFileStore::~SettingsFileStore() = default;
 
 std::optional<QVariant> SettingsFileStore::value(const QString& key) const {
-    if (!settings_ || !settings_->contains(key)) return std::nullopt;
-    return settings_->value(key);
+    const std::lock_guard guard(mutex_);
+    const auto found = values_.find(key);
+    if (found == values_.end()) return std::nullopt;
+    return found->second;
 }
 
-bool SettingsFileStore::setValue(const QString& key, const QVariant& value) {
-    if (path_.isEmpty() || !makeFolder()) return false;
-    // An error stays with a QSettings object for good, so each write has an object of its own to ask.
-    refresh();
-    if (!settings_) return false;
-    const std::optional<QVariant> before = this->value(key);
-    settings_->setValue(key, value);
-    settings_->sync();
-    if (settings_->status() == QSettings::NoError) {
-        if ((QFile::permissions(path_) & ownAndOthers) == privateFile) return true;
-        return QFile::setPermissions(path_, privateFile);
-    }
-    before ? settings_->setValue(key, *before) : settings_->remove(key);
-    return false;
+bool SettingsFileStore::update(const std::function<void(Values& values)>& edit) {
+    const std::lock_guard guard(mutex_);
+    if (path_.isEmpty()) return false;
+    const auto lock = lock_(urlOf(QFileInfo(path_).path()));
+    if (!lock) return false;
+    read();
+    if (state_ == State::closed) return false;
+    Values changed = values_;
+    edit(changed);
+    if (changed == values_) return true;
+    if (!write(changed)) return false;
+    values_ = std::move(changed);
+    state_ = State::usable;
+    read_ = stamp();
+    return true;
 }
 
 void SettingsFileStore::refresh() {
-    if (path_.isEmpty()) return;
-    settings_.reset();
-    // Opening a FIFO that somebody put there would wait for ever.
-    const QFileInfo file(path_);
-    if (file.exists() && !file.isFile()) return;
-    settings_ = std::make_unique<QSettings>(path_, QSettings::IniFormat);
-    settings_->setFallbacksEnabled(false);
-    settings_->sync();
+    const std::lock_guard guard(mutex_);
+    if (!path_.isEmpty()) read();
 }
 
-bool SettingsFileStore::makeFolder() const {
-    const QFileInfo folder(QFileInfo(path_).path());
-    if (folder.isDir()) return true;
-    return QDir().mkpath(folder.path()) && QDir().mkdir(folder.filePath(), privateFolder);
+SettingsFileStore::Stamp SettingsFileStore::stamp() const {
+    const QFileInfo file(path_);
+    if (!file.exists()) return {};
+    return {.exists = true, .size = file.size(), .modified = file.lastModified()};
+}
+
+void SettingsFileStore::read() {
+    // What QSettings has read of an unchanged file once, it does not read again, nor says again what was wrong with it.
+    const Stamp now = stamp();
+    if (read_ == now) return;
+    read_ = now;
+    values_.clear();
+    state_ = State::usable;
+    if (!now.exists) return;
+    // Opening a FIFO that somebody put there would wait for ever.
+    if (!QFileInfo(path_).isFile()) {
+        state_ = State::closed;
+        return;
+    }
+    if (now.size > maxFileBytes) {
+        state_ = State::damaged;
+        return;
+    }
+    QSettings settings(path_, QSettings::IniFormat);
+    settings.setFallbacksEnabled(false);
+    for (const QString& key : settings.allKeys()) {
+        if (!key.isEmpty()) values_.emplace(key, settings.value(key));
+    }
+    if (settings.status() == QSettings::FormatError) state_ = State::damaged;
+    if (settings.status() == QSettings::AccessError) state_ = State::closed;
+}
+
+/// Puts a file of these values in the place of the present one. QSettings would keep writers apart by a lock file of
+/// its own, and one that was left behind would hold everybody up.
+bool SettingsFileStore::write(const Values& values) {
+    const QFileInfo file(path_);
+    if (file.exists() && !file.isWritable()) return false;
+    const std::string path = path_.toStdString();
+    const Url target = Url::file(realPath(path).value_or(path));
+    const std::optional<QByteArray> content = encoded(values);
+    if (!content) return false;
+    const auto nameAt = [&](double epoch) { return StorageLocations::unreadableSettings(target, epoch); };
+    const auto now = static_cast<double>(QDateTime::currentSecsSinceEpoch());
+    if (state_ == State::damaged && !setAside(storage_, target, nameAt, now)) return false;
+    const Stamp before = stamp();
+    const auto produce = [&](const RecordStorage::Sink& sink) {
+        return sink({content->constData(), static_cast<std::size_t>(content->size())});
+    };
+    if (!storage_.write(target, produce)) return false;
+    if (stamp() == before) {
+        // Two files of one size within one millisecond are one file to QSettings.
+        QFile written(path_);
+        if (written.open(QIODevice::ReadWrite)) {
+            written.setFileTime(before.modified.addMSecs(1), QFileDevice::FileModificationTime);
+        }
+    }
+    return true;
+}
+
+/// The values as an INI file; nothing when it could not be made.
+std::optional<QByteArray> SettingsFileStore::encoded(const Values& values) const {
+    const QTemporaryDir scratch(QFileInfo(path_).path() + QStringLiteral("/.ordovan-settings-XXXXXX"));
+    if (!scratch.isValid()) return std::nullopt;
+    const QString draft = scratch.filePath(QStringLiteral("draft.conf"));
+    {
+        QSettings settings(draft, QSettings::IniFormat);
+        for (const auto& [key, value] : values) settings.setValue(key, value);
+        settings.sync();
+        if (settings.status() != QSettings::NoError) return std::nullopt;
+    }
+    QFile file(draft);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    return file.readAll();
 }
 
 }  // namespace ordovan

@@ -3,9 +3,8 @@
 #include "OrdovanCore/Categories.h"
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/platform/Sha256.h"
 #include "OrdovanCore/platform/UserDatabase.h"
-
-#include <QCryptographicHash>
 
 #include <cmath>
 #include <cstdlib>
@@ -49,9 +48,8 @@ StorageLocations StorageLocations::fromEnvironment(
 
 Url StorageLocations::journal(const Url& root) const {
     const std::string canonical = OrdovanProposalPlanner::canonicalPath(root);
-    const QByteArray digest = QCryptographicHash::hash(
-        QByteArrayView(canonical.data(), static_cast<qsizetype>(canonical.size())), QCryptographicHash::Sha256);
-    return recordsFolder.appending("journals").appending(digest.toHex().toStdString() + ".json");
+    // Without a working library no file can be hashed, so none is ever moved and there is no journal to name.
+    return recordsFolder.appending("journals").appending(sha256(canonical).value_or("none") + ".json");
 }
 
 Url StorageLocations::unreadableJournal(double epoch) const {
@@ -80,8 +78,18 @@ Url StorageLocations::unreadableTrashRecord(double epoch) const {
     return recordsFolder.appending("trash-record.unreadable-" + wholeSeconds(epoch) + ".json");
 }
 
+std::array<Url, 2> StorageLocations::probes() const {
+    constexpr std::string_view name = ".ordovan-probe";
+    return {recordsFolder.appending("journals").appending(name), recordsFolder.appending(name)};
+}
+
 Url StorageLocations::settingsFile() const {
     return settingsFolder.appending("ordovan.conf");
+}
+
+Url StorageLocations::unreadableSettings(const Url& settingsFile, double epoch) {
+    return settingsFile.deletingLastPathComponent().appending(std::string(settingsFile.lastPathComponent()) +
+                                                              ".unreadable-" + wholeSeconds(epoch));
 }
 
 }  // namespace ordovan

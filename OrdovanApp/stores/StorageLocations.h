@@ -41,7 +41,11 @@ struct StorageLocations {
     [[nodiscard]] Url unreadableHistory(double epoch) const;
     [[nodiscard]] Url trashRecord() const;
     [[nodiscard]] Url unreadableTrashRecord(double epoch) const;
+    /// The files by which it is tried whether records can be written: one in each folder that holds some.
+    [[nodiscard]] std::array<Url, 2> probes() const;
     [[nodiscard]] Url settingsFile() const;
+    /// The name to which a damaged settings file is set aside at this time (whole seconds since 1970).
+    [[nodiscard]] static Url unreadableSettings(const Url& settingsFile, double epoch);
 };
 
 /// The folder name that an earlier version organized into, inside the chosen folder.

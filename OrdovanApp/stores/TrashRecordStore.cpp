@@ -83,7 +83,7 @@ TrashRecordStore::Saved TrashRecordStore::append(const OrdovanTrashRecord& run, 
     const Record combined = joined(readable ? stored.record : known.record, pending);
     const Saved failure = {.known = {combined, readable ? pending : combined}, .warning = notWritten};
     // A record beyond the limit would be refused when it is read again; the one there must not be lost for it.
-    if (combined->entries.size() > maxEntries_) return failure;
+    if (isHeldElsewhere(lock) || combined->entries.size() > maxEntries_) return failure;
     if (!readable && !setAside(nowEpoch)) return failure;
     if (!write(*combined)) return failure;
     return {.known = {combined, none()}, .warning = std::nullopt};
@@ -108,6 +108,7 @@ TrashRecordStore::Saved TrashRecordStore::removePutBack(const std::unordered_set
     });
     const Record remaining = joined(storedLeft, memoryLeft);
     const Saved failure = {.known = {remaining, memoryLeft}, .warning = notUpdated};
+    if (isHeldElsewhere(lock)) return failure;
     if (!readable && !setAside(nowEpoch)) return failure;
     const bool fits = remaining->entries.size() <= maxEntries_;
     if (!write(fits ? *remaining : *storedLeft) || !fits) return failure;

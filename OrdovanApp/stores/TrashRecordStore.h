@@ -34,8 +34,9 @@ public:
         std::optional<std::string> warning;  ///< a sentence for the user when it could not be stored
     };
 
-    /// `lockRecords` takes the lock of the shared records (waiting for it). Where that fails, the document is read and
-    /// written without it: a record that might collide is better than none. `maxEntries`: a record of more could not be
+    /// `lockRecords` takes the lock of the shared records. While another has it, nothing is written, and what should
+    /// have been stays in memory. Where it can not be had for another reason, the document is written without it: a
+    /// record that might collide is better than none. `maxEntries`: a record of more could not be
     /// read again.
     TrashRecordStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
                      std::size_t maxEntries = OrdovanTrashRecord::maxEntries);

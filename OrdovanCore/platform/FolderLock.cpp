@@ -7,9 +7,13 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include <ctime>
+
 namespace ordovan {
 
 namespace {
+
+constexpr std::chrono::milliseconds betweenTries{20};
 
 /// flock(2), again after an interrupting signal; 0 or the errno.
 int lock(int folder, int operation) {
@@ -36,6 +40,12 @@ bool leadsTo(const char* path, int folder) {
            there.st_ino == opened.st_ino;
 }
 
+/// Sleeps until the next try. False when a handled signal woke the thread before that.
+bool pause() {
+    const ::timespec time = {.tv_sec = 0, .tv_nsec = std::chrono::nanoseconds(betweenTries).count()};
+    return ::nanosleep(&time, nullptr) == 0 || errno != EINTR;
+}
+
 }  // namespace
 
 OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
@@ -47,17 +57,23 @@ OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
     return FolderLock(opened.release());
 }
 
-OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder) {
+OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatience& patience) {
     const SystemPath path(folder);
     if (path.error() != 0) return std::unexpected(OrdovanSystemError::posix(path.error()));
+    std::chrono::milliseconds waited{0};
     for (;;) {
         int error = makeFolders(path.view(), 0700);
         if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
         Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
-        error = opened ? lock(opened.get(), LOCK_EX) : errno;
-        if (error != 0 && error != ENOENT) return std::unexpected(OrdovanSystemError::posix(error));
+        error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
         // While we waited, somebody may have put another folder in its place, which others would lock from now on.
         if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(opened.release());
+        if (error == 0 || error == ENOENT) continue;
+        if (error != EWOULDBLOCK || waited >= patience.longest) {
+            return std::unexpected(OrdovanSystemError::posix(error));
+        }
+        if (!pause() && patience.endsWithASignal) return std::unexpected(OrdovanSystemError::posix(EINTR));
+        waited += betweenTries;
     }
 }
 

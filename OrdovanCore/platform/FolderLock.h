@@ -2,9 +2,16 @@
 
 #include "OrdovanCore/FileSystem.h"
 
+#include <chrono>
 #include <utility>
 
 namespace ordovan {
+
+/// How long a lock is waited for.
+struct LockPatience {
+    std::chrono::milliseconds longest{0};
+    bool endsWithASignal = false;  ///< whether a signal that the waiting thread handles ends the wait
+};
 
 /// An exclusive lock on a folder (flock(2) on the folder itself), for processes that agree to ask for it. It leaves no
 /// file behind and the kernel releases it when the process ends, however it ends. Two locks on one folder exclude each
@@ -14,8 +21,9 @@ public:
     /// Takes the lock or fails at once: EWOULDBLOCK when another holds it, else the system's error (ENOENT, EACCES).
     /// A file system without locks (ENOLCK, ENOTSUP) gives a lock that excludes nobody.
     static OrdovanResult<FolderLock> tryAcquire(const Url& folder);
-    /// Takes the lock, waiting for as long as another holds it. The folder is made (0700) when it is missing.
-    static OrdovanResult<FolderLock> acquire(const Url& folder);
+    /// Takes the lock, asking again every 20 ms while another holds it. Errors as for `tryAcquire`: EWOULDBLOCK when
+    /// the patience is at its end, EINTR when a signal ended the wait. The folder is made (0700) when it is missing.
+    static OrdovanResult<FolderLock> acquire(const Url& folder, const LockPatience& patience);
 
     FolderLock(FolderLock&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
     FolderLock& operator=(FolderLock&& other) noexcept {

@@ -15,9 +15,9 @@ namespace {
 class CountingStore final : public ordovan::KeyValueStore {
 public:
     [[nodiscard]] std::optional<QVariant> value(const QString& key) const override { return inner.value(key); }
-    [[nodiscard]] bool setValue(const QString& key, const QVariant& value) override {
+    [[nodiscard]] bool update(const std::function<void(Values& values)>& edit) override {
         ++writes;
-        return !refuses && inner.setValue(key, value);
+        return !refuses && inner.update(edit);
     }
     void refresh() override {}
 

@@ -17,6 +17,8 @@ using ::testing::SizeIs;
 
 namespace {
 
+constexpr const char* notAdded = "This run couldn't be added to the history on disk. It is listed until you quit.";
+
 class HistoryStoreTest : public ::testing::Test {
 protected:
     static OrdovanRunRecord run(std::string folder) {
@@ -28,6 +30,12 @@ protected:
         return names;
     }
     static OrdovanResult<ordovan::HeldLock> lock(const Url&) { return ordovan::HeldLock(); }
+    /// A store that does not get its lock.
+    HistoryStore refused(int errnoValue) {
+        return {records, locations, [=](const Url&) -> OrdovanResult<ordovan::HeldLock> {
+                    return std::unexpected(OrdovanSystemError::posix(errnoValue));
+                }};
+    }
 
     ordovan::testing::MemoryFileSystem memory;
     ordovan::test::MemoryRecords records{memory};
@@ -86,9 +94,33 @@ TEST_F(HistoryStoreTest, DoesNotReadADocumentOfUnreasonableSize) {
 TEST_F(HistoryStoreTest, SaysWhenItCanNotWrite) {
     EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
     records.failAll("write", ENOSPC);
-    EXPECT_FALSE(store.add(run("b"), {}, 7).saved);
-    EXPECT_FALSE(store.clear().saved);
+    const auto added = store.add(run("b"), {}, 7);
+    EXPECT_FALSE(added.saved);
+    EXPECT_EQ(added.warning, notAdded);
+    const auto cleared = store.clear();
+    EXPECT_FALSE(cleared.saved);
+    EXPECT_EQ(cleared.warning, "The history couldn't be cleared.");
     EXPECT_THAT(folders(store.load()), ElementsAre("a"));
+}
+
+TEST_F(HistoryStoreTest, WritesNothingWithoutTheLock) {
+    EXPECT_TRUE(store.add(run("a"), {}, 7).saved);
+    for (const int refusal : {EWOULDBLOCK, EINTR, EACCES}) {
+        HistoryStore waiting = refused(refusal);
+        EXPECT_EQ(waiting.add(run("b"), {}, 7).warning, notAdded);
+        const auto cleared = waiting.clear();
+        EXPECT_FALSE(cleared.saved);
+        EXPECT_EQ(cleared.warning, refusal == EACCES
+                                       ? "The history couldn't be cleared."
+                                       : "Another ordovan+ is saving its records. Try again in a moment.");
+    }
+    EXPECT_THAT(folders(store.load()), ElementsAre("a"));
+}
+
+TEST_F(HistoryStoreTest, TellsAnAbsentListFromOneThatCanNotBeRead) {
+    EXPECT_EQ(store.loadReadable(), OrdovanRunHistory());
+    memory.write(file, "garbage");
+    EXPECT_EQ(store.loadReadable(), std::nullopt);
 }
 
 TEST_F(HistoryStoreTest, IsEmptyOnceCleared) {

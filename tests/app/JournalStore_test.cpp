@@ -17,6 +17,10 @@ using ::testing::SizeIs;
 
 namespace {
 
+constexpr const char* notUpdated =
+    "The undo record could not be updated. Files that were restored may be listed again; restoring them again is "
+    "refused safely.";
+
 class JournalStoreTest : public ::testing::Test {
 protected:
     static OrdovanJournal journal(std::initializer_list<const char*> names, double epoch = 0) {
@@ -41,8 +45,10 @@ protected:
     ordovan::test::MemoryRecords records{memory};
     ordovan::StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/s")};
     std::vector<std::string> locked;
+    int lockError = 0;
     JournalStore store{records, locations, [this](const Url& folder) -> OrdovanResult<ordovan::HeldLock> {
                            locked.emplace_back(folder.path());
+                           if (lockError != 0) return std::unexpected(OrdovanSystemError::posix(lockError));
                            return ordovan::HeldLock();
                        }};
     const Url root = Url::file("/r");
@@ -111,8 +117,9 @@ TEST_F(JournalStoreTest, LeavesARecordThatIsFullAndSaysThatTheRunIsNotInIt) {
     JournalStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 3);
     memory.write(file, journal({"a", "b", "c"}).encoded());
     const auto saved = small.append(root, journal({"d"}), nullptr, nullptr, 7);
-    EXPECT_EQ(saved.warning, "Files were organized, but the undo record could not be saved to disk. Undo is available "
-                             "until you quit.");
+    EXPECT_EQ(saved.warning,
+              "Files were organized, but the undo record could not be saved to disk. Undo is available "
+              "until you quit.");
     EXPECT_THAT(names(saved.journal), ElementsAre("a", "b", "c", "d"));
     EXPECT_THAT(names(saved.unsaved), ElementsAre("d"));
     EXPECT_THAT(names(small.read(root).journal), ElementsAre("a", "b", "c"));
@@ -157,6 +164,86 @@ TEST_F(JournalStoreTest, ChangesRecordsUnderTheLockAndReadsWithoutIt) {
     (void)store.append(root, journal({"a"}), nullptr, nullptr, 7);
     (void)store.removeRestored(root, {}, nullptr, nullptr, 7, memory);
     EXPECT_THAT(locked, ElementsAre("/records", "/records"));
+}
+
+TEST_F(JournalStoreTest, KeepsARunInMemoryWhileAnotherProcessHasTheLock) {
+    for (const int refusal : {EWOULDBLOCK, EINTR}) {
+        for (const std::string& document : {journal({"a"}).encoded(), std::string("garbage")}) {
+            memory.write(file, document);
+            lockError = refusal;
+            const auto saved = store.append(root, journal({"b"}), shared(journal({"a"})), nullptr, 7);
+            EXPECT_EQ(saved.warning,
+                      "Files were organized, but the undo record could not be saved to disk. Undo is "
+                      "available until you quit.");
+            EXPECT_THAT(names(saved.journal), ElementsAre("a", "b"));
+            EXPECT_EQ(memory.read(file), document);
+        }
+    }
+}
+
+TEST_F(JournalStoreTest, LeavesTheRecordAloneWhileAnotherProcessHasTheLock) {
+    memory.write(file, journal({"a", "b"}).encoded());
+    lockError = EWOULDBLOCK;
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, shared(journal({"a", "b"})), nullptr, 7, memory);
+    EXPECT_EQ(saved.warning, notUpdated);
+    EXPECT_THAT(names(saved.journal), ElementsAre("b"));
+    EXPECT_EQ(memory.read(file), journal({"a", "b"}).encoded());
+}
+
+TEST_F(JournalStoreTest, DoesWithoutALockThatNobodyCanHave) {
+    lockError = EACCES;
+    EXPECT_FALSE(store.append(root, journal({"a"}), nullptr, nullptr, 7).warning);
+    EXPECT_FALSE(store.removeRestored(root, {"/r/ordovan+/a"}, shared(journal({"a"})), nullptr, 7, memory).warning);
+    EXPECT_FALSE(memory.exists(Url::file(file)));
+}
+
+TEST_F(JournalStoreTest, TakesRestoredEntriesOutOfAnOlderRecordThatCouldNotBeMoved) {
+    const std::string older = "/r/Organized/.ordovan-journal.json";
+    memory.write(older, journal({"a", "b"}).encoded());
+    records.failAll("write", ENOSPC);
+    const auto loaded = store.load(root, nullptr, 7, memory);
+    EXPECT_THAT(names(loaded.unsaved), ElementsAre("a", "b"));
+    const auto failed = store.removeRestored(root, {"/r/ordovan+/a"}, loaded.journal, loaded.unsaved, 7, memory);
+    EXPECT_EQ(failed.warning, notUpdated);
+    records.failAll("", 0);
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, failed.journal, failed.unsaved, 7, memory);
+    EXPECT_FALSE(saved.warning);
+    EXPECT_EQ(memory.read(older), journal({"b"}).encoded());
+    EXPECT_FALSE(store.removeRestored(root, {"/r/ordovan+/b"}, saved.journal, nullptr, 7, memory).warning);
+    EXPECT_FALSE(memory.exists(Url::file(older)));
+    EXPECT_FALSE(store.load(root, nullptr, 7, memory).journal);
+}
+
+TEST_F(JournalStoreTest, WarnsWhenAnOlderRecordStillListsWhatWasRestored) {
+    const std::string older = "/r/ordovan+/.ordovan-journal.json";
+    memory.write(older, journal({"a"}).encoded());
+    records.failAll("write", ENOSPC);
+    const auto loaded = store.load(root, nullptr, 7, memory);
+    records.failAll("remove", EROFS);
+    const auto saved = store.removeRestored(root, {"/r/ordovan+/a"}, loaded.journal, loaded.unsaved, 7, memory);
+    EXPECT_EQ(saved.warning, notUpdated);
+    EXPECT_FALSE(saved.journal);
+    EXPECT_TRUE(memory.exists(Url::file(older)));
+}
+
+TEST_F(JournalStoreTest, LeavesAnOlderRecordOfOtherFilesAlone) {
+    const std::string older = "/r/ordovan+/.ordovan-journal.json";
+    memory.write(file, journal({"a"}).encoded());
+    memory.write(older, journal({"z"}).encoded());
+    records.failAll("write", ENOSPC);
+    EXPECT_FALSE(store.removeRestored(root, {"/r/ordovan+/a"}, nullptr, nullptr, 7, memory).warning);
+    EXPECT_EQ(memory.read(older), journal({"z"}).encoded());
+}
+
+TEST_F(JournalStoreTest, TriesWhetherRecordsCanBeSavedAndLeavesNothingBehind) {
+    EXPECT_TRUE(store.canSave());
+    EXPECT_THAT(*memory.list("/records"), SizeIs(1));  // the folder of the journals
+    EXPECT_THAT(*memory.list("/records/journals"), SizeIs(0));
+    EXPECT_THAT(locked, SizeIs(0));
+    for (const std::size_t call : {1, 2, 3, 4}) {
+        records.failCall(call, EROFS);
+        EXPECT_FALSE(store.canSave()) << call;
+    }
 }
 
 TEST_F(JournalStoreTest, PutsWhatIsInMemoryOnlyBehindTheStoredEntries) {

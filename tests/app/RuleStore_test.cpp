@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-using ordovan::HeldLock;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
@@ -23,26 +22,25 @@ namespace {
 class SharedStore final : public ordovan::KeyValueStore {
 public:
     [[nodiscard]] std::optional<QVariant> value(const QString& key) const override { return inner.value(key); }
-    [[nodiscard]] bool setValue(const QString& key, const QVariant& value) override {
-        ++writes;
-        return !refuses && inner.setValue(key, value);
+    [[nodiscard]] bool update(const std::function<void(Values& values)>& edit) override {
+        ++updates;
+        Values before, after;
+        EXPECT_TRUE(inner.update([&](Values& values) { before = values; }));
+        after = before;
+        edit(after);
+        writes += after == before ? 0 : 1;
+        return !refuses && inner.update([&](Values& values) { values = after; });
     }
-    void refresh() override { ++refreshes; }
+    void refresh() override {}
 
     ordovan::MemoryKeyValueStore inner;
     int writes = 0;
-    int refreshes = 0;
+    int updates = 0;
     bool refuses = false;
 };
 
 class RuleStoreTest : public ::testing::Test {
 protected:
-    std::function<OrdovanResult<HeldLock>()> lock() {
-        return [this]() -> OrdovanResult<HeldLock> {
-            ++locked;
-            return HeldLock();
-        };
-    }
     void store(std::string_view document) {
         EXPECT_TRUE(values.inner.setValue(QStringLiteral("ordovan.rules.v1"),
                                           QByteArray(document.data(), static_cast<qsizetype>(document.size()))));
@@ -60,8 +58,7 @@ protected:
     }
 
     SharedStore values;
-    int locked = 0;
-    RuleStore rules{values, lock()};
+    RuleStore rules{values};
 };
 
 TEST_F(RuleStoreTest, BeginsEmpty) {
@@ -72,7 +69,7 @@ TEST_F(RuleStoreTest, BeginsEmpty) {
 TEST_F(RuleStoreTest, IsEmptyWhereWhatIsStoredCanNotBeRead) {
     for (const char* const document : {"", "{", "[]", "{\"rules\":[{\"id\":\"x\"}]}"}) {
         store(document);
-        EXPECT_THAT(RuleStore(values, lock()).ruleSet().rules, IsEmpty()) << document;
+        EXPECT_THAT(RuleStore(values).ruleSet().rules, IsEmpty()) << document;
     }
 }
 
@@ -80,7 +77,7 @@ TEST_F(RuleStoreTest, CutsALongerStoredListToItsFirstFifty) {
     OrdovanRuleSet set;
     for (int i = 0; i < 51; ++i) set.rules.push_back({ordovan::Uuid::random(), {"dmg"}, "F" + std::to_string(i)});
     store(set.encoded());
-    const RuleStore read(values, lock());
+    const RuleStore read(values);
     ASSERT_THAT(read.ruleSet().rules, SizeIs(50));
     EXPECT_EQ(read.ruleSet().rules.back().folderName, "F49");
 }
@@ -91,7 +88,7 @@ TEST_F(RuleStoreTest, AddsARuleAtTheEndAndStoresIt) {
     EXPECT_THAT(folders(rules), ElementsAre("Apps", "Installers"));
     EXPECT_THAT(rules.ruleSet().rules[1].extensions, ElementsAre("dmg", "pkg"));
     EXPECT_EQ(stored(), rules.ruleSet().encoded());
-    EXPECT_EQ(RuleStore(values, lock()).ruleSet(), rules.ruleSet());
+    EXPECT_EQ(RuleStore(values).ruleSet(), rules.ruleSet());
 }
 
 TEST_F(RuleStoreTest, SaysWhyARuleIsRefused) {
@@ -144,7 +141,7 @@ TEST_P(RuleStoreMove, PutsTheRulesInFrontOfTheTarget) {
 
 TEST_F(RuleStoreTest, ChangesTheRulesAsAnotherProcessLeftThem) {
     fill(rules, {"a", "b", "c"});
-    RuleStore other(values, lock());
+    RuleStore other(values);
     EXPECT_TRUE(other.remove({0}));
     fill(other, {"d"});
     fill(rules, {"e"});
@@ -154,7 +151,7 @@ TEST_F(RuleStoreTest, ChangesTheRulesAsAnotherProcessLeftThem) {
 
 TEST_F(RuleStoreTest, DeletesTheRuleThatWasMeantWhenPositionsHaveShifted) {
     fill(rules, {"a", "b", "c"});
-    RuleStore other(values, lock());
+    RuleStore other(values);
     EXPECT_TRUE(other.remove({0}));
     EXPECT_TRUE(rules.remove({0, 1}));  // a, which is gone, and b
     EXPECT_THAT(folders(rules), ElementsAre("c"));
@@ -162,18 +159,43 @@ TEST_F(RuleStoreTest, DeletesTheRuleThatWasMeantWhenPositionsHaveShifted) {
 
 TEST_F(RuleStoreTest, MovesTheRuleThatWasMeantWhenPositionsHaveShifted) {
     fill(rules, {"a", "b", "c", "d"});
-    RuleStore other(values, lock());
+    RuleStore other(values);
     EXPECT_TRUE(other.remove({0}));
     EXPECT_TRUE(rules.move({3}, 1));  // d in front of b
     EXPECT_THAT(folders(rules), ElementsAre("d", "b", "c"));
 }
 
-TEST_F(RuleStoreTest, LocksTheRecordsAndReadsAgainForEveryChange) {
+TEST_F(RuleStoreTest, MakesEveryChangeInOneStep) {
     fill(rules, {"a"});
     rules.move({0}, 0);
     rules.remove({0});
-    EXPECT_EQ(locked, 3);
-    EXPECT_EQ(values.refreshes, 3);
+    EXPECT_EQ(values.updates, 3);
+}
+
+TEST_F(RuleStoreTest, KeepsADocumentItCanNotReadBeforeItIsReplaced) {
+    store("{damaged");
+    RuleStore read(values);
+    EXPECT_TRUE(read.remove({0}));
+    EXPECT_EQ(stored(), "{damaged");  // nothing was changed
+    fill(read, {"a"});
+    EXPECT_EQ(values.value(QStringLiteral("ordovan.rules.v1.unreadable")), QByteArray("{damaged"));
+    store("[damaged again");
+    fill(read, {"b"});
+    EXPECT_EQ(values.value(QStringLiteral("ordovan.rules.v1.unreadable")), QByteArray("{damaged"));
+    EXPECT_EQ(values.value(QStringLiteral("ordovan.rules.v1.unreadable.2")), QByteArray("[damaged again"));
+    EXPECT_THAT(folders(RuleStore(values)), ElementsAre("b"));
+}
+
+TEST_F(RuleStoreTest, KeepsTheRulesBeyondTheFiftiethBeforeTheListIsReplaced) {
+    OrdovanRuleSet set;
+    for (int i = 0; i < 51; ++i) set.rules.push_back({ordovan::Uuid::random(), {"dmg"}, "F" + std::to_string(i)});
+    store(set.encoded());
+    RuleStore read(values);
+    EXPECT_TRUE(read.remove({0}));
+    EXPECT_THAT(RuleStore(values).ruleSet().rules, SizeIs(49));
+    const auto kept = values.value(QStringLiteral("ordovan.rules.v1.unreadable"));
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->toByteArray().toStdString(), set.encoded());
 }
 
 TEST_F(RuleStoreTest, StaysAsItWasWhenAChangeCanNotBeStored) {

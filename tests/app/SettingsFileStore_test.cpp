@@ -1,6 +1,7 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 
 #include "OrdovanApp/stores/AppSettings.h"
+#include "OrdovanApp/stores/HeldLock.h"
 #include "OrdovanApp/stores/RecentFoldersStore.h"
 #include "OrdovanApp/stores/RuleStore.h"
 #include "tests/support/QtTestMain.h"
@@ -11,10 +12,13 @@
 
 #include <sys/stat.h>
 
+#include <ctime>
+#include <filesystem>
+#include <initializer_list>
+#include <set>
 #include <string>
 #include <vector>
 
-using ordovan::HeldLock;
 using ordovan::RecentFoldersStore;
 using ordovan::SettingsFileStore;
 using ordovan::test::TempFolder;
@@ -25,14 +29,22 @@ using ::testing::IsEmpty;
 
 namespace {
 
+/// How often the program would have slept.
+int sleeps = 0;
+
+}  // namespace
+
+extern "C" int nanosleep(const ::timespec*, ::timespec*) {
+    ++sleeps;
+    return 0;
+}
+
+namespace {
+
 unsigned modeOf(const std::string& path) {
     struct ::stat facts{};
     EXPECT_EQ(::stat(path.c_str(), &facts), 0) << path;
     return facts.st_mode & 07777;
-}
-
-OrdovanResult<HeldLock> noLock() {
-    return HeldLock();
 }
 
 class SettingsFile : public ::testing::Test {
@@ -93,25 +105,27 @@ TEST_F(SettingsFile, GivesSettingsBack) {
 
 TEST_F(SettingsFile, GivesRulesBack) {
     SettingsFileStore store(file());
-    RuleStore rules(store, noLock);
+    RuleStore rules(store);
     rules.add("dmg, pkg", "Установщики \"1\" & co; = %");
     SettingsFileStore again(file());
-    EXPECT_EQ(RuleStore(again, noLock).ruleSet(), rules.ruleSet());
+    EXPECT_EQ(RuleStore(again).ruleSet(), rules.ruleSet());
     EXPECT_THAT(folder.read("config/ordovan/ordovan.conf"), HasSubstr("ordovan.rules.v1="));
 }
 
 TEST_F(SettingsFile, GivesAnyFolderBackByteForByte) {
-    const std::vector<std::vector<Url>> lists = {{},
-                                                 {Url::file("/plain")},
-                                                 {Url::file("/caf\xe9"), Url::file("/a, b; \"c\" = \\ %20 @ \n\t"),
-                                                  Url::file("/\xcc\x81 e"), Url::file("/-rf")}};
-    for (const auto& list : lists) {
-        SettingsFileStore store(file());
-        RecentFoldersStore folders(store, [](const Url&) { return true; });
-        EXPECT_TRUE(folders.save(list));
-        SettingsFileStore again(file());
-        EXPECT_EQ(RecentFoldersStore(again, [](const Url&) { return true; }).load(), list);
-    }
+    const auto there = [](const Url&) { return true; };
+    const auto same = [](const Url& url) { return url; };
+    const std::vector<Url> odd = {Url::file("/caf\xe9"), Url::file("/a, b; \"c\" = \\ %20 @ \n\t"),
+                                  Url::file("/\xcc\x81 e"), Url::file("/-rf")};
+    SettingsFileStore store(file());
+    RecentFoldersStore folders(store, there, same);
+    EXPECT_THAT(folders.add(Url::file("/plain"), {}).folders, ElementsAre(Url::file("/plain")));
+    SettingsFileStore once(file());
+    EXPECT_THAT(RecentFoldersStore(once, there, same).load(), ElementsAre(Url::file("/plain")));
+    for (const Url& name : odd) EXPECT_EQ(folders.add(name, {}).folders.front(), name);
+    SettingsFileStore again(file());
+    EXPECT_THAT(RecentFoldersStore(again, there, same).load(),
+                ElementsAre(odd[3], odd[2], odd[1], odd[0], Url::file("/plain")));
 }
 
 TEST_F(SettingsFile, SeesAnotherProcessesChangesWhenRefreshed) {
@@ -136,7 +150,7 @@ TEST_F(SettingsFile, ThatIsDamagedReadsAsDefaults) {
     SettingsFileStore store(file());
     const AppSettings settings(store);
     EXPECT_FALSE(settings.groupByMonth());
-    EXPECT_THAT(RuleStore(store, noLock).ruleSet().rules, IsEmpty());
+    EXPECT_THAT(RuleStore(store).ruleSet().rules, IsEmpty());
 }
 
 TEST_F(SettingsFile, SaysWhenItsFolderCanNotBeMade) {
@@ -177,27 +191,174 @@ TEST_F(SettingsFile, WhosePathIsNotUtf8StoresNothing) {
     EXPECT_EQ(folder.count(), 0u);
 }
 
-TEST(RecentFolders, AreFiveAtMostAndAbsolute) {
-    ordovan::MemoryKeyValueStore store;
-    QVariantList paths;
-    for (const char* const path : {"/1", "relative", "", "/2", "/3", "/4", "/5", "/6"}) paths.append(QByteArray(path));
-    ASSERT_TRUE(store.setValue(QStringLiteral("ordovan.recentFolders.v2"), paths));
-    const RecentFoldersStore folders(store, [](const Url& folder) { return folder != Url::file("/2"); });
-    EXPECT_THAT(folders.load(),
-                ElementsAre(Url::file("/1"), Url::file("/3"), Url::file("/4"), Url::file("/5"), Url::file("/6")));
+/// Another program that holds the lock of the settings.
+TEST_F(SettingsFile, IsNotChangedWhileAnotherProcessHoldsItsLock) {
+    SettingsFileStore store(file());
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 1));
+    sleeps = 0;
+    {
+        const auto lock = ordovan::tryLockFolder(folder.url("config/ordovan"));
+        ASSERT_TRUE(lock);
+        EXPECT_FALSE(store.setValue(QStringLiteral("k"), 2));
+    }
+    EXPECT_EQ(sleeps, 100);  // two seconds
+    EXPECT_EQ(store.value(QStringLiteral("k")), 1);
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
 }
 
-TEST(RecentFolders, ThatAreGoneAreNotStored) {
-    ordovan::MemoryKeyValueStore store;
-    RecentFoldersStore folders(store, [](const Url& folder) { return folder != Url::file("/gone"); });
-    EXPECT_TRUE(folders.save(std::vector{Url::file("/gone"), Url::file("/here")}));
-    EXPECT_THAT(RecentFoldersStore(store, [](const Url&) { return true; }).load(), ElementsAre(Url::file("/here")));
+TEST_F(SettingsFile, IsWrittenBesideALockFileThatSomebodyLeft) {
+    folder.makeFolder("config/ordovan");
+    folder.write("config/ordovan/ordovan.conf.lock", "");
+    SettingsFileStore store(file());
+    sleeps = 0;
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), true));
+    EXPECT_EQ(sleeps, 0);
+    ASSERT_EQ(::unlink(folder.path("config/ordovan/ordovan.conf.lock").c_str()), 0);
+    ASSERT_EQ(::mkfifo(folder.path("config/ordovan/ordovan.conf.lock").c_str(), 0600), 0);
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), false));
+    ASSERT_EQ(::unlink(folder.path("config/ordovan/ordovan.conf.lock").c_str()), 0);
+    folder.makeFolder("config/ordovan/ordovan.conf.lock");
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), true));
+    EXPECT_EQ(folder.count("config/ordovan"), 2u);
 }
 
-TEST(RecentFolders, ReadAsNoneFromAnUnusableValue) {
-    ordovan::MemoryKeyValueStore store;
-    EXPECT_TRUE(store.setValue(QStringLiteral("ordovan.recentFolders.v2"), 17));
-    EXPECT_THAT(RecentFoldersStore(store, [](const Url&) { return true; }).load(), IsEmpty());
+TEST_F(SettingsFile, ThatIsDamagedIsSetAsideBeforeItIsReplaced) {
+    const std::string damaged = "[General]\nk=1\nordovan.rules.v1 all of it broken\n";
+    folder.write("config/ordovan/ordovan.conf", damaged);
+    SettingsFileStore store(file());
+    store.refresh();
+    EXPECT_TRUE(store.setValue(QStringLiteral("other"), true));
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=1\nother=true\n");
+    std::vector<std::string> aside;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path("config/ordovan"))) {
+        if (entry.path().filename() != "ordovan.conf") aside.push_back(entry.path().filename());
+    }
+    ASSERT_THAT(aside, ElementsAre(::testing::MatchesRegex("ordovan\\.conf\\.unreadable-[0-9]+")));
+    EXPECT_EQ(folder.read("config/ordovan/" + aside.front()), damaged);
+    EXPECT_TRUE(store.setValue(QStringLiteral("other"), false));
+    EXPECT_EQ(folder.count("config/ordovan"), 2u);
+}
+
+TEST_F(SettingsFile, ThatIsFarTooLargeIsSetAsideUnread) {
+    folder.write("config/ordovan/ordovan.conf", "[General]\nk=1\n" + std::string(17 << 20, ';'));
+    SettingsFileStore store(file());
+    EXPECT_FALSE(store.value(QStringLiteral("k")));
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=2\n");
+    EXPECT_EQ(folder.count("config/ordovan"), 2u);
+}
+
+TEST_F(SettingsFile, ThatMayNotBeReadIsLeftAlone) {
+    folder.write("config/ordovan/ordovan.conf", "[General]\nk=1\n");
+    ordovan::test::giveToUnprivileged(folder.path());
+    ::chmod(folder.path("config/ordovan/ordovan.conf").c_str(), 0200);
+    EXPECT_FALSE(ordovan::test::unprivileged([&] {
+        SettingsFileStore store(file());
+        return store.setValue(QStringLiteral("k"), 2);
+    }));
+    ::chmod(folder.path("config/ordovan/ordovan.conf").c_str(), 0600);
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=1\n");
+    EXPECT_EQ(folder.count("config/ordovan"), 1u);
+}
+
+TEST_F(SettingsFile, IsWrittenWhereALinkLeads) {
+    folder.write("dotfiles/settings", "[General]\nk=1\n");
+    folder.makeFolder("config/ordovan");
+    folder.makeLink("config/ordovan/ordovan.conf", folder.path("dotfiles/settings"));
+    SettingsFileStore store(file());
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
+    EXPECT_EQ(folder.read("dotfiles/settings"), "[General]\nk=2\n");
+}
+
+TEST_F(SettingsFile, KeepsTheGroupsAndValuesOfOthers) {
+    const std::string before =
+        "[General]\nlist=a, b\nnumber=7\ntext=\"with; odd = \\\"signs\\\"\"\n\n[group]\nk=@ByteArray(x)\n";
+    folder.write("config/ordovan/ordovan.conf", before);
+    SettingsFileStore store(file());
+    EXPECT_TRUE(store.setValue(QStringLiteral("number"), 8));
+    std::string after = before;
+    after.replace(after.find('7'), 1, "8");
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), after);
+}
+
+TEST_F(SettingsFile, SeesEachOfManyQuickChangesOfOneSize) {
+    SettingsFileStore first(file()), second(file());
+    for (int i = 100; i < 120; ++i) {
+        SettingsFileStore& store = i % 2 == 0 ? first : second;
+        EXPECT_TRUE(store.update([&](auto& values) {
+            const int last = i == 100 ? 99 : values[QStringLiteral("k")].toInt();
+            EXPECT_EQ(last, i - 1);
+            values[QStringLiteral("k")] = i;
+        }));
+    }
+}
+
+class RecentFolders : public ::testing::Test {
+protected:
+    /// A program that knows of the folders "/1" to "/9", and of "/link" to "/1".
+    RecentFoldersStore make() {
+        return {values, [this](const Url& folder) { return !gone.contains(std::string(folder.path())); },
+                [](const Url& folder) { return folder == Url::file("/link") ? Url::file("/1") : folder; }};
+    }
+    static std::vector<Url> urls(std::initializer_list<const char*> paths) {
+        std::vector<Url> result;
+        for (const char* const path : paths) result.push_back(Url::file(path));
+        return result;
+    }
+    void store(std::initializer_list<const char*> paths) {
+        QVariantList list;
+        for (const char* const path : paths) list.append(QByteArray(path));
+        ASSERT_TRUE(values.setValue(QStringLiteral("ordovan.recentFolders.v2"), list));
+    }
+
+    std::set<std::string> gone;
+    ordovan::MemoryKeyValueStore values;
+};
+
+TEST_F(RecentFolders, AreFiveAtMostAndAbsolute) {
+    store({"/1", "relative", "", "/2", "/3", "/4", "/5", "/6"});
+    gone = {"/2"};
+    EXPECT_EQ(make().load(), urls({"/1", "/3", "/4", "/5", "/6"}));
+}
+
+TEST_F(RecentFolders, ThatAreGoneAreNotStored) {
+    store({"/2", "/3"});
+    gone = {"/2", "/4"};
+    EXPECT_EQ(make().add(Url::file("/1"), urls({"/4"})).folders, urls({"/1", "/3"}));
+    gone.clear();
+    EXPECT_EQ(make().load(), urls({"/1", "/3"}));
+}
+
+TEST_F(RecentFolders, KeepWhatAnotherProcessHasAdded) {
+    store({"/2"});
+    const auto known = make().load();
+    store({"/3", "/2"});
+    EXPECT_EQ(make().add(Url::file("/1"), known).folders, urls({"/1", "/3", "/2"}));
+    EXPECT_EQ(make().load(), urls({"/1", "/3", "/2"}));
+}
+
+TEST_F(RecentFolders, AreListedOnceWhateverTheirPath) {
+    store({"/2", "/1"});
+    EXPECT_EQ(make().add(Url::file("/link"), urls({"/link"})).folders, urls({"/1", "/2"}));
+}
+
+TEST_F(RecentFolders, NumberTheirChanges) {
+    RecentFoldersStore folders = make();
+    const auto first = folders.add(Url::file("/1"), {}).revision;
+    EXPECT_LT(first, folders.reload().revision);
+}
+
+TEST_F(RecentFolders, ReadAsNoneFromAnUnusableValue) {
+    EXPECT_TRUE(values.setValue(QStringLiteral("ordovan.recentFolders.v2"), 17));
+    EXPECT_THAT(make().load(), IsEmpty());
+}
+
+TEST_F(SettingsFile, ThatCanNotBeWrittenLeavesTheRecentFoldersInMemory) {
+    folder.write("config", "a file");
+    SettingsFileStore store(file());
+    RecentFoldersStore folders(store, [](const Url&) { return true; }, [](const Url& url) { return url; });
+    const std::vector<Url> known = {Url::file("/2")};
+    EXPECT_THAT(folders.add(Url::file("/1"), known).folders, ElementsAre(Url::file("/1"), Url::file("/2")));
 }
 
 }  // namespace

@@ -92,4 +92,15 @@ TEST(StorageLocations, KnowWhereOlderVersionsKeptJournals) {
         ElementsAre(Url::file("/r/Organized/.ordovan-journal.json"), Url::file("/r/ordovan+/.ordovan-journal.json")));
 }
 
+TEST(StorageLocations, TryEachFolderThatHoldsRecords) {
+    const StorageLocations locations{.recordsFolder = Url::file("/d"), .settingsFolder = Url::file("/c")};
+    EXPECT_EQ(locations.probes()[0], Url::file("/d/journals/.ordovan-probe"));
+    EXPECT_EQ(locations.probes()[1], Url::file("/d/.ordovan-probe"));
+}
+
+TEST(StorageLocations, SetDamagedSettingsAsideBesideTheFile) {
+    EXPECT_EQ(StorageLocations::unreadableSettings(Url::file("/c/ordovan.conf"), 7.9),
+              Url::file("/c/ordovan.conf.unreadable-7"));
+}
+
 }  // namespace

@@ -13,6 +13,11 @@ using ::testing::SizeIs;
 
 namespace {
 
+constexpr const char* notUpdated =
+    "The undo record could not be updated. Files that were restored may be listed again; restoring them again is "
+    "refused safely.";
+constexpr const char* notAdded = "This run couldn't be added to the history on disk. It is listed until you quit.";
+
 class TidyHistory : public ordovan::test::TidyWorld {
 protected:
     /// A controller that has organized one file.
@@ -47,6 +52,39 @@ TEST_F(TidyHistory, StaysWhenItCanNotBeEmptiedOnDisk) {
     model->clearHistory();
     tasks.finish();
     EXPECT_THAT(model->history().records, SizeIs(1));
+    EXPECT_EQ(model->journalWarning(), "The history couldn't be cleared.");
+    records.failAll("", 0);
+    heldElsewhere = {"/records"};
+    model->undo();
+    tasks.finish();
+    model->clearHistory();
+    tasks.finish();
+    EXPECT_EQ(model->journalWarning(), notUpdated);  // that matters more
+}
+
+TEST_F(TidyHistory, SaysThatAnotherProcessIsSavingWhenItCanNotBeEmptied) {
+    const auto model = organized();
+    heldElsewhere = {"/records"};
+    model->clearHistory();
+    tasks.finish();
+    EXPECT_EQ(model->journalWarning(), "Another ordovan+ is saving its records. Try again in a moment.");
+    EXPECT_THAT(model->history().records, SizeIs(1));
+}
+
+TEST_F(TidyHistory, SaysWhenARunCouldNotBeStored) {
+    tree({"x.pdf = 1"});
+    const auto model = previewed();
+    memory.makeDirectory("/records/history.json");
+    records.failAll("setAside", EACCES);
+    model->organize();
+    tasks.finish();
+    EXPECT_EQ(model->journalWarning(), notAdded);
+    EXPECT_THAT(summaries(model->history()), ElementsAre("Organized 1 file in r"));
+    memory.removeTree("/records/history.json");
+    model->undo();
+    tasks.finish();
+    EXPECT_FALSE(model->journalWarning());
+    EXPECT_EQ(history.load(), model->history());
 }
 
 TEST_F(TidyHistory, ShowsTheLaterOfTwoChangesWhicheverArrivesLast) {

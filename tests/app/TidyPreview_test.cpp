@@ -122,7 +122,7 @@ TEST_F(TidyPreview, OfASecondFolderWinsOverOneStillScanning) {
     model->chooseFolder(Url::file("/s"));
     tasks.work(1);  // the second is done first, then the first arrives late
     tasks.work(0);
-    tasks.deliver();
+    tasks.finish();
     EXPECT_EQ(model->rootURL(), Url::file("/s"));
     EXPECT_EQ(model->inventory()->files.front().url, Url::file("/s/y.pdf"));
     EXPECT_THAT(model->recentFolders(), ElementsAre(Url::file("/s")));
@@ -366,6 +366,70 @@ TEST_F(TidyPreview, ForgetsRecentFoldersThatAreGoneAtTheNextStart) {
     }
     memory.removeTree("/2");
     EXPECT_THAT(make()->recentFolders(), ElementsAre(Url::file("/1")));
+}
+
+TEST_F(TidyPreview, LooksUpRecentFoldersInTheBackground) {
+    tree({"x.pdf = 1"});
+    const auto model = make();
+    model->chooseFolder(Url::file("/r"));
+    tasks.work();
+    memory.clearLog();
+    tasks.deliver();
+    EXPECT_EQ(model->phase().kind, Phase::Case::ready);
+    EXPECT_THAT(memory.log(), IsEmpty());
+    EXPECT_THAT(model->recentFolders(), IsEmpty());
+    tasks.finish();
+    EXPECT_THAT(model->recentFolders(), ElementsAre(Url::file("/r")));
+}
+
+TEST_F(TidyPreview, KeepsTheRecentFoldersOfAnotherProcess) {
+    const auto first = make(), second = make();
+    for (const auto& [model, name] : {std::pair(first.get(), "/1"), std::pair(second.get(), "/2")}) {
+        memory.makeDirectory(name);
+        model->chooseFolder(Url::file(name));
+        tasks.finish();
+    }
+    EXPECT_THAT(second->recentFolders(), ElementsAre(Url::file("/2"), Url::file("/1")));
+    EXPECT_EQ(make()->recentFolders(), second->recentFolders());
+}
+
+TEST_F(TidyPreview, TellsHowManyFilesAndFoldersItHasMet) {
+    tree(
+        {"a.pdf = 1", ".hidden = 2", "link -> a.pdf", "sub/b.pdf = 3", "sub/c.pdf = 4", "sub/deep/", "ordovan+/d = 5"});
+    const auto model = make();
+    std::vector<std::pair<quint64, quint64>> told;
+    QObject::connect(model.get(), &TidyViewModel::previewProgressed,
+                     [&](quint64 files, quint64 folders) { told.emplace_back(files, folders); });
+    model->chooseFolder(Url::file("/r"));
+    tasks.finish();
+    using Pair = std::pair<quint64, quint64>;
+    EXPECT_THAT(told, ElementsAre(Pair(1, 2), Pair(3, 2)));  // at the first folder, and at the end
+}
+
+TEST_F(TidyPreview, TellsOfItsProgressTenTimesASecondAtMost) {
+    tree({"a/x = 1", "b/x = 1", "c/x = 1", "d/x = 1"});
+    const auto model = make();
+    int told = 0;
+    QObject::connect(model.get(), &TidyViewModel::previewProgressed, [&] { ++told; });
+    model->chooseFolder(Url::file("/r"));
+    tasks.finish();
+    EXPECT_EQ(told, 2);
+    told = 0;
+    clockStep = 0.2;
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(told, 6);  // the folder, the four in it, and the end
+}
+
+TEST_F(TidyPreview, TellsNothingMoreOnceItWasGivenUp) {
+    tree({"x.pdf = 1"});
+    const auto model = make();
+    const ordovan::test::SignalCount told(*model, &TidyViewModel::previewProgressed);
+    model->chooseFolder(Url::file("/r"));
+    tasks.work();
+    model->cancelPreview();
+    tasks.finish();
+    EXPECT_EQ(told, 0);
 }
 
 }  // namespace

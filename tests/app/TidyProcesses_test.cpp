@@ -288,7 +288,7 @@ TEST(TidySystem, DropsAPreviewThatAnotherFolderSupersedes) {
         model.chooseFolder(place.root());
         model.chooseFolder(place.folder.url("other"));
     }
-    while (model.phase().kind == TidyViewModel::Phase::Case::scanning) {
+    while (model.phase().kind == TidyViewModel::Phase::Case::scanning || model.recentFolders().empty()) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     EXPECT_EQ(model.inventory()->files.at(0).url, place.folder.url("other/z.txt"));

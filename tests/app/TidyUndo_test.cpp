@@ -239,7 +239,8 @@ TEST_F(TidyUndo, WorksFromMemoryWhenNothingCouldBeStored) {
     EXPECT_TRUE(undo(*model));
     EXPECT_EQ(memory.read("/r/x.pdf"), "1");
     EXPECT_FALSE(model->recoverableJournal());
-    EXPECT_FALSE(model->journalWarning());
+    EXPECT_EQ(model->journalWarning(),
+              "This run couldn't be added to the history on disk. It is listed until you quit.");
     EXPECT_THAT(model->history().records, SizeIs(2));
 }
 
@@ -271,6 +272,23 @@ TEST_F(TidyUndo, KeepsFoldersThatStillHoldSomething) {
     undo(*model);
     EXPECT_EQ(memory.read("/r/ordovan+/Documents/kept.txt"), "3");
     EXPECT_FALSE(memory.exists(Url::file("/r/ordovan+/Images")));
+}
+
+TEST_F(TidyUndo, IsNotOfferedInAFolderWhoseRecordHasNotBeenRead) {
+    const auto model = organized();
+    ordovan::testing::build(memory, "/s", {});
+    const ordovan::test::SignalCount changes(*model, &TidyViewModel::recoverableJournalChanged);
+    model->chooseFolder(Url::file("/s"));
+    EXPECT_FALSE(model->recoverableJournal());
+    EXPECT_EQ(changes, 1);
+    EXPECT_FALSE(model->undo());
+    EXPECT_FALSE(model->undo({"/r/ordovan+/Documents/x.pdf"}));
+    model->chooseFolder(Url::file("/r"));
+    EXPECT_FALSE(model->recoverableJournal());
+    tasks.finish();
+    EXPECT_THAT(recoverable(*model), ElementsAre(x, y));
+    model->chooseFolder(Url::file("/r"));
+    EXPECT_THAT(recoverable(*model), ElementsAre(x, y));  // the same folder
 }
 
 /// A folder that an older version has organized into `folder`, where it left its record.
@@ -305,6 +323,20 @@ TEST_P(TidyOlderRecord, StaysWhereItIsWhenItCanNotBeStored) {
     EXPECT_EQ(memory.read(file), journal.encoded());
     EXPECT_EQ(*model->recoverableJournal(), journal);
     EXPECT_FALSE(model->journalWarning());
+}
+
+TEST_P(TidyOlderRecord, ThatCanNotBeChangedIsListedAgainWithAWarning) {
+    records.failAll("write", ENOSPC);
+    const auto model = previewed();
+    records.failAll("remove", EROFS);
+    undo(*model);
+    EXPECT_EQ(memory.read("/r/x.pdf"), "1");
+    EXPECT_EQ(model->journalWarning(), notUpdated);
+    EXPECT_EQ(*model->recoverableJournal(), journal);
+    records.failAll("", 0);
+    undo(*model);
+    EXPECT_EQ(model->lastReport()->movedCount(), 0u);
+    EXPECT_EQ(memory.read("/r/x.pdf"), "1");
 }
 
 TEST_P(TidyOlderRecord, ThatCouldNotBeStoredIsStoredWithTheNextRun) {

@@ -48,6 +48,7 @@ protected:
     std::vector<std::string> stored() { return names(OrdovanTrashRecord::decoded(*memory.read(file)).value()); }
     OrdovanResult<ordovan::HeldLock> lock(const Url& folder) {
         locked.emplace_back(folder.path());
+        if (lockError != 0) return std::unexpected(OrdovanSystemError::posix(lockError));
         return ordovan::HeldLock();
     }
 
@@ -56,6 +57,7 @@ protected:
     ordovan::StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/s")};
     TrashRecordStore store{records, locations, [this](const Url& folder) { return lock(folder); }};
     std::vector<std::string> locked;
+    int lockError = 0;
     const std::string file = "/records/trash-record.json";
     const std::string aside = "/records/trash-record.unreadable-7.json";
 };
@@ -220,6 +222,20 @@ TEST_F(TrashRecordStoreTest, ChangesTheRecordUnderTheLockAndReadsWithoutIt) {
     (void)store.append(record({"a"}), {}, 7);
     (void)store.removePutBack({}, {}, 7, memory);
     EXPECT_THAT(locked, ElementsAre("/records", "/records"));
+}
+
+TEST_F(TrashRecordStoreTest, IsNotChangedWhileAnotherProcessHasTheLock) {
+    EXPECT_FALSE(store.append(record({"a"}), {}, 7).warning);
+    const auto before = memory.read(file);
+    lockError = EWOULDBLOCK;
+    const auto added = store.append(record({"b"}), {shared({"a"}), shared({})}, 7);
+    EXPECT_TRUE(added.warning);
+    EXPECT_THAT(names(added.known.record), ElementsAre("a", "b"));
+    EXPECT_THAT(names(added.known.unsaved), ElementsAre("b"));
+    const auto taken = store.removePutBack({"/T/files/a"}, {shared({"a"}), shared({})}, 7, memory);
+    EXPECT_TRUE(taken.warning);
+    EXPECT_THAT(names(taken.known.record), IsEmpty());
+    EXPECT_EQ(memory.read(file), before);
 }
 
 }  // namespace

@@ -11,12 +11,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 
 using ordovan::FolderLock;
@@ -28,6 +28,10 @@ namespace {
 /// What happens when a lock is asked for next, or the errno with which that is refused.
 std::function<int()> atLocking;
 
+/// What happens at each sleep, instead of it, or the errno with which it ends; and how many there were.
+std::function<int()> atSleeping;
+int sleeps = 0;
+
 }  // namespace
 
 // Takes the place of the C library's, so that a test can act while a lock is waited for.
@@ -38,7 +42,17 @@ extern "C" int flock(int file, int operation) noexcept {
     return -1;
 }
 
+extern "C" int nanosleep(const ::timespec*, ::timespec*) {
+    ++sleeps;
+    errno = atSleeping ? atSleeping() : 0;
+    return errno == 0 ? 0 : -1;
+}
+
 namespace {
+
+using std::chrono::milliseconds;
+
+constexpr ordovan::LockPatience none;
 
 TEST(FolderLock, ExcludesAnother) {
     const TempFolder t;
@@ -117,9 +131,9 @@ TEST(FolderLock, WantsAFolder) {
     const TempFolder t;
     EXPECT_EQ(error(FolderLock::tryAcquire(t.url("missing"))), ENOENT);
     EXPECT_EQ(error(FolderLock::tryAcquire(t.write("file", ""))), ENOTDIR);
-    EXPECT_EQ(error(FolderLock::acquire(t.url("file"))), EEXIST);
+    EXPECT_EQ(error(FolderLock::acquire(t.url("file"), none)), EEXIST);
     EXPECT_EQ(error(FolderLock::tryAcquire(Url::file("relative"))), EINVAL);
-    EXPECT_EQ(error(FolderLock::acquire(Url::file("relative"))), EINVAL);
+    EXPECT_EQ(error(FolderLock::acquire(Url::file("relative"), none)), EINVAL);
 }
 
 TEST(FolderLock, WantsAFolderThatMayBeRead) {
@@ -128,12 +142,12 @@ TEST(FolderLock, WantsAFolderThatMayBeRead) {
     ordovan::test::giveToUnprivileged(t.path());
     ::chmod(t.path("closed").c_str(), 0);
     EXPECT_EQ(ordovan::test::errorUnprivileged([&] { return FolderLock::tryAcquire(t.url("closed")); }), EACCES);
-    EXPECT_EQ(ordovan::test::errorUnprivileged([&] { return FolderLock::acquire(t.url("closed")); }), EACCES);
+    EXPECT_EQ(ordovan::test::errorUnprivileged([&] { return FolderLock::acquire(t.url("closed"), none); }), EACCES);
 }
 
 TEST(FolderLock, MakesTheFolderItWaitsFor) {
     const TempFolder t;
-    const auto lock = FolderLock::acquire(t.url("made/too"));
+    const auto lock = FolderLock::acquire(t.url("made/too"), none);
     ASSERT_TRUE(lock);
     struct ::stat facts{};
     ASSERT_EQ(::stat(t.path("made/too").c_str(), &facts), 0);
@@ -145,20 +159,37 @@ TEST(FolderLock, WaitsUntilTheOtherIsDone) {
     const TempFolder t;
     auto first = std::optional(FolderLock::tryAcquire(t.url()));
     ASSERT_TRUE(*first);
-    std::mutex mutex;
-    std::string order;
-    std::thread second([&] {
-        const auto lock = FolderLock::acquire(t.url());
-        const std::scoped_lock guard(mutex);
-        order += lock ? "second" : "failed";
-    });
-    {
-        const std::scoped_lock guard(mutex);
-        order += "first ";
-    }
-    first.reset();
-    second.join();
-    EXPECT_EQ(order, "first second");
+    sleeps = 0;
+    atSleeping = [&] {
+        if (sleeps == 3) first.reset();
+        return 0;
+    };
+    const auto lock = FolderLock::acquire(t.url(), {.longest = milliseconds(200)});
+    atSleeping = nullptr;
+    EXPECT_TRUE(lock);
+    EXPECT_EQ(sleeps, 3);
+}
+
+TEST(FolderLock, IsWaitedForNoLongerThanThePatience) {
+    const TempFolder t;
+    const auto first = FolderLock::tryAcquire(t.url());
+    sleeps = 0;
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200)})), EWOULDBLOCK);
+    EXPECT_EQ(sleeps, 10);
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), none)), EWOULDBLOCK);
+    EXPECT_EQ(sleeps, 10);
+}
+
+TEST(FolderLock, IsNoLongerWaitedForAfterASignalWhereThatIsWanted) {
+    const TempFolder t;
+    const auto first = FolderLock::tryAcquire(t.url());
+    atSleeping = [] { return EINTR; };
+    sleeps = 0;
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200), .endsWithASignal = true})), EINTR);
+    EXPECT_EQ(sleeps, 1);
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200)})), EWOULDBLOCK);
+    EXPECT_EQ(sleeps, 11);
+    atSleeping = nullptr;
 }
 
 TEST(FolderLock, IsOnTheFolderThatBearsTheNameAfterTheWait) {
@@ -169,7 +200,7 @@ TEST(FolderLock, IsOnTheFolderThatBearsTheNameAfterTheWait) {
         t.makeFolder("folder");
         return 0;
     };
-    const auto lock = FolderLock::acquire(t.url("folder"));
+    const auto lock = FolderLock::acquire(t.url("folder"), none);
     ASSERT_TRUE(lock);
     EXPECT_EQ(error(FolderLock::tryAcquire(t.url("folder"))), EWOULDBLOCK);
     EXPECT_TRUE(FolderLock::tryAcquire(t.url("elsewhere")));
@@ -189,7 +220,7 @@ TEST(FolderLock, ExcludesNobodyWhereThereAreNoLocks) {
         atLocking = [=] { return refusal; };
         EXPECT_TRUE(FolderLock::tryAcquire(t.url()));
         atLocking = [=] { return refusal; };
-        EXPECT_TRUE(FolderLock::acquire(t.url()));
+        EXPECT_TRUE(FolderLock::acquire(t.url(), none));
     }
 }
 

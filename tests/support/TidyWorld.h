@@ -64,14 +64,10 @@ public:
                 .removeEmptyFolders = [this](std::span<const Url> held,
                                              const Url& within) { return removeEmptyFolders(held, within); },
                 .writeDocument = [this](const Url& file, std::string_view content) { return write(file, content); },
-                .resolveExisting =
-                    [this](const Url& url) {
-                        const auto real = memory.realPath(url.path());
-                        return real ? Url::file(*real) : url;
-                    },
+                .resolveExisting = [this](const Url& url) { return resolved(url); },
                 .ownFolders = [this] { return std::vector<Url>{locations.recordsFolder}; },
                 .tryLockFolder = [this](const Url& folder) { return lock(folder); },
-                .clock = [this] { return now; },
+                .clock = [this] { return now += clockStep; },
                 .timeZone = text::TimeZone::utc,
                 .tasks = tasks,
                 .journals = journals,
@@ -153,6 +149,11 @@ public:
         return std::string(path.starts_with("/r/") ? path.substr(3) : path);
     }
 
+    [[nodiscard]] Url resolved(const Url& url) {
+        const auto real = memory.realPath(url.path());
+        return real ? Url::file(*real) : url;
+    }
+
     /// Writes an exported document, or refuses it with `writeError`.
     OrdovanResult<void> write(const Url& file, std::string_view content) {
         if (writeError != 0) return std::unexpected(OrdovanSystemError::posix(writeError));
@@ -167,13 +168,15 @@ public:
     StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/settings")};
     std::vector<std::string> events;  // locks as they are taken and released
     AppSettings settings{values};
-    RuleStore rules{values, [this] { return lock(locations.recordsFolder); }};
+    RuleStore rules{values};
     JournalStore journals{records, locations, [this](const Url& folder) { return lock(folder); }};
     HistoryStore history{records, locations, [this](const Url& folder) { return lock(folder); }};
     TrashRecordStore trashRecords{records, locations, [this](const Url& folder) { return lock(folder); }};
-    RecentFoldersStore recentFolders{values, [this](const Url& folder) { return memory.exists(folder); }};
+    RecentFoldersStore recentFolders{values, [this](const Url& folder) { return memory.exists(folder); },
+                                     [this](const Url& folder) { return resolved(folder); }};
     ManualTaskRunner tasks;
     double now = 1'700'000'000.5;
+    double clockStep = 0;  // between two looks at the clock
     std::optional<bool> caseSensitive = true;
     std::set<std::string> heldElsewhere;
     int lockError = 0;

@@ -1,0 +1,82 @@
+#include "OrdovanApp/controller/TidyViewModel.h"
+
+#include <optional>
+#include <ranges>
+#include <utility>
+
+// The part of the controller that deals with what is stored about runs.
+
+namespace {
+
+struct Reread {
+    std::optional<OrdovanRunHistory> history;
+    ordovan::TrashRecordStore::Known trash;
+    ordovan::RecentFoldersStore::Result recentFolders;
+};
+
+}  // namespace
+
+/// Takes over the history that a run led to; a run that could not be stored is kept until it can be.
+void TidyViewModel::adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result) {
+    if (result.saved) {
+        unsavedRuns_.clear();
+    } else {
+        unsavedRuns_.insert(unsavedRuns_.begin(), run);
+        result.history = history_.adding(run);
+        warnOfHistory(std::move(result.warning));
+    }
+    if (result.revision > historyRevision_) {
+        historyRevision_ = result.revision;
+        set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+    }
+}
+
+/// A warning about what can be undone or put back matters more than one about the log.
+void TidyViewModel::warnOfHistory(std::optional<std::string> warning) {
+    if (!journalWarning_) set(journalWarning_, std::move(warning), &TidyViewModel::journalWarningChanged);
+}
+
+void TidyViewModel::clearHistory() {
+    ports_.tasks.compute([&history = ports_.history] { return history.clear(); },
+                         whileAlive([this](ordovan::HistoryStore::Result result) {
+                             if (!result.saved) return warnOfHistory(std::move(result.warning));
+                             if (result.revision <= historyRevision_) return;
+                             historyRevision_ = result.revision;
+                             unsavedRuns_.clear();
+                             set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+                         }));
+}
+
+void TidyViewModel::refreshRecords() {
+    ports_.tasks.compute(
+        [ports = ports_, known = ordovan::TrashRecordStore::Known{trashRecord_, unsavedTrash_}] {
+            return Reread{.history = ports.history.loadReadable(),
+                          .trash = ports.trashRecords.load(known),
+                          .recentFolders = ports.recentFolders.reload()};
+        },
+        whileAlive([this, runs = finishedRuns_, revision = historyRevision_](Reread found) {
+            // What was read before a run or a change ended is older than what that left here.
+            if (runs == finishedRuns_) adoptTrashRecord(std::move(found.trash));
+            if (found.history && revision == historyRevision_) {
+                for (const OrdovanRunRecord& run : std::views::reverse(unsavedRuns_)) {
+                    found.history = found.history->adding(run);
+                }
+                set(history_, std::move(*found.history), &TidyViewModel::historyChanged);
+            }
+            adoptRecentFolders(std::move(found.recentFolders));
+        }));
+}
+
+bool TidyViewModel::journalUnsaved() const {
+    return !unsavedJournals_.empty() || !unsavedTrash_->entries.empty();
+}
+
+bool TidyViewModel::canSaveRecords() const {
+    return ports_.journals.canSave();
+}
+
+std::optional<std::string_view> TidyViewModel::runObstacle() const {
+    if (isApplying_) return "Files are being organized or put back. Try again when that has finished.";
+    if (isTrashing_) return "Files are on their way to or from the Trash. Try again when that has finished.";
+    return std::nullopt;
+}
