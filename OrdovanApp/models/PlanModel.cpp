@@ -1,0 +1,315 @@
+#include "OrdovanApp/models/PlanModel.h"
+
+#include "OrdovanApp/controller/TidyViewModel.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace {
+
+constexpr const char* unreadableFolder = "This folder could not be read; the files in it are left untouched.";
+constexpr const char* tooDeepFolder =
+    "This folder lies too deep to be looked into; the files in it are left untouched.";
+
+/// The folder directly below the output folder that a destination lies in.
+std::string_view topFolder(const Url& destination, std::string_view outputRoot) {
+    std::string_view path = destination.path();
+    path.remove_prefix(std::min(path.size(), outputRoot.size() + 1));
+    return path.substr(0, path.find('/'));
+}
+
+/// Writes a proposal's id into `buffer`, which keeps its memory from call to call.
+const std::string& idOf(const OrdovanFileProposal& proposal, std::string& buffer) {
+    buffer = proposal.source.path();
+    buffer += " -> ";
+    buffer += proposal.destination.path();
+    return buffer;
+}
+
+}  // namespace
+
+PlanModel::PlanModel(TidyViewModel& model, const ThemeEnvironment& theme, QObject* parent)
+    : RowsModel(parent), model_(model), theme_(theme) {
+    connect(&model_, &TidyViewModel::excludedChanged, this, &PlanModel::followExclusions);
+    reload();
+}
+
+// What the rows are of.
+
+bool PlanModel::reload() {
+    if (plan_ == model_.plan() && inventory_ == model_.inventory() && model_.planRoot().value_or(Url()) == root_) {
+        return false;
+    }
+    const std::optional<std::string> folder = this->folder();
+    beginResetModel();
+    plan_ = model_.plan();
+    inventory_ = model_.inventory();
+    root_ = model_.planRoot().value_or(Url());
+    collectSkips();
+    indexEntries();
+    indexFolders();
+    indexNames();
+    readTicks();
+    const auto same = std::ranges::find(folders_, folder, &Folder::name);
+    folder_.reset();
+    if (folder && same != folders_.end()) folder_ = static_cast<std::uint32_t>(same - folders_.begin());
+    narrow();
+    endResetModel();
+    countTicks();
+    return true;
+}
+
+void PlanModel::collectSkips() {
+    skips_.clear();
+    if (!plan_) return;
+    for (const OrdovanPlanSkip& skip : plan_->skipped) skips_.push_back({skip.source, skip.reason});
+    if (!inventory_) return;
+    const ordovan::SharedText unreadable(unreadableFolder);
+    const ordovan::SharedText tooDeep(tooDeepFolder);
+    for (const OrdovanInventorySkip& skip : inventory_->skipped) {
+        if (skip.reason == OrdovanInventorySkip::Reason::unreadableDirectory) skips_.push_back({skip.url, unreadable});
+        if (skip.reason == OrdovanInventorySkip::Reason::depthLimitReached) skips_.push_back({skip.url, tooDeep});
+    }
+}
+
+void PlanModel::indexEntries() {
+    entries_.assign(static_cast<std::size_t>(proposals() + conflicts()), nowhere);
+    if (!inventory_) return;
+    std::unordered_map<std::string_view, std::uint32_t> byPath;
+    byPath.reserve(inventory_->files.size());
+    for (std::uint32_t i = 0; i < inventory_->files.size(); ++i) byPath.emplace(inventory_->files[i].url.path(), i);
+    for (std::uint32_t item = 0; item < entries_.size(); ++item) {
+        const auto found = byPath.find(source(item).path());
+        if (found != byPath.end()) entries_[item] = found->second;
+    }
+}
+
+void PlanModel::indexFolders() {
+    folders_.clear();
+    folderOf_.clear();
+    if (!plan_) return;
+    std::unordered_map<std::string, std::uint32_t> places;
+    for (const OrdovanFileProposal& proposal : plan_->proposals) {
+        const std::string_view name = proposal.folderName();
+        if (folderOf_.empty() || folders_[folderOf_.back()].name != name) {
+            const auto place = static_cast<std::uint32_t>(folders_.size());
+            const auto [known, isNew] = places.emplace(name, place);
+            if (isNew) folders_.push_back({known->first, 0});
+            folderOf_.push_back(known->second);
+        } else {
+            folderOf_.push_back(folderOf_.back());
+        }
+        ++folders_[folderOf_.back()].files;
+    }
+    const std::string output(root_.appending(OrdovanOutput::folderName).path());
+    for (const OrdovanPlanConflict& conflict : plan_->conflicts) {
+        const auto known = places.find(std::string(topFolder(conflict.destination, output)));
+        folderOf_.push_back(known == places.end() ? nowhere : known->second);
+    }
+}
+
+void PlanModel::indexNames() {
+    names_.reset(items());
+    const std::size_t rootLength = root_.path() == "/" ? 0 : root_.path().size();
+    for (std::uint32_t item = 0; item < items(); ++item) {
+        std::string_view path = source(item).path();
+        path.remove_prefix(std::min(path.size(), rootLength + 1));
+        names_.add(path);
+    }
+}
+
+int PlanModel::proposals() const {
+    return plan_ ? static_cast<int>(plan_->proposals.size()) : 0;
+}
+
+int PlanModel::conflicts() const {
+    return plan_ ? static_cast<int>(plan_->conflicts.size()) : 0;
+}
+
+int PlanModel::skipped() const {
+    return static_cast<int>(skips_.size());
+}
+
+std::uint32_t PlanModel::items() const {
+    return static_cast<std::uint32_t>(proposals() + conflicts() + skipped());
+}
+
+PlanModel::Group PlanModel::groupOf(std::uint32_t item) const {
+    const auto place = static_cast<int>(item);
+    if (place < proposals()) return Group::proposed;
+    return place < proposals() + conflicts() ? Group::review : Group::skipped;
+}
+
+const Url& PlanModel::source(std::uint32_t item) const {
+    const auto firstConflict = static_cast<std::uint32_t>(proposals());
+    const auto firstSkip = firstConflict + static_cast<std::uint32_t>(conflicts());
+    if (item < firstConflict) return plan_->proposals[item].source;
+    return item < firstSkip ? plan_->conflicts[item - firstConflict].source : skips_[item - firstSkip].url;
+}
+
+// What of it is shown.
+
+void PlanModel::setQuery(const QString& query) {
+    if (query == query_) return;
+    query_ = query;
+    beginResetModel();
+    narrow();
+    endResetModel();
+    countTicks();
+}
+
+void PlanModel::setFolder(const std::optional<std::string>& name) {
+    if (name == folder()) return;
+    const auto found = std::ranges::find(folders_, name, &Folder::name);
+    folder_.reset();
+    if (found != folders_.end()) folder_ = static_cast<std::uint32_t>(found - folders_.begin());
+    beginResetModel();
+    narrow();
+    endResetModel();
+    countTicks();
+}
+
+std::optional<std::string> PlanModel::folder() const {
+    if (!folder_) return std::nullopt;
+    return folders_[*folder_].name;
+}
+
+/// Lays the rows out anew, under a head for each group of which something is shown.
+void PlanModel::narrow() {
+    shown_ = names_.rowsMatching(query_);
+    if (folder_) {
+        std::erase_if(shown_,
+                      [this](std::uint32_t item) { return item >= folderOf_.size() || folderOf_[item] != *folder_; });
+    }
+    heads_.clear();
+    headGroups_.clear();
+    for (const Group group : {Group::proposed, Group::review, Group::skipped}) {
+        const auto first =
+            std::ranges::partition_point(shown_, [&](std::uint32_t item) { return groupOf(item) < group; });
+        if (first == shown_.end() || groupOf(*first) != group) continue;
+        heads_.push_back(static_cast<int>(first - shown_.begin()) + static_cast<int>(heads_.size()));
+        headGroups_.push_back(group);
+    }
+}
+
+int PlanModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(shown_.size() + heads_.size());
+}
+
+std::optional<std::uint32_t> PlanModel::itemAt(int row) const {
+    const auto head = std::ranges::lower_bound(heads_, row);
+    if (head != heads_.end() && *head == row) return std::nullopt;
+    const auto headsBefore = static_cast<std::size_t>(head - heads_.begin());
+    return shown_[static_cast<std::size_t>(row) - headsBefore];
+}
+
+Url PlanModel::url(int row) const {
+    const auto item = itemAt(row);
+    return item ? source(*item) : Url();
+}
+
+std::vector<int> PlanModel::rowsOf(std::span<const std::string> paths) const {
+    const std::unordered_set<std::string_view> wanted(paths.begin(), paths.end());
+    std::vector<int> rows;
+    if (wanted.empty()) return rows;
+    for (int row = 0; row < rowCount() && rows.size() < wanted.size(); ++row) {
+        const auto item = itemAt(row);
+        if (item && wanted.contains(source(*item).path())) rows.push_back(row);
+    }
+    return rows;
+}
+
+// What is ticked.
+
+void PlanModel::readTicks() {
+    ticks_.assign(static_cast<std::size_t>(proposals()), true);
+    const auto& excluded = model_.excluded();
+    if (excluded.empty()) return;
+    std::string id;
+    for (std::size_t i = 0; i < ticks_.size(); ++i) ticks_[i] = !excluded.contains(idOf(plan_->proposals[i], id));
+}
+
+void PlanModel::countTicks() {
+    Ticked all;
+    for (std::uint32_t item = 0; item < ticks_.size(); ++item) {
+        if (!ticks_[item]) continue;
+        ++all.files;
+        if (const auto* its = entry(item)) all.bytes += its->byteSize;
+    }
+    shownProposals_ = 0;
+    shownTicked_ = 0;
+    for (const std::uint32_t item : shown_) {
+        if (item >= ticks_.size()) break;
+        ++shownProposals_;
+        shownTicked_ += ticks_[item] ? 1 : 0;
+    }
+    all.hidden = all.files - shownTicked_;
+    ticked_ = all;
+    Q_EMIT tickedChanged();
+}
+
+/// Takes over the controller's selection where something else than a row has changed it.
+void PlanModel::followExclusions() {
+    // While a plan is on its way, the selection may already be that of the next one.
+    if (ownChange_ || plan_ != model_.plan()) return;
+    readTicks();
+    countTicks();
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1), {Qt::CheckStateRole});
+}
+
+void PlanModel::toggle(int row) {
+    const auto item = itemAt(row);
+    if (!item || *item >= ticks_.size() || !locked_.isEmpty() || plan_ != model_.plan()) return;
+    ownChange_ = true;
+    model_.toggle(plan_->proposals[*item].id());
+    ownChange_ = false;
+    const bool ticked = !ticks_[*item];
+    const int step = ticked ? 1 : -1;
+    ticks_[*item] = ticked;
+    ticked_.files += step;
+    shownTicked_ += step;
+    if (const auto* its = entry(*item)) ticked_.bytes += step * its->byteSize;
+    Q_EMIT dataChanged(index(row), index(row), {Qt::CheckStateRole});
+    Q_EMIT tickedChanged();
+}
+
+void PlanModel::tickRows(std::span<const int> rows, bool ticked) {
+    std::vector<std::uint32_t> items;
+    for (const int row : rows) {
+        if (const auto item = itemAt(row)) items.push_back(*item);
+    }
+    setTicks(items, ticked);
+}
+
+void PlanModel::tickShown(bool ticked) {
+    setTicks(shown_, ticked);
+}
+
+void PlanModel::setTicks(std::span<const std::uint32_t> items, bool ticked) {
+    if (!locked_.isEmpty() || plan_ != model_.plan()) return;
+    std::unordered_set<std::string> excluded = model_.excluded();
+    std::string id;
+    for (const std::uint32_t item : items) {
+        if (item >= ticks_.size()) continue;
+        idOf(plan_->proposals[item], id);
+        if (ticked)
+            excluded.erase(id);
+        else
+            excluded.insert(id);
+    }
+    model_.setExcluded(std::move(excluded));
+}
+
+bool PlanModel::areTicked(std::span<const int> rows) const {
+    return std::ranges::all_of(rows, [this](int row) {
+        const auto item = itemAt(row);
+        return !item || *item >= ticks_.size() || ticks_[*item];
+    });
+}
+
+void PlanModel::setLocked(const QString& reason) {
+    if (reason == locked_) return;
+    locked_ = reason;
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+}

@@ -1,0 +1,326 @@
+#include "OrdovanApp/screens/SmartInboxPlan.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/SmartInboxTexts.h"
+#include "OrdovanApp/theme/BottomBar.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/FilterField.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/Segments.h"
+#include "OrdovanApp/theme/StatRow.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::array ages = {7, 30, 90};
+constexpr int sizeColumn = 84;
+constexpr int dateColumn = 96;
+
+void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
+    button->setEnabled(reasonAgainst.isEmpty());
+    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
+}
+
+}  // namespace
+
+SmartInboxPlan::SmartInboxPlan(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      model_(context.model, context.theme),
+      nothingProposed_(makeNothingProposed()),
+      stats_(new StatRow(context.theme, this)) {
+    setObjectName(u"planPage"_s);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(nothingProposed_);
+    layout->addWidget(stats_);
+    layout->addSpacing(10);
+    layout->addWidget(makeFilters());
+    layout->addSpacing(12);
+    layout->addWidget(makeList(), 1);
+    layout->addWidget(makeBar());
+    connect(&model_, &PlanModel::tickedChanged, this, [this] {
+        refreshFigures();
+        refreshActions();
+    });
+}
+
+// Making.
+
+/// What is said above a plan that holds nothing but files to be left where they are.
+QWidget* SmartInboxPlan::makeNothingProposed() {
+    auto* lines = new QWidget(this);
+    lines->setObjectName(u"nothingProposed"_s);
+    auto* layout = new QVBoxLayout(lines);
+    layout->setContentsMargins(0, 0, 0, 14);
+    layout->setSpacing(4);
+    auto* title = new QLabel(SmartInboxTexts::nothingTitle(), lines);
+    StyleSheet::setType(title, StyleSheet::LabelType::heading);
+    auto* message = new QLabel(SmartInboxTexts::nothingMessage(), lines);
+    message->setWordWrap(true);
+    StyleSheet::setType(message, StyleSheet::LabelType::second);
+    layout->addWidget(title);
+    layout->addWidget(message);
+    lines->hide();
+    return lines;
+}
+
+QWidget* SmartInboxPlan::makeFilters() {
+    auto* row = new QWidget(this);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    search_ = new FilterField(context_.theme, u"Search proposed files"_s, row);
+    search_->setObjectName(u"search"_s);
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        model_.setQuery(text);
+        showListOrNothing();
+    });
+    folders_ = new Segments(context_.theme, row);
+    folders_->setObjectName(u"folderFilter"_s);
+    connect(folders_, &Segments::currentChanged, this, &SmartInboxPlan::chooseFolder);
+    age_ = makeAgeFilter();
+    export_ = Buttons::quiet(u"Export Plan…"_s, row);
+    export_->setObjectName(u"exportPlan"_s);
+    connect(export_, &QPushButton::clicked, this, &SmartInboxPlan::exportRequested);
+    layout->addWidget(search_);
+    layout->addWidget(folders_, 1);
+    layout->addStretch(0);
+    layout->addWidget(age_);
+    layout->addWidget(export_);
+    return row;
+}
+
+QPushButton* SmartInboxPlan::makeAgeFilter() {
+    const QString heading = u"Tick only files last changed more than this long ago"_s;
+    QPushButton* button = Buttons::quiet(u"Older than…"_s, this);
+    button->setObjectName(u"ageFilter"_s);
+    button->setAccessibleName(heading);
+    auto* menu = new QMenu(button);
+    menu->addAction(heading)->setEnabled(false);
+    menu->addSeparator();
+    for (const int days : ages) {
+        QAction* action = menu->addAction(u"Older than %1 days"_s.arg(days));
+        connect(action, &QAction::triggered, this, [this, days] { context_.model.tickOlderThan(days); });
+    }
+    Buttons::setMenu(context_.theme, button, menu);
+    return button;
+}
+
+QWidget* SmartInboxPlan::makeList() {
+    stack_ = new QStackedWidget(this);
+    list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
+    list_->setObjectName(u"planList"_s);
+    list_->setAccessibleName(u"Proposed file changes"_s);
+    list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    list_->setColumnWidths({sizeColumn, dateColumn});
+    list_->setModel(&model_);
+    list_->installEventFilter(this);
+    connect(list_, &RowsView::actionTriggered, this, &SmartInboxPlan::act);
+
+    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
+    noMatch_->setObjectName(u"noMatch"_s);
+    noMatch_->setTitle(u"No matching files"_s);
+    noMatch_->setMessage(u"No file of this preview matches the search."_s);
+    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
+    clear->setObjectName(u"clearFilters"_s);
+    connect(clear, &QPushButton::clicked, this, &SmartInboxPlan::clearFilters);
+    noMatch_->addButton(clear);
+    stack_->addWidget(list_);
+    stack_->addWidget(noMatch_);
+    return stack_;
+}
+
+QWidget* SmartInboxPlan::makeBar() {
+    bar_ = new BottomBar(context_.theme, this);
+    tickAll_ = Buttons::ghost(QString(), bar_);
+    tickAll_->setObjectName(u"tickAll"_s);
+    connect(tickAll_, &QPushButton::clicked, this, [this] { model_.tickShown(!model_.allShownTicked()); });
+    organize_ = Buttons::primary(QString(), bar_);
+    organize_->setObjectName(u"organize"_s);
+    connect(organize_, &QPushButton::clicked, this, &SmartInboxPlan::organizeRequested);
+    bar_->addButton(tickAll_);
+    bar_->addButton(organize_);
+    return bar_;
+}
+
+void SmartInboxPlan::setBarShown(bool shown) {
+    bar_->setVisible(shown);
+}
+
+// Filters.
+
+void SmartInboxPlan::chooseFolder(int segment) {
+    const auto& folders = model_.folders();
+    const auto place = static_cast<std::size_t>(segment) - 1;
+    if (segment > 0 && place < folders.size()) {
+        model_.setFolder(folders[place].name);
+    } else {
+        model_.setFolder(std::nullopt);
+    }
+    refreshFolders();
+    showListOrNothing();
+}
+
+void SmartInboxPlan::clearFilters() {
+    search_->clear();
+    folders_->setCurrent(0);
+    list_->setFocus();
+}
+
+/// One segment for each folder of the plan, after the one for all.
+void SmartInboxPlan::refreshFolders() {
+    QStringList texts = {u"All folders"_s};
+    QStringList helps = {u"Shows all folders"_s};
+    for (const PlanModel::Folder& folder : model_.folders()) {
+        texts += Formats::text(folder.name);
+        helps += u"Shows only this folder"_s;
+    }
+    folders_->setSegments(texts, helps);
+    folders_->setToolTip(model_.folder() ? helps.back() : helps.front());
+}
+
+void SmartInboxPlan::showListOrNothing() {
+    stack_->setCurrentWidget(model_.rowCount() == 0 && model_.isNarrowed() ? static_cast<QWidget*>(noMatch_) : list_);
+}
+
+// What the controller has.
+
+void SmartInboxPlan::reload() {
+    const Url root = context_.model.planRoot().value_or(Url());
+    const bool isSame = root == root_;
+    const Sight before = sight();
+    if (!isSame) {
+        root_ = root;
+        search_->clear();
+        folders_->setCurrent(0);
+    }
+    if (!model_.reload()) return;
+    nothingProposed_->setVisible(model_.proposals() == 0);
+    refreshFolders();
+    const auto& folders = model_.folders();
+    const auto chosen = std::ranges::find(folders, model_.folder(), &PlanModel::Folder::name);
+    folders_->setCurrent(chosen == folders.end() ? 0 : static_cast<int>(chosen - folders.begin()) + 1);
+    showListOrNothing();
+    if (isSame)
+        restore(before);
+    else
+        list_->verticalScrollBar()->setValue(0);
+}
+
+void SmartInboxPlan::refreshFigures() {
+    const PlanModel::Ticked& ticked = model_.ticked();
+    const QString size = Formats::byteSize(ticked.bytes);
+    stats_->setStats({{Formats::count(model_.proposals()), u"proposed, %1 ticked"_s.arg(Formats::count(ticked.files))},
+                      {Formats::count(model_.conflicts()), u"need review"_s},
+                      {Formats::count(static_cast<qint64>(model_.folders().size())), u"folders to sort into"_s},
+                      {size, u"in ticked files"_s}});
+    QString rest = u"· "_s + size;
+    if (ticked.hidden > 0) rest += u" · %1 of them not shown"_s.arg(Formats::count(ticked.hidden));
+    if (ticked.files == 0) {
+        bar_->setSummary(u"No files ticked"_s);
+    } else {
+        bar_->setSummary(Formats::files(ticked.files), rest);
+    }
+    organize_->setText(SmartInboxTexts::organizeButton(ticked.files));
+    tickAll_->setText(model_.allShownTicked() && model_.hasShownProposals() ? u"Tick None"_s : u"Tick All"_s);
+}
+
+void SmartInboxPlan::refreshActions() {
+    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+    const QString running = isRunning ? u"Files are being moved right now."_s : QString();
+    const auto reason = [this](QStringView command) {
+        return CommandAvailability::reasonAgainst(command, context_.model, context_.desktop);
+    };
+    model_.setLocked(running);
+    setHelp(organize_, reason(Commands::organize),
+            u"Move the selected files. You will be asked to confirm, and can undo afterward."_s);
+    setHelp(export_, isRunning ? running : reason(Commands::exportPlan),
+            u"Save this preview as a Markdown or CSV report"_s);
+    setHelp(age_, running, u"Tick only files last changed more than this long ago"_s);
+    const QString narrowed = model_.isNarrowed() ? u"Ticks or unticks the files that are shown"_s : QString();
+    setHelp(tickAll_, isRunning || model_.hasShownProposals() ? running : u"No proposed file is shown."_s, narrowed);
+}
+
+// The list.
+
+bool SmartInboxPlan::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != list_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
+    const auto* key = static_cast<const QKeyEvent*>(event);
+    const bool several = list_->selectionModel()->selectedIndexes().size() > 1;
+    if (key->key() != Qt::Key_Space || key->modifiers() != Qt::NoModifier || !several) return false;
+    toggleSelected();
+    return true;
+}
+
+/// Ticks all that is selected; unticks it where all of it is ticked.
+void SmartInboxPlan::toggleSelected() {
+    const std::vector<int> rows = selectedRows();
+    model_.tickRows(rows, !model_.areTicked(rows));
+}
+
+void SmartInboxPlan::act(int row, int action) {
+    if (action == PlanModel::reveal)
+        context_.desktop.reveal(model_.url(row));
+    else
+        model_.toggle(row);
+}
+
+std::vector<int> SmartInboxPlan::selectedRows() const {
+    std::vector<int> rows;
+    for (const QModelIndex& index : list_->selectionModel()->selectedIndexes()) rows.push_back(index.row());
+    return rows;
+}
+
+SmartInboxPlan::Sight SmartInboxPlan::sight() const {
+    Sight sight;
+    const auto path = [this](int row) { return std::string(model_.url(row).path()); };
+    for (const int row : selectedRows()) sight.selected.push_back(path(row));
+    if (list_->currentIndex().isValid()) sight.current = path(list_->currentIndex().row());
+    sight.scroll = list_->verticalScrollBar()->value();
+    for (const int row : list_->rowsInSight()) {
+        if (model_.isHead(row)) continue;
+        sight.top = path(row);
+        sight.topOffset = list_->visualRect(model_.index(row)).top();
+        break;
+    }
+    return sight;
+}
+
+void SmartInboxPlan::restore(const Sight& sight) {
+    const auto rowOf = [this](const std::string& path) {
+        const std::vector<int> rows = model_.rowsOf(std::span(&path, path.empty() ? 0 : 1));
+        return rows.empty() ? -1 : rows.front();
+    };
+    if (const int current = rowOf(sight.current); current >= 0) {
+        list_->selectionModel()->setCurrentIndex(model_.index(current), QItemSelectionModel::NoUpdate);
+    }
+    QItemSelection selection;
+    for (const int row : model_.rowsOf(sight.selected)) selection.select(model_.index(row), model_.index(row));
+    list_->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
+    QScrollBar* bar = list_->verticalScrollBar();
+    bar->setValue(sight.scroll);
+    if (const int top = sight.scroll > 0 ? rowOf(sight.top) : -1; top >= 0) {
+        bar->setValue(bar->value() + list_->visualRect(model_.index(top)).top() - sight.topOffset);
+    }
+}

@@ -1,0 +1,230 @@
+#include "OrdovanApp/screens/SmartInboxView.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/SmartInboxNotices.h"
+#include "OrdovanApp/screens/SmartInboxPlan.h"
+#include "OrdovanApp/screens/SmartInboxTexts.h"
+#include "OrdovanApp/screens/SmartInboxWelcome.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/ProgressStrip.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+#include "OrdovanApp/theme/Sheet.h"
+#include "OrdovanCore/Categories.h"
+
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+using Case = TidyViewModel::Phase::Case;
+
+namespace {
+
+constexpr int margin = 28;
+
+QString outputFolder() {
+    return Formats::text(OrdovanOutput::folderName);
+}
+
+}  // namespace
+
+SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      header_(new ScreenHeader(context.theme, u"Smart Inbox"_s, this)),
+      choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
+      notices_(new SmartInboxNotices(context, this)),
+      pages_(new QStackedWidget(this)),
+      run_(new ProgressStrip(context.theme, this)) {
+    setObjectName(u"smartInbox"_s);
+    choose_->setObjectName(u"chooseFolder"_s);
+    connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    header_->addButton(choose_);
+    run_->setObjectName(u"runProgress"_s);
+    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
+    makePages();
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, 0, margin, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header_);
+    layout->addWidget(notices_);
+    layout->addWidget(pages_, 1);
+    auto* foot = new QVBoxLayout;
+    foot->setContentsMargins(0, 8, 0, 10);
+    foot->addWidget(run_);
+    layout->addLayout(foot);
+    connectModel();
+    refresh();
+    refreshRun();
+}
+
+void SmartInboxView::makePages() {
+    welcome_ = new SmartInboxWelcome(context_, pages_);
+    scanning_ = makeScanning();
+    plan_ = new SmartInboxPlan(context_, pages_);
+    connect(plan_, &SmartInboxPlan::organizeRequested, this, &SmartInboxView::requestOrganize);
+    connect(plan_, &SmartInboxPlan::exportRequested, this, &SmartInboxView::requestExport);
+    for (QWidget* page : {welcome_, scanning_, makeFailed(), makeNothing(), static_cast<QWidget*>(plan_)}) {
+        pages_->addWidget(page);
+    }
+}
+
+QWidget* SmartInboxView::makeScanning() {
+    auto* page = new QWidget(pages_);
+    page->setObjectName(u"scanningPage"_s);
+    page->setAccessibleName(u"Previewing folder, reading metadata only."_s);
+    scan_ = new ProgressStrip(context_.theme, page);
+    scan_->setObjectName(u"scanProgress"_s);
+    scan_->setText(u"Previewing — reading metadata only…"_s);
+    scan_->setMaximumWidth(560);
+    connect(scan_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
+    auto* across = new QHBoxLayout;
+    across->addStretch(1);
+    across->addWidget(scan_, 100);
+    across->addStretch(1);
+    auto* layout = new QVBoxLayout(page);
+    layout->addStretch(2);
+    layout->addLayout(across);
+    layout->addStretch(3);
+    return page;
+}
+
+QWidget* SmartInboxView::makeFailed() {
+    failed_ = new EmptyState(context_.theme, Glyph::warning, pages_);
+    failed_->setObjectName(u"failedPage"_s);
+    failed_->setTitle(u"Couldn't preview this folder"_s);
+    QPushButton* another = Buttons::primary(u"Try Another Folder"_s);
+    another->setObjectName(u"tryAnotherFolder"_s);
+    connect(another, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    failed_->addButton(another);
+    return failed_;
+}
+
+QWidget* SmartInboxView::makeNothing() {
+    nothing_ = new EmptyState(context_.theme, Glyph::check, pages_);
+    nothing_->setObjectName(u"nothingPage"_s);
+    nothing_->setTitle(SmartInboxTexts::nothingTitle());
+    nothing_->setMessage(SmartInboxTexts::nothingMessage());
+    return nothing_;
+}
+
+void SmartInboxView::connectModel() {
+    const TidyViewModel* model = &context_.model;
+    connect(model, &TidyViewModel::phaseChanged, this, &SmartInboxView::refresh);
+    connect(model, &TidyViewModel::rootURLChanged, this, &SmartInboxView::refresh);
+    connect(model, &TidyViewModel::isApplyingChanged, this, &SmartInboxView::refreshRun);
+    connect(model, &TidyViewModel::isTrashingChanged, this, &SmartInboxView::refreshRun);
+    connect(model, &TidyViewModel::previewProgressed, this,
+            [this](quint64 files, quint64 folders) { scan_->setDetail(SmartInboxTexts::scanned(files, folders)); });
+    connect(model, &TidyViewModel::runProgressed, this, [this](quint64 done, quint64 total) {
+        run_->setDetail(SmartInboxTexts::done(done, total));
+        run_->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
+    });
+}
+
+/// The plan at hand is that of the chosen folder, not of the one before it.
+bool SmartInboxView::showsPlanOfFolder() const {
+    return context_.model.plan() && context_.model.planRoot() == context_.model.rootURL();
+}
+
+QWidget* SmartInboxView::page() const {
+    switch (context_.model.phase().kind) {
+        case Case::idle:
+            return welcome_;
+        case Case::failed:
+            return failed_;
+        case Case::scanning:
+            if (!showsPlanOfFolder()) return scanning_;
+            break;
+        case Case::ready:
+            break;
+    }
+    const bool hasRows = plan_->rows() > 0;
+    return hasRows ? static_cast<QWidget*>(plan_) : nothing_;
+}
+
+void SmartInboxView::refresh() {
+    const TidyViewModel::Phase& phase = context_.model.phase();
+    if (phase.kind == Case::failed) failed_->setMessage(Formats::text(phase.message));
+    if (phase.kind == Case::ready) plan_->reload();
+    if (page() == scanning_ && pages_->currentWidget() != scanning_) scan_->reset();
+    pages_->setCurrentWidget(page());
+    refreshHeader();
+    plan_->refreshActions();
+}
+
+void SmartInboxView::refreshHeader() {
+    const Case phase = context_.model.phase().kind;
+    const auto& root = context_.model.rootURL();
+    const bool hasFolder = root && phase != Case::idle;
+    header_->setFolder(hasFolder ? std::optional(Formats::path(*root)) : std::nullopt);
+    choose_->setVisible(hasFolder && phase != Case::failed);
+    QString lede;
+    if (phase == Case::ready) {
+        lede = u"ordovan+ previews this folder read-only. Nothing changes until you apply."_s;
+        if (context_.model.partialScan()) lede += u" Scan reached its limit; results are partial."_s;
+    } else if (page() == plan_ || page() == nothing_) {
+        lede = u"Previewing — reading metadata only…"_s;
+    }
+    header_->setLede(lede);
+}
+
+/// Follows the beginning and the end of runs.
+void SmartInboxView::refreshRun() {
+    const bool isApplying = context_.model.isApplying();
+    if (isApplying && run_->isHidden()) {
+        run_->reset();
+        run_->setText(organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
+    }
+    if (!isApplying) organizes_ = false;
+    run_->setVisible(isApplying);
+    plan_->setBarShown(!isApplying);
+    const bool isRunning = isApplying || context_.model.isTrashing();
+    choose_->setEnabled(!isRunning);
+    choose_->setToolTip(isRunning ? u"Files are being moved right now."_s : QString());
+    plan_->refreshActions();
+}
+
+// Commands.
+
+void SmartInboxView::requestOrganize() {
+    if (!CommandAvailability::reasonAgainst(Commands::organize, context_.model, context_.desktop).isEmpty()) return;
+    confirmation()->setConfirm(SmartInboxTexts::organizeConfirm(plan_->tickedFiles()));
+    confirmation()->open();
+}
+
+Sheet* SmartInboxView::confirmation() {
+    if (sheet_) return sheet_;
+    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
+    sheet_->setObjectName(u"organizeSheet"_s);
+    sheet_->setTitle(u"Organize these files?"_s);
+    sheet_->setMessage(
+        u"Files move into the %1 folder inside this folder. Nothing is copied or deleted, and you can "
+        "undo this from the Recovery Center."_s.arg(outputFolder()));
+    sheet_->addPoint(Glyph::undo, u"Applying is explicit and reversible"_s);
+    sheet_->addPoint(Glyph::check, u"Cross-volume moves are copy-verified before removal"_s);
+    connect(sheet_, &Sheet::confirmed, this, &SmartInboxView::organize);
+    return sheet_;
+}
+
+void SmartInboxView::organize() {
+    organizes_ = true;
+    notices_->expectOrganize();
+    context_.model.organize();
+}
+
+void SmartInboxView::requestExport() {
+    if (!CommandAvailability::reasonAgainst(Commands::exportPlan, context_.model, context_.desktop).isEmpty()) return;
+    const QString folder = Formats::fileName(*context_.model.planRoot()).replace(u'/', u'-');
+    context_.desktop.choosePlanFile(this, u"A report of the preview. Nothing is moved."_s,
+                                    u"ordovan+ plan – "_s + folder,
+                                    [self = QPointer(this)](const Url& file, OrdovanPlanExportFormat format) {
+                                        if (self) self->context_.model.exportPlan(file, format);
+                                    });
+}

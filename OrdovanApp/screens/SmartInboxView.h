@@ -1,0 +1,60 @@
+#pragma once
+
+#include "OrdovanApp/screens/AppContext.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class ProgressStrip;
+class QPushButton;
+class QStackedWidget;
+class ScreenHeader;
+class Sheet;
+class SmartInboxNotices;
+class SmartInboxPlan;
+class EmptyState;
+
+/// The first section: choose a folder, see the plan, tick what moves, export the plan, organize, undo.
+///
+/// Shows one page for the state of the controller; the plan of a folder stays in sight while the same folder is
+/// previewed again.
+class SmartInboxView : public QWidget {
+    Q_OBJECT
+
+public:
+    SmartInboxView(const AppContext& context, QWidget* parent = nullptr);
+
+    /// Asks whether to organize the ticked files, and does. Nothing happens where there is nothing to organize.
+    void requestOrganize();
+    /// Asks where to save the plan, and does. Nothing happens without a preview.
+    void requestExport();
+
+private:
+    void makePages();
+    QWidget* makeScanning();
+    QWidget* makeFailed();
+    QWidget* makeNothing();
+    void connectModel();
+    void refresh();
+    void refreshHeader();
+    void refreshRun();
+    [[nodiscard]] QWidget* page() const;
+    [[nodiscard]] bool showsPlanOfFolder() const;
+    [[nodiscard]] Sheet* confirmation();
+    void organize();
+
+    AppContext context_;
+    ScreenHeader* header_;
+    QPushButton* choose_;
+    SmartInboxNotices* notices_;
+    QStackedWidget* pages_;
+    QWidget* welcome_;
+    QWidget* scanning_;
+    ProgressStrip* scan_;
+    EmptyState* failed_;
+    EmptyState* nothing_;
+    SmartInboxPlan* plan_;
+    ProgressStrip* run_;
+    QPointer<Sheet> sheet_;
+    bool organizes_ = false;
+};
