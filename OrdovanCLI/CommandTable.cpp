@@ -166,7 +166,7 @@ const std::array<OptionSpec, optionCount> options = {{
     {Option::clear, "--clear", "", false, only({Command::history}), {}, "Empty the history"},
     {Option::yes, "--yes", "", false, every, {}, "Do not ask before acting"},
     {Option::json, "--json", "", false, every, {}, "Print the result as one JSON object"},
-    {Option::quiet, "--quiet", "", false, every, {}, "No progress and no remarks; results and errors only"},
+    {Option::quiet, "--quiet", "", false, every, {}, "No progress and no remarks; results, warnings and errors only"},
     {Option::noColor, "--no-color", "", false, every, {}, "No colours (the NO_COLOR variable does the same)"},
     {Option::help, "--help", "", false, every, {}, "Show help, also for one command: \"preview --help\""},
     {Option::version, "--version", "", false, every, {}, "Show the version"},

@@ -2,21 +2,35 @@
 
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/Interrupts.h"
+#include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Proposals.h"
 
 #include <QFile>
 #include <QStandardPaths>
 
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
 namespace ordovan::cli {
 namespace {
 
-constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
-
-std::string downloadsFolder() {
+/// The folder as it was typed, or the user's Downloads.
+std::expected<std::string, Outcome> namedFolder(const Invocation& invocation) {
+    if (!invocation.arguments.empty()) return std::string(invocation.arguments.front());
+    const char* const home = std::getenv("HOME");
+    if (home == nullptr || *home != '/') {
+        return std::unexpected(Outcome::impossible(
+            "There is no telling where your Downloads folder is: the variable HOME holds no folder. Name the folder."));
+    }
     return QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).toStdString();
+}
+
+/// True when the folder can be listed.
+bool isReadable(const std::filesystem::path& folder) {
+    std::error_code error;
+    const std::filesystem::directory_iterator listing(folder, error);
+    return !error;
 }
 
 /// What a run of this kind is doing.
@@ -50,25 +64,32 @@ void addReport(RunReport& result, const TidyViewModel& model) {
 
 std::expected<Url, Outcome> chosenFolder(const Invocation& invocation) {
     namespace fs = std::filesystem;
-    const std::string typed =
-        invocation.arguments.empty() ? downloadsFolder() : std::string(invocation.arguments.front());
-    if (typed.empty()) return std::unexpected(Outcome::usage("The folder's name is empty."));
+    const auto typed = namedFolder(invocation);
+    if (!typed) return std::unexpected(typed.error());
+    if (typed->empty()) return std::unexpected(Outcome::usage("The folder's name is empty."));
     std::error_code error;
-    const fs::path path = fs::absolute(typed, error);
+    const fs::path path = fs::absolute(*typed, error);
     const fs::file_status status = error ? fs::file_status(fs::file_type::none) : fs::status(path, error);
     if (status.type() == fs::file_type::not_found) {
-        return std::unexpected(Outcome::impossible("There is no folder " + inQuotes(typed) + "."));
+        return std::unexpected(Outcome::impossible("There is no folder " + inQuotes(*typed) + "."));
     }
-    if (error) return std::unexpected(Outcome::impossible(unreadableFolder));
-    if (status.type() != fs::file_type::directory) {
-        return std::unexpected(Outcome::impossible(inQuotes(typed) + " is not a folder."));
+    if (!error && status.type() != fs::file_type::directory) {
+        return std::unexpected(Outcome::impossible(inQuotes(*typed) + " is not a folder."));
     }
     const Url folder = Url::file(path.native());
     if (OrdovanProposalPlanner::isTooBroad(folder)) {
         const std::string_view sentence = message(OrdovanProposalError::authorizedRootTooBroad);
         return std::unexpected(Outcome::impossible(std::string(sentence)));
     }
+    if (error || !isReadable(path)) {
+        return std::unexpected(Outcome::impossible(std::string(OrdovanPreviewStatus::unreadableFolder)));
+    }
     return folder;
+}
+
+std::optional<Outcome> interruptibleFromHere() {
+    interrupts::letThemEndTheProgram();
+    return interrupts::requested() ? std::optional(Outcome::interrupted()) : std::nullopt;
 }
 
 std::optional<Outcome> Context::refusal(std::string_view act) const {
@@ -80,13 +101,35 @@ Console::Answer Context::consent(std::string_view question) {
     if (interrupts::requested()) return Console::Answer::interrupted;
     if (invocation.has(Option::yes)) return Console::Answer::yes;
     output.flush();
+    if (output.error()) return Console::Answer::no;
     const Console::Answer answer = console.ask(question);
     if (answer == Console::Answer::no) console.remark("Nothing was changed.");
     return answer;
 }
 
-std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides) {
-    session.preview(folder, overrides);
+std::optional<Outcome> Context::declined(OrdovanRunRecord::Kind kind, std::string_view question) {
+    using Kind = OrdovanRunRecord::Kind;
+    // Putting back needs no new record, and what is left in the old one is refused safely.
+    if ((kind == Kind::organize || kind == Kind::trash) && !session.model().canSaveRecords()) {
+        return Outcome::impossible(
+            "No record of the run could be saved, so nothing was moved. Check the permissions of " +
+            inQuotes(session.recordsFolder().path()) + " and the free space there.");
+    }
+    switch (consent(question)) {
+        case Console::Answer::interrupted:
+            return Outcome::interrupted();
+        case Console::Answer::no:
+            if (wantsJson()) put(RunReport{kind, *session.model().rootURL(), nullptr, {}});
+            return Outcome();
+        case Console::Answer::yes:
+            break;
+    }
+    return std::nullopt;
+}
+
+std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides,
+                                        PreviewDepth depth) {
+    session.preview(folder, overrides, depth);
     const TidyViewModel::Phase& phase = session.model().phase();
     if (interrupts::requested()) return Outcome::interrupted();
     if (phase.kind == TidyViewModel::Phase::Case::failed) return Outcome::impossible(phase.message);
@@ -103,8 +146,12 @@ Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyV
     if (started) addReport(result, model);
     put(result);
     if (result.warning) console.warn(*result.warning);
-    const bool someStayed = result.report && result.report->movedCount() < result.report->outcomes.size();
-    return {wasStopped ? Outcome::Kind::interrupted : Outcome::Kind::done, someStayed, {}};
+    const std::size_t moved = result.report ? result.report->movedCount() : 0;
+    const bool someStayed = result.report && moved < result.report->outcomes.size();
+    return {.kind = wasStopped ? Outcome::Kind::interrupted : Outcome::Kind::done,
+            .isFlawed = someStayed || result.warning,
+            .didChange = moved > 0,
+            .sentence = {}};
 }
 
 Outcome runCommand(Context& context) {

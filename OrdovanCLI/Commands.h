@@ -28,13 +28,16 @@ struct Outcome {
         interrupted,
     };
     Kind kind = Kind::done;
-    bool someStayed = false;  ///< at least one file was skipped or failed
-    std::string sentence;     ///< why there is no result; empty when the result was put out
+    bool isFlawed = false;   ///< done, but a file was skipped or failed, or a record could not be read or saved
+    bool didChange = false;  ///< files were moved, or something was stored that was asked for
+    std::string sentence;    ///< what went wrong; empty when nothing is to be said beside the result
 
-    static Outcome usage(std::string sentence) { return {Kind::usage, false, std::move(sentence)}; }
-    static Outcome impossible(std::string sentence) { return {Kind::impossible, false, std::move(sentence)}; }
+    static Outcome usage(std::string sentence) { return {Kind::usage, false, false, std::move(sentence)}; }
+    static Outcome impossible(std::string sentence) { return {Kind::impossible, false, false, std::move(sentence)}; }
     /// Stopped before anything was changed.
-    static Outcome interrupted() { return {Kind::interrupted, false, "Interrupted; nothing was changed."}; }
+    static Outcome interrupted() { return {Kind::interrupted, false, false, "Interrupted; nothing was changed."}; }
+    /// Done what was asked for.
+    static Outcome changed() { return {Kind::done, false, true, {}}; }
 };
 
 /// What every command works with.
@@ -62,11 +65,16 @@ struct Context {
     /// The refusal of an act ("organize") that nobody agreed to and nobody can be asked about; nothing when it may go
     /// on to `consent`.
     [[nodiscard]] std::optional<Outcome> refusal(std::string_view act) const;
-    /// The user's answer, or yes where `--yes` gave it already. What was put out so far is shown first.
+    /// The user's answer, or yes where `--yes` gave it already. What was put out so far is shown first; where it can
+    /// not be, the answer is no.
     [[nodiscard]] Console::Answer consent(std::string_view question);
+    /// Asks before a run, and before that sees whether its record could be saved: what is in memory only can not be
+    /// taken back once the program has ended. Nothing when the run may start; else how the command ends.
+    [[nodiscard]] std::optional<Outcome> declined(OrdovanRunRecord::Kind kind, std::string_view question);
 
-    /// Previews a folder. Nothing when it is ready; else how the command ends.
-    [[nodiscard]] std::optional<Outcome> preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides);
+    /// Previews a folder. Nothing when that is done; else how the command ends.
+    [[nodiscard]] std::optional<Outcome> preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides,
+                                                 PreviewDepth depth);
     /// Starts a run, waits for its end and puts out what it did. `start` as for `Session::run`.
     [[nodiscard]] Outcome run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start);
 };
@@ -74,6 +82,10 @@ struct Context {
 /// The folder a command was given, or the user's Downloads: an existing folder that is not too broad, as an absolute
 /// path.
 [[nodiscard]] std::expected<Url, Outcome> chosenFolder(const Invocation& invocation);
+
+/// For commands that change nothing but records, each of which is stored whole or not at all: from here on a request to
+/// stop ends the program at once, also while it waits for a lock. How the command ends when one has come already.
+[[nodiscard]] std::optional<Outcome> interruptibleFromHere();
 
 [[nodiscard]] Outcome runPreview(Context& context);
 [[nodiscard]] Outcome runOrganize(Context& context);

@@ -3,6 +3,7 @@
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCore/PlanExport.h"
+#include "OrdovanCore/Text.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -11,12 +12,11 @@
 namespace ordovan::cli {
 namespace {
 
-constexpr const char* exportFailed = "The plan couldn't be saved there. Try another folder.";
-
 /// Setting overrides and selection, as the options say.
 struct PlanOptions {
     TidyViewModel::SettingOverrides overrides;
     Selection selection;
+    std::optional<std::int64_t> olderThanDays;
 };
 
 std::expected<PlanOptions, Outcome> planOptions(const Invocation& invocation) {
@@ -27,8 +27,8 @@ std::expected<PlanOptions, Outcome> planOptions(const Invocation& invocation) {
     options.selection.onlyFolder = invocation.value(Option::only);
     options.selection.leftOutPaths = invocation.values(Option::leaveOut);
     if (const auto days = invocation.value(Option::olderThan)) {
-        options.selection.olderThanDays = wholeNumber(*days, 0, mostDays);
-        if (!options.selection.olderThanDays) {
+        options.olderThanDays = wholeNumber(*days, 0, mostDays);
+        if (!options.olderThanDays) {
             return std::unexpected(
                 Outcome::usage("--older-than takes a whole number of days, not " + inQuotes(*days) + "."));
         }
@@ -42,8 +42,9 @@ std::expected<PlanView, Outcome> planned(Context& context) {
     if (!options) return std::unexpected(options.error());
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return std::unexpected(folder.error());
-    if (auto end = context.preview(*folder, options->overrides)) return std::unexpected(std::move(*end));
-    const TidyViewModel& model = context.session.model();
+    if (auto end = context.preview(*folder, options->overrides, PreviewDepth::plan))
+        return std::unexpected(std::move(*end));
+    TidyViewModel& model = context.session.model();
     PlanView view{.plan = model.plan(),
                   .inventory = model.inventory(),
                   .root = *model.rootURL(),
@@ -52,41 +53,53 @@ std::expected<PlanView, Outcome> planned(Context& context) {
                   .partialScan = model.partialScan(),
                   .status = model.status().pulseSummary()};
     view.fill();
-    const double now = context.session.ports().clock();
-    if (auto selected = apply(options->selection, model.rules(), now, view); !selected) {
+    if (auto selected = apply(options->selection, model.rules(), view); !selected) {
         return std::unexpected(Outcome::usage(std::move(selected.error())));
+    }
+    if (options->olderThanDays) {
+        model.tickOlderThan(static_cast<double>(*options->olderThanDays));
+        view.leaveOut(model.excluded());
     }
     if (view.partialScan && !context.wantsJson()) context.console.warn(partialScanSentence);
     return view;
 }
 
-enum class ExportFormat { markdown, csv };
-
-std::optional<ExportFormat> exportFormat(std::string_view file) {
-    const std::string_view ext = pathExtension(file);
-    if (ext == "md") return ExportFormat::markdown;
-    return ext == "csv" ? std::optional(ExportFormat::csv) : std::nullopt;
-}
-
-/// Writes a file that must not exist yet; one that could not be written whole is taken away again.
-std::optional<Outcome> writeNewFile(const std::string& file, std::string_view text) {
-    std::FILE* stream = std::fopen(file.c_str(), "wxe");
-    if (stream == nullptr) {
-        const bool isTaken = errno == EEXIST;
-        return Outcome::impossible(isTaken ? inQuotes(file) + " exists already and was left as it is." : exportFailed);
+/// What stands where the folder for organized files should be, and lets no file be organized; nothing where that
+/// place is free or a folder.
+std::optional<std::string> obstacle(const Url& outputRoot) {
+    namespace fs = std::filesystem;
+    std::error_code unknown;
+    const fs::file_type type = fs::symlink_status(outputRoot.path(), unknown).type();
+    if (type == fs::file_type::directory || type == fs::file_type::not_found || type == fs::file_type::none) {
+        return std::nullopt;
     }
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
-    if (std::fclose(stream) == 0 && isWritten) return std::nullopt;
-    std::error_code ignored;
-    std::filesystem::remove(file, ignored);
-    return Outcome::impossible(exportFailed);
+    return inQuotes(outputRoot.path()) +
+           (type == fs::file_type::symlink ? " is a link, not a folder" : " is no folder") +
+           ", so nothing can be organized into it. Rename it or move it away first.";
 }
 
-std::optional<Outcome> exportPlan(const PlanView& view, const std::string& file, ExportFormat format) {
-    const auto excluded = view.leftOutIDs();
-    return writeNewFile(file, format == ExportFormat::csv
-                                  ? OrdovanPlanExport::csv(*view.plan, excluded)
-                                  : OrdovanPlanExport::markdown(*view.plan, view.root.lastPathComponent(), excluded));
+std::optional<OrdovanPlanExportFormat> exportFormat(std::string_view file) {
+    const std::string ext = text::asciiLowercased(pathExtension(file));
+    if (ext == "md") return OrdovanPlanExportFormat::markdown;
+    return ext == "csv" ? std::optional(OrdovanPlanExportFormat::csv) : std::nullopt;
+}
+
+/// Saves the plan in a file that must not exist yet. Its name is taken by an empty file first, which the plan then
+/// replaces: what another program puts there is never touched.
+std::optional<Outcome> exportPlan(Context& context, const PlanView& view, const std::string& file,
+                                  OrdovanPlanExportFormat format) {
+    std::FILE* const made = std::fopen(file.c_str(), "wxe");
+    if (made == nullptr && errno == EEXIST) {
+        return Outcome::impossible(inQuotes(file) + " exists already and was left as it is.");
+    }
+    std::error_code error;
+    if (made != nullptr) std::fclose(made);
+    context.session.model().setExcluded(view.leftOutIDs());
+    const std::string failure =
+        context.session.exportPlan(Url::file(std::filesystem::absolute(file, error).native()), format);
+    if (failure.empty()) return std::nullopt;
+    if (made != nullptr) std::filesystem::remove(file, error);
+    return Outcome::impossible(failure);
 }
 
 }  // namespace
@@ -101,41 +114,36 @@ Outcome runPreview(Context& context) {
     const auto view = planned(context);
     if (!view) return view.error();
     if (format) {
-        if (auto failure = exportPlan(*view, std::string(*exportFile), *format)) return std::move(*failure);
+        if (auto failure = exportPlan(context, *view, std::string(*exportFile), *format)) return std::move(*failure);
         context.console.remark("Saved the preview in " + inQuotes(*exportFile) + ".");
+    }
+    if (auto sentence = view->selectedCount() > 0 ? obstacle(view->outputRoot) : std::nullopt) {
+        context.console.warn(*sentence);
     }
     interrupts::letThemEndTheProgram();
     context.put(*view);
-    return {};
+    return {.kind = Outcome::Kind::done, .isFlawed = false, .didChange = format.has_value(), .sentence = {}};
 }
 
 Outcome runOrganize(Context& context) {
     if (auto refused = context.refusal("organize")) return std::move(*refused);
     const auto view = planned(context);
     if (!view) return view.error();
-    const RunReport nothing{OrdovanRunRecord::Kind::organize, view->root, nullptr, std::nullopt};
-    const bool isAsked = !context.invocation.has(Option::yes);
+    constexpr auto kind = OrdovanRunRecord::Kind::organize;
     if (view->selectedCount() == 0) {
-        context.wantsJson() ? context.put(nothing) : context.put(*view);
+        context.wantsJson() ? context.put(RunReport{kind, view->root, nullptr, std::nullopt}) : context.put(*view);
         return {};
     }
-    if (isAsked) {
+    if (auto sentence = obstacle(view->outputRoot)) return Outcome::impossible(std::move(*sentence));
+    if (!context.invocation.has(Option::yes)) {
         context.wantsJson() ? context.console.remark(view->status) : context.put(*view);
         context.explain(
             "Files move into the ordovan+ folder inside this folder. Nothing is copied or deleted, and "
             "you can undo this with \"ordovan-cli undo\".");
     }
-    switch (context.consent("Organize these files?")) {
-        case Console::Answer::interrupted:
-            return Outcome::interrupted();
-        case Console::Answer::no:
-            if (context.wantsJson()) context.put(nothing);
-            return {};
-        case Console::Answer::yes:
-            break;
-    }
+    if (auto end = context.declined(kind, "Organize these files?")) return std::move(*end);
     context.session.model().setExcluded(view->leftOutIDs());
-    return context.run(OrdovanRunRecord::Kind::organize, [](TidyViewModel& model) { return model.organize(); });
+    return context.run(kind, [](TidyViewModel& model) { return model.organize(); });
 }
 
 }  // namespace ordovan::cli

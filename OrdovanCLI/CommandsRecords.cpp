@@ -90,14 +90,16 @@ constexpr std::array<Setting, 3> settingTable = {{
 }  // namespace
 
 Outcome runRules(Context& context) {
+    if (auto end = interruptibleFromHere()) return std::move(*end);
     const std::string_view action = context.invocation.action;
-    if (action != "list") {
+    const bool isChange = action != "list";
+    if (isChange) {
         if (auto end = action == "add" ? addRule(context) : changeRule(context)) return std::move(*end);
     }
     const OrdovanRuleSet& rules = context.session.rules().ruleSet();
     context.put(rules);
     if (rules.rules.empty()) context.console.remark("No rules. Files use the built-in folders (Documents, Images…).");
-    return {};
+    return isChange ? Outcome::changed() : Outcome();
 }
 
 Outcome runHistory(Context& context) {
@@ -107,26 +109,33 @@ Outcome runHistory(Context& context) {
     if (kindName && !kind) {
         return Outcome::usage("--kind takes organize, undo, trash or restoreTrash, not " + inQuotes(*kindName) + ".");
     }
-    HistoryStore& store = context.session.ports().history;
-    if (invocation.has(Option::clear)) {
+    const bool isToClear = invocation.has(Option::clear);
+    bool isCleared = false;
+    if (isToClear) {
         if (auto refused = context.refusal("clear the history")) return std::move(*refused);
         if (!invocation.has(Option::yes)) {
             context.console.remark("Only this log is cleared. Organized files and Undo stay as they are.");
         }
         const Console::Answer answer = context.consent("Clear the run history?");
         if (answer == Console::Answer::interrupted) return Outcome::interrupted();
-        if (answer == Console::Answer::yes && !store.clear().saved) {
-            return Outcome::impossible("The history couldn't be cleared.");
-        }
+        isCleared = answer == Console::Answer::yes;
     }
+    if (auto end = interruptibleFromHere()) return std::move(*end);
+    HistoryStore& store = context.session.ports().history;
+    if (isCleared && !store.clear().saved) return Outcome::impossible("The history couldn't be cleared.");
     std::vector<OrdovanRunRecord> runs = store.load().records;
+    const bool hasAny = !runs.empty();
     if (kind) std::erase_if(runs, [&](const OrdovanRunRecord& run) { return run.kind != *kind; });
-    if (!invocation.has(Option::clear) || context.wantsJson()) context.put(std::span<const OrdovanRunRecord>(runs));
-    if (runs.empty()) context.console.remark("Each time you organize or undo, a summary appears here.");
-    return {};
+    if (!isToClear || context.wantsJson()) context.put(std::span<const OrdovanRunRecord>(runs));
+    if (!hasAny)
+        context.console.remark("Each time you organize or undo, a summary appears here.");
+    else if (runs.empty())
+        context.console.remark("No run of this kind.");
+    return isCleared ? Outcome::changed() : Outcome();
 }
 
 Outcome runSettings(Context& context) {
+    if (auto end = interruptibleFromHere()) return std::move(*end);
     const auto& arguments = context.invocation.arguments;
     AppSettings& settings = context.session.settings();
     SettingsResult result;
@@ -143,7 +152,8 @@ Outcome runSettings(Context& context) {
         return Outcome::usage("There is no setting " + inQuotes(arguments[0]) +
                               "; the keys are groupByMonth, includeHidden and theme.");
     }
-    if (arguments.size() == 2) {
+    const bool isChange = arguments.size() == 2;
+    if (isChange) {
         const auto stored = found->write(settings, arguments[1]);
         if (!stored) {
             return Outcome::usage(std::string(found->key) + " is " + std::string(found->allowed) + ", not " +
@@ -153,7 +163,7 @@ Outcome runSettings(Context& context) {
     }
     show(*found);
     context.put(result);
-    return {};
+    return isChange ? Outcome::changed() : Outcome();
 }
 
 }  // namespace ordovan::cli

@@ -25,23 +25,10 @@ std::expected<Url, Outcome> scanned(Context& context) {
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return std::unexpected(folder.error());
     const auto includeHidden = context.invocation.choice(Option::includeHidden, Option::noIncludeHidden);
-    if (auto end = context.preview(*folder, {std::nullopt, includeHidden})) return std::unexpected(std::move(*end));
+    if (auto end = context.preview(*folder, {std::nullopt, includeHidden}, PreviewDepth::files))
+        return std::unexpected(std::move(*end));
     if (context.session.model().partialScan()) context.console.warn(partialScanSentence);
     return *context.session.model().rootURL();
-}
-
-/// Asks, and ends the command where the answer is not a yes.
-std::optional<Outcome> declined(Context& context, const Url& folder, std::string_view question) {
-    switch (context.consent(question)) {
-        case Console::Answer::interrupted:
-            return Outcome::interrupted();
-        case Console::Answer::no:
-            if (context.wantsJson()) context.put(RunReport{OrdovanRunRecord::Kind::trash, folder, nullptr, {}});
-            return Outcome();
-        case Console::Answer::yes:
-            break;
-    }
-    return std::nullopt;
 }
 
 // Duplicates.
@@ -82,8 +69,9 @@ Outcome trashExtras(Context& context, const DuplicatesResult& result) {
             "The copy you chose to keep stays. Each extra is checked again first, and anything that changed is left "
             "alone. You can put files back with \"ordovan-cli restore\" or from the Trash.");
     }
-    if (auto end = declined(context, result.folder, "Move duplicate extras to the Trash?")) return std::move(*end);
-    return context.run(OrdovanRunRecord::Kind::trash, [](TidyViewModel& model) { return model.trashExtras(); });
+    constexpr auto kind = OrdovanRunRecord::Kind::trash;
+    if (auto end = context.declined(kind, "Move duplicate extras to the Trash?")) return std::move(*end);
+    return context.run(kind, [](TidyViewModel& model) { return model.trashExtras(); });
 }
 
 // Big files.
@@ -145,10 +133,11 @@ Outcome trashFiles(Context& context, const Url& folder) {
             "Files go to the Trash and are not deleted. Each file is checked again first; anything that changed is "
             "left alone. You can put files back with \"ordovan-cli restore\" or from the Trash.");
     }
-    if (auto end = declined(context, folder, "Move " + count + " to the Trash?")) return std::move(*end);
+    constexpr auto kind = OrdovanRunRecord::Kind::trash;
+    if (auto end = context.declined(kind, "Move " + count + " to the Trash?")) return std::move(*end);
     std::vector<OrdovanFileTrasher::Item> items;
     for (const OrdovanInventoryEntry& file : *chosen) items.push_back({file.url, file.byteSize});
-    return context.run(OrdovanRunRecord::Kind::trash, [&](TidyViewModel& model) { return model.trashBigFiles(items); });
+    return context.run(kind, [&](TidyViewModel& model) { return model.trashBigFiles(items); });
 }
 
 bool isInstaller(const OrdovanInventoryEntry& file) {

@@ -1,10 +1,16 @@
 #include "OrdovanCLI/Commands.h"
 
+#include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/PlanView.h"
+#include "OrdovanCore/Categories.h"
+#include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/TrashMove.h"
+#include "OrdovanCore/TrashPlace.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <span>
 #include <unordered_set>
@@ -15,20 +21,57 @@ namespace {
 using Journal = std::shared_ptr<const OrdovanJournal>;
 using IDs = std::unordered_set<std::string>;
 
+/// Looks, entry by entry, whether what a record says could be taken back in a folder.
+class Survey {
+public:
+    Survey(const Url& folder, OrdovanFileSystem& fs)
+        : fs_(fs),
+          organized_{ExecutionScope(folder, folder.appending(OrdovanOutput::folderName)),
+                     ExecutionScope(folder, folder.appending(olderOutputFolderName))},
+          trashed_(folder) {}
+
+    [[nodiscard]] Recoverability of(const OrdovanJournalEntry& entry) const {
+        const Url source = Url::file(entry.source());
+        const Url destination = Url::file(entry.destination());
+        return state(destination, std::ranges::any_of(organized_, [&](const ExecutionScope& scope) {
+                         return scope.holds(source, destination, fs_) && !scope.crossesLink(source, destination, fs_);
+                     }));
+    }
+
+    [[nodiscard]] Recoverability of(const OrdovanTrashEntry& entry) const {
+        const Url trashed = Url::file(entry.trashed());
+        return state(trashed, namesOnePlace(trashed) && isInTrash(trashed.path()) &&
+                                  trashed_.holds(Url::file(entry.original()), fs_));
+    }
+
+private:
+    [[nodiscard]] Recoverability state(const Url& file, bool isInScope) const {
+        if (!isInScope) return Recoverability::refused;
+        return fs_.isRegularFile(file) ? Recoverability::present : Recoverability::missing;
+    }
+
+    OrdovanFileSystem& fs_;
+    std::array<ExecutionScope, 2> organized_;
+    TrashScope trashed_;
+};
+
 /// What of these records could be taken back now.
 RecoveryResult recovery(Context& context, const Url& folder, Journal journal, std::vector<OrdovanTrashEntry> trashed) {
     RecoveryResult result{folder, std::move(journal), {}, {std::move(trashed), {}}};
-    OrdovanFileSystem& fs = context.session.ports().fileSystem;
+    const Survey survey(folder, context.session.ports().fileSystem);
     if (result.journal) {
-        for (const OrdovanJournalEntry& entry : result.journal->entries) {
-            result.isPresent.push_back(fs.isRegularFile(Url::file(entry.destination())));
-        }
+        for (const OrdovanJournalEntry& entry : result.journal->entries) result.states.push_back(survey.of(entry));
     }
-    for (const OrdovanTrashEntry& entry : result.trashed.entries) {
-        result.trashed.isPresent.push_back(fs.isRegularFile(Url::file(entry.trashed())));
-    }
+    for (const OrdovanTrashEntry& entry : result.trashed.entries) result.trashed.states.push_back(survey.of(entry));
     return result;
 }
+
+/// A stored undo record is there and can not be used.
+bool isJournalUnreadable(Context& context, const Url& folder) {
+    return context.session.ports().journals.read(folder).state == JournalStore::Stored::State::unreadable;
+}
+
+constexpr const char* unreadableJournal = "The undo record of this folder couldn't be read.";
 
 /// The ids of the entries with these names, as typed; empty where there are none. `kind` is what the entries are
 /// ("organized file").
@@ -77,15 +120,7 @@ Outcome putBack(Context& context, OrdovanRunRecord::Kind kind, const Asked& aske
     if (!context.invocation.has(Option::yes)) {
         context.wantsJson() ? context.console.remark(asked.sentence) : context.put(asked.list());
     }
-    switch (context.consent("Put these files back?")) {
-        case Console::Answer::interrupted:
-            return Outcome::interrupted();
-        case Console::Answer::no:
-            if (context.wantsJson()) context.put(RunReport{kind, *context.session.model().rootURL(), nullptr, {}});
-            return {};
-        case Console::Answer::yes:
-            break;
-    }
+    if (auto end = context.declined(kind, "Put these files back?")) return std::move(*end);
     return context.run(kind, start);
 }
 
@@ -95,9 +130,10 @@ Outcome runUndo(Context& context) {
     if (auto refused = context.refusal("undo")) return std::move(*refused);
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return folder.error();
-    if (auto end = context.preview(*folder, {})) return std::move(*end);
+    if (auto end = context.preview(*folder, {}, PreviewDepth::records)) return std::move(*end);
     TidyViewModel& model = context.session.model();
     const Journal journal = model.recoverableJournal();
+    if (!journal && isJournalUnreadable(context, *model.rootURL())) return Outcome::impossible(unreadableJournal);
     if (!journal) return Outcome::impossible("There is nothing to undo in this folder.");
     const auto ids = chosenIDs(context.invocation.values(Option::entry), journal->entries, "organized file");
     if (!ids) return ids.error();
@@ -114,7 +150,7 @@ Outcome runRestore(Context& context) {
     if (auto refused = context.refusal("put files back")) return std::move(*refused);
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return folder.error();
-    if (auto end = context.preview(*folder, {})) return std::move(*end);
+    if (auto end = context.preview(*folder, {}, PreviewDepth::records)) return std::move(*end);
     TidyViewModel& model = context.session.model();
     const std::vector<OrdovanTrashEntry> entries = model.restorableEntries();
     if (entries.empty()) return Outcome::impossible("There is nothing to put back from the Trash in this folder.");
@@ -129,6 +165,7 @@ Outcome runRestore(Context& context) {
 Outcome runRecovery(Context& context) {
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return folder.error();
+    if (auto end = interruptibleFromHere()) return std::move(*end);
     const TidyPorts ports = context.session.ports();
     const Url root = ports.resolveExisting(*folder);
     Journal journal = ports.journals.load(root, nullptr, ports.clock(), ports.fileSystem).journal;
@@ -137,8 +174,10 @@ Outcome runRecovery(Context& context) {
     std::ranges::copy_if(record->entries, std::back_inserter(trashed), [&](const OrdovanTrashEntry& entry) {
         return OrdovanProposalPlanner::contains(Url::file(entry.original()), root);
     });
+    const bool isUnreadable = !journal && isJournalUnreadable(context, root);
     context.put(recovery(context, root, std::move(journal), std::move(trashed)));
-    return {};
+    if (isUnreadable) context.console.warn(unreadableJournal);
+    return {.kind = Outcome::Kind::done, .isFlawed = isUnreadable, .didChange = false, .sentence = {}};
 }
 
 }  // namespace ordovan::cli

@@ -111,6 +111,7 @@ void Console::progress(std::string_view text) {
 void Console::clearProgress() {
     if (!progressIsShown_) return;
     progressIsShown_ = false;
+    lastProgress_ = {};
     writeMessage(eraseLine);
 }
 

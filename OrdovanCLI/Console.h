@@ -33,7 +33,8 @@ public:
     /// Asks and waits for a line. Only "y" and "yes" (any case) are a yes; the end of input is a no.
     [[nodiscard]] Answer ask(std::string_view question);
 
-    /// Shows a line that the next one replaces: only on a terminal, and some ten times a second at most.
+    /// Shows a line that the next one replaces: only on a terminal, and some ten times a second at most. The first one
+    /// is shown at once.
     void progress(std::string_view text);
     void clearProgress();
 

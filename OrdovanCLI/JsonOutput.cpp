@@ -185,7 +185,7 @@ void writeJson(Output& output, const PlanView& view) {
     Document document(output);
     Object& object = document.object();
     object.path("root", view.root.path());
-    object.text("outputRoot", view.outputRoot.path());
+    object.path("outputRoot", view.outputRoot.path(), "outputRootBase64");
     object.boolean("caseInsensitive", view.caseInsensitive);
     object.boolean("partialScan", view.partialScan);
     object.text("status", view.status);
@@ -211,7 +211,7 @@ void writeJson(Output& output, const RunReport& result) {
     Document document(output);
     document.list("outcomes", report.outcomes, [](Object& record, const OrdovanExecutionOutcome& outcome) {
         record.path("source", outcome.source.path());
-        record.text("destination", outcome.destination.path());
+        record.path("destination", outcome.destination.path(), "destinationBase64");
         record.text("status", rawValue(outcome.status));
         record.text("message", outcome.message);
     });
@@ -231,13 +231,13 @@ void writeJson(Output& output, const RecoveryResult& result) {
     document.list("organized", journal.entries, [&](Object& record, const OrdovanJournalEntry& entry) {
         record.text("source", entry.source());
         record.text("destination", entry.destination());
-        record.boolean("present", result.isPresent[index++]);
+        record.boolean("present", result.states[index++] == Recoverability::present);
     });
     index = 0;
     document.list("trashed", result.trashed.entries, [&](Object& record, const OrdovanTrashEntry& entry) {
         record.text("original", entry.original());
         record.text("trashed", entry.trashed());
-        record.boolean("present", result.trashed.isPresent[index++]);
+        record.boolean("present", result.trashed.states[index++] == Recoverability::present);
     });
     document.end();
 }

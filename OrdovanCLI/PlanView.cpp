@@ -72,16 +72,17 @@ std::expected<void, std::string> selectFolder(std::string_view typed, const Ordo
                            ": --only takes a built-in folder such as Images, or the folder of one of your rules.");
 }
 
-/// Whether any file of the plan that is not proposed lies there; leaving it out is granted already.
-bool staysAnyway(const OrdovanPlanResult& plan, std::string_view path) {
-    const auto isThere = [&](const auto& item) { return isAtOrBelow(item.source.path(), path); };
-    return std::ranges::any_of(plan.conflicts, isThere) || std::ranges::any_of(plan.skipped, isThere);
+/// Whether something of the previewed folder lies there; when it is not proposed, leaving it out is granted already.
+bool staysAnyway(const PlanView& view, const std::string& path) {
+    if (isAtOrBelow(view.root.path(), path)) return true;
+    std::error_code error;
+    return isAtOrBelow(path, view.root.path()) && std::filesystem::exists(std::filesystem::symlink_status(path, error));
 }
 
 std::expected<void, std::string> leaveOut(std::string_view typed, PlanView& view) {
     bool isFound = false;
     for (const std::string& path : absoluteForms(typed)) {
-        isFound |= staysAnyway(*view.plan, path);
+        isFound |= staysAnyway(view, path);
         for (std::size_t index = 0; index < view.plan->proposals.size(); ++index) {
             if (!isAtOrBelow(view.plan->proposals[index].source.path(), path)) continue;
             view.isLeftOut[index] = true;
@@ -90,7 +91,7 @@ std::expected<void, std::string> leaveOut(std::string_view typed, PlanView& view
     }
     if (isFound) return {};
     return std::unexpected("Nothing to leave out at " + inQuotes(typed) +
-                           ": it is no file of this plan and no folder " + "with one.");
+                           ": no file or folder of that name lies in the previewed folder.");
 }
 
 }  // namespace
@@ -106,6 +107,12 @@ void PlanView::fill() {
     isLeftOut.assign(plan->proposals.size(), false);
 }
 
+void PlanView::leaveOut(const std::unordered_set<std::string>& proposalIDs) {
+    for (std::size_t index = 0; index < isLeftOut.size(); ++index) {
+        if (!isLeftOut[index] && proposalIDs.contains(plan->proposals[index].id())) isLeftOut[index] = true;
+    }
+}
+
 std::size_t PlanView::selectedCount() const {
     return static_cast<std::size_t>(std::ranges::count(isLeftOut, false));
 }
@@ -118,21 +125,12 @@ std::unordered_set<std::string> PlanView::leftOutIDs() const {
     return ids;
 }
 
-std::expected<void, std::string> apply(const Selection& selection, const OrdovanRuleSet& rules, double now,
-                                       PlanView& view) {
+std::expected<void, std::string> apply(const Selection& selection, const OrdovanRuleSet& rules, PlanView& view) {
     if (selection.onlyFolder) {
         if (auto done = selectFolder(*selection.onlyFolder, rules, view); !done) return done;
     }
     for (const std::string_view path : selection.leftOutPaths) {
         if (auto done = leaveOut(path, view); !done) return done;
-    }
-    if (selection.olderThanDays) {
-        constexpr double secondsADay = 86'400;
-        const double cutoff = now - static_cast<double>(*selection.olderThanDays) * secondsADay;
-        // A file of unknown age is not known to be old.
-        for (std::size_t index = 0; index < view.facts.size(); ++index) {
-            if (view.facts[index].modifiedEpoch.value_or(now) >= cutoff) view.isLeftOut[index] = true;
-        }
     }
     return {};
 }

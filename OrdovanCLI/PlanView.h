@@ -37,23 +37,24 @@ struct PlanView {
 
     /// Fills `facts` and selects everything. Linear.
     void fill();
+    /// Takes the proposals with these ids out of the selection.
+    void leaveOut(const std::unordered_set<std::string>& proposalIDs);
     [[nodiscard]] std::size_t selectedCount() const;
     /// The ids of the proposals that are not selected.
     [[nodiscard]] std::unordered_set<std::string> leftOutIDs() const;
 };
 
-/// What a command line says about which proposals to select. Every part narrows the selection.
+/// What a command line says about the names and places of the proposals to select. Every part narrows the selection.
 struct Selection {
     std::optional<std::string_view> onlyFolder;
     std::vector<std::string_view> leftOutPaths;  ///< as typed: absolute, or relative to the current directory
-    std::optional<std::int64_t> olderThanDays;
 };
 
 /// Narrows the selection of a view. Refused with one sentence: a folder name that neither the built-in kinds, nor
-/// `rules`, nor the plan know; a path that names no file of the plan and no folder that holds one.
-/// `now` is in seconds since 1970.
+/// `rules`, nor the plan know; a path that names no file of the plan, no folder that holds one and nothing that exists
+/// in the previewed folder.
 [[nodiscard]] std::expected<void, std::string> apply(const Selection& selection, const OrdovanRuleSet& rules,
-                                                     double now, PlanView& view);
+                                                     PlanView& view);
 
 /// The absolute, textually normal forms a typed path may have in a plan or a journal: as typed, and with the links
 /// among its folders resolved. None for an empty text.

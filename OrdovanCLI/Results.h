@@ -30,17 +30,24 @@ struct RunReport {
     std::int64_t trashedBytes = 0;  ///< of the files that a run of kind `trash` moved
 };
 
+/// Whether an entry of a record could be taken back, as far as can be told without reading the file.
+enum class Recoverability {
+    present,  ///< the file is where it was put
+    missing,
+    refused,  ///< the record names a place that such a file is never moved from or to
+};
+
 /// The files of a folder that could be put back from the Trash, in the order in which they were trashed.
 struct TrashedFiles {
     std::vector<OrdovanTrashEntry> entries;
-    std::vector<bool> isPresent;  ///< for each entry: whether it still lies in the Trash
+    std::vector<Recoverability> states;  ///< one for each entry
 };
 
 /// What could be taken back in a folder, in the order in which it happened.
 struct RecoveryResult {
     Url folder;
     std::shared_ptr<const OrdovanJournal> journal;  ///< null when nothing was organized
-    std::vector<bool> isPresent;  ///< for each entry: whether the organized file is still where it was put
+    std::vector<Recoverability> states;             ///< one for each entry of the journal
     TrashedFiles trashed;
 };
 

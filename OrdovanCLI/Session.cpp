@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <utility>
+
 namespace ordovan::cli {
 namespace {
 
@@ -27,19 +29,28 @@ Session::Session(Console& console) : console_(console), model_(environment_.port
 void Session::stopWhatRuns() {
     interrupts::drain();
     if (model_.isApplying() || model_.isTrashing()) {
-        console_.remark("Stopping after the file in work.");
+        if (!std::exchange(isStopping_, true)) console_.remark("Stopping after the file in work.");
         return model_.cancelRun();
     }
     interrupts::letThemEndTheProgram();
     model_.isScanningDuplicates() ? model_.cancelDuplicateSearch() : model_.cancelPreview();
 }
 
-void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides) {
+void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth) {
     console_.progress(OrdovanPreviewStatus::scanning().pulseSummary());
     model_.setSettingOverrides(overrides);
-    model_.chooseFolder(folder);
+    model_.chooseFolder(folder, depth);
     waitWhile([&] { return model_.phase().kind == TidyViewModel::Phase::Case::scanning; });
     console_.clearProgress();
+}
+
+std::string Session::exportPlan(const Url& file, OrdovanPlanExportFormat format) {
+    std::optional<std::string> failure;
+    const auto told = QObject::connect(&model_, &TidyViewModel::planExported, &model_,
+                                       [&](const QString& error) { failure = error.toStdString(); });
+    if (model_.exportPlan(file, format)) waitWhile([&] { return !failure.has_value(); });
+    QObject::disconnect(told);
+    return failure.value_or("");
 }
 
 bool Session::findDuplicates() {

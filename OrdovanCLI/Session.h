@@ -20,10 +20,13 @@ public:
     [[nodiscard]] AppSettings& settings() { return environment_.settings(); }
     [[nodiscard]] RuleStore& rules() { return environment_.rules(); }
     [[nodiscard]] TidyViewModel& model() { return model_; }
+    [[nodiscard]] const Url& recordsFolder() const { return environment_.locations().recordsFolder; }
 
-    /// Previews a folder. Afterwards the controller's phase says how that went; it is neither `ready` nor `failed` when
-    /// the preview was interrupted.
-    void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides);
+    /// Previews a folder as far as `depth` says. Afterwards the controller's phase says whether it failed.
+    void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth);
+
+    /// Saves the plan and its selection in a file. A sentence when that fails; else nothing.
+    [[nodiscard]] std::string exportPlan(const Url& file, OrdovanPlanExportFormat format);
 
     /// Compares the previewed files. False when it was interrupted; else the controller has the report.
     [[nodiscard]] bool findDuplicates();
@@ -40,6 +43,7 @@ private:
     Console& console_;
     SystemEnvironment environment_;
     TidyViewModel model_;
+    bool isStopping_ = false;
 };
 
 }  // namespace ordovan::cli

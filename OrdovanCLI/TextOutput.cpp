@@ -153,28 +153,35 @@ void writeSummary(Page& page, const RunReport& result) {
     page.endLine();
 }
 
-std::size_t presentCount(const std::vector<bool>& isPresent) {
-    return static_cast<std::size_t>(std::ranges::count(isPresent, true));
+std::size_t presentCount(const std::vector<Recoverability>& states) {
+    return static_cast<std::size_t>(std::ranges::count(states, Recoverability::present));
+}
+
+/// Why an entry can not be taken back; nothing for one that can.
+void writeHindrance(Page& page, Recoverability state, std::string_view missing, std::string_view refused) {
+    if (state == Recoverability::present) return;
+    page.raw("    ").dim(state == Recoverability::missing ? missing : refused).endLine();
 }
 
 void writeOrganized(Page& page, const RecoveryResult& result) {
-    page.raw(recoverableSentence(presentCount(result.isPresent))).endLine();
+    page.raw(recoverableSentence(presentCount(result.states))).endLine();
     std::size_t index = 0;
     for (const OrdovanJournalEntry& entry : result.journal->entries) {
         page.raw("  ").safe(below(entry.destination(), result.folder.path())).raw(" → ");
         page.safe(below(entry.source(), result.folder.path())).endLine();
-        if (result.isPresent[index++]) continue;
-        page.raw("    ").dim("Missing: deleted or moved since organizing. Undo will skip it.").endLine();
+        writeHindrance(page, result.states[index++], "Missing: deleted or moved since organizing. Undo will skip it.",
+                       "The record names a place outside this folder or behind a link. Undo will refuse it.");
     }
 }
 
 void writeTrashed(Page& page, const RecoveryResult& result) {
-    page.raw(restorableSentence(presentCount(result.trashed.isPresent))).endLine();
+    page.raw(restorableSentence(presentCount(result.trashed.states))).endLine();
     std::size_t index = 0;
     for (const OrdovanTrashEntry& entry : result.trashed.entries) {
         page.raw("  ").safe(entry.trashed()).raw(" → ").safe(below(entry.original(), result.folder.path())).endLine();
-        if (result.trashed.isPresent[index++]) continue;
-        page.raw("    ").dim("No longer in the Trash (emptied or moved), so it can't be put back from here.").endLine();
+        writeHindrance(page, result.trashed.states[index++],
+                       "No longer in the Trash (emptied or moved), so it can't be put back from here.",
+                       "The record names a place that is in no Trash or behind a link. Restore will refuse it.");
     }
 }
 

@@ -5,8 +5,10 @@
 #include <QCoreApplication>
 
 #include <unistd.h>
+
+#include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,29 +29,30 @@ struct World {
 
 Outcome runWithEvents(int& argc, char** argv, const Invocation& invocation, Console& console, Output& output) {
     qInstallMessageHandler(dropQtMessages);
-    auto world = std::make_unique<World>(argc, argv, console);
+    // Taking a plan of fifty thousand files apart takes longer than printing it, so the world is left to the end of the
+    // process.
+    static World* const world = new World(argc, argv, console);
     Context context{invocation, console, output, world->session};
-    Outcome outcome = runCommand(context);
-    // Taking a plan of fifty thousand files apart takes longer than printing it. Nothing runs any more unless the
-    // command was interrupted, so the world is left to the end of the process.
-    [[maybe_unused]] static const World* left = nullptr;
-    if (outcome.kind != Outcome::Kind::interrupted) left = world.release();
-    return outcome;
+    return runCommand(context);
 }
 
-/// Writes what is left of the result; a result that could not be written is none.
+/// Writes what is left of the result. Where that fails, what was changed is changed all the same; without a change
+/// nothing was done.
 Outcome finished(Outcome outcome, Output& output) {
     output.flush();
-    if (!output.error()) return outcome;
-    std::string reason = std::strerror(*output.error());
-    return Outcome::impossible("The result couldn't be written: " + reason + ".");
+    if (!output.error() || !outcome.sentence.empty()) return outcome;
+    const std::string reason = std::strerror(*output.error());
+    if (!outcome.didChange) return Outcome::impossible("The result couldn't be written: " + reason + ".");
+    outcome.isFlawed = true;
+    outcome.sentence = "It was done, but the result couldn't be written: " + reason + ".";
+    return outcome;
 }
 
 int exitStatus(const Outcome& outcome) {
     return outcome.kind == Outcome::Kind::interrupted  ? 130
            : outcome.kind == Outcome::Kind::usage      ? 2
            : outcome.kind == Outcome::Kind::impossible ? 3
-           : outcome.someStayed                        ? 1
+           : outcome.isFlawed                          ? 1
                                                        : 0;
 }
 
@@ -80,5 +83,8 @@ int main(int argc, char** argv) {
     }
     outcome = finished(std::move(outcome), output);
     if (!outcome.sentence.empty()) console.fail(outcome.sentence);
+    // What was interrupted may still be reading or waiting for a lock on another thread; nobody waits for that, and it
+    // must not outlive what the ordinary end of a program takes down.
+    if (outcome.kind == Outcome::Kind::interrupted) std::_Exit(exitStatus(outcome));
     return exitStatus(outcome);
 }

@@ -3,11 +3,16 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// Where a preview stands, in words.
 class OrdovanPreviewStatus {
 public:
     enum class Case { ready, idle, scanning, failed };
+
+    /// Why there is no preview of a folder that can not be listed.
+    static constexpr std::string_view unreadableFolder =
+        "We couldn't read that folder. Check permissions and try again.";
 
     static OrdovanPreviewStatus ready(std::int64_t proposed, std::int64_t needReview) {
         return {Case::ready, proposed, needReview};

@@ -12,12 +12,14 @@
 #include <pty.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <initializer_list>
 #include <map>
@@ -25,6 +27,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ordovan::test {
@@ -70,14 +73,23 @@ public:
     Home() { folder.makeFolder("Downloads"); }
 
     TempFolder folder;
+    /// An empty value takes a variable away.
     std::map<std::string, std::string> environment = {{"LANG", "C.UTF-8"}, {"TZ", "UTC"}, {"TERM", "xterm"}};
     bool runsUnprivileged = false;
+    /// Called in the program's process before it begins.
+    std::function<void()> prepare = [] {};
     std::string workingFolder = folder.path();
 
     [[nodiscard]] std::string downloads() const { return folder.path("Downloads"); }
     [[nodiscard]] std::string download(std::string_view name) const { return downloads() + "/" + std::string(name); }
     [[nodiscard]] std::string organized(std::string_view name) const {
         return download("ordovan+/" + std::string(name));
+    }
+    /// Where the program keeps its records.
+    [[nodiscard]] std::string records() const { return folder.path(".local/share/ordovan"); }
+    /// The undo record of Downloads; only once there is one.
+    [[nodiscard]] std::string journal() const {
+        return std::filesystem::directory_iterator(records() + "/journals")->path();
     }
 
     /// Writes a file below Downloads, last changed at `epoch`.
@@ -131,11 +143,14 @@ public:
 
     /// Turns this process into the program.
     [[noreturn]] void become(const Arguments& arguments) const {
+        prepare();
         for (const char* variable : {"NO_COLOR", "LC_ALL", "LC_COLLATE", "XDG_DATA_HOME", "XDG_CONFIG_HOME"}) {
             ::unsetenv(variable);
         }
         ::setenv("HOME", folder.path().c_str(), 1);
-        for (const auto& [name, value] : environment) ::setenv(name.c_str(), value.c_str(), 1);
+        for (const auto& [name, value] : environment) {
+            value.empty() ? ::unsetenv(name.c_str()) : ::setenv(name.c_str(), value.c_str(), 1);
+        }
         if (::chdir(workingFolder.c_str()) != 0) ::_exit(126);
         if (runsUnprivileged) detail::dropPrivileges();
         std::vector<std::string> words = {ORDOVAN_CLI};
@@ -180,6 +195,13 @@ public:
     }
 };
 
+/// For `Home::prepare`: no file can grow beyond 16 KiB, which is room for all records but that of some hundred files.
+inline void limitFileSize() {
+    constexpr ::rlimit room = {.rlim_cur = 16 << 10, .rlim_max = 16 << 10};
+    ::setrlimit(RLIMIT_FSIZE, &room);
+    ::signal(SIGXFSZ, SIG_IGN);
+}
+
 /// Holds a folder as a run in it does.
 class Held {
 public:
@@ -189,6 +211,9 @@ public:
     ~Held() { ::close(descriptor_); }
     Held(const Held&) = delete;
     Held& operator=(const Held&) = delete;
+
+    /// For a forked process, which must not look as if it had opened the folder itself. The folder stays held.
+    void forget() const { ::close(descriptor_); }
 
 private:
     int descriptor_;
@@ -222,6 +247,7 @@ public:
     }
     void type(std::string_view keys) const { static_cast<void>(::write(terminal_, keys.data(), keys.size()) > 0); }
     void signal(int number) const { ::kill(child_, number); }
+    [[nodiscard]] ::pid_t process() const { return child_; }
 
     /// Everything shown from the start, and the exit status.
     [[nodiscard]] Finished finish() {

@@ -256,3 +256,22 @@ TEST(BigTerminal, AsksBeforeAnythingMoves) {
     EXPECT_TRUE(home.has("a.bin"));
     EXPECT_FALSE(home.has("b.bin"));
 }
+
+TEST(BigTerminal, StopsTrashingBetweenFilesAndKeepsTheRecord) {
+    const Home home;
+    home.write("a.txt", "content of a.txt");
+    home.write("huge.bin", "");
+    std::filesystem::resize_file(home.download("huge.bin"), 8ULL << 30);  // takes seconds to examine
+    Terminal terminal(home, {"big", "--yes", "--trash", home.download("a.txt"), "--trash", home.download("huge.bin")});
+    ASSERT_TRUE(terminal.waitFor("1 of 2 files"));
+    terminal.signal(SIGINT);
+    const Finished run = terminal.finish();
+    EXPECT_THAT(run.out, HasSubstr("Stopping after the file in work.\r\n"));
+    EXPECT_EQ(run.status, 130);
+    EXPECT_FALSE(home.has("a.txt"));
+    EXPECT_TRUE(home.has("huge.bin"));
+    EXPECT_THAT(column(home.run({"recovery", "--json"}).json().at("trashed"), "original"),
+                ElementsAre(home.download("a.txt")));
+    ASSERT_EQ(home.run({"restore", "--yes"}).status, 0);
+    EXPECT_EQ(home.read("a.txt"), "content of a.txt");
+}

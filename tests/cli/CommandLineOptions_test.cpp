@@ -278,6 +278,47 @@ TEST(CommandLineOptions, ResultIsWrittenOnceAndFailuresToWriteAreTold) {
     EXPECT_EQ(run.status, 3);
 }
 
+TEST(CommandLineOptions, AResultThatCouldNotBeWrittenDoesNotHideThatFilesWereMoved) {
+    const Home home;
+    home.write("a.pdf", "a");
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    const std::string sentence = "error: It was done, but the result couldn't be written: No space left on device.\n";
+    for (const Home::Arguments& arguments :
+         {Home::Arguments{"organize", "--yes"}, Home::Arguments{"undo", "--yes", "--json"},
+          Home::Arguments{"rules", "add", "dmg", "Apps"}, Home::Arguments{"settings", "theme", "candy"},
+          Home::Arguments{"history", "--clear", "--yes", "--json"}}) {
+        const Finished run = home.run(arguments, full);
+        EXPECT_THAT(run.err, EndsWith(sentence)) << arguments.front();
+        EXPECT_EQ(run.status, 1) << arguments.front();
+    }
+    EXPECT_EQ(home.run({"undo", "--yes"}, full).status, 3);
+    ::close(full);
+    EXPECT_EQ(home.read("a.pdf"), "a");
+}
+
+TEST(CommandLineOptions, NobodyIsAskedAboutAPlanThatCouldNotBeShown) {
+    const Home home;
+    home.write("a.pdf", "a");
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    int master = -1, slave = -1;
+    ASSERT_EQ(::openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
+    int err[2];
+    Home::makePipe(err);
+    const ::pid_t child = home.start({"organize"}, [&] {
+        ::dup2(slave, STDIN_FILENO);
+        ::dup2(full, STDOUT_FILENO);
+        ::dup2(err[1], STDERR_FILENO);
+    });
+    for (const int descriptor : {full, slave, err[1]}) ::close(descriptor);
+    std::string messages;
+    Home::drain({{err[0], &messages}});
+    EXPECT_EQ(Home::await(child), 3);
+    ::close(master);
+    EXPECT_THAT(messages, EndsWith("error: The result couldn't be written: No space left on device.\n"));
+    EXPECT_THAT(messages, Not(HasSubstr("[y/N]")));
+    EXPECT_TRUE(home.has("a.pdf"));
+}
+
 TEST(CommandLineOptions, AReaderThatGoesAwayIsNoFailure) {
     const Home home;
     for (int number = 0; number < 300; ++number) home.write(std::to_string(number) + ".pdf", "a");
@@ -298,7 +339,7 @@ TEST(CommandLineOptions, AClosedStandardOutputNeverBecomesAnotherFile) {
         ::close(STDOUT_FILENO);
         ::close(STDERR_FILENO);
     });
-    EXPECT_EQ(Home::await(child), 3);
+    EXPECT_EQ(Home::await(child), 1);
     EXPECT_EQ(home.read("ordovan+/Documents/a.pdf"), "a");
     EXPECT_EQ(home.run({"undo", "--yes"}).status, 0);
     EXPECT_EQ(home.read("a.pdf"), "a");

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fstream>
+#include <iterator>
+
 using namespace ordovan::test;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -138,18 +141,72 @@ TEST(OrganizeCommand, TwoAtOnceLoseNoFileAndNoRecord) {
     EXPECT_TRUE(home.tree() == before);
 }
 
-TEST(OrganizeCommand, WarnsWhenTheRecordCouldNotBeSaved) {
+TEST(OrganizeCommand, MovesNothingWhereNoRecordCouldBeSaved) {
     const Home home;
     home.write("a.pdf", "1");
     home.folder.write(".local/share/ordovan", "a file where the folder should be");
+    const std::string sentence =
+        "No record of the run could be saved, so nothing was moved. Check the permissions of \"" + home.records() +
+        "\" and the free space there.";
+    const Finished run = home.run({"organize", "--yes", "--json"});
+    EXPECT_EQ(run.json().at("error"), boost::json::value(sentence));
+    EXPECT_EQ(run.err, "error: " + sentence + "\n");
+    EXPECT_EQ(run.status, 3);
+    const std::string shown = Terminal(home, {"organize"}).finish().out;
+    EXPECT_THAT(shown, HasSubstr(sentence));
+    EXPECT_THAT(shown, Not(HasSubstr("[y/N]")));
+    EXPECT_TRUE(home.has("a.pdf"));
+}
+
+TEST(OrganizeCommand, EndsWithStatus1WhenTheRecordCouldNotBeSavedAllTheSame) {
+    Home home;
+    for (int number = 0; number < 100; ++number) home.write(std::to_string(number) + ".pdf", "1");
+    home.prepare = limitFileSize;
     const Finished run = home.run({"organize", "--yes", "--json"});
     const std::string warning =
-        "Files were organized, but the undo record could not be saved to disk. Undo is "
-        "available until you quit.";
+        "Files were organized, but the undo record could not be saved to disk. Undo is available until you quit.";
     EXPECT_EQ(run.json().at("warning"), boost::json::value(warning));
+    EXPECT_EQ(run.json().at("moved"), 100);
     EXPECT_EQ(run.err, "warning: " + warning + "\n");
-    EXPECT_EQ(run.status, 0);
-    EXPECT_TRUE(home.has("ordovan+/Documents/a.pdf"));
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST(OrganizeCommand, RefusesAnOutputFolderThatIsNone) {
+    for (const bool isLink : {false, true}) {
+        const Home home;
+        home.write("a.pdf", "1");
+        home.folder.makeFolder("elsewhere");
+        if (isLink)
+            home.folder.makeLink("Downloads/ordovan+", home.folder.path("elsewhere"));
+        else
+            home.write("ordovan+", "a file");
+        const auto before = home.tree();
+        for (const Home::Arguments& arguments : {Home::Arguments{"organize"}, Home::Arguments{"organize", "--yes"}}) {
+            const std::string shown = Terminal(home, arguments).finish().out;
+            EXPECT_THAT(shown, HasSubstr("\"" + home.download("ordovan+") + "\" is " +
+                                         (isLink ? "a link, not a folder" : "no folder") +
+                                         ", so nothing can be organized into it. Rename it or move it away first."));
+            EXPECT_THAT(shown, Not(HasSubstr("[y/N]")));
+        }
+        EXPECT_EQ(home.run({"organize", "--yes", "--json"}).status, 3);
+        EXPECT_TRUE(home.tree() == before);
+        EXPECT_EQ(home.folder.count("elsewhere"), 0U);
+    }
+}
+
+TEST(UndoCommand, TellsARecordThatCanNotBeReadFromNone) {
+    const Home home;
+    home.write("a.pdf", "1");
+    ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
+    std::filesystem::resize_file(home.journal(), 20);
+    const Finished run = home.run({"undo", "--yes"});
+    EXPECT_EQ(run.err, "error: The undo record of this folder couldn't be read.\n");
+    EXPECT_EQ(run.status, 3);
+    const Finished recovery = home.run({"recovery", "--json"});
+    EXPECT_EQ(recovery.out, "{\"schema\": 1, \"organized\": [], \"trashed\": []}\n");
+    EXPECT_EQ(recovery.err, "warning: The undo record of this folder couldn't be read.\n");
+    EXPECT_EQ(recovery.status, 1);
+    EXPECT_EQ(std::filesystem::file_size(home.journal()), 20U);
 }
 
 TEST(UndoCommand, WithoutARecordIsImpossible) {
@@ -248,6 +305,46 @@ TEST(RecoveryCommand, TellsWhatCanGoBackAndWhatIsMissing) {
     EXPECT_EQ(object.at("organized").at(0).at("present"), true);
     EXPECT_EQ(object.at("organized").at(1).at("present"), false);
     EXPECT_THAT(object.at("trashed").as_array(), IsEmpty());
+}
+
+TEST(RecoveryCommand, TellsWhatUndoWillRefuse) {
+    const Home home;
+    home.write("a.pdf", "1");
+    home.write("b.pdf", "2");
+    home.write("c.png", "3");
+    ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
+    home.folder.write("passwd", "3");
+    std::string record = std::string();
+    {
+        std::ifstream in(home.journal());
+        record.assign(std::istreambuf_iterator<char>(in), {});
+    }
+    const std::string image = home.organized("Images/c.png");
+    record.replace(record.find(image), image.size(), home.folder.path("passwd"));
+    std::ofstream(home.journal()) << record;
+    std::filesystem::rename(home.organized("Documents"), home.folder.path("Documents"));
+    home.folder.makeLink("Downloads/ordovan+/Documents", home.folder.path("Documents"));
+    const std::string refused =
+        "    The record names a place outside this folder or behind a link. Undo will refuse it.\n";
+    EXPECT_EQ(home.run({"recovery"}).out,
+              "0 organized files can go back to where they came from.\n"
+              "  ordovan+/Documents/a.pdf → a.pdf\n" +
+                  refused + "  ordovan+/Documents/b.pdf → b.pdf\n" + refused + "  " + home.folder.path("passwd") +
+                  " → c.png\n" + refused);
+    const auto organized = home.run({"recovery", "--json"}).json().at("organized").as_array();
+    for (const auto& entry : organized) EXPECT_EQ(entry.at("present"), false);
+    EXPECT_EQ(home.run({"undo", "--yes", "--json"}).json().at("skipped"), 3);
+}
+
+TEST(RecoveryCommand, OfAFolderThatCanNotBeReadIsImpossible) {
+    Home home;
+    giveToUnprivileged(home.folder.path());
+    ::chmod(home.downloads().c_str(), 0);
+    home.runsUnprivileged = true;
+    const Finished run = home.run({"recovery"});
+    EXPECT_EQ(run.err, "error: We couldn't read that folder. Check permissions and try again.\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.status, 3);
 }
 
 TEST(RecoveryCommand, FindsAFolderByAnyNameOfIt) {

@@ -113,14 +113,16 @@ TEST(PreviewText, ShowsOrdinaryUnicodeAsItIs) {
 
 TEST(PreviewText, ShowsDatesOfTheLocalTimeZone) {
     Home home;
-    home.environment["TZ"] = "Europe/Berlin";
     home.write("winter.pdf", "1", 1'711'846'799);  // the second before the clocks went forward
     home.write("summer.pdf", "1", 1'711'846'800);
     home.write("early.pdf", "1", -86'400);
-    const std::string out = home.run({"preview"}).out;
-    EXPECT_THAT(out, HasSubstr("2024-03-31 01:59  winter.pdf"));
-    EXPECT_THAT(out, HasSubstr("2024-03-31 03:00  summer.pdf"));
-    EXPECT_THAT(out, HasSubstr("1969-12-31 01:00  early.pdf"));
+    for (const char* zone : {"Europe/Berlin", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
+        home.environment["TZ"] = zone;
+        const std::string out = home.run({"preview"}).out;
+        EXPECT_THAT(out, HasSubstr("2024-03-31 01:59  winter.pdf"));
+        EXPECT_THAT(out, HasSubstr("2024-03-31 03:00  summer.pdf"));
+        EXPECT_THAT(out, HasSubstr("1969-12-31 01:00  early.pdf"));
+    }
 }
 
 TEST(PreviewText, HasNoColoursThroughAPipe) {
@@ -220,6 +222,20 @@ TEST(PreviewJson, GivesTheBytesOfPathsThatAreNotUtf8) {
                                                          home.download(names[2])));
 }
 
+TEST(PreviewJson, GivesTheBytesOfARootThatIsNotUtf8) {
+    const Home home;
+    home.folder.write("bad\xff/a.pdf", "1");
+    const auto object = home.run({"preview", "--json", home.folder.path("bad\xff")}).json();
+    EXPECT_THAT(keys(object), ElementsAre("schema", "root", "pathBase64", "outputRoot", "outputRootBase64",
+                                          "caseInsensitive", "partialScan", "status", "scan", "proposals", "conflicts",
+                                          "skipped"));
+    EXPECT_EQ(text(object.at("outputRoot")), home.folder.path("bad\xef\xbf\xbd/ordovan+"));
+    home.folder.write("encoded", text(object.at("outputRootBase64")));
+    const std::string command = "base64 -d " + home.folder.path("encoded") + " > " + home.folder.path("decoded");
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(home.folder.read("decoded"), home.folder.path("bad\xff/ordovan+"));
+}
+
 TEST(PreviewJson, EscapesWhatJsonCanNotHold) {
     const Home home;
     home.write("a\"\\\n\x01.pdf", "1");
@@ -253,6 +269,20 @@ TEST(PreviewFolder, IsTheUsersDownloadsByDefault) {
     EXPECT_EQ(text(home.run({"preview", "--json"}).json().at("root")), home.folder.path("Geladen"));
 }
 
+TEST(PreviewFolder, HasToBeNamedWhereThereIsNoHome) {
+    Home home;
+    home.write("a.pdf", "1");
+    for (const char* value : {"", "relative"}) {
+        home.environment["HOME"] = value;
+        const Finished run = home.run({"preview"});
+        EXPECT_EQ(run.err,
+                  "error: There is no telling where your Downloads folder is: the variable HOME holds no folder. "
+                  "Name the folder.\n");
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.status, 3);
+    }
+}
+
 TEST(PreviewFolder, MayBeRelativeAndReachedThroughALink) {
     Home home;
     home.write("a.pdf", "1");
@@ -270,6 +300,16 @@ TEST(PreviewFolder, ThatDoesNotExistIsToldAsTextAndAsJson) {
     const Finished json = home.run({"preview", "/nowhere", "--json"});
     EXPECT_EQ(json.out, "{\"schema\": 1, \"error\": \"There is no folder \\\"/nowhere\\\".\"}\n");
     EXPECT_EQ(json.status, 3);
+}
+
+TEST(PreviewFolder, WarnsWhenNothingCouldBeOrganizedIntoIt) {
+    const Home home;
+    home.write("a.pdf", "1");
+    home.write("ordovan+", "a file");
+    const Finished run = home.run({"preview"});
+    EXPECT_EQ(run.err, "warning: \"" + home.download("ordovan+") +
+                           "\" is no folder, so nothing can be organized into it. Rename it or move it away first.\n");
+    EXPECT_EQ(run.status, 0);
 }
 
 TEST(PreviewFolder, ThatIsAFileIsRefused) {
@@ -395,10 +435,11 @@ TEST(PreviewSelection, TellsComposedAndDecomposedNamesApart) {
 TEST(PreviewSelection, RefusesToLeaveOutWhatIsNotThere) {
     Home home;
     home.write("a.pdf", "1");
-    for (const char* path : {"nothing.pdf", "Downloads/a.pd", ""}) {
+    home.folder.makeFolder("elsewhere");
+    for (const char* path : {"nothing.pdf", "Downloads/a.pd", "elsewhere", ""}) {
         const Finished run = home.run({"preview", "--leave-out", path});
         EXPECT_EQ(run.err, "error: Nothing to leave out at \"" + std::string(path) +
-                               "\": it is no file of this plan and no folder with one.\n");
+                               "\": no file or folder of that name lies in the previewed folder.\n");
         EXPECT_EQ(run.status, 2);
     }
 }
@@ -408,6 +449,17 @@ TEST(PreviewSelection, AcceptsLeavingOutAFileThatStaysAnyway) {
     home.write("a/x.pdf", "1");
     home.write("b/x.pdf", "1");
     EXPECT_EQ(home.run({"preview", "--leave-out", home.download("a/x.pdf")}).status, 0);
+}
+
+TEST(PreviewSelection, AcceptsLeavingOutWhatWasNotScanned) {
+    const Home home;
+    home.write("a.pdf", "1");
+    home.write(".hidden", "1");
+    home.folder.makeFolder("Downloads/empty");
+    home.folder.makeLink("Downloads/link", "nowhere");
+    for (const char* name : {"empty", ".hidden", "link", ""}) {
+        EXPECT_EQ(home.run({"preview", "--leave-out", home.download(name)}).status, 0) << name;
+    }
 }
 
 TEST(PreviewSelection, OlderThanCountsDaysSinceTheLastChange) {
@@ -449,8 +501,8 @@ TEST(PreviewExport, WritesMarkdownWithTheSelection) {
 TEST(PreviewExport, WritesCsvAndStillPrintsTheResult) {
     const Home home;
     home.write("a.pdf", "1");
-    const Finished run = home.run({"preview", "--json", "--quiet", "--export", home.folder.path("plan.csv")});
-    EXPECT_EQ(home.folder.read("plan.csv"),
+    const Finished run = home.run({"preview", "--json", "--quiet", "--export", home.folder.path("plan.CSV")});
+    EXPECT_EQ(home.folder.read("plan.CSV"),
               "selected,file,destination_folder,status\r\nyes,\"a.pdf\",\"Documents\",proposed\r\n");
     EXPECT_EQ(run.json().at("status"), "1 proposed · 0 need review");
     EXPECT_EQ(run.err, "");

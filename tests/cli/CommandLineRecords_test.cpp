@@ -139,6 +139,14 @@ TEST(HistoryCommand, CanBeNarrowedToAKind) {
     EXPECT_EQ(home.run({"history", "--json", "--kind", "restoreTrash"}).out, "{\"schema\": 1, \"records\": []}\n");
 }
 
+TEST(HistoryCommand, OfAKindThatNeverRanIsToldFromAnEmptyOne) {
+    const Home home;
+    EXPECT_EQ(home.run({"history", "--kind=undo"}).err, "Each time you organize or undo, a summary appears here.\n");
+    home.write("a.pdf", "1");
+    ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
+    EXPECT_EQ(home.run({"history", "--kind=undo"}).err, "No run of this kind.\n");
+}
+
 TEST(HistoryCommand, ClearsOnlyTheLog) {
     const Home home;
     home.write("a.pdf", "1");
