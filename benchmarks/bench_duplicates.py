@@ -184,7 +184,7 @@ def duplicates(bench, data, only=""):
     if bench.cold:
         sets = {small: {"jdupes": 0.6}, large: {"jdupes": 0.6}}
     else:
-        sets |= {maker: {} for maker in (one_size, last_bytes, last_byte_large, all_equal, all_empty)}
+        sets |= {maker: {} for maker in (one_size, last_bytes, last_byte_large, all_equal, all_empty, tiny)}
     for maker, limits in sets.items():
         if only in "duplicates " + maker.__name__:
             compare_set(bench, data, maker, limits)

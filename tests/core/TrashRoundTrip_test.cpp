@@ -265,6 +265,19 @@ TEST_F(TrashRoundTripOnVolume, ASecondMountOfTheHomesDeviceHasItsOwnRoundTrip) {
     EXPECT_TRUE(isEmptyTrash(homeTrash_));
 }
 
+TEST_F(TrashRoundTripOnVolume, AFileReachedByTwoPathsIsNoCopyOfItself) {
+    tree({"real/film = same", "shown/"});
+    const auto& mounts = ordovan::test::detail::MountNamespace::get();
+    ASSERT_TRUE(mounts.bind(at("real"), at("shown")));
+    const OrdovanDuplicateGroup group{fs_.contentHash(Url::file(at("real/film"))).value(),
+                                      4,
+                                      {Url::file(at("real/film")), Url::file(at("shown/film"))}};
+    const auto report = OrdovanDuplicateTrasher::trashExtras(group, group.files[0], Url::file(root_), fs_);
+    mounts.unmount(at("shown"));
+    EXPECT_EQ(report.outcomes.at(0).message, "This is the same file as the one you're keeping; left untouched.");
+    EXPECT_EQ(volume_->root().read("tree/real/film"), "same");
+}
+
 TEST_F(TrashRoundTripOnVolume, AnItemPutBackToAnotherVolumeIsCopiedProvedAndThenTakenOut) {
     tree({"film = a long film"});
     const OrdovanTrashEntry entry = trash({"film"}).record.entries.at(0);
