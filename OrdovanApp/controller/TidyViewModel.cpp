@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr const char* unreadableFolder = "We couldn't read that folder. Check permissions and try again.";
 constexpr const char* heldElsewhere = "Another ordovan+ run is working in this folder. Try again when it has finished.";
 constexpr const char* exportFailed = "The plan couldn't be saved there. Try another folder.";
 constexpr double secondsPerDay = 86'400;
@@ -135,7 +134,8 @@ void TidyViewModel::completePreview(const PreviewInputs& inputs, std::uint64_t r
     }
     if (inputs.depth == PreviewDepth::records) return rest();
     if (!result.plan) {
-        set(phase_, Phase{Phase::Case::failed, unreadableFolder}, &TidyViewModel::phaseChanged);
+        set(phase_, Phase{Phase::Case::failed, std::string(OrdovanPreviewStatus::unreadableFolder)},
+            &TidyViewModel::phaseChanged);
         return;
     }
     addRecentFolder(root);
