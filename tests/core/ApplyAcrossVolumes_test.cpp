@@ -135,6 +135,35 @@ TEST_F(ApplyAcrossVolumes, KeepsASourceThatChangedAfterTheCopy) {
     EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());
 }
 
+TEST_F(ApplyAcrossVolumes, LeavesAFileThatTookTheCopysPlaceWhenTheSourceHasChanged) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.write("/r/a", "HELLO");
+        if (call.operation == Operation::contentHash && call.url == Url::file("/r/a") &&
+            memory.exists(Url::file("/r/ordovan+/Documents/a"))) {
+            memory.replace("/r/ordovan+/Documents/a", "theirs");
+        }
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed(verificationFailed));
+    EXPECT_EQ(memory.read("/r/a"), "HELLO");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "theirs");
+}
+
+TEST_F(ApplyAcrossVolumes, LeavesAFileThatTookTheCopysPlaceWhenTheSourceCanNotBeRemoved) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.failCall(Operation::remove, 1, EIO);
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::remove && call.url == Url::file("/r/a")) {
+            memory.replace("/r/ordovan+/Documents/a", "theirs");
+        }
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "theirs");
+}
+
 TEST_F(ApplyAcrossVolumes, KeepsWhatWasWrittenToTheSourceAfterItWasCopied) {
     tree({"a = hello"});
     documentsOnAnotherVolume();

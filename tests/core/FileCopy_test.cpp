@@ -369,6 +369,22 @@ TEST_F(FileCopyFails, WhenTheSourceIsWrittenMeanwhile) {
     EXPECT_EQ(t.count(), 1u);
 }
 
+TEST_F(FileCopyFails, WhenTheSourceIsWrittenMeanwhileAndItsTimeSetBack) {
+    const struct ::stat before = factsOf(t.path("a"));
+    const int error = copyWhile([&](const std::string&) {
+        const ::timespec times[2] = {before.st_atim, before.st_mtim};
+        do {  // until the clock of the file system has moved on
+            t.write("a", "CONTENT");
+            ::utimensat(AT_FDCWD, t.path("a").c_str(), times, 0);
+        } while (factsOf(t.path("a")).st_ctim.tv_nsec == before.st_ctim.tv_nsec);
+        return 0;
+    });
+    EXPECT_EQ(factsOf(t.path("a")).st_mtim.tv_nsec, before.st_mtim.tv_nsec);
+    EXPECT_EQ(error, EBUSY);
+    EXPECT_EQ(t.read("a"), "CONTENT");
+    EXPECT_EQ(t.count(), 1u);
+}
+
 TEST_F(FileCopyFails, WhenTheSourceIsReplacedMeanwhile) {
     t.write("fresh", "new");
     const int error = copyWhile([&](const std::string&) {
