@@ -18,23 +18,24 @@ class RowPiece : public QAccessibleInterface {
 public:
     RowPiece(RowsView* view, int row) : view_(view), row_(row), generation_(view->generation()) {}
 
-    [[nodiscard]] bool isValid() const override {
-        return view_ && view_->rows() && view_->generation() == generation_ && row_ < view_->rows()->rowCount();
-    }
+    [[nodiscard]] bool isValid() const override { return rowExists(); }
     [[nodiscard]] QObject* object() const override { return nullptr; }
     [[nodiscard]] QWindow* window() const override { return view_ ? view_->window()->windowHandle() : nullptr; }
     void setText(QAccessible::Text, const QString&) override {}
 
 protected:
-    [[nodiscard]] RowContent content() const { return isValid() ? view_->rows()->content(row_) : RowContent(); }
+    [[nodiscard]] bool rowExists() const {
+        return view_ && view_->rows() && view_->generation() == generation_ && row_ < view_->rows()->rowCount();
+    }
+    [[nodiscard]] RowContent content() const { return rowExists() ? view_->rows()->content(row_) : RowContent(); }
     [[nodiscard]] QRect onScreen(const QRect& rect) const {
         return {view_->viewport()->mapToGlobal(rect.topLeft()), rect.size()};
     }
     [[nodiscard]] QRect rowRect() const {
-        return isValid() ? view_->visualRect(view_->rows()->index(row_, 0)) : QRect();
+        return rowExists() ? view_->visualRect(view_->rows()->index(row_, 0)) : QRect();
     }
     [[nodiscard]] bool inSight() const {
-        return isValid() && view_->isVisible() && rowRect().intersects(view_->viewport()->rect());
+        return rowExists() && view_->isVisible() && rowRect().intersects(view_->viewport()->rect());
     }
 
     QPointer<RowsView> view_;
@@ -72,7 +73,7 @@ public:
     RowPart(RowsView* view, int row, int part) : RowPiece(view, row), part_(part) {}
 
     [[nodiscard]] bool isValid() const override {
-        if (!RowPiece::isValid()) return false;
+        if (!rowExists()) return false;
         const RowContent shown = content();
         return part_ < texts(shown).size() + buttons(shown).size();
     }

@@ -7,7 +7,7 @@ bool RowsModel::isHead(int row) const {
 }
 
 QVariant RowsModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
+    if (!index.isValid() || index.row() >= rowCount()) return {};
     const int row = index.row();
     switch (role) {
         case HeadRole:
@@ -38,7 +38,7 @@ bool RowsModel::setData(const QModelIndex& index, const QVariant& value, int rol
 }
 
 Qt::ItemFlags RowsModel::flags(const QModelIndex& index) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return Qt::NoItemFlags;
+    if (!index.isValid() || index.row() >= rowCount()) return Qt::NoItemFlags;
     const Qt::ItemFlags head = Qt::ItemIsEnabled | Qt::ItemNeverHasChildren;
     return isHead(index.row()) ? head : head | Qt::ItemIsSelectable;
 }

@@ -1,6 +1,9 @@
 #include "OrdovanApp/theme/RowsPainter.h"
 
+#include "OrdovanApp/theme/Card.h"
 #include "OrdovanApp/theme/ThemeStyle.h"
+
+#include <QPainterPath>
 
 #include <algorithm>
 
@@ -20,8 +23,8 @@ void RowsPainter::paint(QPainter& painter, const RowContent& content, const QRec
     painter.setRenderHint(QPainter::Antialiasing);
     paintSurface(painter, content, row, head, state);
     if (!layout.mark.isEmpty()) paintMark(painter, content, layout.mark);
-    if (!layout.glyph.isEmpty()) paintGlyph(painter, content, layout.glyph, head);
     const bool tinted = state.selected || (content.mark == RowContent::Mark::radio && content.marked);
+    if (!layout.glyph.isEmpty()) paintGlyph(painter, content, layout.glyph, head, tinted);
     for (std::size_t i = 0; i < layout.tags.size(); ++i) {
         paintPill(painter, content.tags[static_cast<qsizetype>(i)], layout.tags[i], tinted);
     }
@@ -46,22 +49,36 @@ void RowsPainter::paint(QPainter& painter, const RowContent& content, const QRec
     }
 }
 
+void RowsPainter::fill(QPainter& painter, const QRect& rect, const QColor& color, const QRect& card) const {
+    const bool touchesCorner = !card.isEmpty() && (rect.top() <= card.top() + Surfaces::cardRadius ||
+                                                   rect.bottom() >= card.bottom() - Surfaces::cardRadius);
+    if (!touchesCorner) {
+        painter.fillRect(rect, color);
+        return;
+    }
+    QPainterPath inside;
+    inside.addRoundedRect(QRectF(card).adjusted(1, 1, -1, -1), Surfaces::cardRadius - 1, Surfaces::cardRadius - 1);
+    QPainterPath area;
+    area.addRect(rect);
+    painter.fillPath(area.intersected(inside), color);
+}
+
 void RowsPainter::paintSurface(QPainter& painter, const RowContent& content, const QRect& row, Head head,
                                const State& state) const {
     const ThemeColors& colors = theme_.colors();
     const bool chosen = content.mark == RowContent::Mark::radio && content.marked;
     if (head == Head::band) {
-        painter.fillRect(row, colors.groupHead);
+        fill(painter, row, colors.groupHead, state.card);
     } else if (head == Head::none) {
         if (content.share > 0) {
             const int width = static_cast<int>(std::min(1.0, content.share) * row.width());
-            painter.fillRect(QRect(row.left(), row.top(), width, row.height()), colors.tint);
+            fill(painter, QRect(row.left(), row.top(), width, row.height()), colors.tint, state.card);
         }
         const bool showsSelection = state.selected && content.mark != RowContent::Mark::radio;
         if (chosen || showsSelection) {
-            painter.fillRect(row, content.share > 0 ? colors.tintStrong : colors.tint);
+            fill(painter, row, content.share > 0 ? colors.tintStrong : colors.tint, state.card);
         } else if (state.hovered && content.share <= 0) {
-            painter.fillRect(row, colors.hover);
+            fill(painter, row, colors.hover, state.card);
         }
     }
     if (state.lined) painter.fillRect(QRect(row.left(), row.bottom(), row.width(), 1), colors.hairline);
@@ -87,7 +104,15 @@ void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const 
     }
 }
 
-void RowsPainter::paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head) const {
+QColor RowsPainter::surfaceOf(const QColor& color, bool tinted) const {
+    const ThemeColors& colors = theme_.colors();
+    if (!tinted) return colors.surface(color);
+    // A surface of its own colour would all but vanish on the tint.
+    return color == colors.accentText ? colors.tintStrong : colors.card;
+}
+
+void RowsPainter::paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head,
+                             bool tinted) const {
     const ThemeColors& colors = theme_.colors();
     const QColor color = content.glyphColor.isValid() ? content.glyphColor : colors.secondText;
     if (head == Head::band || head == Head::outside) {
@@ -95,7 +120,7 @@ void RowsPainter::paintGlyph(QPainter& painter, const RowContent& content, const
         return;
     }
     painter.setPen(Qt::NoPen);
-    painter.setBrush(colors.surface(color));
+    painter.setBrush(surfaceOf(color, tinted));
     painter.drawRoundedRect(rect, 8, 8);
     const int size = theme_.scaled(head == Head::card ? 16 : 18);
     const QRectF inner(rect.left() + (rect.width() - size) / 2.0, rect.top() + (rect.height() - size) / 2.0, size,
@@ -108,7 +133,7 @@ void RowsPainter::paintPill(QPainter& painter, const RowContent::Chip& chip, con
     const bool quiet = !chip.color.isValid();
     if (!quiet) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(chip.color == colors.accentText && tinted ? colors.tintStrong : colors.surface(chip.color));
+        painter.setBrush(surfaceOf(chip.color, tinted));
         painter.drawRoundedRect(rect, rect.height() / 2.0, rect.height() / 2.0);
     }
     paintText(painter, quiet ? detail_ : strong_, quiet ? colors.faintText : chip.color,

@@ -38,6 +38,7 @@ public:
         bool hovered = false;
         bool focused = false;  ///< draws the focus ring
         bool lined = false;    ///< a hairline below
+        QRect card{};          ///< the card that the row must not be drawn over the corners of
         int hoveredAction = -1;
         int pressedAction = -1;  ///< ids
     };
@@ -78,10 +79,13 @@ private:
     }
     [[nodiscard]] int titleHeight(const Type& type) const;
 
+    void fill(QPainter& painter, const QRect& rect, const QColor& color, const QRect& card) const;
     void paintSurface(QPainter& painter, const RowContent& content, const QRect& row, Head head,
                       const State& state) const;
     void paintMark(QPainter& painter, const RowContent& content, const QRect& rect) const;
-    void paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head) const;
+    /// What a chip or a kind icon of this colour lies on.
+    [[nodiscard]] QColor surfaceOf(const QColor& color, bool tinted) const;
+    void paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head, bool tinted) const;
     void paintPill(QPainter& painter, const RowContent::Chip& chip, const QRect& rect, bool tinted) const;
     void paintColumns(QPainter& painter, const RowContent& content, const Layout& layout) const;
     void paintButton(QPainter& painter, const RowAction& action, const QRect& rect, const State& state) const;

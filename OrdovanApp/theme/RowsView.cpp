@@ -39,6 +39,7 @@ void RowsView::setModel(QAbstractItemModel* model) {
     Q_ASSERT(!model || qobject_cast<RowsModel*>(model));
     for (const auto& connection : modelConnections_) disconnect(connection);
     modelConnections_.clear();
+    geometry_ = {};
     QAbstractItemView::setModel(model);
     if (model) {
         const auto changed = [this] { rowsChanged(); };
@@ -184,6 +185,7 @@ QRect RowsView::visualRect(const QModelIndex& index) const {
 }
 
 QModelIndex RowsView::indexAt(const QPoint& point) const {
+    if (!rows()) return {};
     const int sticky = stickyHead();
     if (sticky >= 0 && rectOf(sticky).contains(point)) return model()->index(sticky, 0);
     const int row = geometry_.rowAt(point + QPoint(0, verticalOffset()));
@@ -216,6 +218,7 @@ void RowsView::scrollContentsBy(int dx, int dy) {
 
 std::vector<int> RowsView::rowsInSight() const {
     std::vector<int> result;
+    if (!rows()) return result;
     const int top = verticalOffset();
     const int bottom = top + viewport()->height();
     const int sticky = stickyHead();
@@ -303,16 +306,9 @@ void RowsView::paintEvent(QPaintEvent* event) {
         for (int row = range.begin; row < range.end; ++row) {
             if (row != sticky) paintRow(painter, row, rectOf(row));
         }
-        if (style_ == Style::cards) {
-            const QRect card = geometry_.cardRect(group).translated(0, -verticalOffset());
-            paintCorners(painter, card, Surfaces::cardRadius);
-        }
     }
     if (sticky >= 0 && rectOf(sticky).intersects(dirty)) paintRow(painter, sticky, rectOf(sticky));
-    if (style_ == Style::sections) {
-        const QRect card(-frameWidth(), -frameWidth(), width(), height());
-        paintCorners(painter, card, Surfaces::cardRadius);
-    }
+    if (style_ == Style::sections) paintCorners(painter);
     paintInsertionLine(painter);
 }
 
@@ -330,28 +326,28 @@ void RowsView::paintRow(QPainter& painter, int row, const QRect& rect) {
     const RowsPainter::Head head = headStyle(row);
     const bool last = row + 1 == geometry_.rowCount() ||
                       (style_ == Style::cards && row + 1 == geometry_.rowsOf(geometry_.groupOf(row)).end);
+    const QRect card =
+        style_ == Style::cards ? geometry_.cardRect(geometry_.groupOf(row)).translated(0, -verticalOffset()) : QRect();
     painter_.paint(painter, content, rect, head,
                    {.selected = selectionModel()->isSelected(index),
                     .hovered = hover_.row == row && head == RowsPainter::Head::none,
                     .focused = hasFocus() && keyboard_ && currentIndex() == index,
                     .lined = !last && head != RowsPainter::Head::outside,
+                    .card = card,
                     .hoveredAction = hover_.row == row ? hover_.action : -1,
                     .pressedAction = pressed_.row == row && pressed_ == hover_ ? pressed_.action : -1});
 }
 
-void RowsView::paintCorners(QPainter& painter, const QRect& card, int radius) {
-    // Clipping to a rounded rectangle would leave jagged corners.
+void RowsView::paintCorners(QPainter& painter) {
+    // What is scrolled is cut by the view's edge, which is round. Clipping would leave jagged corners.
+    const QRect card(-frameWidth(), -frameWidth(), width(), height());
+    constexpr int radius = Surfaces::cardRadius;
     QPainterPath corners;
     corners.addRect(card);
     corners.addRoundedRect(QRectF(card).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
     corners.setFillRule(Qt::OddEvenFill);
     painter.setRenderHint(QPainter::Antialiasing);
-    for (const QPoint& corner : {card.topLeft(), card.topRight(), card.bottomLeft(), card.bottomRight()}) {
-        painter.save();
-        painter.setClipRect(QRect(corner - QPoint(radius, radius), corner + QPoint(radius, radius)));
-        painter.fillPath(corners, theme_.colors().window);
-        painter.restore();
-    }
+    painter.fillPath(corners, theme_.colors().window);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme_.colors().hairline, 1));
     painter.drawRoundedRect(QRectF(card).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);

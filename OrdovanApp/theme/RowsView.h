@@ -135,7 +135,7 @@ private:
     void paintFrame();
     void paintCards(QPainter& painter, const RowsGeometry::Range& groups);
     void paintRow(QPainter& painter, int row, const QRect& rect);
-    void paintCorners(QPainter& painter, const QRect& card, int radius);
+    void paintCorners(QPainter& painter);
     void paintInsertionLine(QPainter& painter);
 
     [[nodiscard]] Spot spotAt(const QPoint& point) const;
