@@ -1,5 +1,6 @@
 #include "OrdovanApp/screens/SectionScreens.h"
 
+#include "OrdovanApp/screens/SmartInboxView.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
 
@@ -9,6 +10,13 @@ using namespace Qt::StringLiterals;
 
 namespace Sections {
 namespace {
+
+SectionScreen makeInbox(const AppContext& context, QWidget* parent) {
+    auto* view = new SmartInboxView(context, parent);
+    return {.widget = view,
+            .requestOrganize = [view] { view->requestOrganize(); },
+            .requestExport = [view] { view->requestExport(); }};
+}
 
 /// A screen that has nothing to show but what it is for.
 SectionFactory empty(Section section, const QString& heading, const QString& message) {
@@ -29,7 +37,7 @@ SectionFactory empty(Section section, const QString& heading, const QString& mes
 
 SectionFactories screens() {
     return {
-        {Section::inbox, empty(Section::inbox, u"Start with your Downloads folder"_s, {})},
+        {Section::inbox, makeInbox},
         {Section::duplicates,
          empty(Section::duplicates, u"Find exact duplicates"_s,
                u"Scans the files from your current preview and groups byte-for-byte identical copies."_s)},
