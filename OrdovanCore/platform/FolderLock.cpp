@@ -1,7 +1,7 @@
 #include "OrdovanCore/platform/FolderLock.h"
 
-#include "OrdovanCore/platform/Descriptor.h"
 #include "OrdovanCore/platform/Folders.h"
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
 #include <sys/file.h>
@@ -36,8 +36,7 @@ int lock(int folder, int operation) {
 /// True when the path still leads to the open folder.
 bool leadsTo(const char* path, int folder) {
     struct ::stat there, opened;
-    return ::stat(path, &there) == 0 && ::fstat(folder, &opened) == 0 && there.st_dev == opened.st_dev &&
-           there.st_ino == opened.st_ino;
+    return ::stat(path, &there) == 0 && ::fstat(folder, &opened) == 0 && isSameFile(there, opened);
 }
 
 /// Sleeps until the next try. False when a handled signal woke the thread before that.
@@ -54,7 +53,7 @@ OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
     Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
     const int error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
     if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
-    return FolderLock(opened.release());
+    return FolderLock(std::move(opened));
 }
 
 OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatience& patience) {
@@ -67,7 +66,7 @@ OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatie
         Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
         error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
         // While we waited, somebody may have put another folder in its place, which others would lock from now on.
-        if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(opened.release());
+        if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(std::move(opened));
         if (error == 0 || error == ENOENT) continue;
         if (error != EWOULDBLOCK || waited >= patience.longest) {
             return std::unexpected(OrdovanSystemError::posix(error));
@@ -75,10 +74,6 @@ OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatie
         if (!pause() && patience.endsWithASignal) return std::unexpected(OrdovanSystemError::posix(EINTR));
         waited += betweenTries;
     }
-}
-
-FolderLock::~FolderLock() {
-    if (descriptor_ >= 0) ::close(descriptor_);
 }
 
 }  // namespace ordovan

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/platform/Descriptor.h"
 
 #include <chrono>
 #include <utility>
@@ -25,16 +26,9 @@ public:
     /// the patience is at its end, EINTR when a signal ended the wait. The folder is made (0700) when it is missing.
     static OrdovanResult<FolderLock> acquire(const Url& folder, const LockPatience& patience);
 
-    FolderLock(FolderLock&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    FolderLock& operator=(FolderLock&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    ~FolderLock();
-
 private:
-    explicit FolderLock(int descriptor) noexcept : descriptor_(descriptor) {}
-    int descriptor_;
+    explicit FolderLock(Descriptor folder) noexcept : folder_(std::move(folder)) {}
+    Descriptor folder_;
 };
 
 }  // namespace ordovan

@@ -1,6 +1,7 @@
 #include "OrdovanCore/platform/Trash.h"
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/TrashNaming.h"
 
@@ -20,10 +21,6 @@ std::unexpected<OrdovanSystemError> failure(int error) {
     return std::unexpected(OrdovanSystemError::posix(error));
 }
 
-bool sameItem(const struct ::stat& a, const struct ::stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && (a.st_mode & S_IFMT) == (b.st_mode & S_IFMT);
-}
-
 bool examine(const Descriptor& folder, const std::string& name, struct ::stat& facts) {
     return ::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
 }
@@ -31,7 +28,7 @@ bool examine(const Descriptor& folder, const std::string& name, struct ::stat& f
 /// True when the item has left its place; another one that has its name by now is not it.
 bool hasLeft(const TrashItem& item) {
     struct ::stat facts{};
-    return !examine(item.folder, item.name, facts) ? errno == ENOENT : !sameItem(facts, item.facts);
+    return !examine(item.folder, item.name, facts) ? errno == ENOENT : !isSameItem(facts, item.facts);
 }
 
 /// Renames the item into the Trash without replacing anything. Returns 0 or the errno.
@@ -51,7 +48,7 @@ int rename(const TrashItem& item, const TrashFolder& trash, const std::string& n
     if (error == 0) return 0;
     // A network volume may have done it and lost the reply.
     struct ::stat there{};
-    return examine(trash.files, name, there) && sameItem(there, item.facts) && hasLeft(item) ? 0 : error;
+    return examine(trash.files, name, there) && isSameItem(there, item.facts) && hasLeft(item) ? 0 : error;
 }
 
 std::string pathIn(const TrashFolder& trash, const std::string& name) {

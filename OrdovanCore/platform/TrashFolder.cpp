@@ -3,6 +3,7 @@
 #include "OrdovanCore/Url.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RealPath.h"
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/UserDatabase.h"
 
 #include <linux/magic.h>
@@ -162,8 +163,7 @@ int TrashItem::find(std::string_view itemPath) {
 
 bool TrashItem::isFolder(const std::string& path) const {
     struct ::stat now{};
-    return folder && path == askedPath_ && ::stat(path.c_str(), &now) == 0 && now.st_dev == folderFacts_.st_dev &&
-           now.st_ino == folderFacts_.st_ino;
+    return folder && path == askedPath_ && ::stat(path.c_str(), &now) == 0 && isSameFile(now, folderFacts_);
 }
 
 int TrashItem::openFolder(std::string path) {

@@ -4,6 +4,7 @@
 #include "OrdovanCore/Url.h"
 #include "OrdovanCore/platform/RealPath.h"
 #include "OrdovanCore/platform/RegularFile.h"
+#include "OrdovanCore/platform/SameFile.h"
 
 #include <string>
 #include <utility>
@@ -69,8 +70,8 @@ Descriptor InfoFile::keep() {
 InfoFile::~InfoFile() {
     struct ::stat ours{}, there{};
     if (folder_ == nullptr || ::fstat(file_.get(), &ours) != 0) return;
-    const bool isOurs = ::fstatat(folder_->get(), name_.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 &&
-                        there.st_dev == ours.st_dev && there.st_ino == ours.st_ino;
+    const bool isOurs =
+        ::fstatat(folder_->get(), name_.c_str(), &there, AT_SYMLINK_NOFOLLOW) == 0 && isSameFile(there, ours);
     if (isOurs) ::unlinkat(folder_->get(), name_.c_str(), 0);
 }
 
