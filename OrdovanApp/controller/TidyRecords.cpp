@@ -49,10 +49,11 @@ void TidyViewModel::clearHistory() {
 
 void TidyViewModel::refreshRecords() {
     ports_.tasks.compute(
-        [ports = ports_, known = ordovan::TrashRecordStore::Known{trashRecord_, unsavedTrash_}] {
+        [ports = ports_, known = ordovan::TrashRecordStore::Known{trashRecord_, unsavedTrash_},
+         folders = recentFolders_] {
             return Reread{.history = ports.history.loadReadable(),
                           .trash = ports.trashRecords.load(known),
-                          .recentFolders = ports.recentFolders.reload()};
+                          .recentFolders = ports.recentFolders.reload(folders)};
         },
         whileAlive([this, runs = finishedRuns_, revision = historyRevision_](Reread found) {
             // What was read before a run or a change ended is older than what that left here.

@@ -33,23 +33,24 @@ std::vector<Url> RecentFoldersStore::load() const {
     return foldersIn(store_.value(key()));
 }
 
-RecentFoldersStore::Result RecentFoldersStore::reload() {
+RecentFoldersStore::Result RecentFoldersStore::reload(std::span<const Url> known) {
     const std::lock_guard order(order_);
     store_.refresh();
-    return {.folders = load(), .revision = ++revision_};
+    return {.folders = joined({load(), known}), .revision = ++revision_};
 }
 
 RecentFoldersStore::Result RecentFoldersStore::add(const Url& folder, std::span<const Url> known) {
     const std::lock_guard order(order_);
+    const std::vector<Url> first = {resolve_(folder)};
     std::vector<Url> folders;
     const bool saved = store_.update([&](KeyValueStore::Values& values) {
         const auto found = values.find(key());
         const std::vector<Url> before =
             found == values.end() ? std::vector<Url>() : foldersIn(std::optional(found->second));
-        folders = joined(folder, before, known);
+        folders = joined({first, before, known});
         if (folders != before) values.insert_or_assign(key(), encoded(folders));
     });
-    if (!saved) folders = joined(folder, {}, known);
+    if (!saved) folders = joined({first, known});
     return {.folders = std::move(folders), .revision = ++revision_};
 }
 
@@ -66,20 +67,19 @@ std::vector<Url> RecentFoldersStore::foldersIn(const std::optional<QVariant>& st
     return folders;
 }
 
-/// One folder, then the stored ones, then those known, without repeats and without those that are gone.
-std::vector<Url> RecentFoldersStore::joined(const Url& first, std::span<const Url> stored,
-                                            std::span<const Url> known) const {
+/// The folders of these lists in order, without repeats and without those that are gone.
+std::vector<Url> RecentFoldersStore::joined(std::initializer_list<std::span<const Url>> lists) const {
     std::vector<Url> folders, resolved;
-    const auto add = [&](const Url& folder) {
-        if (folders.size() == maxFolders || !exists_(folder)) return;
-        Url place = resolve_(folder);
-        if (std::ranges::find(resolved, place) != resolved.end()) return;
-        folders.push_back(folder);
-        resolved.push_back(std::move(place));
-    };
-    add(resolve_(first));
-    std::ranges::for_each(stored, add);
-    std::ranges::for_each(known, add);
+    for (const std::span<const Url> list : lists) {
+        for (const Url& folder : list) {
+            if (folders.size() == maxFolders) return folders;
+            if (!exists_(folder)) continue;
+            Url place = resolve_(folder);
+            if (std::ranges::find(resolved, place) != resolved.end()) continue;
+            folders.push_back(folder);
+            resolved.push_back(std::move(place));
+        }
+    }
     return folders;
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <mutex>
 #include <span>
 #include <vector>
@@ -31,18 +32,17 @@ public:
     /// The stored folders that are still there.
     [[nodiscard]] std::vector<Url> load() const;
 
-    /// The same, with what other processes have stored meanwhile.
-    [[nodiscard]] Result reload();
+    /// The same, with what other processes have stored meanwhile. `known` are the folders that the program lists; those
+    /// that could not be stored go behind the stored ones.
+    [[nodiscard]] Result reload(std::span<const Url> known);
 
-    /// Puts a folder in front of the list as it is stored now, and stores it. `known` are the folders that the program
-    /// lists; those that could not be stored before go behind the stored ones. A list that can not be stored is still
-    /// good until the program ends.
+    /// Puts a folder in front of the list as it is stored now, and stores it; `known` as for `reload`. A list that can
+    /// not be stored is still good until the program ends.
     [[nodiscard]] Result add(const Url& folder, std::span<const Url> known);
 
 private:
     [[nodiscard]] std::vector<Url> foldersIn(const std::optional<QVariant>& stored) const;
-    [[nodiscard]] std::vector<Url> joined(const Url& first, std::span<const Url> stored,
-                                          std::span<const Url> known) const;
+    [[nodiscard]] std::vector<Url> joined(std::initializer_list<std::span<const Url>> lists) const;
 
     KeyValueStore& store_;
     std::function<bool(const Url&)> exists_;

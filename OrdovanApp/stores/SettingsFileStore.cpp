@@ -74,7 +74,7 @@ SettingsFileStore::Stamp SettingsFileStore::stamp() const {
 void SettingsFileStore::read() {
     // What QSettings has read of an unchanged file once, it does not read again, nor says again what was wrong with it.
     const Stamp now = stamp();
-    if (read_ == now) return;
+    if (read_ == now && state_ != State::closed) return;
     read_ = now;
     values_.clear();
     state_ = State::usable;
@@ -114,8 +114,8 @@ bool SettingsFileStore::write(const Values& values) {
         return sink({content->constData(), static_cast<std::size_t>(content->size())});
     };
     if (!storage_.write(target, produce)) return false;
-    if (stamp() == before) {
-        // Two files of one size within one millisecond are one file to QSettings.
+    if (before.exists && stamp().modified <= before.modified) {
+        // By its time and size a reader tells whether there is something new, and time is told in milliseconds.
         QFile written(path_);
         if (written.open(QIODevice::ReadWrite)) {
             written.setFileTime(before.modified.addMSecs(1), QFileDevice::FileModificationTime);

@@ -199,6 +199,7 @@ TEST(TidyProcesses, RefuseToRunInTheFolderOfTheirOwnRecords) {
     const auto lock = environment.ports().tryLockFolder(place.locations().recordsFolder);
     ASSERT_FALSE(lock);
     EXPECT_EQ(lock.error(), OrdovanSystemError::posix(EWOULDBLOCK));
+    EXPECT_FALSE(environment.ports().tryLockFolder(place.locations().settingsFolder));
     EXPECT_TRUE(environment.ports().tryLockFolder(place.root()));
 }
 
