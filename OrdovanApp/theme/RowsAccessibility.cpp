@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QItemSelection>
+#include <QMenu>
 #include <QWindow>
 
 #include <algorithm>
@@ -151,11 +152,11 @@ public:
     }
     [[nodiscard]] int childCount() const override {
         if (!inSight()) return 0;
-        const RowContent shown = content();
-        return static_cast<int>(texts(shown).size() + buttons(shown).size());
+        return partCount() + (view_->menuOf(row_) ? 1 : 0);
     }
     [[nodiscard]] QAccessibleInterface* child(int index) const override {
         if (index < 0 || index >= childCount()) return nullptr;
+        if (index >= partCount()) return QAccessible::queryAccessibleInterface(view_->menuOf(row_));
         while (static_cast<int>(parts_.size()) <= index) {
             const int part = static_cast<int>(parts_.size());
             parts_.push_back(QAccessible::registerAccessibleInterface(new RowPart(view_, row_, part)));
@@ -172,6 +173,9 @@ public:
     [[nodiscard]] int indexOfChild(const QAccessibleInterface* child) const override {
         const auto same = [&](QAccessible::Id id) { return QAccessible::accessibleInterface(id) == child; };
         const auto found = std::ranges::find_if(parts_, same);
+        if (found == parts_.end() && child && isValid() && child->object() && child->object() == view_->menuOf(row_)) {
+            return partCount();
+        }
         return found == parts_.end() ? -1 : static_cast<int>(found - parts_.begin());
     }
 
@@ -227,6 +231,10 @@ public:
         }
         if (!shown.actions.isEmpty()) names.append(showMenuAction());
         names.append(setFocusAction());
+        // What is in the menu alone can be done without it too.
+        for (const RowAction& action : shown.actions) {
+            if (action.menuOnly && action.enabled) names.append(action.text);
+        }
         return names;
     }
     void doAction(const QString& name) override {
@@ -239,14 +247,23 @@ public:
         } else if (name == showMenuAction()) {
             view_->scrollTo(index);
             view_->openMenu(row_, rowRect().center());
-        } else {
+        } else if (name == setFocusAction()) {
             view_->setFocus(Qt::OtherFocusReason);
             view_->setCurrentIndex(index);
+        } else {
+            const QList<RowAction> actions = content().actions;
+            const auto action = std::ranges::find(actions, name, &RowAction::text);
+            if (action != actions.end()) Q_EMIT view_->actionTriggered(row_, action->id);
         }
     }
     [[nodiscard]] QStringList keyBindingsForAction(const QString&) const override { return {}; }
 
 private:
+    [[nodiscard]] int partCount() const {
+        const RowContent shown = content();
+        return static_cast<int>(texts(shown).size() + buttons(shown).size());
+    }
+
     mutable std::vector<QAccessible::Id> parts_;
 };
 

@@ -143,7 +143,7 @@ void RowsView::updateGeometries() {
 void RowsView::layOut() {
     const RowsModel* model = rows();
     geometry_.set(model ? model->heads() : std::span<const int>(), model ? model->rowCount() : 0,
-                  {.width = viewport()->width(),
+                  {.width = width() - 2 * frameWidth(),
                    .rowHeight = rowHeight(),
                    .headHeight = headHeight(),
                    .cards = style_ == Style::cards,
@@ -153,8 +153,17 @@ void RowsView::layOut() {
     bar->setRange(0, std::max(0, geometry_.height() - viewport()->height()));
     bar->setPageStep(viewport()->height());
     bar->setSingleStep(rowHeight() / 2);
+    layOutScrollBar();
     if (heightFollowsRows_) setMaximumHeight(sizeHint().height());
     viewport()->update();
+}
+
+void RowsView::layOutScrollBar() {
+    // The bar lies over the rows' margin, so that they stay where they are when it comes.
+    const QScrollBar* bar = verticalScrollBar();
+    const QMargins margins(0, 0, bar->maximum() > 0 ? -bar->sizeHint().width() : 0, 0);
+    if (style_ == Style::sections && viewportMargins() != margins) setViewportMargins(margins);
+    bar->parentWidget()->raise();
 }
 
 QSize RowsView::sizeHint() const {

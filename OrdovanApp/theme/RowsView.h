@@ -7,9 +7,13 @@
 
 #include <QAbstractItemView>
 #include <QBasicTimer>
+#include <QPersistentModelIndex>
+#include <QPointer>
 
 #include <functional>
 #include <vector>
+
+class QMenu;
 
 /// Shows a `RowsModel`: rows of one height under heads of another, 100,000 of them without a wait, since nothing is
 /// kept for a row that is not in sight.
@@ -61,6 +65,8 @@ public:
     [[nodiscard]] bool canActivate(int row) const;
     /// Opens the menu of a row's actions at a point of the viewport; nothing for a row without any.
     void openMenu(int row, const QPoint& point);
+    /// The open menu of a row, or null.
+    [[nodiscard]] QMenu* menuOf(int row) const;
     /// Grows whenever rows may have other numbers than before.
     [[nodiscard]] quint64 generation() const { return generation_; }
 
@@ -121,6 +127,7 @@ private:
     /// Moves on from a head that became current when the rows above it went.
     void leaveHead();
     void layOut();
+    void layOutScrollBar();
     void refreshTheme();
     [[nodiscard]] int rowHeight() const;
     [[nodiscard]] int headHeight() const;
@@ -141,6 +148,7 @@ private:
     [[nodiscard]] Spot spotAt(const QPoint& point) const;
     void setHover(const Spot& spot);
     void updateRow(int row);
+    void openMenuOfCurrentRow();
     [[nodiscard]] QString toolTipAt(const QPoint& point) const;
     [[nodiscard]] int insertionRow(const QPoint& point) const;
     void endDrag();
@@ -162,6 +170,8 @@ private:
     Spot hover_;
     Spot pressed_;
     Drag drag_;
+    QPointer<QMenu> menu_;
+    QPersistentModelIndex menuIndex_;
     QBasicTimer autoScroll_;
     std::vector<QMetaObject::Connection> modelConnections_;
 };

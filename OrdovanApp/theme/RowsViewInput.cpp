@@ -175,17 +175,18 @@ bool RowsView::canActivate(int row) const {
 }
 
 void RowsView::contextMenuEvent(QContextMenuEvent* event) {
-    int row = currentIndex().row();
-    QPoint point = event->pos();
     if (event->reason() == QContextMenuEvent::Keyboard) {
-        if (row < 0) return;
-        scrollTo(currentIndex());
-        const QRect rect = rectOf(row);
-        point = QPoint(rect.left() + rect.width() / 3, rect.center().y());
+        openMenuOfCurrentRow();
     } else {
-        row = indexAt(point).row();
+        openMenu(indexAt(event->pos()).row(), event->pos());
     }
-    openMenu(row, point);
+}
+
+void RowsView::openMenuOfCurrentRow() {
+    if (!currentIndex().isValid()) return;
+    scrollTo(currentIndex());
+    const QRect rect = rectOf(currentIndex().row());
+    openMenu(currentIndex().row(), {rect.left() + rect.width() / 3, rect.center().y()});
 }
 
 void RowsView::openMenu(int row, const QPoint& point) {
@@ -193,6 +194,8 @@ void RowsView::openMenu(int row, const QPoint& point) {
     const RowContent content = rows()->content(row);
     if (content.actions.isEmpty()) return;
     auto* menu = new QMenu(this);
+    menu_ = menu;
+    menuIndex_ = model()->index(row, 0);
     menu->setObjectName(u"rowMenu");
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setToolTipsVisible(true);
@@ -201,12 +204,15 @@ void RowsView::openMenu(int row, const QPoint& point) {
         if (action.glyph) item->setIcon(Glyphs::icon(*action.glyph, theme_.colors().secondText));
         item->setToolTip(action.help);
         item->setEnabled(action.enabled);
-        connect(item, &QAction::triggered, this,
-                [this, id = action.id, index = QPersistentModelIndex(model()->index(row, 0))] {
-                    if (index.isValid()) Q_EMIT actionTriggered(index.row(), id);
-                });
+        connect(item, &QAction::triggered, this, [this, id = action.id, index = menuIndex_] {
+            if (index.isValid()) Q_EMIT actionTriggered(index.row(), id);
+        });
     }
     menu->popup(viewport()->mapToGlobal(point));
+}
+
+QMenu* RowsView::menuOf(int row) const {
+    return menu_ && menu_->isVisible() && menuIndex_.isValid() && menuIndex_.row() == row ? menu_.data() : nullptr;
 }
 
 // The keyboard.
@@ -224,6 +230,10 @@ void RowsView::keyPressEvent(QKeyEvent* event) {
     updateRow(row);
     if (event->key() == Qt::Key_Escape && drag_.moving) {
         endDrag();
+        return;
+    }
+    if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        openMenuOfCurrentRow();
         return;
     }
     if (row >= 0 && event->modifiers().testFlag(Qt::AltModifier) &&

@@ -35,6 +35,11 @@ public:
         findHeads();
         endResetModel();
     }
+    /// Tells that everything may be another.
+    void reset() {
+        beginResetModel();
+        endResetModel();
+    }
     void remove(int row) {
         beginRemoveRows({}, row, row);
         lines_.erase(lines_.begin() + row);

@@ -332,6 +332,9 @@ TEST_F(RowsViewKeys, OpenTheMenuOfTheCurrentRow) {
     QApplication::sendEvent(view->viewport(), &event);
     ASSERT_TRUE(menu());
     EXPECT_EQ(menu()->actions().size(), 1);
+    delete menu();
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    EXPECT_TRUE(menu());
 }
 
 // Another order.
