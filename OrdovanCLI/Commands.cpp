@@ -1,9 +1,9 @@
 #include "OrdovanCLI/Commands.h"
 
 #include "OrdovanCLI/Format.h"
-#include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <QFile>
 #include <QStandardPaths>

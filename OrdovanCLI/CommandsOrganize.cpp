@@ -1,9 +1,9 @@
 #include "OrdovanCLI/Commands.h"
 
 #include "OrdovanCLI/Format.h"
-#include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCore/PlanExport.h"
 #include "OrdovanCore/Text.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <cerrno>
 #include <cstdio>

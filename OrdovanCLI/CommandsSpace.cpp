@@ -1,11 +1,11 @@
 #include "OrdovanCLI/Commands.h"
 
 #include "OrdovanCLI/Format.h"
-#include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCLI/PlanView.h"
 #include "OrdovanCore/Categories.h"
 #include "OrdovanCore/FileTrasher.h"
 #include "OrdovanCore/KeepPolicy.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "OrdovanCLI/Console.h"
 
-#include "OrdovanCLI/Interrupts.h"
 #include "OrdovanCLI/Output.h"
 #include "OrdovanCore/Text.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <array>
 #include <cerrno>

@@ -1,7 +1,7 @@
 #include "OrdovanCLI/Session.h"
 
 #include "OrdovanCLI/Format.h"
-#include "OrdovanCLI/Interrupts.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>

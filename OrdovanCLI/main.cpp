@@ -1,6 +1,6 @@
 #include "OrdovanCLI/Commands.h"
 
-#include "OrdovanCLI/Interrupts.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <QCoreApplication>
 
@@ -60,7 +60,7 @@ int exitStatus(const Outcome& outcome) {
 
 int main(int argc, char** argv) {
     occupyStandardDescriptors();
-    interrupts::install();
+    ordovan::interrupts::install();
     const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     Output output(STDOUT_FILENO);
     const auto invocation = parse(arguments);

@@ -1,7 +1,8 @@
 #pragma once
 
-/// Requests from outside to stop: Ctrl-C (SIGINT), SIGTERM and SIGHUP. They never end the program by themselves.
-namespace ordovan::cli::interrupts {
+/// Requests from outside to stop: Ctrl-C (SIGINT), SIGTERM and SIGHUP. They never end the program by themselves. For a
+/// front end, on its main thread.
+namespace ordovan::interrupts {
 
 /// Starts to note them. Signals that were ignored when the program was started (nohup) stay ignored. A lost reader of
 /// the output (SIGPIPE) becomes an ordinary error from here on.
@@ -19,4 +20,4 @@ void drain();
 /// From here on the next one ends the program at once: for when there is nothing left to finish.
 void letThemEndTheProgram();
 
-}  // namespace ordovan::cli::interrupts
+}  // namespace ordovan::interrupts

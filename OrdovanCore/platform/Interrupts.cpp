@@ -1,4 +1,4 @@
-#include "OrdovanCLI/Interrupts.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <array>
 #include <cerrno>
@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace ordovan::cli::interrupts {
+namespace ordovan::interrupts {
 namespace {
 
 constexpr std::array signals = {SIGINT, SIGTERM, SIGHUP};
@@ -58,4 +58,4 @@ void letThemEndTheProgram() {
     }
 }
 
-}  // namespace ordovan::cli::interrupts
+}  // namespace ordovan::interrupts
