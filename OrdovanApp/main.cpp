@@ -10,9 +10,11 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 #include "OrdovanApp/theme/Glyph.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
+#include "OrdovanCore/platform/Interrupts.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <chrono>
@@ -67,6 +69,11 @@ public:
             if (wish.folder) window_.previewFolder(*wish.folder);
         });
         QObject::connect(&window_, &OrdovanWindow::finished, &window_, &QCoreApplication::quit);
+        // The end of a session or Ctrl-C: nobody is asked, but what a run has moved is recorded first.
+        QObject::connect(&interrupts_, &QSocketNotifier::activated, &window_, [this] {
+            ordovan::interrupts::drain();
+            window_.stopAndQuit();
+        });
         window_.setCanComeBack([this] { return tray_ && tray_->isThere(); });
     }
 
@@ -98,11 +105,13 @@ private:
     ThemeEnvironment theme_;
     CommandCenter commands_;
     SystemDesktop desktop_;
+    QSocketNotifier interrupts_{ordovan::interrupts::descriptor(), QSocketNotifier::Read};
     OrdovanWindow window_;
     std::unique_ptr<TrayItem> tray_;
 };
 
 int run(int& argc, char** argv, SingleInstance& instance, const std::optional<Url>& folder) {
+    ordovan::interrupts::install();
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Glyphs::application());

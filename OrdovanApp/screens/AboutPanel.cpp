@@ -16,7 +16,9 @@ constexpr int iconSize = 72;
 
 }  // namespace
 
-AboutPanel::AboutPanel(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent, Qt::Dialog), theme_(theme) {
+AboutPanel::AboutPanel(const ThemeEnvironment& theme, QWidget* parent)
+    : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      theme_(theme) {
     setObjectName(u"about"_s);
     setWindowTitle(u"About ordovan+"_s);
     auto* icon = new QLabel(this);

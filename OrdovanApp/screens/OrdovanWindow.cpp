@@ -49,6 +49,8 @@ OrdovanWindow::OrdovanWindow(const Parts& parts, SectionFactories screens)
     setCentralWidget(content_);
     makeMenus();
     restorePlace();
+    connect(&parts_.model, &TidyViewModel::isApplyingChanged, this, &OrdovanWindow::finishWhenIdle);
+    connect(&parts_.model, &TidyViewModel::isTrashingChanged, this, &OrdovanWindow::finishWhenIdle);
 }
 
 OrdovanWindow::~OrdovanWindow() {
@@ -163,7 +165,12 @@ void OrdovanWindow::quit() {
         askToStop();
         return;
     }
+    stopAndQuit();
+}
+
+void OrdovanWindow::stopAndQuit() {
     quitting_ = true;
+    if (isRunning()) parts_.model.cancelRun();
     finishWhenIdle();
 }
 
@@ -177,17 +184,12 @@ void OrdovanWindow::askToStop() {
             u"back later."_s);
         question_->setConfirm(u"Stop and Quit"_s, true);
         question_->cancelButton()->setText(u"Keep Running"_s);
-        connect(question_, &Sheet::confirmed, this, [this] {
-            quitting_ = true;
-            parts_.model.cancelRun();
-            finishWhenIdle();
-        });
+        connect(question_, &Sheet::confirmed, this, &OrdovanWindow::stopAndQuit);
         for (const auto signal : {&TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged}) {
             connect(&parts_.model, signal, question_, [this] {
                 // The run is over, and with it the question.
                 if (!isRunning() && question_->isVisible()) question_->cancelButton()->click();
             });
-            connect(&parts_.model, signal, this, &OrdovanWindow::finishWhenIdle);
         }
     }
     question_->open();

@@ -46,6 +46,8 @@ public:
     void previewFolder(const Url& folder);
     /// Ends the program; asks first while a run goes on.
     void quit();
+    /// Ends the program without a question; a run that goes on stops before its next file and is recorded first.
+    void stopAndQuit();
     /// Tells whether a closed window can be brought back: it then only hides. Default: it can not.
     void setCanComeBack(std::function<bool()> canComeBack) { canComeBack_ = std::move(canComeBack); }
 

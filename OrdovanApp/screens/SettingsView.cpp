@@ -42,7 +42,9 @@ QLabel* themedLabel(const ThemeEnvironment& theme, ThemeEnvironment::Type type, 
 }  // namespace
 
 SettingsView::SettingsView(const AppContext& context, QWidget* parent)
-    : QWidget(parent, Qt::Dialog), context_(context), warning_(new Banner(context.theme, Banner::Kind::warning, this)) {
+    : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      context_(context),
+      warning_(new Banner(context.theme, Banner::Kind::warning, this)) {
     setObjectName(u"settings"_s);
     setWindowTitle(u"Settings"_s);
     warning_->setText(u"This setting couldn't be saved. It holds until you quit ordovan+."_s);
@@ -51,7 +53,7 @@ SettingsView::SettingsView(const AppContext& context, QWidget* parent)
     auto* header = new ScreenHeader(context.theme, u"Settings"_s, this);
     header->setLede(u"Settings only change the preview. Nothing moves until you choose Organize."_s);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(28, 20, 28, 24);
+    layout->setContentsMargins(28, 0, 28, 24);
     layout->setSpacing(8);
     layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(header);
@@ -101,7 +103,7 @@ QCheckBox* SettingsView::addToggle(QVBoxLayout* layout, const QString& name, con
     auto* toggle = new QCheckBox(text, this);
     toggle->setObjectName(name);
     toggle->setAccessibleDescription(help);
-    layout->addWidget(toggle);
+    layout->addWidget(toggle, 0, Qt::AlignLeft);
     auto* explanation =
         themedLabel(context_.theme, ThemeEnvironment::Type::caption, &ThemeColors::secondText, help, this);
     explanation->setContentsMargins(textIndent, 0, 0, 0);

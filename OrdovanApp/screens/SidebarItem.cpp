@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QKeyEvent>
 #include <QPainter>
 
 using namespace Qt::StringLiterals;
@@ -70,6 +71,12 @@ void SidebarItem::setCount(const QString& count, const QString& description) {
 
 QSize SidebarItem::sizeHint() const {
     return {itemHeight * 5, itemHeight};
+}
+
+/// A button takes the arrow keys for itself; here they are the list's.
+void SidebarItem::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) return event->ignore();
+    QAbstractButton::keyPressEvent(event);
 }
 
 void SidebarItem::paintEvent(QPaintEvent*) {
