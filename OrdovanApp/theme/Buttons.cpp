@@ -29,7 +29,9 @@ QColor glyphColor(const ThemeColors& colors, const QString& kind) {
 
 void putIcon(const ThemeEnvironment& theme, QPushButton* button, Glyph glyph) {
     button->setIcon(Glyphs::icon(glyph, glyphColor(theme.colors(), button->property("kind").toString())));
-    button->setIconSize(QSize(theme.scaled(glyphSize), theme.scaled(glyphSize)));
+    // Beside a text the icon brings room of its own: a style sheet has no gap between the two.
+    const int room = button->text().isEmpty() ? 0 : 6;
+    button->setIconSize(QSize(theme.scaled(glyphSize + room), theme.scaled(glyphSize)));
 }
 
 }  // namespace

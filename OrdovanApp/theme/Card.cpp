@@ -5,14 +5,17 @@
 void Surfaces::paintShadow(QPainter& painter, const QRectF& rect, qreal radius, int reach, const QColor& color) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(Qt::NoBrush);
-    // Rings that fade outwards, a little below the rectangle: light comes from above.
+    // Dropped a little, as light comes from above: the whole shape, then rings that fade outwards.
     const qreal drop = reach / 4.0;
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(rect.translated(0, drop), radius, radius);
+    painter.setBrush(Qt::NoBrush);
     for (int ring = reach; ring >= 1; --ring) {
         const qreal fade = 1.0 - (ring - 0.5) / reach;
         QColor shade = color;
         shade.setAlphaF(color.alphaF() * static_cast<float>(fade * fade));
-        painter.setPen(QPen(shade, 1.5));
+        painter.setPen(QPen(shade, 1.2));
         const qreal out = ring - 0.5;
         painter.drawRoundedRect(rect.adjusted(-out, -out + drop, out, out + drop), radius + out, radius + out);
     }

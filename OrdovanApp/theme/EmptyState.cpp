@@ -56,8 +56,8 @@ protected:
         const ThemeColors& colors = theme_.colors();
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        QPen pen(hovering_ ? colors.accent : colors.control, hovering_ ? 2 : 1.5);
-        pen.setDashPattern({3.5, 3});
+        QPen pen(hovering_ ? colors.accent : colors.control, hovering_ ? 2 : 1);
+        pen.setDashPattern({4, 4});
         painter.setPen(pen);
         painter.setBrush(hovering_ ? colors.tint : colors.card);
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 16, 16);
@@ -130,7 +130,7 @@ void EmptyState::setPoints(const QList<std::pair<Glyph, QString>>& points) {
     for (const auto& [glyph, text] : points) {
         auto* box = new PointBox(theme_, glyph, text, points_);
         box->setOnCard(card_->dashed());
-        points_->layout()->addWidget(box);
+        static_cast<QHBoxLayout*>(points_->layout())->addWidget(box, 1);
     }
     points_->setVisible(!points.isEmpty());
 }
@@ -141,7 +141,7 @@ void EmptyState::addButton(QPushButton* button) {
         buttons_->addStretch(1);
         buttons_->addStretch(1);
     }
-    button->setMinimumHeight(theme_.scaled(40));
+    button->setProperty("large", true);
     buttons_->insertWidget(buttons_->count() - 1, button);
 }
 

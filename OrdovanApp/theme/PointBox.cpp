@@ -12,12 +12,17 @@ PointBox::PointBox(const ThemeEnvironment& theme, Glyph glyph, const QString& te
     auto* label = new QLabel(text, this);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
+    label->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     StyleSheet::setType(label, StyleSheet::LabelType::second);
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(14, 13, 14, 13);
     layout->setSpacing(11);
     layout->addWidget(picture_, 0, Qt::AlignTop);
     layout->addWidget(label, 1);
+    // Side by side they are of one width, whatever they say.
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     connect(&theme, &ThemeEnvironment::changed, this, &PointBox::recolour);
     recolour();
 }

@@ -35,7 +35,6 @@ public:
     Segment(const ThemeEnvironment& theme, const QString& text, Segments* owner) : QRadioButton(owner), theme_(theme) {
         setText(QString(text).replace(u'&', u"&&"_s));
         setAccessibleName(text);
-        setAutoExclusive(false);
         setAttribute(Qt::WA_Hover);
         setProperty("ringRadius", 6);
     }
@@ -120,7 +119,9 @@ void Segments::rebuild() {
     for (const QString& text : texts_) {
         auto* segment = new Segment(theme_, text, this);
         const int index = static_cast<int>(segments_.size());
-        connect(segment, &QRadioButton::clicked, this, [this, index] { setCurrent(index); });
+        connect(segment, &QRadioButton::toggled, this, [this, index](bool on) {
+            if (on) setCurrent(index);
+        });
         segments_.append(segment);
     }
     markCurrent();
@@ -143,8 +144,8 @@ void Segments::setCurrent(int index) {
 }
 
 void Segments::markCurrent() {
+    if (current_ >= 0) segments_[current_]->setChecked(true);  // which unchecks the others
     for (qsizetype i = 0; i < segments_.size(); ++i) {
-        segments_[i]->setChecked(i == current_);
         // One stop for Tab; the arrow keys do the rest.
         segments_[i]->setFocusPolicy(i == current_ ? Qt::StrongFocus : Qt::ClickFocus);
         segments_[i]->update();

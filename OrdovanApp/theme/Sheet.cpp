@@ -27,6 +27,7 @@ namespace {
 constexpr int cardWidth = 460;
 constexpr int cardRadius = 14;
 constexpr int margin = 24;
+constexpr int shadowReach = 56;
 constexpr int fadeMilliseconds = 150;
 
 QLabel* wrapped(QWidget* parent, LabelType type) {
@@ -247,6 +248,6 @@ void Sheet::paintEvent(QPaintEvent*) {
     scrim.setAlphaF(scrim.alphaF() * static_cast<float>(shown_));
     painter.fillRect(rect(), scrim);
     QColor shadow = theme_.colors().shadow;
-    shadow.setAlphaF(0.16F * static_cast<float>(shown_));
-    Surfaces::paintShadow(painter, QRectF(card_->geometry()), cardRadius, 28, shadow);
+    shadow.setAlphaF(0.20F * static_cast<float>(shown_));
+    Surfaces::paintShadow(painter, QRectF(card_->geometry()), cardRadius, shadowReach, shadow);
 }

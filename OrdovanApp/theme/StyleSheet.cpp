@@ -58,6 +58,7 @@ QPushButton[kind="destructive"] {
 QPushButton[kind="destructive"]:hover { border-color: @danger; background: @dangerSurface; }
 QPushButton[kind="destructive"]:pressed { border-color: @danger; background: @card; }
 QPushButton[kind="destructive"]:disabled { background: @hover; border-color: @hairline; color: @faintText; }
+QPushButton[large="true"] { min-height: @38px; padding: 0 @20px; }
 QPushButton[kind="pill"] { min-height: @30px; padding: 0 @12px; border-radius: @15px; }
 QPushButton[kind="glyph"] {
   min-height: @28px; max-height: @28px; min-width: @28px; max-width: @28px; padding: 0;
@@ -102,7 +103,7 @@ QMenuBar { background: @sidebar; color: @secondText; border-bottom: 1px solid @h
 QMenuBar::item { padding: 4px 9px; border-radius: 6px; background: transparent; font-size: @12px; }
 QMenuBar::item:selected { background: @pressed; color: @text; }
 QMenuBar::item:disabled { color: @faintText; }
-QMenu { background: @card; color: @text; border: 1px solid @hairline; border-radius: @menuRadius; padding: 5px; }
+QMenu { background: @card; color: @text; border: 1px solid @hairline; padding: 5px; }
 QMenu::item { padding: 6px 28px 6px 12px; border-radius: 6px; min-height: @18px; }
 QMenu::item:selected { background: @tint; color: @accentText; }
 QMenu::item:disabled { color: @faintText; background: transparent; }
@@ -120,6 +121,7 @@ QTreeView, QListView, QTableView {
   border-radius: 8px; outline: none; selection-background-color: @tint; selection-color: @text;
 }
 QTreeView::item, QListView::item { min-height: @26px; }
+QListView { padding: 3px 6px; }
 QTreeView::item:hover, QListView::item:hover { background: @hover; }
 QTreeView::item:selected, QListView::item:selected { background: @tint; color: @text; }
 QHeaderView { background: @groupHead; border: none; }
@@ -169,8 +171,6 @@ QHash<QString, QString> namesOf(const ThemeColors& colors) {
     };
     QHash<QString, QString> names;
     for (const auto& [name, color] : named) names.insert(name, color.name());
-    // Menus are windows of their own: what lies outside a round corner would be black.
-    names.insert(u"menuRadius"_s, u"0"_s);
     return names;
 }
 

@@ -112,7 +112,7 @@ ThemeColors neutral(bool dark) {
     colors.pressed = laid(colors.text, 0.09, colors.card);
     colors.sidebarHover = laid(colors.text, 0.05, colors.sidebar);
     colors.scrim = dark ? QColor(0, 0, 0, 140) : QColor(10, 12, 14, 97);
-    colors.shadow = dark ? QColor(0, 0, 0, 70) : QColor(20, 25, 30, 26);
+    colors.shadow = dark ? QColor(0, 0, 0, 70) : QColor(20, 25, 30, 15);
     return colors;
 }
 
@@ -140,13 +140,21 @@ ThemeColors ThemeColors::of(AppTheme theme, bool dark) {
     colors.secondText = legible(colors.secondText, dark, textContrast, onPlain);
     colors.faintText = legible(QColor(dark ? 0x7B838C : 0x6B747E), dark, textContrast, onPlain);
     colors.control = legible(QColor(dark ? 0x6C747D : 0x8A939D), dark, lineContrast, onPlain);
-    colors.accentText = legible(colors.accent, dark, textContrast, [&](const QColor& color) {
-        return std::array{colors.window, colors.sidebar,    colors.card,
-                          colors.hover,  colors.groupHead,  colors.sidebarSelected,
-                          colors.tint,   colors.tintStrong, colors.surface(color)};
-    });
     colors.warning = legible(QColor(dark ? 0xE0A84A : 0xA8670F), dark, textContrast, onPlainAndItsOwn);
     colors.danger = legible(QColor(dark ? 0xFF8A80 : 0xC4372B), dark, textContrast, onPlainAndItsOwn);
+    colors.accentText = legible(colors.accent, dark, textContrast, [&](const QColor& color) {
+        return std::array{colors.window,
+                          colors.sidebar,
+                          colors.card,
+                          colors.hover,
+                          colors.groupHead,
+                          colors.tint,
+                          colors.tintStrong,
+                          colors.sidebarSelected,
+                          colors.surface(color),
+                          colors.surface(colors.warning),
+                          colors.surface(colors.danger)};
+    });
     for (const OrdovanFileCategory category : OrdovanFileCategories::allCases) {
         colors.kinds_[static_cast<std::size_t>(category)] =
             legible(hueOf(category), dark, textContrast, onPlainAndItsOwn);

@@ -123,6 +123,30 @@ void ThemeStyle::drawComplexControl(ComplexControl control, const QStyleOptionCo
     Glyphs::paint(*painter, Glyph::chevronDown, middleOf(arrow, 14), enabled ? colors.secondText : colors.faintText);
 }
 
+QRect ThemeStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+                                 const QWidget* widget) const {
+    const QRect rect = QProxyStyle::subControlRect(control, option, part, widget);
+    if (control != CC_ComboBox) return rect;
+    const bool mirrored = option->direction == Qt::RightToLeft;
+    if (part == SC_ComboBoxEditField) return mirrored ? rect.adjusted(0, 0, -8, 0) : rect.adjusted(8, 0, 0, 0);
+    return rect;
+}
+
+QIcon ThemeStyle::standardIcon(StandardPixmap icon, const QStyleOption* option, const QWidget* widget) const {
+    const ThemeColors& colors = theme_.colors();
+    switch (icon) {
+        case SP_MessageBoxInformation:
+        case SP_MessageBoxQuestion:
+            return Glyphs::icon(Glyph::info, colors.accentText);
+        case SP_MessageBoxWarning:
+            return Glyphs::icon(Glyph::warning, colors.warning);
+        case SP_MessageBoxCritical:
+            return Glyphs::icon(Glyph::error, colors.danger);
+        default:
+            return QProxyStyle::standardIcon(icon, option, widget);
+    }
+}
+
 int ThemeStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
     switch (metric) {
         case PM_IndicatorWidth:
