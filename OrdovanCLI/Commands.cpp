@@ -137,7 +137,7 @@ std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::
 }
 
 Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start) {
-    TidyViewModel& model = session.model();
+    const TidyViewModel& model = session.model();
     const bool started = session.run(verb(kind), start);
     const bool wasStopped = interrupts::requested();
     interrupts::letThemEndTheProgram();

@@ -93,7 +93,7 @@ std::optional<Outcome> exportPlan(Context& context, const PlanView& view, const 
         return Outcome::impossible(inQuotes(file) + " exists already and was left as it is.");
     }
     std::error_code error;
-    if (made != nullptr) std::fclose(made);
+    if (made != nullptr) static_cast<void>(std::fclose(made));
     context.session.model().setExcluded(view.leftOutIDs());
     const std::string failure =
         context.session.exportPlan(Url::file(std::filesystem::absolute(file, error).native()), format);
