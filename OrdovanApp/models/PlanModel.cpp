@@ -3,6 +3,8 @@
 #include "OrdovanApp/controller/TidyViewModel.h"
 
 #include <algorithm>
+#include <functional>
+#include <numeric>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -89,12 +91,12 @@ void PlanModel::indexFolders() {
     folders_.clear();
     folderOf_.clear();
     if (!plan_) return;
-    std::unordered_map<std::string, std::uint32_t> places;
+    std::unordered_map<std::string, std::uint32_t> found;
     for (const OrdovanFileProposal& proposal : plan_->proposals) {
         const std::string_view name = proposal.folderName();
         if (folderOf_.empty() || folders_[folderOf_.back()].name != name) {
             const auto place = static_cast<std::uint32_t>(folders_.size());
-            const auto [known, isNew] = places.emplace(name, place);
+            const auto [known, isNew] = found.emplace(name, place);
             if (isNew) folders_.push_back({known->first, 0});
             folderOf_.push_back(known->second);
         } else {
@@ -102,11 +104,30 @@ void PlanModel::indexFolders() {
         }
         ++folders_[folderOf_.back()].files;
     }
+    sortFolders();
+    std::unordered_map<std::string_view, std::uint32_t> places;
+    for (std::uint32_t place = 0; place < folders_.size(); ++place) places.emplace(folders_[place].name, place);
     const std::string output(root_.appending(OrdovanOutput::folderName).path());
     for (const OrdovanPlanConflict& conflict : plan_->conflicts) {
-        const auto known = places.find(std::string(topFolder(conflict.destination, output)));
+        const auto known = places.find(topFolder(conflict.destination, output));
         folderOf_.push_back(known == places.end() ? nowhere : known->second);
     }
+}
+
+/// The fullest first; among folders of one size the plan's order.
+void PlanModel::sortFolders() {
+    std::vector<std::uint32_t> order(folders_.size());
+    std::iota(order.begin(), order.end(), std::uint32_t{0});
+    std::ranges::stable_sort(order, std::ranges::greater(),
+                             [this](std::uint32_t place) { return folders_[place].files; });
+    std::vector<Folder> sorted;
+    std::vector<std::uint32_t> placeNow(order.size());
+    for (const std::uint32_t place : order) {
+        placeNow[place] = static_cast<std::uint32_t>(sorted.size());
+        sorted.push_back(std::move(folders_[place]));
+    }
+    folders_ = std::move(sorted);
+    for (std::uint32_t& place : folderOf_) place = placeNow[place];
 }
 
 void PlanModel::indexNames() {

@@ -102,6 +102,7 @@ private:
     void collectSkips();
     void indexEntries();
     void indexFolders();
+    void sortFolders();
     void indexNames();
     void narrow();
     void readTicks();

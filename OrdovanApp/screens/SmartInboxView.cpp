@@ -40,13 +40,17 @@ SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
       choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
       notices_(new SmartInboxNotices(context, this)),
       pages_(new QStackedWidget(this)),
-      run_(new ProgressStrip(context.theme, this)) {
+      foot_(new QWidget(this)),
+      run_(new ProgressStrip(context.theme, foot_)) {
     setObjectName(u"smartInbox"_s);
     choose_->setObjectName(u"chooseFolder"_s);
     connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
     header_->addButton(choose_);
     run_->setObjectName(u"runProgress"_s);
     connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
+    auto* foot = new QVBoxLayout(foot_);
+    foot->setContentsMargins(0, 8, 0, 12);
+    foot->addWidget(run_);
     makePages();
 
     auto* layout = new QVBoxLayout(this);
@@ -55,10 +59,7 @@ SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
     layout->addWidget(header_);
     layout->addWidget(notices_);
     layout->addWidget(pages_, 1);
-    auto* foot = new QVBoxLayout;
-    foot->setContentsMargins(0, 8, 0, 10);
-    foot->addWidget(run_);
-    layout->addLayout(foot);
+    layout->addWidget(foot_);
     connectModel();
     refresh();
     refreshRun();
@@ -178,12 +179,12 @@ void SmartInboxView::refreshHeader() {
 /// Follows the beginning and the end of runs.
 void SmartInboxView::refreshRun() {
     const bool isApplying = context_.model.isApplying();
-    if (isApplying && run_->isHidden()) {
+    if (isApplying && foot_->isHidden()) {
         run_->reset();
         run_->setText(organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
     }
     if (!isApplying) organizes_ = false;
-    run_->setVisible(isApplying);
+    foot_->setVisible(isApplying);
     plan_->setBarShown(!isApplying);
     const bool isRunning = isApplying || context_.model.isTrashing();
     choose_->setEnabled(!isRunning);

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QWidget>
 
+class EmptyState;
 class ProgressStrip;
 class QPushButton;
 class QStackedWidget;
@@ -12,7 +13,6 @@ class ScreenHeader;
 class Sheet;
 class SmartInboxNotices;
 class SmartInboxPlan;
-class EmptyState;
 
 /// The first section: choose a folder, see the plan, tick what moves, export the plan, organize, undo.
 ///
@@ -54,6 +54,7 @@ private:
     EmptyState* failed_;
     EmptyState* nothing_;
     SmartInboxPlan* plan_;
+    QWidget* foot_;
     ProgressStrip* run_;
     QPointer<Sheet> sheet_;
     bool organizes_ = false;

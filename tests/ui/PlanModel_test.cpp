@@ -177,16 +177,17 @@ TEST_F(PlanModelTest, NarrowsToWhatIsSearchedForInEveryGroup) {
 }
 
 TEST_F(PlanModelTest, NarrowsToOneFolder) {
-    PlanModel& model = show({"a.pdf = 1", "b.pdf = 1", "c.jpg = 1", "taken.pdf = 1",
+    PlanModel& model = show({"a.pdf = 1", "b.pdf = 1", "c.jpg = 1", "d.zip = 1", "taken.pdf = 1",
                              "ordovan+/Documents/taken.pdf = 0", "caf\xe9.pdf = 1"});
-    EXPECT_THAT(model.folders(), ElementsAre(PlanModel::Folder{"Documents", 2}, PlanModel::Folder{"Images", 1}));
+    EXPECT_THAT(model.folders(), ElementsAre(PlanModel::Folder{"Documents", 2}, PlanModel::Folder{"Archives", 1},
+                                             PlanModel::Folder{"Images", 1}));
     model.setFolder("Documents");
     EXPECT_THAT(names(model), ElementsAre("a.pdf", "b.pdf", "taken.pdf"));
     model.setFolder("Images");
     EXPECT_THAT(names(model), ElementsAre("c.jpg"));
     model.setFolder("No such folder");
     EXPECT_EQ(model.folder(), std::nullopt);
-    EXPECT_EQ(names(model).size(), 5U);
+    EXPECT_EQ(names(model).size(), 6U);
 }
 
 TEST_F(PlanModelTest, TellsHowMuchOfWhatIsTickedIsOutOfSight) {
