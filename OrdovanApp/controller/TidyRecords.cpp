@@ -47,6 +47,14 @@ void TidyViewModel::clearHistory() {
                          }));
 }
 
+void TidyViewModel::surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done) {
+    ports_.tasks.compute(
+        [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_] {
+            return ordovan::RecoverySurvey::of(folder, journal, trash, fs);
+        },
+        whileAlive([done = std::move(done)](ordovan::RecoverySurvey survey) { done(std::move(survey)); }));
+}
+
 void TidyViewModel::refreshRecords() {
     ports_.tasks.compute(
         [ports = ports_, known = ordovan::TrashRecordStore::Known{trashRecord_, unsavedTrash_},

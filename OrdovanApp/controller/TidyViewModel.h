@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/RecoverySurvey.h"
 #include "OrdovanApp/controller/PreviewDepth.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Duplicates.h"
@@ -99,6 +100,9 @@ public:
     [[nodiscard]] const std::shared_ptr<const OrdovanTrashRecord>& trashRecord() const { return trashRecord_; }
     /// The entries of it whose original places lie in the chosen folder: what `restore` puts back. Oldest first.
     [[nodiscard]] std::vector<OrdovanTrashEntry> restorableEntries() const;
+    /// Looks in the background at what of `recoverableJournal` and `trashRecord` could be taken back in the chosen
+    /// folder now, and hands what it found to `done` on this thread; not at all once this object is gone.
+    void surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done);
     /// The duplicates among the previewed files, or null when they were not searched for. A new preview of the folder
     /// leaves out the files that it does not find any more; that of another folder leaves nothing.
     [[nodiscard]] const std::shared_ptr<const OrdovanDuplicateReport>& duplicateReport() const {
