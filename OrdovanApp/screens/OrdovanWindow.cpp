@@ -121,8 +121,10 @@ void OrdovanWindow::restorePlace() {
 
 void OrdovanWindow::storePlace() {
     // Not being able to is no reason to keep the user.
-    std::ignore = parts_.values.setValue(geometryKey, saveGeometry());
-    std::ignore = parts_.values.setValue(sectionKey, Sections::rawValue(content_->section()));
+    std::ignore = parts_.values.update([this](auto& values) {
+        values[geometryKey] = saveGeometry();
+        values[sectionKey] = Sections::rawValue(content_->section());
+    });
 }
 
 void OrdovanWindow::appear() {
@@ -154,8 +156,8 @@ void OrdovanWindow::closeEvent(QCloseEvent* event) {
         storePlace();
         return;
     }
-    event->ignore();
     quit();
+    if (!finished_) event->ignore();
 }
 
 void OrdovanWindow::quit() {
@@ -199,6 +201,6 @@ void OrdovanWindow::finishWhenIdle() {
     if (!quitting_ || finished_ || isRunning()) return;
     finished_ = true;
     storePlace();
-    close();
+    hide();
     Q_EMIT finished();
 }

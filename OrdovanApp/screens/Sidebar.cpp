@@ -95,8 +95,8 @@ QWidget* Sidebar::makeBrand() {
 QWidget* Sidebar::makeList() {
     auto* list = new QWidget(this);
     list->setObjectName(u"sections"_s);
-    list->setAccessibleName(u"Sections"_s);
     setAccessibleRole(list, QAccessible::List);
+    list->setAccessibleName(u"Sections"_s);
     auto* layout = new QVBoxLayout(list);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);

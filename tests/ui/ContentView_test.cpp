@@ -1,0 +1,229 @@
+#include "OrdovanApp/screens/ContentView.h"
+
+#include "OrdovanApp/screens/SidebarItem.h"
+#include "OrdovanApp/theme/Sheet.h"
+#include "tests/support/WidgetTestMain.h"
+#include "tests/support/WindowWorld.h"
+
+#include <QDragEnterEvent>
+#include <QDragLeaveEvent>
+#include <QDropEvent>
+#include <QLabel>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTest>
+#include <QUrl>
+
+namespace {
+
+using namespace ordovan::test;
+using namespace Qt::StringLiterals;
+
+class ContentViews : public WindowWorld {
+protected:
+    ContentView& view() {
+        if (!view_) view_ = std::make_unique<ContentView>(context(), screens());
+        return *view_;
+    }
+    void preview(std::initializer_list<std::string_view> items) {
+        tree(items);
+        view().previewFolder(Url::file("/r"));
+        tasks.finish();
+    }
+    QString status() { return view().findChild<QLabel*>(u"status"_s)->text(); }
+    QString count(const char* section) {
+        return view().findChild<SidebarItem*>(u"section-"_s + QString::fromLatin1(section))->count();
+    }
+
+private:
+    std::unique_ptr<ContentView> view_;
+};
+
+TEST_F(ContentViews, MakesAScreenWhenItIsFirstShown) {
+    EXPECT_EQ((view(), made), QStringList{u"inbox"_s});
+    view().showSection(Section::rules);
+    view().showSection(Section::inbox);
+    view().showSection(Section::rules);
+    EXPECT_EQ(made, (QStringList{u"inbox"_s, u"rules"_s}));
+}
+
+TEST_F(ContentViews, ShowsTheScreenOfTheSection) {
+    view().show();
+    view().showSection(Section::history);
+    EXPECT_TRUE(view().findChild<QWidget*>(u"screen-history"_s)->isVisible());
+    EXPECT_FALSE(view().findChild<QWidget*>(u"screen-inbox"_s)->isVisible());
+}
+
+TEST_F(ContentViews, GoesToASectionByItsNumber) {
+    view().show();
+    view().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view()));
+    QTest::keyClick(&view(), Qt::Key_4, Qt::ControlModifier);
+    EXPECT_EQ(view().section(), Section::recovery);
+    QTest::keyClick(&view(), Qt::Key_1, Qt::ControlModifier);
+    EXPECT_EQ(view().section(), Section::inbox);
+}
+
+TEST_F(ContentViews, PreviewsTheFolderThatIsChosen) {
+    tree({"a.pdf"});
+    view().showSection(Section::rules);
+    commands.post(Commands::chooseFolder);
+    desktop.answer(Url::file("/r"));
+    tasks.finish();
+    EXPECT_EQ(model->rootURL(), Url::file("/r"));
+    EXPECT_EQ(view().section(), Section::inbox);
+}
+
+TEST_F(ContentViews, PreviewsDownloads) {
+    view();
+    commands.post(Commands::previewFolder);
+    EXPECT_EQ(model->rootURL(), Url::file("/downloads"));
+}
+
+TEST_F(ContentViews, DoesNothingWhereThereAreNoDownloads) {
+    view();
+    desktop.downloadsFolder.reset();
+    commands.post(Commands::previewFolder);
+    EXPECT_EQ(model->rootURL(), std::nullopt);
+}
+
+TEST_F(ContentViews, AsksTheInboxToOrganizeAndToExport) {
+    preview({"a.pdf"});
+    view().showSection(Section::history);
+    commands.post(Commands::organize);
+    commands.post(Commands::exportPlan);
+    EXPECT_EQ(requests, (QStringList{u"organize"_s, u"export"_s}));
+    EXPECT_EQ(view().section(), Section::inbox);
+    EXPECT_FALSE(model->isApplying());
+}
+
+TEST_F(ContentViews, DoesNotAskToOrganizeWhenNothingIsTicked) {
+    preview({"a.pdf"});
+    model->toggle(model->plan()->proposals[0].id());
+    commands.post(Commands::organize);
+    EXPECT_EQ(requests, QStringList());
+}
+
+TEST_F(ContentViews, UndoesWhatWasOrganized) {
+    preview({"a.pdf"});
+    ASSERT_TRUE(model->organize());
+    tasks.finish();
+    ASSERT_TRUE(memory.item("/r/ordovan+/Documents/a.pdf"));
+    commands.post(Commands::undoOrganize);
+    tasks.finish();
+    EXPECT_TRUE(memory.item("/r/a.pdf"));
+}
+
+TEST_F(ContentViews, SearchesForDuplicatesInTheirSection) {
+    preview({"a.pdf"});
+    commands.post(Commands::findDuplicates);
+    EXPECT_EQ(view().section(), Section::duplicates);
+    EXPECT_TRUE(model->isScanningDuplicates());
+    tasks.finish();
+}
+
+TEST_F(ContentViews, FollowsThePreviewWithItsStatusLine) {
+    EXPECT_EQ(status(), u"No folder selected"_s);
+    tree({"a.pdf", "b.png"});
+    view().previewFolder(Url::file("/r"));
+    EXPECT_EQ(status(), u"Previewing…"_s);
+    tasks.finish();
+    EXPECT_EQ(status(), u"2 proposed · 0 need review"_s);
+    EXPECT_EQ(count("inbox"), u"2"_s);
+}
+
+TEST_F(ContentViews, SaysWhenAPreviewIsReadyAndWhenItFailed) {
+    QSignalSpy said(&announcer, &Announcer::said);
+    preview({"a.pdf"});
+    EXPECT_EQ(announcer.lastSaid(), u"Preview ready. 1 proposed."_s);
+    unreadable.insert("/r");
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(announcer.lastSaid(), u"Preview unavailable. Check folder permissions and try again."_s);
+    EXPECT_EQ(said.count(), 2);
+}
+
+TEST_F(ContentViews, CountsWhatCanBeRecoveredAndTheRules) {
+    preview({"a.pdf", "b.pdf"});
+    ASSERT_TRUE(model->organize());
+    tasks.finish();
+    EXPECT_EQ(count("recovery"), u"2"_s);
+    ASSERT_EQ(rules.add("dmg", "Apps"), std::nullopt);
+    EXPECT_EQ(count("rules"), u"1"_s);
+}
+
+TEST_F(ContentViews, PreviewsAgainWhenASettingOrARuleChanges) {
+    preview({"a.pdf"});
+    settings.setIncludeHidden(true);
+    EXPECT_EQ(status(), u"Previewing…"_s);
+    tasks.finish();
+    ASSERT_EQ(rules.add("pdf", "Papers"), std::nullopt);
+    tasks.finish();
+    EXPECT_EQ(proposed(*model), std::vector<std::string>{"a.pdf -> ordovan+/Papers/a.pdf"});
+}
+
+TEST_F(ContentViews, AppliesAThemeAtOnce) {
+    view();
+    settings.setTheme(AppTheme::grape);
+    EXPECT_EQ(theme.theme(), AppTheme::grape);
+}
+
+TEST_F(ContentViews, HearsNoCommandWhileItAsksAQuestion) {
+    preview({"a.pdf"});
+    view().show();
+    Sheet question(theme, &view());
+    question.open();
+    commands.post(Commands::organize);
+    EXPECT_EQ(requests, QStringList());
+}
+
+TEST_F(ContentViews, GivesAQuestionUpWhenAnotherFolderIsPreviewed) {
+    preview({"a.pdf"});
+    view().show();
+    Sheet question(theme, &view());
+    QSignalSpy cancelled(&question, &Sheet::cancelled);
+    question.open();
+    view().previewFolder(Url::file("/other"));
+    EXPECT_EQ(cancelled.count(), 1);
+    EXPECT_EQ(model->rootURL(), Url::file("/other"));
+}
+
+TEST_F(ContentViews, PreviewsTheFirstFolderThatIsDropped) {
+    QMimeData data;
+    data.setUrls({QUrl(u"https://example.org/x"_s), QUrl::fromEncoded("file:///r%20x/"), QUrl(u"file:///b"_s)});
+    view().show();
+    QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
+    const auto* overlay = view().findChild<QWidget*>(u"drop-overlay"_s);
+    EXPECT_TRUE(overlay->isVisible());
+    EXPECT_EQ(overlay->findChild<QLabel*>()->text(), u"Drop a folder to preview it"_s);
+    QDropEvent drop(QPointF(300, 300), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view(), &drop);
+    EXPECT_FALSE(overlay->isVisible());
+    EXPECT_EQ(model->rootURL(), Url::file("/r x"));
+}
+
+TEST_F(ContentViews, KeepsItsScreenWhenADragLeaves) {
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///r"_s)});
+    view().show();
+    QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(&view(), &enter);
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(&view(), &leave);
+    EXPECT_FALSE(view().findChild<QWidget*>(u"drop-overlay"_s)->isVisible());
+    EXPECT_EQ(model->rootURL(), std::nullopt);
+}
+
+TEST_F(ContentViews, RefusesADragOfText) {
+    QMimeData data;
+    data.setText(u"hello"_s);
+    QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, {});
+    enter.ignore();
+    QCoreApplication::sendEvent(&view(), &enter);
+    EXPECT_FALSE(enter.isAccepted());
+}
+
+}  // namespace
