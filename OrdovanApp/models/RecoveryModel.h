@@ -1,0 +1,92 @@
+#pragma once
+
+#include "OrdovanApp/controller/RecoverySurvey.h"
+#include "OrdovanApp/models/SearchIndex.h"
+#include "OrdovanApp/theme/RowsModel.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class ThemeEnvironment;
+class TidyViewModel;
+
+/// What can be taken back: the organized files of the chosen folder, and the files in the Trash, the latest first.
+/// Follows the controller's records. Whether a file is still there is found out in the background; until that is
+/// known, it is taken to be.
+class RecoveryModel : public RowsModel {
+    Q_OBJECT
+
+public:
+    enum Action { putBack, putBackFromTrash, showInTrash };
+
+    /// Both outlive it.
+    RecoveryModel(TidyViewModel& model, const ThemeEnvironment& theme, QObject* parent = nullptr);
+
+    /// Looks again whether the files are there.
+    void survey();
+    void setQuery(const QString& query);
+    /// Disables what puts files back, with the reason as its help; empty enables it.
+    void setLocked(const QString& reason);
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] std::span<const int> heads() const override { return heads_; }
+    [[nodiscard]] RowContent content(int row) const override;
+    [[nodiscard]] QString title(int row) const override;
+
+    /// Whether there is nothing at all to recover, whatever is searched for.
+    [[nodiscard]] bool isEmpty() const { return organized() == 0 && trashed() == 0; }
+    /// How many can go back, as far as is known.
+    [[nodiscard]] int recoverableOrganized() const { return recoverableOrganized_; }
+    [[nodiscard]] int recoverableTrashed() const { return recoverableTrashed_; }
+
+    /// What undo and restore of the controller call a row's entry; empty for a head.
+    [[nodiscard]] std::string entryID(int row) const;
+    /// Where the file of a row lies now, as the record says; an empty URL for a head.
+    [[nodiscard]] Url url(int row) const;
+
+Q_SIGNALS:
+    /// `isEmpty` or one of the counts may have changed.
+    void countsChanged();
+
+private:
+    using State = ordovan::RecoverySurvey::State;
+
+    void reload();
+    void index();
+    void narrow();
+    void count();
+    void adopt(const ordovan::RecoverySurvey& survey);
+    [[nodiscard]] std::uint32_t organized() const;
+    [[nodiscard]] std::uint32_t trashed() const;
+    [[nodiscard]] bool isOrganizedHead(int row) const { return row == 0 && shownOrganized_ > 0; }
+    /// The entry of a row that is no head: organized ones first, then trashed ones, each the latest first.
+    [[nodiscard]] std::uint32_t itemAt(int row) const;
+    [[nodiscard]] const OrdovanJournalEntry& organizedEntry(std::uint32_t item) const;
+    [[nodiscard]] const OrdovanTrashEntry& trashedEntry(std::uint32_t item) const;
+    [[nodiscard]] State stateOf(std::uint32_t item) const;
+    [[nodiscard]] QString folderBelowRoot(std::string_view file) const;
+
+    [[nodiscard]] QString headTitle(int row) const;
+    [[nodiscard]] RowContent organizedRow(std::uint32_t item) const;
+    [[nodiscard]] RowContent trashedRow(std::uint32_t item) const;
+    [[nodiscard]] RowContent row(std::string_view path, std::int64_t bytes, State state) const;
+
+    TidyViewModel& model_;
+    const ThemeEnvironment& theme_;
+    std::shared_ptr<const OrdovanJournal> journal_;
+    std::shared_ptr<const OrdovanTrashRecord> trash_;
+    Url root_;
+    std::vector<State> organizedStates_;  // empty: not known yet
+    std::vector<State> trashedStates_;
+    int recoverableOrganized_ = 0;
+    int recoverableTrashed_ = 0;
+    SearchIndex names_;
+    QString query_;
+    QString locked_;
+    std::vector<std::uint32_t> shown_;
+    int shownOrganized_ = 0;
+    std::vector<int> heads_;
+    std::uint64_t surveys_ = 0;
+};

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "OrdovanApp/theme/RowsModel.h"
+#include "OrdovanCore/Rules.h"
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+class RuleStore;
+class ThemeEnvironment;
+class TidyViewModel;
+
+/// The user's rules in their order, each with the number of files of the previewed folder that it would send to its
+/// folder. Follows the store and the controller's plan.
+class RulesModel : public RowsModel {
+    Q_OBJECT
+
+public:
+    enum Action { deleteRule };
+
+    /// All outlive it.
+    RulesModel(TidyViewModel& model, RuleStore& store, const ThemeEnvironment& theme, QObject* parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] std::span<const int> heads() const override { return heads_; }
+    [[nodiscard]] RowContent content(int row) const override;
+    [[nodiscard]] QString title(int row) const override;
+
+    /// Moves a row before another, as they are numbered now. False when that could not be stored.
+    bool move(int row, int before);
+    /// Deletes the rule of a row. False when that could not be stored.
+    bool remove(int row);
+    /// Files of the preview that a row's rule would take.
+    [[nodiscard]] int matches(int row) const { return matches_[position(row)]; }
+
+    /// Whether a built-in category knows an extension, given as rules store it.
+    [[nodiscard]] static bool isBuiltIn(std::string_view extension);
+
+private:
+    [[nodiscard]] static std::size_t position(int row) { return static_cast<std::size_t>(row) - 1; }
+    void followRules();
+    void countMatches();
+    void followPlan();
+
+    TidyViewModel& model_;
+    RuleStore& store_;
+    const ThemeEnvironment& theme_;
+    std::vector<OrdovanRule> rules_;
+    std::vector<int> matches_;
+    std::vector<int> heads_;
+};
