@@ -111,9 +111,12 @@ RowContent PlanModel::conflict(std::uint32_t item) const {
     content.detail = sentence(message(conflict.kind)) + u" · "_s + where;
     content.chip = RowContent::Chip{goal(conflict.destination), content.glyphColor};
     content.description = where;
+    // Size and date would leave the sentence no room.
     content.toolTip = Formats::path(conflict.source) + u'\n' + sentence(message(conflict.kind)) + u'\n' +
                       u"Would go to "_s + Formats::folderOf(conflict.destination, root_);
     addFacts(content, item);
+    content.toolTip += u'\n' + content.columns.join(u", "_s);
+    content.columns.clear();
     return content;
 }
 

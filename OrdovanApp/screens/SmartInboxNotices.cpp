@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 SmartInboxNotices::SmartInboxNotices(const AppContext& context, QWidget* parent) : QWidget(parent), context_(context) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, 0, 0, 14);
     layout->setSpacing(8);
     refusal_ = addBanner(Banner::Kind::error, u"refusal"_s);
     run_ = addBanner(Banner::Kind::info, u"runSummary"_s);
@@ -40,6 +40,7 @@ SmartInboxNotices::SmartInboxNotices(const AppContext& context, QWidget* parent)
     connect(model, &TidyViewModel::rootURLChanged, this, [this] {
         run_->hide();
         export_->hide();
+        refreshRoom();
     });
     showWarning();
     showRefusal();
@@ -50,7 +51,14 @@ Banner* SmartInboxNotices::addBanner(Banner::Kind kind, const QString& name) {
     banner->setObjectName(name);
     banner->hide();
     layout()->addWidget(banner);
+    connect(banner, &Banner::closed, this, &SmartInboxNotices::refreshRoom);
     return banner;
+}
+
+/// Takes no room without a line.
+void SmartInboxNotices::refreshRoom() {
+    const auto isShown = [](const Banner* banner) { return !banner->isHidden(); };
+    setVisible(isShown(run_) || isShown(warning_) || isShown(refusal_) || isShown(export_));
 }
 
 void SmartInboxNotices::followRun() {
@@ -63,6 +71,7 @@ void SmartInboxNotices::followRun() {
         organizes_ = false;
     }
     refreshUndo();
+    refreshRoom();
 }
 
 void SmartInboxNotices::showReport() {
@@ -97,6 +106,7 @@ void SmartInboxNotices::refreshUndo() {
 void SmartInboxNotices::showWarning() {
     const auto& warning = context_.model.journalWarning();
     warning_->setVisible(warning.has_value());
+    refreshRoom();
     if (!warning) return;
     warning_->setText(Formats::text(*warning));
     context_.announcer.say(warning_->text());
@@ -105,6 +115,7 @@ void SmartInboxNotices::showWarning() {
 void SmartInboxNotices::showRefusal() {
     const auto& refusal = context_.model.runRefusal();
     refusal_->setVisible(refusal.has_value());
+    refreshRoom();
     if (!refusal) return;
     refusal_->setText(Formats::text(*refusal));
     context_.announcer.say(refusal_->text());
@@ -114,5 +125,6 @@ void SmartInboxNotices::showExport(const QString& error) {
     export_->setKind(error.isEmpty() ? Banner::Kind::info : Banner::Kind::error);
     export_->setText(error.isEmpty() ? u"The plan was saved."_s : error);
     export_->show();
+    refreshRoom();
     context_.announcer.say(export_->text());
 }

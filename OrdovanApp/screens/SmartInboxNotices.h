@@ -20,6 +20,7 @@ public:
 
 private:
     Banner* addBanner(Banner::Kind kind, const QString& name);
+    void refreshRoom();
     void followRun();
     void showReport();
     void undoRun();

@@ -34,6 +34,7 @@ namespace {
 constexpr std::array ages = {7, 30, 90};
 constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
+constexpr int narrowList = 640;
 
 void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
     button->setEnabled(reasonAgainst.isEmpty());
@@ -133,7 +134,6 @@ QWidget* SmartInboxPlan::makeList() {
     list_->setObjectName(u"planList"_s);
     list_->setAccessibleName(u"Proposed file changes"_s);
     list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    list_->setColumnWidths({sizeColumn, dateColumn});
     list_->setModel(&model_);
     list_->installEventFilter(this);
     connect(list_, &RowsView::actionTriggered, this, &SmartInboxPlan::act);
@@ -217,6 +217,7 @@ void SmartInboxPlan::reload() {
     }
     if (!model_.reload()) return;
     nothingProposed_->setVisible(model_.proposals() == 0);
+    stats_->setVisible(model_.proposals() > 0);
     refreshFolders();
     const auto& folders = model_.folders();
     const auto chosen = std::ranges::find(folders, model_.folder(), &PlanModel::Folder::name);
@@ -263,6 +264,14 @@ void SmartInboxPlan::refreshActions() {
 }
 
 // The list.
+
+/// Where there is no room for both columns, no row has the second.
+void SmartInboxPlan::resizeEvent(QResizeEvent*) {
+    const auto scaled = [this](int pixels) { return context_.theme.scaled(pixels); };
+    QList<int> widths = {scaled(sizeColumn)};
+    if (width() >= scaled(narrowList)) widths.append(scaled(dateColumn));
+    list_->setColumnWidths(widths);
+}
 
 bool SmartInboxPlan::eventFilter(QObject* watched, QEvent* event) {
     if (watched != list_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);

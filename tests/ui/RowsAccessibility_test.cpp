@@ -127,7 +127,24 @@ TEST_F(RowsAccessibilityTest, PressesOnlyRowsThatAPressWouldDoSomethingTo) {
     EXPECT_TRUE(row(2)->actionInterface()->actionNames().isEmpty());
 }
 
-TEST_F(RowsAccessibilityTest, ToldFromTheScreen) {
+TEST_F(RowsAccessibilityTest, DoesWhatIsInTheMenuAlone) {
+    show({ListRows::plain(u"a"_s, {later})});
+    QSignalSpy triggered(view.get(), &RowsView::actionTriggered);
+    EXPECT_TRUE(act(row(0), u"Later"_s));
+    ASSERT_EQ(triggered.size(), 1);
+    EXPECT_EQ(triggered.first(), (QVariantList{0, 9}));
+}
+
+TEST_F(RowsAccessibilityTest, HasTheOpenMenuBelowItsRow) {
+    show({ListRows::plain(u"a"_s, {later}), ListRows::plain(u"b"_s, {later})});
+    EXPECT_TRUE(act(row(1), menu));
+    EXPECT_EQ(row(0)->childCount(), 0);
+    ASSERT_EQ(row(1)->childCount(), 1);
+    EXPECT_EQ(childNames(row(1)->child(0)), QStringList{u"Later"_s});
+    EXPECT_EQ(row(1)->indexOfChild(row(1)->child(0)), 0);
+}
+
+TEST_F(RowsAccessibilityTest, TellsWhereItIs) {
     show(ticks(50'000));
     EXPECT_FALSE(row(1)->state().offscreen);
     EXPECT_TRUE(row(400)->state().offscreen);
