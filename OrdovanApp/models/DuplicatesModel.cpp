@@ -19,12 +19,12 @@ void DuplicatesModel::reload() {
     report_ = model_.duplicateReport();
     inventory_ = model_.inventory();
     root_ = model_.planRoot().value_or(Url());
-    index();
+    indexNames();
     narrow();
     endResetModel();
 }
 
-void DuplicatesModel::index() {
+void DuplicatesModel::indexNames() {
     modified_.clear();
     groupOf_.clear();
     names_.reset(report_ ? static_cast<std::size_t>(report_->duplicateFileCount()) : 0);
@@ -74,7 +74,7 @@ void DuplicatesModel::setLocked(const QString& reason) {
 }
 
 void DuplicatesModel::followKeepers() {
-    if (rows_ > 0) Q_EMIT dataChanged(QAbstractListModel::index(0), QAbstractListModel::index(rows_ - 1));
+    if (rows_ > 0) Q_EMIT dataChanged(index(0), index(rows_ - 1));
 }
 
 int DuplicatesModel::rowCount(const QModelIndex& parent) const {

@@ -56,7 +56,7 @@ private:
     [[nodiscard]] Place placeOf(int row) const;
     [[nodiscard]] RowContent head(const OrdovanDuplicateGroup& group) const;
     [[nodiscard]] QString headTitle(const OrdovanDuplicateGroup& group) const;
-    void index();
+    void indexNames();
     void narrow();
     void followKeepers();
 

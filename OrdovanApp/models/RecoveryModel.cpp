@@ -28,7 +28,7 @@ void RecoveryModel::reload() {
     root_ = model_.rootURL().value_or(Url());
     organizedStates_.clear();
     trashedStates_.clear();
-    index();
+    indexNames();
     narrow();
     endResetModel();
     count();
@@ -48,7 +48,7 @@ void RecoveryModel::adopt(const ordovan::RecoverySurvey& survey) {
     organizedStates_ = survey.organized;
     trashedStates_ = survey.trashed;
     count();
-    if (rowCount() > 0) Q_EMIT dataChanged(QAbstractListModel::index(0), QAbstractListModel::index(rowCount() - 1));
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
 void RecoveryModel::count() {
@@ -60,7 +60,7 @@ void RecoveryModel::count() {
     Q_EMIT countsChanged();
 }
 
-void RecoveryModel::index() {
+void RecoveryModel::indexNames() {
     names_.reset(organized() + trashed());
     for (std::uint32_t item = 0; item < organized(); ++item) names_.add(organizedEntry(item).destination());
     for (std::uint32_t item = 0; item < trashed(); ++item) names_.add(trashedEntry(organized() + item).original());
@@ -87,7 +87,7 @@ void RecoveryModel::setQuery(const QString& query) {
 void RecoveryModel::setLocked(const QString& reason) {
     if (reason == locked_) return;
     locked_ = reason;
-    if (rowCount() > 0) Q_EMIT dataChanged(QAbstractListModel::index(0), QAbstractListModel::index(rowCount() - 1));
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
 int RecoveryModel::rowCount(const QModelIndex& parent) const {

@@ -54,7 +54,7 @@ private:
     using State = ordovan::RecoverySurvey::State;
 
     void reload();
-    void index();
+    void indexNames();
     void narrow();
     void count();
     void adopt(const ordovan::RecoverySurvey& survey);
