@@ -73,7 +73,7 @@ QWidget* SettingsView::makeHeading(const QString& text) {
 
 QWidget* SettingsView::makeOrganizing() {
     auto* card = new Card(context_.theme, this);
-    card->setFixedWidth(contentWidth);
+    card->setFixedWidth(context_.theme.scaled(contentWidth));
     auto* layout = new QVBoxLayout(card);
     layout->setContentsMargins(16, 14, 16, 16);
     layout->setSpacing(4);
@@ -113,7 +113,7 @@ QCheckBox* SettingsView::addToggle(QVBoxLayout* layout, const QString& name, con
 
 QWidget* SettingsView::makeThemes() {
     auto* card = new Card(context_.theme, this);
-    card->setFixedWidth(contentWidth);
+    card->setFixedWidth(context_.theme.scaled(contentWidth));
     auto* layout = new QHBoxLayout(card);
     layout->setContentsMargins(12, 12, 12, 14);
     layout->setSpacing(4);

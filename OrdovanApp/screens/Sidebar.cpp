@@ -63,7 +63,6 @@ private:
 Sidebar::Sidebar(const ThemeEnvironment& theme, QWidget* parent)
     : QWidget(parent), theme_(theme), name_(new QLabel(u"ordovan+"_s, this)), status_(new QLabel(this)) {
     setObjectName(u"sidebar"_s);
-    setFixedWidth(sidebarWidth);
     name_->setObjectName(u"brand"_s);
     status_->setObjectName(u"status"_s);
     status_->setWordWrap(true);
@@ -160,6 +159,7 @@ void Sidebar::keyPressEvent(QKeyEvent* event) {
 }
 
 void Sidebar::recolour() {
+    setFixedWidth(theme_.scaled(sidebarWidth));
     const ThemeColors& colors = theme_.colors();
     const auto paint = [](QLabel* label, const QColor& color) {
         QPalette palette = label->palette();

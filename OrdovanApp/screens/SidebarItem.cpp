@@ -50,7 +50,10 @@ SidebarItem::SidebarItem(const ThemeEnvironment& theme, Section section, QWidget
     setAccessibleName(text());
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::NoFocus);
-    connect(&theme, &ThemeEnvironment::changed, this, qOverload<>(&QWidget::update));
+    connect(&theme, &ThemeEnvironment::changed, this, [this] {
+        updateGeometry();
+        update();
+    });
 }
 
 void SidebarItem::setCurrent(bool current) {
@@ -70,7 +73,8 @@ void SidebarItem::setCount(const QString& count, const QString& description) {
 }
 
 QSize SidebarItem::sizeHint() const {
-    return {itemHeight * 5, itemHeight};
+    const int height = theme_.scaled(itemHeight);
+    return {height * 5, height};
 }
 
 /// A button takes the arrow keys for itself; here they are the list's.

@@ -26,7 +26,7 @@ ThemeChoice::ThemeChoice(const ThemeEnvironment& theme, AppTheme offered, QWidge
 }
 
 QSize ThemeChoice::sizeHint() const {
-    return choiceSize;
+    return {theme_.scaled(choiceSize.width()), theme_.scaled(choiceSize.height())};
 }
 
 void ThemeChoice::paintEvent(QPaintEvent*) {
