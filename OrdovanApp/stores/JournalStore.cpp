@@ -145,11 +145,14 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
     if (isHeldElsewhere(lock)) return failure;
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
-    if (remaining) {
-        if (!write(file, *remaining)) return failure;
+    const bool fits = !remaining || remaining->entries.size() <= maxEntries_;
+    const Journal& document = fits ? remaining : storedLeft;
+    if (document) {
+        if (!write(file, *document)) return failure;
     } else if (stored.state == Stored::State::readable && !storage_.remove(file)) {
         return failure;
     }
+    if (!fits) return failure;
     Saved saved = {.journal = remaining, .unsaved = nullptr, .warning = std::nullopt};
     if (!takeOutOfOlder(root, restored, fs)) saved.warning = notUpdated;
     return saved;

@@ -39,8 +39,8 @@ public:
 
     /// `lockRecords` takes the lock of the shared records. While another has it, nothing is written, and what should
     /// have been stays in memory. Where it can not be had for another reason, documents are written without it: a
-    /// record that might collide is better than none. `maxEntries`: a journal of more could not
-    /// be read again, so a full document is kept aside and a new one begun.
+    /// record that might collide is better than none. `maxEntries`: a journal of more could not be read again, so it is
+    /// never written, and what does not fit stays in memory.
     JournalStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
                  std::size_t maxEntries = OrdovanJournal::maxEntries);
 

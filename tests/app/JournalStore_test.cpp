@@ -125,6 +125,18 @@ TEST_F(JournalStoreTest, LeavesARecordThatIsFullAndSaysThatTheRunIsNotInIt) {
     EXPECT_THAT(names(small.read(root).journal), ElementsAre("a", "b", "c"));
 }
 
+TEST_F(JournalStoreTest, NeverWritesMoreThanCanBeReadWhenSomethingIsRestored) {
+    JournalStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 3);
+    memory.write(file, journal({"a", "b", "c"}).encoded());
+    const auto unsaved = shared(journal({"d", "e"}));
+    const auto known = shared(journal({"a", "b", "c", "d", "e"}));
+    const auto saved = small.removeRestored(root, {"/r/ordovan+/a"}, known, unsaved, 7, memory);
+    EXPECT_EQ(saved.warning, notUpdated);
+    EXPECT_THAT(names(saved.journal), ElementsAre("b", "c", "d", "e"));
+    EXPECT_THAT(names(saved.unsaved), ElementsAre("d", "e"));
+    EXPECT_THAT(names(small.read(root).journal), ElementsAre("b", "c"));
+}
+
 TEST_F(JournalStoreTest, SetsTwoUnreadableRecordsAsideInOneSecond) {
     memory.write(file, "garbage");
     EXPECT_FALSE(store.append(root, journal({"a"}), nullptr, nullptr, 7).warning);
