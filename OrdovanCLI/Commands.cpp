@@ -107,14 +107,22 @@ Console::Answer Context::consent(std::string_view question) {
     return answer;
 }
 
-std::optional<Outcome> Context::declined(OrdovanRunRecord::Kind kind, std::string_view question) {
+std::optional<Outcome> Context::unrecordable(OrdovanRunRecord::Kind kind) const {
     using Kind = OrdovanRunRecord::Kind;
     // Putting back needs no new record, and what is left in the old one is refused safely.
-    if ((kind == Kind::organize || kind == Kind::trash) && !session.model().canSaveRecords()) {
+    if (kind == Kind::undo || kind == Kind::restoreTrash) return std::nullopt;
+    if (session.areRecordsHeldElsewhere()) {
+        if (interrupts::requested()) return Outcome::interrupted();
         return Outcome::impossible(
-            "No record of the run could be saved, so nothing was moved. Check the permissions of " +
-            inQuotes(session.recordsFolder().path()) + " and the free space there.");
+            "Another ordovan+ is saving its records, so nothing was moved. Try again in a moment.");
     }
+    if (session.model().canSaveRecords()) return std::nullopt;
+    return Outcome::impossible("No record of the run could be saved, so nothing was moved. Check the permissions of " +
+                               inQuotes(session.recordsFolder().path()) + " and the free space there.");
+}
+
+std::optional<Outcome> Context::declined(OrdovanRunRecord::Kind kind, std::string_view question) {
+    if (auto end = unrecordable(kind)) return end;
     switch (consent(question)) {
         case Console::Answer::interrupted:
             return Outcome::interrupted();

@@ -68,6 +68,8 @@ struct Context {
     /// The user's answer, or yes where `--yes` gave it already. What was put out so far is shown first; where it can
     /// not be, the answer is no.
     [[nodiscard]] Console::Answer consent(std::string_view question);
+    /// How the command ends where the record of a run of this kind could not be saved; nothing where it could.
+    [[nodiscard]] std::optional<Outcome> unrecordable(OrdovanRunRecord::Kind kind) const;
     /// Asks before a run, and before that sees whether its record could be saved: what is in memory only can not be
     /// taken back once the program has ended. Nothing when the run may start; else how the command ends.
     [[nodiscard]] std::optional<Outcome> declined(OrdovanRunRecord::Kind kind, std::string_view question);

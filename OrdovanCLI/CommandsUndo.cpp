@@ -1,16 +1,10 @@
 #include "OrdovanCLI/Commands.h"
 
-#include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/PlanView.h"
-#include "OrdovanCore/Categories.h"
-#include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Proposals.h"
-#include "OrdovanCore/TrashMove.h"
-#include "OrdovanCore/TrashPlace.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <span>
 #include <unordered_set>
@@ -21,49 +15,13 @@ namespace {
 using Journal = std::shared_ptr<const OrdovanJournal>;
 using IDs = std::unordered_set<std::string>;
 
-/// Looks, entry by entry, whether what a record says could be taken back in a folder.
-class Survey {
-public:
-    Survey(const Url& folder, OrdovanFileSystem& fs)
-        : fs_(fs),
-          organized_{ExecutionScope(folder, folder.appending(OrdovanOutput::folderName)),
-                     ExecutionScope(folder, folder.appending(olderOutputFolderName))},
-          trashed_(folder) {}
-
-    [[nodiscard]] Recoverability of(const OrdovanJournalEntry& entry) const {
-        const Url source = Url::file(entry.source());
-        const Url destination = Url::file(entry.destination());
-        return state(destination, std::ranges::any_of(organized_, [&](const ExecutionScope& scope) {
-                         return scope.holds(source, destination, fs_) && !scope.crossesLink(source, destination, fs_);
-                     }));
-    }
-
-    [[nodiscard]] Recoverability of(const OrdovanTrashEntry& entry) const {
-        const Url trashed = Url::file(entry.trashed());
-        return state(trashed, namesOnePlace(trashed) && isInTrash(trashed.path()) &&
-                                  trashed_.holds(Url::file(entry.original()), fs_));
-    }
-
-private:
-    [[nodiscard]] Recoverability state(const Url& file, bool isInScope) const {
-        if (!isInScope) return Recoverability::refused;
-        return fs_.isRegularFile(file) ? Recoverability::present : Recoverability::missing;
-    }
-
-    OrdovanFileSystem& fs_;
-    std::array<ExecutionScope, 2> organized_;
-    TrashScope trashed_;
-};
-
 /// What of these records could be taken back now.
 RecoveryResult recovery(Context& context, const Url& folder, Journal journal, std::vector<OrdovanTrashEntry> trashed) {
-    RecoveryResult result{folder, std::move(journal), {}, {std::move(trashed), {}}};
-    const Survey survey(folder, context.session.ports().fileSystem);
-    if (result.journal) {
-        for (const OrdovanJournalEntry& entry : result.journal->entries) result.states.push_back(survey.of(entry));
-    }
-    for (const OrdovanTrashEntry& entry : result.trashed.entries) result.trashed.states.push_back(survey.of(entry));
-    return result;
+    OrdovanTrashRecord record;
+    record.entries = std::move(trashed);
+    return {folder, RecoverySurvey::of(folder, std::move(journal),
+                                       std::make_shared<const OrdovanTrashRecord>(std::move(record)),
+                                       context.session.ports().fileSystem)};
 }
 
 /// A stored undo record is there and can not be used.

@@ -225,19 +225,19 @@ void writeJson(Output& output, const RunReport& result) {
 
 void writeJson(Output& output, const RecoveryResult& result) {
     static const OrdovanJournal nothing;
-    const OrdovanJournal& journal = result.journal ? *result.journal : nothing;
+    const OrdovanJournal& journal = result.found.journal ? *result.found.journal : nothing;
     Document document(output);
     std::size_t index = 0;
     document.list("organized", journal.entries, [&](Object& record, const OrdovanJournalEntry& entry) {
         record.text("source", entry.source());
         record.text("destination", entry.destination());
-        record.boolean("present", result.states[index++] == Recoverability::present);
+        record.boolean("present", result.found.organized[index++] == RecoverySurvey::State::present);
     });
     index = 0;
-    document.list("trashed", result.trashed.entries, [&](Object& record, const OrdovanTrashEntry& entry) {
+    document.list("trashed", result.found.trash->entries, [&](Object& record, const OrdovanTrashEntry& entry) {
         record.text("original", entry.original());
         record.text("trashed", entry.trashed());
-        record.boolean("present", result.trashed.states[index++] == Recoverability::present);
+        record.boolean("present", result.found.trashed[index++] == RecoverySurvey::State::present);
     });
     document.end();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanApp/controller/RecoverySurvey.h"
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Inventory.h"
@@ -30,25 +31,10 @@ struct RunReport {
     std::int64_t trashedBytes = 0;  ///< of the files that a run of kind `trash` moved
 };
 
-/// Whether an entry of a record could be taken back, as far as can be told without reading the file.
-enum class Recoverability {
-    present,  ///< the file is where it was put
-    missing,
-    refused,  ///< the record names a place that such a file is never moved from or to
-};
-
-/// The files of a folder that could be put back from the Trash, in the order in which they were trashed.
-struct TrashedFiles {
-    std::vector<OrdovanTrashEntry> entries;
-    std::vector<Recoverability> states;  ///< one for each entry
-};
-
 /// What could be taken back in a folder, in the order in which it happened.
 struct RecoveryResult {
     Url folder;
-    std::shared_ptr<const OrdovanJournal> journal;  ///< null when nothing was organized
-    std::vector<Recoverability> states;             ///< one for each entry of the journal
-    TrashedFiles trashed;
+    RecoverySurvey found;  ///< the journal is null when nothing was organized
 };
 
 /// The files of equal content in a folder, and which copy of each stays.

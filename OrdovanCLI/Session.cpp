@@ -1,11 +1,13 @@
 #include "OrdovanCLI/Session.h"
 
+#include "OrdovanApp/stores/HeldLock.h"
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCore/platform/Interrupts.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <utility>
 
 namespace ordovan::cli {
@@ -13,6 +15,9 @@ namespace {
 
 /// The program ends after its run, so nobody would see a second preview.
 constexpr TidyViewModel::Options withoutRepreviews = {.repreviewsAfterRuns = false};
+
+/// Twice as long as saving a journal of a million entries takes.
+constexpr LockPatience forTheRecords = {.longest = std::chrono::seconds(4), .endsWithASignal = true};
 
 template <class IsRunning>
 void waitWhile(IsRunning isRunning) {
@@ -34,6 +39,10 @@ void Session::stopWhatRuns() {
     }
     interrupts::letThemEndTheProgram();
     model_.isScanningDuplicates() ? model_.cancelDuplicateSearch() : model_.cancelPreview();
+}
+
+bool Session::areRecordsHeldElsewhere() const {
+    return isHeldElsewhere(lockFolderWithin(forTheRecords)(recordsFolder()));
 }
 
 void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth) {

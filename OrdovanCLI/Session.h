@@ -22,6 +22,10 @@ public:
     [[nodiscard]] TidyViewModel& model() { return model_; }
     [[nodiscard]] const Url& recordsFolder() const { return environment_.locations().recordsFolder; }
 
+    /// True when another process keeps the lock of the shared records for seconds: a record could not be saved then.
+    /// Waits for it, at most until a request to stop.
+    [[nodiscard]] bool areRecordsHeldElsewhere() const;
+
     /// Previews a folder as far as `depth` says. Afterwards the controller's phase says whether it failed.
     void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth);
 

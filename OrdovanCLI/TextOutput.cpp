@@ -153,33 +153,34 @@ void writeSummary(Page& page, const RunReport& result) {
     page.endLine();
 }
 
-std::size_t presentCount(const std::vector<Recoverability>& states) {
-    return static_cast<std::size_t>(std::ranges::count(states, Recoverability::present));
+std::size_t presentCount(const std::vector<RecoverySurvey::State>& states) {
+    return static_cast<std::size_t>(std::ranges::count(states, RecoverySurvey::State::present));
 }
 
 /// Why an entry can not be taken back; nothing for one that can.
-void writeHindrance(Page& page, Recoverability state, std::string_view missing, std::string_view refused) {
-    if (state == Recoverability::present) return;
-    page.raw("    ").dim(state == Recoverability::missing ? missing : refused).endLine();
+void writeHindrance(Page& page, RecoverySurvey::State state, std::string_view missing, std::string_view refused) {
+    if (state == RecoverySurvey::State::present) return;
+    page.raw("    ").dim(state == RecoverySurvey::State::missing ? missing : refused).endLine();
 }
 
 void writeOrganized(Page& page, const RecoveryResult& result) {
-    page.raw(recoverableSentence(presentCount(result.states))).endLine();
+    page.raw(recoverableSentence(presentCount(result.found.organized))).endLine();
     std::size_t index = 0;
-    for (const OrdovanJournalEntry& entry : result.journal->entries) {
+    for (const OrdovanJournalEntry& entry : result.found.journal->entries) {
         page.raw("  ").safe(below(entry.destination(), result.folder.path())).raw(" → ");
         page.safe(below(entry.source(), result.folder.path())).endLine();
-        writeHindrance(page, result.states[index++], "Missing: deleted or moved since organizing. Undo will skip it.",
+        writeHindrance(page, result.found.organized[index++],
+                       "Missing: deleted or moved since organizing. Undo will skip it.",
                        "The record names a place outside this folder or behind a link. Undo will refuse it.");
     }
 }
 
 void writeTrashed(Page& page, const RecoveryResult& result) {
-    page.raw(restorableSentence(presentCount(result.trashed.states))).endLine();
+    page.raw(restorableSentence(presentCount(result.found.trashed))).endLine();
     std::size_t index = 0;
-    for (const OrdovanTrashEntry& entry : result.trashed.entries) {
+    for (const OrdovanTrashEntry& entry : result.found.trash->entries) {
         page.raw("  ").safe(entry.trashed()).raw(" → ").safe(below(entry.original(), result.folder.path())).endLine();
-        writeHindrance(page, result.trashed.states[index++],
+        writeHindrance(page, result.found.trashed[index++],
                        "No longer in the Trash (emptied or moved), so it can't be put back from here.",
                        "The record names a place that is in no Trash or behind a link. Restore will refuse it.");
     }
@@ -216,10 +217,10 @@ void writeText(Output& output, const RunReport& result, const TextStyle& style) 
 
 void writeText(Output& output, const RecoveryResult& result, const TextStyle& style) {
     Page page(output, style);
-    const bool hasTrashed = !result.trashed.entries.empty();
-    if (!result.journal && !hasTrashed) return page.raw("Nothing to recover").endLine();
-    if (result.journal) writeOrganized(page, result);
-    if (result.journal && hasTrashed) page.endLine();
+    const bool hasTrashed = !result.found.trash->entries.empty();
+    if (!result.found.journal && !hasTrashed) return page.raw("Nothing to recover").endLine();
+    if (result.found.journal) writeOrganized(page, result);
+    if (result.found.journal && hasTrashed) page.endLine();
     if (hasTrashed) writeTrashed(page, result);
 }
 

@@ -32,7 +32,7 @@ TEST(OrganizeCommand, AndUndoGiveBackTheVeryTree) {
     }
     home.write(std::string(251, 'n') + ".pdf", "long");
     home.folder.makeLink("Downloads/link.pdf", "a b.pdf");
-    ::link(home.download("a b.pdf").c_str(), home.download("second name.doc").c_str());
+    ASSERT_EQ(::link(home.download("a b.pdf").c_str(), home.download("second name.doc").c_str()), 0);
     ::chmod(home.download("-rf").c_str(), 0400);
     const auto before = home.tree();
     ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
@@ -155,6 +155,17 @@ TEST(OrganizeCommand, MovesNothingWhereNoRecordCouldBeSaved) {
     const std::string shown = Terminal(home, {"organize"}).finish().out;
     EXPECT_THAT(shown, HasSubstr(sentence));
     EXPECT_THAT(shown, Not(HasSubstr("[y/N]")));
+    EXPECT_TRUE(home.has("a.pdf"));
+}
+
+TEST(OrganizeCommand, MovesNothingWhileAnotherProcessKeepsTheRecordsLocked) {
+    const Home home;
+    home.write("a.pdf", "1");
+    std::filesystem::create_directories(home.records());
+    const Held held(home.records());
+    const Finished run = home.run({"organize", "--yes"});
+    EXPECT_EQ(run.err, "error: Another ordovan+ is saving its records, so nothing was moved. Try again in a moment.\n");
+    EXPECT_EQ(run.status, 3);
     EXPECT_TRUE(home.has("a.pdf"));
 }
 
