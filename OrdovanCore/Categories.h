@@ -25,10 +25,10 @@ namespace OrdovanFileCategories {
 
 /// Every category, in declaration order; `other` is the last.
 inline constexpr std::array<OrdovanFileCategory, 12> allCases = {
-    OrdovanFileCategory::documents,  OrdovanFileCategory::spreadsheets, OrdovanFileCategory::images,
-    OrdovanFileCategory::design,     OrdovanFileCategory::videos,       OrdovanFileCategory::audio,
-    OrdovanFileCategory::archives,   OrdovanFileCategory::installers,   OrdovanFileCategory::code,
-    OrdovanFileCategory::fonts,      OrdovanFileCategory::books,        OrdovanFileCategory::other,
+    OrdovanFileCategory::documents, OrdovanFileCategory::spreadsheets, OrdovanFileCategory::images,
+    OrdovanFileCategory::design,    OrdovanFileCategory::videos,       OrdovanFileCategory::audio,
+    OrdovanFileCategory::archives,  OrdovanFileCategory::installers,   OrdovanFileCategory::code,
+    OrdovanFileCategory::fonts,     OrdovanFileCategory::books,        OrdovanFileCategory::other,
 };
 
 /// One row of the extension table: extensions in lower case, without their dot.

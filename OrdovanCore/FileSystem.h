@@ -54,8 +54,8 @@ public:
     /// Any failure to find out is false.
     virtual bool exists(const Url& url) = 0;
 
-    /// True when the item itself is a regular file (a link to one is not). True implies that the item exists and that it
-    /// is no symbolic link, so nobody need ask for these as well. Any failure is false.
+    /// True when the item itself is a regular file (a link to one is not). True implies that the item exists and that
+    /// it is no symbolic link, so nobody need ask for these as well. Any failure is false.
     virtual bool isRegularFile(const Url& url) = 0;
 
     /// True when the item itself is a symbolic link, dangling or not. Any failure is false.
@@ -84,8 +84,8 @@ public:
     /// changed or replaced while it was read: EBUSY.
     virtual OrdovanResult<void> copy(const Url& from, const Url& to) = 0;
 
-    /// Removes a file or a symbolic link (itself). A folder is refused with EISDIR: nothing is removed recursively. With
-    /// an item of a Trash that stands again at the place that its info file tells goes, after it, that info file.
+    /// Removes a file or a symbolic link (itself). A folder is refused with EISDIR: nothing is removed recursively.
+    /// With an item of a Trash that stands again at the place that its info file tells goes, after it, that info file.
     virtual OrdovanResult<void> remove(const Url& url) = 0;
 
     /// The size in bytes (st_size, lstat(2)): of the link itself for a symbolic link.

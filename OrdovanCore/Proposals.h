@@ -12,11 +12,11 @@
 
 /// One proposed move.
 struct OrdovanFileProposal {
-    Url source;       ///< as the inventory gave it
-    Url destination;  ///< standardised, inside the output folder
+    Url source;                                                 ///< as the inventory gave it
+    Url destination;                                            ///< standardised, inside the output folder
     OrdovanFileCategory category = OrdovanFileCategory::other;  ///< by extension, also when a rule decides the folder
-    ordovan::SharedText explanation;                             ///< one sentence for the user
-    std::optional<ordovan::SharedText> ruleFolder;               ///< the matching rule's folder
+    ordovan::SharedText explanation;                            ///< one sentence for the user
+    std::optional<ordovan::SharedText> ruleFolder;              ///< the matching rule's folder
 
     /// The source path, " -> ", the destination path: the key of the user's selection.
     [[nodiscard]] std::string id() const;

@@ -16,8 +16,8 @@ struct MoveWays {
 
 /// Renames an item to a name that must be free and returns 0 or the errno (EEXIST when it is taken, a dangling link
 /// counting as taken; EXDEV for another volume). On failure the item stands where it stood and nowhere else, and what
-/// stood at `to` is untouched; what was made there is taken away again while it is provably ours. Folders too, which take the `placeholder` way where the first one fails (rename(2)
-/// replaces a folder only while it is empty).
+/// stood at `to` is untouched; what was made there is taken away again while it is provably ours. Folders too, which
+/// take the `placeholder` way where the first one fails (rename(2) replaces a folder only while it is empty).
 int moveExclusively(const char* from, const char* to, MoveWays ways = {});
 
 /// The same, and the new name is on disk when it returns. When it can not be put there, the item goes back to its old

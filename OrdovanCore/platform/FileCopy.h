@@ -14,9 +14,9 @@ struct CopyWays {
 ///
 /// Content, holes, extended attributes, access control lists, mode and times (nanoseconds) are kept, and owner and
 /// group where the system allows it. What the target's file system can not hold is left out: an attribute that it
-/// refuses or that is too big for it, and rights that would mean more without the refused list or under another owner (set-user-ID, the group's
-/// share of a list). Copy and folder entry are on disk when it returns, and the copy is dropped from memory so that
-/// the next reading comes from the device.
+/// refuses or that is too big for it, and rights that would mean more without the refused list or under another owner
+/// (set-user-ID, the group's share of a list). Copy and folder entry are on disk when it returns, and the copy is
+/// dropped from memory so that the next reading comes from the device.
 ///
 /// EEXIST when anything bears the name; ELOOP for a link, EINVAL for anything else that is not a regular file; EBUSY
 /// when the source changed or was replaced meanwhile. On any failure nothing is left at `to`.

@@ -226,9 +226,9 @@ TEST(PreviewJson, GivesTheBytesOfARootThatIsNotUtf8) {
     const Home home;
     home.folder.write("bad\xff/a.pdf", "1");
     const auto object = home.run({"preview", "--json", home.folder.path("bad\xff")}).json();
-    EXPECT_THAT(keys(object), ElementsAre("schema", "root", "pathBase64", "outputRoot", "outputRootBase64",
-                                          "caseInsensitive", "partialScan", "status", "scan", "proposals", "conflicts",
-                                          "skipped"));
+    EXPECT_THAT(keys(object),
+                ElementsAre("schema", "root", "pathBase64", "outputRoot", "outputRootBase64", "caseInsensitive",
+                            "partialScan", "status", "scan", "proposals", "conflicts", "skipped"));
     EXPECT_EQ(text(object.at("outputRoot")), home.folder.path("bad\xef\xbf\xbd/ordovan+"));
     home.folder.write("encoded", text(object.at("outputRootBase64")));
     const std::string command = "base64 -d " + home.folder.path("encoded") + " > " + home.folder.path("decoded");

@@ -265,9 +265,10 @@ TEST(RecoveryOfTheTrash, TellsWhatRestoreWillRefuse) {
     const std::string place = home.inTrash("a.txt");
     record.replace(record.find(place), place.size(), home.folder.path("elsewhere.txt"));
     home.folder.write(".local/share/ordovan/trash-record.json", record);
-    EXPECT_THAT(home.run({"recovery"}).out,
-                HasSubstr("/elsewhere.txt → a.txt\n"
-                          "    The record names a place that is in no Trash or behind a link. Restore will refuse it.\n"));
+    EXPECT_THAT(
+        home.run({"recovery"}).out,
+        HasSubstr("/elsewhere.txt → a.txt\n"
+                  "    The record names a place that is in no Trash or behind a link. Restore will refuse it.\n"));
     EXPECT_EQ(home.run({"recovery", "--json"}).json().at("trashed").at(0).at("present"), false);
     EXPECT_EQ(home.run({"restore", "--yes", "--entry", home.download("a.txt")}).status, 1);
     EXPECT_TRUE(home.folder.has("elsewhere.txt"));

@@ -1,5 +1,5 @@
-#include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
+#include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
@@ -169,8 +169,8 @@ TEST(DirectoryReader, ReportsAFolderThatMayNotBeReadAndGoesOn) {
     ::chmod(folder.path("closed").c_str(), 0);
     const std::string seen = ordovan::test::unprivileged([&] {
         const OrdovanInventory inventory = scan(folder);
-        return std::to_string(inventory.files.size()) + " " + std::string(rawValue(inventory.skipped.at(0).reason)) + " " +
-               std::string(inventory.skipped.at(0).url.lastPathComponent());
+        return std::to_string(inventory.files.size()) + " " + std::string(rawValue(inventory.skipped.at(0).reason)) +
+               " " + std::string(inventory.skipped.at(0).url.lastPathComponent());
     });
     EXPECT_EQ(seen, "1 unreadableDirectory closed");
 }

@@ -30,7 +30,8 @@ Lines names(const std::vector<OrdovanInventoryEntry>& entries) {
 
 Lines skips(const OrdovanInventory& inventory) {
     Lines lines;
-    for (const auto& skip : inventory.skipped) lines.push_back(relative(skip.url) + ": " + std::string(rawValue(skip.reason)));
+    for (const auto& skip : inventory.skipped)
+        lines.push_back(relative(skip.url) + ": " + std::string(rawValue(skip.reason)));
     return lines;
 }
 
@@ -286,7 +287,8 @@ TEST(Inventory, TakesAnItemWithoutAttributesForAPlainFile) {
 
 TEST(InventoryDeathTest, EndsTheProcessWhenTheTotalSizeOverflows) {
     OrdovanInventory inventory;
-    inventory.files = {{.url = root, .byteSize = std::numeric_limits<std::int64_t>::max()}, {.url = root, .byteSize = 1}};
+    inventory.files = {{.url = root, .byteSize = std::numeric_limits<std::int64_t>::max()},
+                       {.url = root, .byteSize = 1}};
     EXPECT_DEATH(static_cast<void>(inventory.totalByteSize()), "");
 }
 

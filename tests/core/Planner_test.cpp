@@ -33,7 +33,8 @@ OrdovanPlanResult plan(const std::vector<OrdovanInventoryEntry>& files, const Op
 Lines lines(const OrdovanPlanResult& plan) {
     Lines lines;
     const auto relative = [](const Url& url) { return std::string(url.path().substr(root.path().size() + 1)); };
-    for (const auto& p : plan.proposals) lines.push_back(relative(p.source) + " > " + relative(p.destination).substr(9));
+    for (const auto& p : plan.proposals)
+        lines.push_back(relative(p.source) + " > " + relative(p.destination).substr(9));
     for (const auto& c : plan.conflicts) lines.push_back(relative(c.source) + " ! " + std::string(rawValue(c.kind)));
     for (const auto& s : plan.skipped) lines.push_back(relative(s.source) + " - " + s.reason.str());
     return lines;
@@ -68,8 +69,9 @@ TEST(Plan, ProposesNoDestinationThatExists) {
               Lines{"x.pdf ! destinationOccupied"});
     EXPECT_EQ(lines(plan({file("x.pdf")}, {.preexisting = {"/root/ordovan+/Documents/X.PDF"}})),
               Lines{"x.pdf > Documents/x.pdf"});
-    EXPECT_EQ(lines(plan({file("x.pdf")}, {.preexisting = {"/root/ordovan+/Documents/X.PDF"}, .caseInsensitive = true})),
-              Lines{"x.pdf ! destinationOccupied"});
+    EXPECT_EQ(
+        lines(plan({file("x.pdf")}, {.preexisting = {"/root/ordovan+/Documents/X.PDF"}, .caseInsensitive = true})),
+        Lines{"x.pdf ! destinationOccupied"});
 }
 
 TEST(Plan, ReportsAnOccupiedAndContestedDestinationOnceAsOccupied) {
@@ -103,7 +105,8 @@ TEST(Plan, SkipsWithTheSentenceOfTheRefusal) {
 }
 
 TEST(Plan, OrdersProposalsByDestinationThenSource) {
-    const auto ordered = lines(plan({file("z/B.pdf"), file("a10.pdf"), file("y/b.pdf"), file("a9.pdf"), file("a.zip")}));
+    const auto ordered =
+        lines(plan({file("z/B.pdf"), file("a10.pdf"), file("y/b.pdf"), file("a9.pdf"), file("a.zip")}));
     EXPECT_EQ(ordered, (Lines{"a.zip > Archives/a.zip", "a9.pdf > Documents/a9.pdf", "a10.pdf > Documents/a10.pdf",
                               "y/b.pdf > Documents/b.pdf", "z/B.pdf > Documents/B.pdf"}));
 }

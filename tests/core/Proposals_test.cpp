@@ -52,16 +52,46 @@ TEST(Containment, TakesComposedAndDecomposedNamesForOne) {
 }
 
 TEST(TooBroad, AreTheTopFoldersOfASystem) {
-    for (const char* path : {"/", "/System", "/Users", "/Volumes", "/private", "/Library", "/Network", "/bin", "/sbin", "/usr",
-                             "/etc", "/var", "/cores", "/opt", "/Applications", "/mnt", "/System/Volumes/Data", "/private/var",
-                             "/private/tmp", "/home", "/boot", "/dev", "/lib", "/lib32", "/lib64", "/media", "/proc", "/run",
-                             "/srv", "/sys", "/snap", "/usr/", "/x/../home"}) {
+    for (const char* path : {"/",
+                             "/System",
+                             "/Users",
+                             "/Volumes",
+                             "/private",
+                             "/Library",
+                             "/Network",
+                             "/bin",
+                             "/sbin",
+                             "/usr",
+                             "/etc",
+                             "/var",
+                             "/cores",
+                             "/opt",
+                             "/Applications",
+                             "/mnt",
+                             "/System/Volumes/Data",
+                             "/private/var",
+                             "/private/tmp",
+                             "/home",
+                             "/boot",
+                             "/dev",
+                             "/lib",
+                             "/lib32",
+                             "/lib64",
+                             "/media",
+                             "/proc",
+                             "/run",
+                             "/srv",
+                             "/sys",
+                             "/snap",
+                             "/usr/",
+                             "/x/../home"}) {
         EXPECT_TRUE(isTooBroad(Url::file(path))) << path;
     }
 }
 
 TEST(TooBroad, AreNeitherHomesNorVolumesNorWhatLiesBelow) {
-    for (const char* path : {"/Users/name", "/Volumes/Disk", "/usr/local", "/home/name", "/users", "/Homes", "/x", "/private/x"}) {
+    for (const char* path :
+         {"/Users/name", "/Volumes/Disk", "/usr/local", "/home/name", "/users", "/Homes", "/x", "/private/x"}) {
         EXPECT_FALSE(isTooBroad(Url::file(path))) << path;
     }
 }
@@ -143,7 +173,8 @@ TEST(Proposal, NeedsFileUrls) {
 
 TEST(Proposal, KeepsTheBytesOfTheFoldersOwnName) {
     const Url decomposed = Url::file("/e\u0301");
-    const auto proposal = preview(decomposed.appending("o\u0308.pdf"), decomposed, decomposed.appending("ordovan+"), {}, {});
+    const auto proposal =
+        preview(decomposed.appending("o\u0308.pdf"), decomposed, decomposed.appending("ordovan+"), {}, {});
     EXPECT_EQ(proposal.value().destination.path(), "/e\u0301/ordovan+/Documents/o\u0308.pdf");
 }
 

@@ -46,7 +46,8 @@ protected:
     /// A file in the Trash, with its info file, that was at `original`; its true entry.
     OrdovanTrashEntry trashed(std::string_view original, std::string_view content = "content") {
         const std::string name(ordovan::lastPathComponent(original));
-        memory.write(trashFolder + "/info/" + name + ".trashinfo", "[Trash Info]\nPath=" + std::string(original) + "\n");
+        memory.write(trashFolder + "/info/" + name + ".trashinfo",
+                     "[Trash Info]\nPath=" + std::string(original) + "\n");
         memory.write(trashFolder + "/files/" + name, content);
         return {original, trashFolder + "/files/" + name, static_cast<std::int64_t>(content.size()), digestOf(content)};
     }

@@ -35,8 +35,13 @@ TEST(Composition, MakesDecomposedAndComposedSpellingsEqual) {
 }
 
 TEST(Composition, LeavesBytesThatAreNotUtf8Alone) {
-    EXPECT_EQ(text::composed("\xff" "e\u0301"), "\xff" "e\u0301");
-    EXPECT_TRUE(text::isComposed("\xff" "e\u0301"));
+    EXPECT_EQ(text::composed("\xff"
+                             "e\u0301"),
+              "\xff"
+              "e\u0301");
+    EXPECT_TRUE(
+        text::isComposed("\xff"
+                         "e\u0301"));
 }
 
 TEST(LowerCasing, IsFullUnicodeWithoutALocale) {
@@ -89,7 +94,8 @@ std::vector<std::string> inOrder(const std::vector<std::string>& texts, const te
 
 std::string randomName(std::mt19937& random, bool mixed) {
     static const std::string characters = " !#$%&'()+,-.0001239;=@ABCXYZ[]^_`abcxyz{}~\t";
-    static const std::vector<std::string> others = {"é", "e\u0301", "ß", "ä", "ö", "ch", "Ch", "１", "ａ", "写", "ñ", "ll", "cs", "\x01"};
+    static const std::vector<std::string> others = {"é",  "e\u0301", "ß",  "ä", "ö",  "ch", "Ch",
+                                                    "１", "ａ",      "写", "ñ", "ll", "cs", "\x01"};
     std::string name;
     for (std::size_t length = random() % 9; length > 0; --length) {
         if (mixed && random() % 6 == 0) {
@@ -105,7 +111,8 @@ std::string randomName(std::mt19937& random, bool mixed) {
 
 TEST(StandardSorter, KeepsTheOrderOfTextsThatCompareAsEqual) {
     const text::Collation root("");
-    EXPECT_EQ(inOrder({"b", "a01", "A1", "a1", "A01"}, root), (std::vector<std::string>{"a01", "A1", "a1", "A01", "b"}));
+    EXPECT_EQ(inOrder({"b", "a01", "A1", "a1", "A01"}, root),
+              (std::vector<std::string>{"a01", "A1", "a1", "A01", "b"}));
 }
 
 TEST(StandardSorter, OrdersEqualTextsByTheSecondOnes) {
@@ -117,14 +124,16 @@ TEST(StandardSorter, OrdersEqualTextsByTheSecondOnes) {
 }
 
 TEST(StandardSorter, AgreesWithComparingInEveryLocale) {
-    for (const char* const locale : {"", "en_US.UTF-8", "de_DE", "sv_SE", "cs_CZ", "hu_HU", "da_DK", "tr_TR", "th_TH", "zh_CN"}) {
+    for (const char* const locale :
+         {"", "en_US.UTF-8", "de_DE", "sv_SE", "cs_CZ", "hu_HU", "da_DK", "tr_TR", "th_TH", "zh_CN"}) {
         const text::Collation collation(locale);
         std::mt19937 random(7);
         for (const bool mixed : {false, true}) {
             std::vector<std::string> names;
             for (int i = 0; i < 1500; ++i) names.push_back(randomName(random, mixed));
             std::vector<std::string> expected = names;
-            std::ranges::stable_sort(expected, [&](const auto& a, const auto& b) { return collation.compare(a, b) < 0; });
+            std::ranges::stable_sort(expected,
+                                     [&](const auto& a, const auto& b) { return collation.compare(a, b) < 0; });
             EXPECT_EQ(inOrder(names, collation), expected) << locale;
         }
     }

@@ -62,8 +62,8 @@ TEST_P(TrashContract, AnItemWithoutInfoFileMayLeaveToo) {
 
 TEST_P(TrashContract, WhatIsNoInfoFileStays) {
     build({"Trash/files/a = 1", "Trash/info/a.trashinfo", "Trash/files/b = 2",
-           "Trash/info/b.trashinfo = a diary\nPath=b\n", "Trash/files/c = 3",
-           "Trash/info/c.trashinfo -> b.trashinfo", "Trash/files/d = 4", "Trash/info/d.trashinfo/"});
+           "Trash/info/b.trashinfo = a diary\nPath=b\n", "Trash/files/c = 3", "Trash/info/c.trashinfo -> b.trashinfo",
+           "Trash/files/d = 4", "Trash/info/d.trashinfo/"});
     for (const char* name : {"a", "b", "c", "d"}) {
         EXPECT_TRUE(fs_.move(at(std::string("Trash/files/") + name), at(name)));
         EXPECT_TRUE(has(std::string("Trash/info/") + name + ".trashinfo")) << name;
