@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/FileLooks.h"
 #include "OrdovanApp/controller/RecoverySurvey.h"
 #include "OrdovanApp/controller/PreviewDepth.h"
 #include "OrdovanApp/controller/TidyPorts.h"
@@ -180,6 +181,8 @@ public:
     /// The largest of the previewed files, as `OrdovanLargeFiles::top` finds them; none without a preview of the
     /// chosen folder.
     [[nodiscard]] std::vector<OrdovanInventoryEntry> largeFiles(std::int64_t limit, std::int64_t minimumBytes) const;
+    /// Reads the beginnings of files, to show what is in them.
+    [[nodiscard]] FileLooks& looks() { return looks_; }
 
     // Runs. One at a time: while `isApplying` or `isTrashing`, these do nothing and say false. They say true when a run
     // was started; it has ended when `isApplying` (of the first three) or `isTrashing` is false again.
@@ -294,6 +297,7 @@ private:
 
     const TidyPorts ports_;
     const Options options_;
+    FileLooks looks_{ports_.tasks, ports_.contents};
 
     Phase phase_;
     std::optional<Url> rootURL_;

@@ -120,6 +120,8 @@ void ContentView::observe(const QString& command) {
     } else if (command == Commands::exportPlan) {
         showSection(Section::inbox);
         if (const auto& request = screen(Section::inbox).requestExport) request();
+    } else if (command == Commands::showRecovery) {
+        showSection(Section::recovery);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "OrdovanApp/screens/SectionScreens.h"
 
+#include "OrdovanApp/screens/BigFilesView.h"
+#include "OrdovanApp/screens/DuplicatesView.h"
 #include "OrdovanApp/screens/SmartInboxView.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
@@ -16,6 +18,12 @@ SectionScreen makeInbox(const AppContext& context, QWidget* parent) {
     return {.widget = view,
             .requestOrganize = [view] { view->requestOrganize(); },
             .requestExport = [view] { view->requestExport(); }};
+}
+
+/// A screen that takes no requests.
+template <class View>
+SectionScreen make(const AppContext& context, QWidget* parent) {
+    return {.widget = new View(context, parent), .requestOrganize = {}, .requestExport = {}};
 }
 
 /// A screen that has nothing to show but what it is for.
@@ -38,11 +46,8 @@ SectionFactory empty(Section section, const QString& heading, const QString& mes
 SectionFactories screens() {
     return {
         {Section::inbox, makeInbox},
-        {Section::duplicates,
-         empty(Section::duplicates, u"Find exact duplicates"_s,
-               u"Scans the files from your current preview and groups byte-for-byte identical copies."_s)},
-        {Section::bigFiles, empty(Section::bigFiles, u"Preview a folder first"_s,
-                                  u"Big Files uses the sizes from your current preview."_s)},
+        {Section::duplicates, make<DuplicatesView>},
+        {Section::bigFiles, make<BigFilesView>},
         {Section::recovery,
          empty(Section::recovery, u"Nothing to recover"_s,
                u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s)},

@@ -1,0 +1,188 @@
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/BigFilesView.h"
+#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/BottomBar.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/Card.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/FilterField.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/Segments.h"
+#include "OrdovanApp/theme/StatRow.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <array>
+#include <cstdint>
+
+// The making of the pages of Big Files.
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct SizeFilter {
+    QStringView text;
+    std::int64_t minimumBytes;
+};
+constexpr std::array<SizeFilter, 4> sizeFilters = {{
+    {u"Any size", 0},
+    {u"Over 10 MB", 10'000'000},
+    {u"Over 100 MB", 100'000'000},
+    {u"Over 1 GB", 1'000'000'000},
+}};
+
+constexpr int sizeColumn = 84;
+constexpr int dateColumn = 96;
+constexpr int narrowList = 640;
+
+}  // namespace
+
+QWidget* BigFilesView::makeNoPreview() {
+    noPreview_ = new EmptyState(context_.theme, Glyph::bigFiles, pages_);
+    noPreview_->setObjectName(u"noPreviewPage"_s);
+    noPreview_->setTitle(u"Preview a folder first"_s);
+    noPreview_->setMessage(u"Big Files uses the sizes from your current preview."_s);
+    chooseFirst_ = Buttons::primary(u"Choose Folder…"_s);
+    chooseFirst_->setObjectName(u"chooseFirstFolder"_s);
+    connect(chooseFirst_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    noPreview_->addButton(chooseFirst_);
+    return noPreview_;
+}
+
+QWidget* BigFilesView::makeFiles() {
+    files_ = new QWidget(pages_);
+    files_->setObjectName(u"filesPage"_s);
+    installers_ = new Banner(context_.theme, Banner::Kind::info, files_);
+    installers_->setObjectName(u"installersHint"_s);
+    installers_->setClosable(false);
+    installers_->setText(
+        u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to %1/Installers so you can review them in one place."_s
+            .arg(Formats::text(OrdovanOutput::folderName)));
+    auto* layout = new QVBoxLayout(files_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeStats());
+    layout->addSpacing(10);
+    layout->addWidget(makeFilters());
+    layout->addSpacing(12);
+    layout->addWidget(installers_);
+    layout->addSpacing(8);
+    layout->addWidget(makeList(), 1);
+    layout->addWidget(makeBar());
+    return files_;
+}
+
+/// The figures; while it is not known what duplicates hold, a way to find out stands in the last place.
+QWidget* BigFilesView::makeStats() {
+    auto* row = new QWidget(files_);
+    stats_ = new StatRow(context_.theme, row);
+    findCard_ = new Card(context_.theme, row);
+    find_ = Buttons::link(u"Find Duplicates"_s, findCard_);
+    find_->setObjectName(u"findDuplicates"_s);
+    connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
+    auto* caption = new QLabel(u"to see the space held in copies"_s, findCard_);
+    StyleSheet::setType(caption, StyleSheet::LabelType::caption);
+    caption->setMinimumWidth(0);
+    caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    auto* card = new QVBoxLayout(findCard_);
+    card->setContentsMargins(16, 11, 16, 12);
+    card->setSpacing(2);
+    card->addWidget(find_, 1, Qt::AlignLeft | Qt::AlignVCenter);
+    card->addWidget(caption);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+    layout->addWidget(stats_, 2);
+    layout->addWidget(findCard_, 1);
+    return row;
+}
+
+QWidget* BigFilesView::makeFilters() {
+    auto* row = new QWidget(files_);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    search_ = new FilterField(context_.theme, u"Search big files"_s, row);
+    search_->setObjectName(u"search"_s);
+    sizes_ = new Segments(context_.theme, row);
+    sizes_->setObjectName(u"sizeFilter"_s);
+    QStringList texts;
+    for (const SizeFilter& filter : sizeFilters) texts += filter.text.toString();
+    sizes_->setSegments(texts);
+    kinds_ = new Segments(context_.theme, row);
+    kinds_->setObjectName(u"kindFilter"_s);
+    layout->addWidget(search_);
+    layout->addWidget(sizes_, 2);
+    layout->addWidget(kinds_, 1);
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        model_.setQuery(text);
+        showListOrNothing();
+    });
+    connect(sizes_, &Segments::currentChanged, this, &BigFilesView::chooseSize);
+    connect(kinds_, &Segments::currentChanged, this, &BigFilesView::chooseKind);
+    return row;
+}
+
+void BigFilesView::chooseSize(int segment) {
+    model_.setMinimumBytes(sizeFilters.at(static_cast<std::size_t>(segment)).minimumBytes);
+    refreshKinds();
+}
+
+QWidget* BigFilesView::makeList() {
+    stack_ = new QStackedWidget(files_);
+    list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
+    list_->setObjectName(u"bigFileList"_s);
+    list_->setAccessibleName(u"Largest files, biggest first"_s);
+    list_->setAccessibleDescription(u"Return selects a file for the Trash, Space shows what is in it."_s);
+    list_->setModel(&model_);
+    list_->installEventFilter(this);
+    connect(list_, &RowsView::actionTriggered, this, &BigFilesView::act);
+    connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& current) {
+        if (quickLookIsOpen() && current.isValid()) lookAt(current.row());
+    });
+    noneOfSize_ = new EmptyState(context_.theme, Glyph::bigFiles, stack_);
+    noneOfSize_->setObjectName(u"noneOfSize"_s);
+    stack_->addWidget(list_);
+    stack_->addWidget(noneOfSize_);
+    stack_->addWidget(makeNoMatch());
+    return stack_;
+}
+
+QWidget* BigFilesView::makeNoMatch() {
+    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
+    noMatch_->setObjectName(u"noMatch"_s);
+    noMatch_->setTitle(u"No matching files"_s);
+    noMatch_->setMessage(u"None of the largest files matches the search."_s);
+    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
+    clear->setObjectName(u"clearFilters"_s);
+    connect(clear, &QPushButton::clicked, this, [this] {
+        clearFilters();
+        list_->setFocus();
+    });
+    noMatch_->addButton(clear);
+    return noMatch_;
+}
+
+QWidget* BigFilesView::makeBar() {
+    bar_ = new BottomBar(context_.theme, files_);
+    trash_ = Buttons::primary(u"Move to Trash…"_s, bar_);
+    trash_->setObjectName(u"trashTicked"_s);
+    connect(trash_, &QPushButton::clicked, this, &BigFilesView::requestTrash);
+    bar_->addButton(trash_);
+    return bar_;
+}
+
+/// Where there is no room for both columns, no row has the second.
+void BigFilesView::resizeEvent(QResizeEvent* event) {
+    QList<int> widths = {sizeColumn};
+    if (width() >= context_.theme.scaled(narrowList)) widths.append(dateColumn);
+    list_->setColumnWidths(widths);
+    QWidget::resizeEvent(event);
+}

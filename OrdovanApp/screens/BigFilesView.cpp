@@ -1,0 +1,312 @@
+#include "OrdovanApp/screens/BigFilesView.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/ListSight.h"
+#include "OrdovanApp/screens/QuickLook.h"
+#include "OrdovanApp/screens/SpaceTexts.h"
+#include "OrdovanApp/screens/TrashNotices.h"
+#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/BottomBar.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/FilterField.h"
+#include "OrdovanApp/theme/ProgressStrip.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+#include "OrdovanApp/theme/Segments.h"
+#include "OrdovanApp/theme/Sheet.h"
+#include "OrdovanApp/theme/StatRow.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using Case = TidyViewModel::Phase::Case;
+
+namespace {
+
+constexpr int margin = 28;
+
+}  // namespace
+
+BigFilesView::BigFilesView(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      model_(context.model, context.theme),
+      header_(new ScreenHeader(context.theme, u"Big Files"_s, this)),
+      choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
+      notices_(new TrashNotices(context, u"file"_s, this)),
+      pages_(new QStackedWidget(this)),
+      foot_(new QWidget(this)),
+      run_(new ProgressStrip(context.theme, foot_)) {
+    setObjectName(u"bigFiles"_s);
+    choose_->setObjectName(u"chooseFolder"_s);
+    connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    header_->addButton(choose_);
+    pages_->addWidget(makeNoPreview());
+    pages_->addWidget(makeFiles());
+    run_->setObjectName(u"runProgress"_s);
+    run_->setText(u"Checking each file again, then moving files to the Trash…"_s);
+    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
+    auto* foot = new QVBoxLayout(foot_);
+    foot->setContentsMargins(0, 8, 0, 12);
+    foot->addWidget(run_);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, 0, margin, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header_);
+    layout->addWidget(notices_);
+    layout->addWidget(pages_, 1);
+    layout->addWidget(foot_);
+    connectModel();
+    reload();
+}
+
+void BigFilesView::connectModel() {
+    const TidyViewModel* model = &context_.model;
+    for (const auto signal : {&TidyViewModel::inventoryChanged, &TidyViewModel::rootURLChanged}) {
+        connect(model, signal, this, &BigFilesView::reload);
+    }
+    for (const auto signal :
+         {&TidyViewModel::phaseChanged, &TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged}) {
+        connect(model, signal, this, &BigFilesView::refresh);
+    }
+    for (const auto signal : {&TidyViewModel::duplicateReportChanged, &TidyViewModel::isScanningDuplicatesChanged}) {
+        connect(model, signal, this, &BigFilesView::refreshCopies);
+    }
+    connect(&model_, &BigFilesModel::tickedChanged, this, &BigFilesView::refreshRun);
+    connect(notices_, &TrashNotices::runChanged, this, &BigFilesView::refreshRun);
+    connect(model, &TidyViewModel::trashProgressed, this,
+            [this](quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal) {
+                run_->setDetail(SpaceTexts::done(files, filesTotal, bytes, bytesTotal));
+                run_->setProgress(static_cast<qint64>(bytes), static_cast<qint64>(bytesTotal));
+            });
+}
+
+// What the controller has.
+
+bool BigFilesView::hasPreview() const {
+    return context_.model.inventory() && context_.model.planRoot() == context_.model.rootURL();
+}
+
+void BigFilesView::reload() {
+    const Url root = context_.model.planRoot().value_or(Url());
+    const ListSight before(*list_, model_);
+    if (root != root_) {
+        clearFilters();
+        if (quickLook_) quickLook_->close();
+    }
+    model_.reload();
+    refreshKinds();
+    if (root == root_) before.restore();
+    root_ = root;
+    refresh();
+}
+
+void BigFilesView::refresh() {
+    pages_->setCurrentWidget(hasPreview() ? files_ : noPreview_);
+    refreshHeader();
+    refreshFigures();
+    refreshRun();
+    showListOrNothing();
+}
+
+void BigFilesView::refreshHeader() {
+    const bool isScanning = context_.model.phase().kind == Case::scanning;
+    header_->setFolder(hasPreview() ? std::optional(Formats::path(*context_.model.rootURL())) : std::nullopt);
+    header_->setLede(hasPreview() ? u"The largest files in this folder. Looking changes nothing; files you tick and "
+                                    "confirm go to the Trash, and you can put them back."_s
+                                  : QString());
+    choose_->setVisible(hasPreview());
+    noPreview_->setFootnote(isScanning ? u"Previewing — reading metadata only…"_s : QString());
+    chooseFirst_->setVisible(!isScanning);
+}
+
+/// One segment for each kind among the largest files, after the one for all. The chosen kind stays while it is there.
+void BigFilesView::refreshKinds() {
+    offered_ = model_.kinds();
+    QStringList texts = {u"All kinds"_s};
+    for (const OrdovanFileCategory kind : offered_) texts += Formats::text(rawValue(kind));
+    kinds_->setSegments(texts);
+    chooseKind(kinds_->current());
+}
+
+void BigFilesView::refreshFigures() {
+    const auto largest = context_.model.largeFiles(BigFilesModel::limit, 0);
+    qint64 bytes = 0;
+    for (const OrdovanInventoryEntry& file : largest) bytes += file.byteSize;
+    QList<StatRow::Stat> stats = {{Formats::count(static_cast<qint64>(largest.size())), u"largest files"_s},
+                                  {Formats::byteSize(bytes), u"in the largest files"_s}};
+    const auto& report = context_.model.duplicateReport();
+    if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), u"in duplicate copies"_s, true});
+    stats_->setStats(stats);
+    findCard_->setVisible(!report);
+    installers_->setVisible(model_.hasInstallers());
+}
+
+void BigFilesView::refreshCopies() {
+    refreshFigures();
+    const QString reason =
+        CommandAvailability::reasonAgainst(Commands::findDuplicates, context_.model, context_.desktop);
+    find_->setEnabled(reason.isEmpty());
+    find_->setToolTip(reason);
+}
+
+/// Follows the ticks, and the beginning and the end of runs.
+void BigFilesView::refreshRun() {
+    const bool isOwn = notices_->isOwnRun();
+    if (isOwn && foot_->isHidden()) run_->reset();
+    foot_->setVisible(isOwn);
+    bar_->setVisible(!isOwn);
+    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+    const QString running = isRunning ? SpaceTexts::running() : QString();
+    model_.setLocked(running);
+    choose_->setEnabled(!isRunning);
+    choose_->setToolTip(running);
+
+    const BigFilesModel::Ticked ticked = model_.ticked();
+    const QString hint = u"Tick files to clean up. Trashed files can be put back from the Recovery Center."_s;
+    QString what = u"ticked · "_s + Formats::byteSize(ticked.bytes);
+    if (ticked.hidden > 0) what += u" · %1 of them not shown"_s.arg(Formats::count(ticked.hidden));
+    if (ticked.files == 0)
+        bar_->setSummary(QString(), hint);
+    else
+        bar_->setSummary(Formats::files(ticked.files), what + u". "_s + hint);
+    const QString reason = !isRunning && ticked.files == 0 ? u"Tick at least one file first."_s : running;
+    trash_->setEnabled(reason.isEmpty());
+    trash_->setToolTip(reason.isEmpty() ? u"Moves the ticked files to the Trash. You will be asked to confirm."_s
+                                        : reason);
+    refreshCopies();
+}
+
+void BigFilesView::showListOrNothing() {
+    const bool isAnySize = sizes_->current() <= 0;
+    noneOfSize_->setMessage(isAnySize ? u"This folder has no files."_s : u"Try a smaller size filter."_s);
+    noneOfSize_->setTitle(isAnySize ? u"No files here"_s : u"No files this size"_s);
+    QWidget* shown = list_;
+    if (!model_.hasFilesOfSize())
+        shown = noneOfSize_;
+    else if (model_.rowCount() == 0)
+        shown = noMatch_;
+    stack_->setCurrentWidget(shown);
+}
+
+// Filters.
+
+void BigFilesView::chooseKind(int segment) {
+    const auto place = static_cast<std::size_t>(segment) - 1;
+    const bool isKind = segment > 0 && place < offered_.size();
+    model_.setKind(isKind ? std::optional(offered_[place]) : std::nullopt);
+    showListOrNothing();
+}
+
+void BigFilesView::clearFilters() {
+    search_->clear();
+    kinds_->setCurrent(0);
+    sizes_->setCurrent(0);
+}
+
+// The list.
+
+/// Space looks into a file here, so Return ticks it.
+bool BigFilesView::eventFilter(QObject* watched, QEvent* event) {
+    const int row = list_->currentIndex().row();
+    if (watched != list_ || event->type() != QEvent::KeyPress || row < 0) return QWidget::eventFilter(watched, event);
+    const auto* key = static_cast<const QKeyEvent*>(event);
+    if (key->modifiers() & ~Qt::KeypadModifier) return false;
+    switch (key->key()) {
+        case Qt::Key_Space:
+            lookAt(row);
+            return true;
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            model_.toggle(row);
+            return true;
+        default:
+            return false;
+    }
+}
+
+void BigFilesView::act(int row, int action) {
+    switch (action) {
+        case BigFilesModel::quickLook:
+            list_->setCurrentIndex(model_.index(row));
+            lookAt(row);
+            break;
+        case BigFilesModel::reveal:
+            context_.desktop.reveal(model_.url(row));
+            break;
+        case BigFilesModel::selectForTrash:
+            model_.toggle(row);
+            break;
+        default:
+            break;
+    }
+}
+
+void BigFilesView::lookAt(int row) {
+    const Url file = model_.url(row);
+    const auto& inventory = context_.model.inventory();
+    if (!inventory) return;
+    const auto entry = std::ranges::find(inventory->files, file, &OrdovanInventoryEntry::url);
+    if (entry == inventory->files.end()) return;
+    if (!quickLook_) {
+        quickLook_ = new QuickLook(context_, this);
+        connect(quickLook_, &QuickLook::steered, this, &BigFilesView::steer);
+    }
+    quickLook_->showFile(*entry, root_);
+}
+
+bool BigFilesView::quickLookIsOpen() const {
+    return quickLook_ && quickLook_->isVisible();
+}
+
+/// Moves the list's current row with a key that was pressed in the quick look; that follows.
+void BigFilesView::steer(int key) {
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(list_, &press);
+}
+
+void BigFilesView::hideEvent(QHideEvent* event) {
+    if (quickLook_) quickLook_->close();
+    QWidget::hideEvent(event);
+}
+
+// Commands.
+
+Sheet* BigFilesView::confirmation() {
+    if (sheet_) return sheet_;
+    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
+    sheet_->setObjectName(u"trashFilesSheet"_s);
+    connect(sheet_, &Sheet::confirmed, this, [this] {
+        notices_->expectRun();
+        context_.model.trashBigFiles(std::exchange(asked_, {}));
+    });
+    return sheet_;
+}
+
+/// What is asked about is what goes, in the sizes that were seen.
+void BigFilesView::requestTrash() {
+    asked_ = model_.tickedItems();
+    const QString files = Formats::files(static_cast<qint64>(asked_.size()));
+    const QString size = Formats::byteSize(model_.ticked().bytes);
+    Sheet* sheet = confirmation();
+    sheet->setTitle(u"Move %1 to the Trash?"_s.arg(files));
+    const QString what = asked_.size() == 1 ? Formats::fileName(asked_.front().url) + u" ("_s + size + u")"_s : size;
+    sheet->setMessage(what +
+                      u" goes to the macOS Trash, not deleted. Each file is checked again first; anything that "
+                      "changed is left alone. Put files back from the Recovery Center."_s);
+    sheet->setConfirm(u"Move %1 to Trash"_s.arg(files), true);
+    sheet->open();
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "OrdovanApp/models/BigFilesModel.h"
+#include "OrdovanApp/screens/AppContext.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <vector>
+
+class Banner;
+class BottomBar;
+class EmptyState;
+class FilterField;
+class ProgressStrip;
+class QPushButton;
+class QStackedWidget;
+class QuickLook;
+class RowsView;
+class ScreenHeader;
+class Segments;
+class Sheet;
+class StatRow;
+class TrashNotices;
+
+/// The section that shows the largest files of the preview, lets their user look into them, and moves the ticked ones
+/// to the Trash.
+class BigFilesView : public QWidget {
+    Q_OBJECT
+
+public:
+    BigFilesView(const AppContext& context, QWidget* parent = nullptr);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QWidget* makeNoPreview();
+    QWidget* makeFiles();
+    QWidget* makeStats();
+    QWidget* makeFilters();
+    QWidget* makeList();
+    QWidget* makeNoMatch();
+    QWidget* makeBar();
+    void connectModel();
+
+    [[nodiscard]] bool hasPreview() const;
+    void reload();
+    void refresh();
+    void refreshHeader();
+    void refreshKinds();
+    void refreshFigures();
+    void refreshCopies();
+    void refreshRun();
+    void showListOrNothing();
+
+    void chooseSize(int segment);
+    void chooseKind(int segment);
+    void clearFilters();
+    void act(int row, int action);
+    void lookAt(int row);
+    [[nodiscard]] bool quickLookIsOpen() const;
+    void steer(int key);
+    [[nodiscard]] Sheet* confirmation();
+    void requestTrash();
+
+    AppContext context_;
+    BigFilesModel model_;
+    ScreenHeader* header_;
+    QPushButton* choose_;
+    TrashNotices* notices_;
+    QStackedWidget* pages_;
+    EmptyState* noPreview_;
+    QPushButton* chooseFirst_;
+    QWidget* files_;
+    StatRow* stats_;
+    QWidget* findCard_;
+    QPushButton* find_;
+    FilterField* search_;
+    Segments* sizes_;
+    Segments* kinds_;
+    std::vector<OrdovanFileCategory> offered_;  // behind "All kinds"
+    Banner* installers_;
+    QStackedWidget* stack_;
+    RowsView* list_;
+    EmptyState* noneOfSize_;
+    EmptyState* noMatch_;
+    BottomBar* bar_;
+    QPushButton* trash_;
+    QWidget* foot_;
+    ProgressStrip* run_;
+    QPointer<Sheet> sheet_;
+    QPointer<QuickLook> quickLook_;
+    std::vector<OrdovanFileTrasher::Item> asked_;
+    Url root_;
+};
