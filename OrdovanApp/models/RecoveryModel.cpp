@@ -54,8 +54,11 @@ void RecoveryModel::adopt(const ordovan::RecoverySurvey& survey) {
 void RecoveryModel::count() {
     recoverableOrganized_ = 0;
     recoverableTrashed_ = 0;
+    elsewhere_ = 0;
     for (std::uint32_t item = 0; item < organized() + trashed(); ++item) {
-        if (stateOf(item) == State::present) ++(item < organized() ? recoverableOrganized_ : recoverableTrashed_);
+        const State state = stateOf(item);
+        if (state == State::present) ++(item < organized() ? recoverableOrganized_ : recoverableTrashed_);
+        if (state == State::elsewhere && item >= organized()) ++elsewhere_;
     }
     Q_EMIT countsChanged();
 }
@@ -204,7 +207,14 @@ RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
                                  .text = u"Put Just This File Back"_s,
                                  .help = locked_.isEmpty() ? u"Put just this file back"_s : locked_,
                                  .glyph = Glyph::undo,
-                                 .enabled = state == State::present && locked_.isEmpty()}};
+                                 .enabled = state == State::present && locked_.isEmpty()},
+                       RowAction{.id = reveal,
+                                 .text = u"Reveal in Finder"_s,
+                                 .help = u"Reveal in Finder"_s,
+                                 .glyph = Glyph::reveal,
+                                 .enabled = state == State::present,
+                                 .glyphOnly = true,
+                                 .activates = false}};
     return content;
 }
 

@@ -19,7 +19,7 @@ class RecoveryModel : public RowsModel {
     Q_OBJECT
 
 public:
-    enum Action { putBack, putBackFromTrash, showInTrash };
+    enum Action { putBack, putBackFromTrash, showInTrash, reveal };
 
     /// Both outlive it.
     RecoveryModel(TidyViewModel& model, const ThemeEnvironment& theme, QObject* parent = nullptr);
@@ -40,6 +40,8 @@ public:
     /// How many can go back, as far as is known.
     [[nodiscard]] int recoverableOrganized() const { return recoverableOrganized_; }
     [[nodiscard]] int recoverableTrashed() const { return recoverableTrashed_; }
+    /// How many files in the Trash came from other folders than the chosen one, as far as is known.
+    [[nodiscard]] int elsewhere() const { return elsewhere_; }
 
     /// What undo and restore of the controller call a row's entry; empty for a head.
     [[nodiscard]] std::string entryID(int row) const;
@@ -82,6 +84,7 @@ private:
     std::vector<State> trashedStates_;
     int recoverableOrganized_ = 0;
     int recoverableTrashed_ = 0;
+    int elsewhere_ = 0;
     SearchIndex names_;
     QString query_;
     QString locked_;

@@ -64,7 +64,7 @@ TEST_F(RecoveryModelTest, ListsOrganizedFilesTheLatestFirst) {
                             "b.pdf | ordovan+ / Documents · Undo returns it to r / work | 2 bytes",
                             "a.pdf | ordovan+ / Documents · Undo returns it to r | 1 byte"));
     EXPECT_EQ(rows->entryID(2), "/r/ordovan+/Documents/a.pdf");
-    EXPECT_THAT(actionTexts(*rows, 1), ElementsAre("Put Just This File Back"));
+    EXPECT_THAT(actionTexts(*rows, 1), ElementsAre("Put Just This File Back", "Reveal in Finder"));
     EXPECT_EQ(rows->content(1).actions.front().help, u"Put just this file back"_s);
 }
 
@@ -78,7 +78,7 @@ TEST_F(RecoveryModelTest, SaysWhichOrganizedFileIsGoneBeforeItIsTried) {
     EXPECT_TRUE(rows->content(2).dimmed);
     EXPECT_EQ(rows->content(2).detail,
               u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s);
-    EXPECT_THAT(actionTexts(*rows, 2), ElementsAre("(Put Just This File Back)"));
+    EXPECT_THAT(actionTexts(*rows, 2), ElementsAre("(Put Just This File Back)", "(Reveal in Finder)"));
     EXPECT_FALSE(rows->content(1).dimmed);
 }
 
@@ -143,7 +143,7 @@ TEST_F(RecoveryModelTest, SaysWhyNothingCanBePutBackNow) {
     organized({"a.pdf = 1"});
     auto& model = surveyed();
     model.setLocked(u"Files are being moved."_s);
-    EXPECT_THAT(actionTexts(model, 1), ElementsAre("(Put Just This File Back)"));
+    EXPECT_THAT(actionTexts(model, 1), ElementsAre("(Put Just This File Back)", "Reveal in Finder"));
     EXPECT_EQ(model.content(1).actions.front().help, u"Files are being moved."_s);
 }
 

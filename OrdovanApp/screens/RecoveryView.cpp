@@ -1,0 +1,315 @@
+#include "OrdovanApp/screens/RecoveryView.h"
+
+#include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/RecoveryNotices.h"
+#include "OrdovanApp/screens/SmartInboxTexts.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/ElidedLabel.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/FilterField.h"
+#include "OrdovanApp/theme/ProgressStrip.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+#include "OrdovanApp/theme/Sheet.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int margin = 28;
+constexpr int sizeColumn = 84;
+
+QString rule() {
+    return u"Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left where "
+           "it is."_s;
+}
+
+void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
+    button->setEnabled(reasonAgainst.isEmpty());
+    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
+}
+
+}  // namespace
+
+RecoveryView::RecoveryView(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      model_(context.model, context.theme),
+      header_(new ScreenHeader(context.theme, u"Recovery Center"_s, this)),
+      notices_(new RecoveryNotices(context, this)),
+      pages_(new QStackedWidget(this)),
+      foot_(new QWidget(this)),
+      run_(new ProgressStrip(context.theme, foot_)) {
+    setObjectName(u"recovery"_s);
+    makeHeader();
+    for (QWidget* page : {makeNothing(), makeRecords()}) pages_->addWidget(page);
+    run_->setObjectName(u"runProgress"_s);
+    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
+    auto* foot = new QVBoxLayout(foot_);
+    foot->setContentsMargins(0, 8, 0, 12);
+    foot->addWidget(run_);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, 0, margin, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header_);
+    layout->addWidget(notices_);
+    layout->addWidget(pages_, 1);
+    layout->addWidget(foot_);
+    connectModel();
+    refresh();
+    followRun();
+}
+
+// Making.
+
+void RecoveryView::makeHeader() {
+    undo_ = Buttons::quiet(u"Undo Organize…"_s);
+    undo_->setObjectName(u"undoOrganize"_s);
+    connect(undo_, &QPushButton::clicked, this, &RecoveryView::askToUndo);
+    restore_ = Buttons::quiet(u"Put All Back…"_s);
+    restore_->setObjectName(u"putAllBack"_s);
+    connect(restore_, &QPushButton::clicked, this, &RecoveryView::askToRestore);
+    header_->addButton(undo_);
+    header_->addButton(restore_);
+}
+
+QWidget* RecoveryView::makeNothing() {
+    nothing_ = new EmptyState(context_.theme, Glyph::recovery, pages_);
+    nothing_->setObjectName(u"nothingPage"_s);
+    nothing_->setTitle(u"Nothing to recover"_s);
+    nothing_->setMessage(
+        u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s);
+    return nothing_;
+}
+
+QWidget* RecoveryView::makeRecords() {
+    records_ = new QWidget(pages_);
+    records_->setObjectName(u"recordsPage"_s);
+    search_ = new FilterField(context_.theme, u"Search organized and trashed files"_s, records_);
+    search_->setObjectName(u"search"_s);
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        model_.setQuery(text);
+        showListOrNothing();
+    });
+    elsewhere_ = new ElidedLabel(records_);
+    elsewhere_->setObjectName(u"elsewhere"_s);
+    elsewhere_->setElideMode(Qt::ElideRight);
+    StyleSheet::setType(elsewhere_, StyleSheet::LabelType::second);
+    auto* filters = new QHBoxLayout;
+    filters->setSpacing(16);
+    filters->addWidget(search_);
+    filters->addWidget(elsewhere_, 1);
+    auto* layout = new QVBoxLayout(records_);
+    layout->setContentsMargins(0, 0, 0, 20);
+    layout->setSpacing(12);
+    layout->addLayout(filters);
+    layout->addWidget(makeList(), 1);
+    return records_;
+}
+
+QWidget* RecoveryView::makeList() {
+    stack_ = new QStackedWidget(records_);
+    list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
+    list_->setObjectName(u"recoveryList"_s);
+    list_->setAccessibleName(u"Organized and trashed files"_s);
+    list_->setColumnWidths({sizeColumn});
+    list_->setModel(&model_);
+    connect(list_, &RowsView::actionTriggered, this, &RecoveryView::act);
+
+    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
+    noMatch_->setObjectName(u"noMatch"_s);
+    noMatch_->setTitle(u"No matching files"_s);
+    noMatch_->setMessage(u"No organized or trashed file matches the search."_s);
+    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
+    clear->setObjectName(u"clearFilters"_s);
+    connect(clear, &QPushButton::clicked, this, [this] {
+        search_->clear();
+        list_->setFocus();
+    });
+    noMatch_->addButton(clear);
+    stack_->addWidget(list_);
+    stack_->addWidget(noMatch_);
+    return stack_;
+}
+
+void RecoveryView::connectModel() {
+    connect(&model_, &RecoveryModel::modelAboutToBeReset, this, &RecoveryView::keepSight);
+    connect(&model_, &RecoveryModel::modelReset, this, &RecoveryView::restoreSight);
+    connect(&model_, &RecoveryModel::countsChanged, this, &RecoveryView::refresh);
+    const TidyViewModel* model = &context_.model;
+    connect(model, &TidyViewModel::rootURLChanged, this, [this] { search_->clear(); });
+    connect(model, &TidyViewModel::isApplyingChanged, this, &RecoveryView::followRun);
+    connect(model, &TidyViewModel::isTrashingChanged, this, &RecoveryView::followRun);
+    connect(model, &TidyViewModel::runProgressed, this,
+            [this](quint64 done, quint64 total) { showProgress(SmartInboxTexts::done(done, total), done, total); });
+    connect(model, &TidyViewModel::trashProgressed, this, [this](quint64 done, quint64 total, quint64, quint64) {
+        showProgress(SmartInboxTexts::done(done, total), done, total);
+    });
+}
+
+// What the controller has.
+
+void RecoveryView::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::ActivationChange && isVisible() && isActiveWindow()) refreshRecords();
+    QWidget::changeEvent(event);
+}
+
+void RecoveryView::showEvent(QShowEvent*) {
+    refreshRecords();
+}
+
+/// Other programs may have organized, restored or removed files since.
+void RecoveryView::refreshRecords() {
+    context_.model.refreshRecords();
+    model_.survey();
+}
+
+void RecoveryView::refresh() {
+    const bool isEmpty = model_.isEmpty();
+    pages_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(nothing_) : records_);
+    header_->setLede(isEmpty ? QString() : rule());
+    const auto& root = context_.model.rootURL();
+    header_->setFolder(root ? std::optional(Formats::path(*root)) : std::nullopt);
+    undo_->setVisible(!isEmpty);
+    restore_->setVisible(!isEmpty);
+    const int elsewhere = model_.elsewhere();
+    elsewhere_->setVisible(elsewhere > 0);
+    elsewhere_->setText(elsewhere == 1 ? u"1 file came from another folder. Choose that folder to put it back."_s
+                                       : Formats::files(elsewhere) +
+                                             u" came from other folders. Choose their folder to put them back."_s);
+    showListOrNothing();
+    refreshActions();
+}
+
+void RecoveryView::refreshActions() {
+    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+    const QString running = isRunning ? u"Files are being moved right now."_s : QString();
+    model_.setLocked(running);
+    QString againstUndo =
+        CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop);
+    if (againstUndo.isEmpty() && model_.recoverableOrganized() == 0) {
+        againstUndo = u"None of the organized files is there any more."_s;
+    }
+    setHelp(undo_, againstUndo, u"Puts every organized file of this folder back where it came from"_s);
+    QString againstRestore = running;
+    if (againstRestore.isEmpty() && model_.recoverableTrashed() == 0) {
+        againstRestore = u"No file in the Trash can go back to this folder."_s;
+    }
+    setHelp(restore_, againstRestore, u"Puts every file of this folder that is in the Trash back where it came from"_s);
+}
+
+/// Follows the beginning and the end of runs. One that begins while this section is in sight puts files back: all
+/// others are begun in their own sections.
+void RecoveryView::followRun() {
+    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+    ownRun_ = isRunning && (ownRun_ || isVisible());
+    if (ownRun_ && foot_->isHidden()) {
+        run_->reset();
+        run_->setText(u"Putting files back…"_s);
+    }
+    foot_->setVisible(ownRun_);
+    notices_->followRun(ownRun_);
+    refreshActions();
+}
+
+void RecoveryView::showProgress(const QString& detail, quint64 done, quint64 total) {
+    run_->setDetail(detail);
+    run_->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
+}
+
+// The list.
+
+void RecoveryView::showListOrNothing() {
+    const bool isNothing = model_.rowCount() == 0 && !search_->text().isEmpty();
+    stack_->setCurrentWidget(isNothing ? static_cast<QWidget*>(noMatch_) : list_);
+}
+
+void RecoveryView::keepSight() {
+    const QModelIndex current = list_->currentIndex();
+    sight_ = {.current = current.isValid() ? model_.entryID(current.row()) : std::string(),
+              .row = current.row(),
+              .scroll = list_->verticalScrollBar()->value()};
+}
+
+/// The current file stays it; where it went, the one that took its place is.
+void RecoveryView::restoreSight() {
+    if (sight_.current.empty()) return;
+    int row = -1;
+    for (int candidate = 0; row < 0 && candidate < model_.rowCount(); ++candidate) {
+        if (model_.entryID(candidate) == sight_.current) row = candidate;
+    }
+    if (row < 0) row = std::min(sight_.row, model_.rowCount() - 1);
+    if (row >= 0 && model_.isHead(row)) row = row + 1 < model_.rowCount() ? row + 1 : row - 1;
+    if (row < 0) return;
+    list_->setCurrentIndex(model_.index(row));
+    list_->verticalScrollBar()->setValue(sight_.scroll);
+}
+
+void RecoveryView::act(int row, int action) {
+    switch (action) {
+        case RecoveryModel::putBack:
+            context_.model.undo({model_.entryID(row)});
+            break;
+        case RecoveryModel::putBackFromTrash:
+            context_.model.restore({model_.entryID(row)});
+            break;
+        case RecoveryModel::showInTrash:
+            context_.desktop.showTrash(model_.url(row));
+            break;
+        case RecoveryModel::reveal:
+            context_.desktop.reveal(model_.url(row));
+            break;
+        default:
+            break;
+    }
+}
+
+// Commands.
+
+Sheet* RecoveryView::confirmation() {
+    if (sheet_) return sheet_;
+    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
+    sheet_->setObjectName(u"putBackSheet"_s);
+    connect(sheet_, &Sheet::confirmed, this, [this] {
+        if (asksToUndo_)
+            context_.model.undo();
+        else
+            context_.model.restore();
+    });
+    return sheet_;
+}
+
+void RecoveryView::askToUndo() {
+    asksToUndo_ = true;
+    Sheet* sheet = confirmation();
+    sheet->setTitle(u"Undo everything organized in this folder?"_s);
+    sheet->setMessage(Formats::counted(model_.recoverableOrganized(), u"organized file") +
+                      u" can go back to where they came from. "_s + rule());
+    sheet->setConfirm(u"Undo Organize"_s);
+    sheet->open();
+}
+
+void RecoveryView::askToRestore() {
+    asksToUndo_ = false;
+    Sheet* sheet = confirmation();
+    sheet->setTitle(u"Put all trashed files of this folder back?"_s);
+    sheet->setMessage(Formats::files(model_.recoverableTrashed()) +
+                      u" can go back from the Trash. A file whose original place is now occupied stays in the Trash."_s);
+    sheet->setConfirm(u"Put All Back"_s);
+    sheet->open();
+}
