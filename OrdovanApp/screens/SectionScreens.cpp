@@ -2,6 +2,8 @@
 
 #include "OrdovanApp/screens/BigFilesView.h"
 #include "OrdovanApp/screens/DuplicatesView.h"
+#include "OrdovanApp/screens/HistoryView.h"
+#include "OrdovanApp/screens/RecoveryView.h"
 #include "OrdovanApp/screens/SmartInboxView.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
@@ -48,14 +50,11 @@ SectionFactories screens() {
         {Section::inbox, makeInbox},
         {Section::duplicates, make<DuplicatesView>},
         {Section::bigFiles, make<BigFilesView>},
-        {Section::recovery,
-         empty(Section::recovery, u"Nothing to recover"_s,
-               u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s)},
+        {Section::recovery, make<RecoveryView>},
         {Section::rules, empty(Section::rules, u"Your rules, in order"_s,
                                u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change "
                                u"the preview only; nothing moves until you apply."_s)},
-        {Section::history, empty(Section::history, u"Past runs, newest first"_s,
-                                 u"Each time you organize or undo, a summary appears here."_s)},
+        {Section::history, make<HistoryView>},
     };
 }
 

@@ -1,0 +1,216 @@
+#include "OrdovanApp/screens/HistoryView.h"
+
+#include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+#include "OrdovanApp/theme/Segments.h"
+#include "OrdovanApp/theme/Sheet.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int margin = 28;
+constexpr int countsColumn = 150;
+constexpr int timeColumn = 64;
+
+struct Filter {
+    std::optional<OrdovanRunRecord::Kind> kind;
+    QStringView text;
+    QStringView help;
+};
+constexpr std::array<Filter, 5> filters = {{
+    {std::nullopt, u"All", u"Shows every run"},
+    {OrdovanRunRecord::Kind::organize, u"Organize", u"Shows only runs that organized files"},
+    {OrdovanRunRecord::Kind::undo, u"Undo", u"Shows only runs that undid organizing"},
+    {OrdovanRunRecord::Kind::trash, u"Trash", u"Shows only runs that moved files to the Trash"},
+    {OrdovanRunRecord::Kind::restoreTrash, u"Put Back", u"Shows only runs that put files back from the Trash"},
+}};
+
+QString heading() {
+    return u"Past runs, newest first"_s;
+}
+
+}  // namespace
+
+HistoryView::HistoryView(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      model_(context.model, context.theme),
+      clear_(Buttons::quiet(u"Clear History…"_s)),
+      warning_(makeWarning()),
+      pages_(new QStackedWidget(this)),
+      today_(QDate::currentDate()) {
+    setObjectName(u"history"_s);
+    auto* header = new ScreenHeader(context.theme, u"History"_s, this);
+    header->setLede(u"Kept on this computer. Clearing it doesn't touch your files or the undo record."_s);
+    clear_->setObjectName(u"clearHistory"_s);
+    connect(clear_, &QPushButton::clicked, this, [this] { confirmation()->open(); });
+    header->addButton(clear_);
+    for (QWidget* page : {makeEmpty(), makeTimeline()}) pages_->addWidget(page);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, 0, margin, 0);
+    layout->setSpacing(0);
+    layout->addWidget(header);
+    layout->addWidget(warning_);
+    layout->addWidget(pages_, 1);
+    connectModel();
+    refresh();
+    refreshWarning();
+}
+
+// Making.
+
+Banner* HistoryView::makeWarning() {
+    auto* banner = new Banner(context_.theme, Banner::Kind::warning, this);
+    banner->setObjectName(u"recordWarning"_s);
+    return banner;
+}
+
+QWidget* HistoryView::makeEmpty() {
+    empty_ = new EmptyState(context_.theme, Glyph::history, pages_);
+    empty_->setObjectName(u"emptyPage"_s);
+    empty_->setTitle(heading());
+    empty_->setMessage(u"Each time you organize or undo, a summary appears here."_s);
+    return empty_;
+}
+
+QWidget* HistoryView::makeTimeline() {
+    timeline_ = new QWidget(pages_);
+    timeline_->setObjectName(u"timelinePage"_s);
+    auto* layout = new QVBoxLayout(timeline_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+    layout->addWidget(makeFilters());
+    layout->addWidget(makeList(), 1);
+    return timeline_;
+}
+
+QWidget* HistoryView::makeFilters() {
+    auto* row = new QWidget(timeline_);
+    kinds_ = new Segments(context_.theme, row);
+    kinds_->setObjectName(u"kindFilter"_s);
+    QStringList texts;
+    QStringList helps;
+    for (const Filter& filter : filters) {
+        texts.append(filter.text.toString());
+        helps.append(filter.help.toString());
+    }
+    kinds_->setSegments(texts, helps);
+    connect(kinds_, &Segments::currentChanged, this, &HistoryView::chooseKind);
+    auto* title = new QLabel(heading(), row);
+    StyleSheet::setType(title, StyleSheet::LabelType::second);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(16);
+    layout->addWidget(kinds_, 1);
+    layout->addWidget(title);
+    return row;
+}
+
+QWidget* HistoryView::makeList() {
+    stack_ = new QStackedWidget(timeline_);
+    list_ = new RowsView(context_.theme, RowsView::Style::cards, stack_);
+    list_->setObjectName(u"historyList"_s);
+    list_->setAccessibleName(heading());
+    list_->setMaximumColumns(1);
+    list_->setHeadsOutside(true);
+    list_->setColumnWidths({countsColumn, timeColumn});
+    list_->setModel(&model_);
+    noMatch_ = new EmptyState(context_.theme, Glyph::history, stack_);
+    noMatch_->setObjectName(u"noMatch"_s);
+    noMatch_->setTitle(u"No runs of this kind"_s);
+    QPushButton* all = Buttons::quiet(u"Show All Runs"_s);
+    all->setObjectName(u"clearFilters"_s);
+    connect(all, &QPushButton::clicked, this, [this] {
+        kinds_->setCurrent(0);
+        list_->setFocus();
+    });
+    noMatch_->addButton(all);
+    stack_->addWidget(list_);
+    stack_->addWidget(noMatch_);
+    return stack_;
+}
+
+void HistoryView::connectModel() {
+    connect(&model_, &HistoryModel::modelReset, this, &HistoryView::refresh);
+    const TidyViewModel* model = &context_.model;
+    connect(model, &TidyViewModel::isApplyingChanged, this, &HistoryView::refresh);
+    connect(model, &TidyViewModel::isTrashingChanged, this, &HistoryView::refresh);
+    connect(model, &TidyViewModel::journalWarningChanged, this, &HistoryView::refreshWarning);
+}
+
+// What the controller has.
+
+void HistoryView::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::ActivationChange && isVisible() && isActiveWindow()) refreshRecords();
+    QWidget::changeEvent(event);
+}
+
+void HistoryView::showEvent(QShowEvent*) {
+    refreshRecords();
+}
+
+/// Other programs may have run since, and today may have become yesterday.
+void HistoryView::refreshRecords() {
+    context_.model.refreshRecords();
+    if (const QDate now = QDate::currentDate(); now != today_) {
+        today_ = now;
+        model_.reload();
+    }
+}
+
+void HistoryView::refresh() {
+    const bool isEmpty = model_.isEmpty();
+    pages_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : timeline_);
+    stack_->setCurrentWidget(model_.rowCount() == 0 ? static_cast<QWidget*>(noMatch_) : list_);
+    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+    clear_->setEnabled(!isEmpty && !isRunning);
+    if (isRunning)
+        clear_->setToolTip(u"Files are being moved right now."_s);
+    else
+        clear_->setToolTip(isEmpty ? u"There is nothing to clear."_s : u"Clears this log only"_s);
+}
+
+void HistoryView::refreshWarning() {
+    const auto& warning = context_.model.journalWarning();
+    warning_->setVisible(warning.has_value());
+    if (!warning) return;
+    warning_->setText(Formats::text(*warning));
+    if (isVisible()) context_.announcer.say(warning_->text());
+}
+
+void HistoryView::chooseKind(int segment) {
+    const Filter& filter = filters[static_cast<std::size_t>(segment)];
+    model_.setKind(filter.kind);
+    noMatch_->setMessage(u"None of the past runs is of the kind “%1”."_s.arg(filter.text));
+}
+
+// Commands.
+
+Sheet* HistoryView::confirmation() {
+    if (sheet_) return sheet_;
+    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
+    sheet_->setObjectName(u"clearHistorySheet"_s);
+    sheet_->setTitle(u"Clear the run history?"_s);
+    sheet_->setMessage(u"Only this log is cleared. Organized files and Undo stay as they are."_s);
+    sheet_->setConfirm(u"Clear History"_s, true);
+    connect(sheet_, &Sheet::confirmed, &context_.model, &TidyViewModel::clearHistory);
+    return sheet_;
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "OrdovanApp/models/HistoryModel.h"
+#include "OrdovanApp/screens/AppContext.h"
+
+#include <QDate>
+#include <QPointer>
+#include <QWidget>
+
+class Banner;
+class EmptyState;
+class QPushButton;
+class QStackedWidget;
+class RowsView;
+class Segments;
+class Sheet;
+
+/// The section that lists past runs by day, and clears the list when asked to.
+class HistoryView : public QWidget {
+    Q_OBJECT
+
+public:
+    HistoryView(const AppContext& context, QWidget* parent = nullptr);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    Banner* makeWarning();
+    QWidget* makeEmpty();
+    QWidget* makeTimeline();
+    QWidget* makeFilters();
+    QWidget* makeList();
+    void connectModel();
+    void chooseKind(int segment);
+    void refreshRecords();
+    void refresh();
+    void refreshWarning();
+    [[nodiscard]] Sheet* confirmation();
+
+    AppContext context_;
+    HistoryModel model_;
+    QPushButton* clear_;
+    Banner* warning_;
+    QStackedWidget* pages_;
+    EmptyState* empty_;
+    QWidget* timeline_;
+    Segments* kinds_;
+    QStackedWidget* stack_;
+    RowsView* list_;
+    EmptyState* noMatch_;
+    QPointer<Sheet> sheet_;
+    QDate today_;
+};
