@@ -70,10 +70,10 @@ void RecoveryNotices::showReport(const OrdovanExecutionReport& report, const QSt
     const QStringList problems = SmartInboxTexts::problems(report);
     result_->setKind(problems.isEmpty() ? Banner::Kind::info : Banner::Kind::warning);
     result_->setDetails(problems);
-    show(result_, summary);
+    tell(result_, summary);
 }
 
-void RecoveryNotices::show(Banner* banner, const QString& text) {
+void RecoveryNotices::tell(Banner* banner, const QString& text) {
     banner->setText(text);
     banner->show();
     refreshRoom();
@@ -83,13 +83,13 @@ void RecoveryNotices::show(Banner* banner, const QString& text) {
 void RecoveryNotices::showWarning() {
     warning_->hide();
     refreshRoom();
-    if (const auto& warning = context_.model.journalWarning()) show(warning_, Formats::text(*warning));
+    if (const auto& warning = context_.model.journalWarning()) tell(warning_, Formats::text(*warning));
 }
 
 void RecoveryNotices::showRefusal() {
     refusal_->hide();
     refreshRoom();
-    if (const auto& refusal = context_.model.runRefusal()) show(refusal_, Formats::text(*refusal));
+    if (const auto& refusal = context_.model.runRefusal()) tell(refusal_, Formats::text(*refusal));
 }
 
 QString RecoveryNotices::restoreSummary(const OrdovanExecutionReport& report) {
@@ -101,6 +101,6 @@ QString RecoveryNotices::restoreSummary(const OrdovanExecutionReport& report) {
         rest += Formats::count(static_cast<qint64>(failed)) + u" failed"_s;
     }
     const QString moved = Formats::files(static_cast<qint64>(report.movedCount()));
-    return u"Put back "_s + moved + u" from the Trash"_s +
-           (rest.isEmpty() ? QString() : u"; "_s + rest.join(u", "_s)) + u'.';
+    return u"Put back "_s + moved + u" from the Trash"_s + (rest.isEmpty() ? QString() : u"; "_s + rest.join(u", "_s)) +
+           u'.';
 }

@@ -25,7 +25,7 @@ private:
     Banner* addBanner(Banner::Kind kind, const QString& name);
     void showReport(const OrdovanExecutionReport& report, const QString& summary);
     void showLastReport();
-    void show(Banner* banner, const QString& text);
+    void tell(Banner* banner, const QString& text);
     void showWarning();
     void showRefusal();
     void refreshRoom();

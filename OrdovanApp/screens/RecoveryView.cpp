@@ -34,7 +34,8 @@ constexpr int margin = 28;
 constexpr int sizeColumn = 84;
 
 QString rule() {
-    return u"Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left where "
+    return u"Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left "
+           u"where "
            "it is."_s;
 }
 
@@ -92,8 +93,7 @@ QWidget* RecoveryView::makeNothing() {
     nothing_ = new EmptyState(context_.theme, Glyph::recovery, pages_);
     nothing_->setObjectName(u"nothingPage"_s);
     nothing_->setTitle(u"Nothing to recover"_s);
-    nothing_->setMessage(
-        u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s);
+    nothing_->setMessage(u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s);
     return nothing_;
 }
 
@@ -200,8 +200,7 @@ void RecoveryView::refreshActions() {
     const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
     const QString running = isRunning ? u"Files are being moved right now."_s : QString();
     model_.setLocked(running);
-    QString againstUndo =
-        CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop);
+    QString againstUndo = CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop);
     if (againstUndo.isEmpty() && model_.recoverableOrganized() == 0) {
         againstUndo = u"None of the organized files is there any more."_s;
     }
@@ -308,8 +307,9 @@ void RecoveryView::askToRestore() {
     asksToUndo_ = false;
     Sheet* sheet = confirmation();
     sheet->setTitle(u"Put all trashed files of this folder back?"_s);
-    sheet->setMessage(Formats::files(model_.recoverableTrashed()) +
-                      u" can go back from the Trash. A file whose original place is now occupied stays in the Trash."_s);
+    sheet->setMessage(
+        Formats::files(model_.recoverableTrashed()) +
+        u" can go back from the Trash. A file whose original place is now occupied stays in the Trash."_s);
     sheet->setConfirm(u"Put All Back"_s);
     sheet->open();
 }

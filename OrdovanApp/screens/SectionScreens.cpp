@@ -4,13 +4,8 @@
 #include "OrdovanApp/screens/DuplicatesView.h"
 #include "OrdovanApp/screens/HistoryView.h"
 #include "OrdovanApp/screens/RecoveryView.h"
+#include "OrdovanApp/screens/RulesView.h"
 #include "OrdovanApp/screens/SmartInboxView.h"
-#include "OrdovanApp/theme/EmptyState.h"
-#include "OrdovanApp/theme/ScreenHeader.h"
-
-#include <QVBoxLayout>
-
-using namespace Qt::StringLiterals;
 
 namespace Sections {
 namespace {
@@ -28,21 +23,6 @@ SectionScreen make(const AppContext& context, QWidget* parent) {
     return {.widget = new View(context, parent), .requestOrganize = {}, .requestExport = {}};
 }
 
-/// A screen that has nothing to show but what it is for.
-SectionFactory empty(Section section, const QString& heading, const QString& message) {
-    return [section, heading, message](const AppContext& context, QWidget* parent) {
-        auto* page = new QWidget(parent);
-        auto* layout = new QVBoxLayout(page);
-        layout->setContentsMargins(28, 20, 28, 20);
-        layout->addWidget(new ScreenHeader(context.theme, title(section), page));
-        auto* state = new EmptyState(context.theme, glyph(section), page);
-        state->setTitle(heading);
-        state->setMessage(message);
-        layout->addWidget(state, 1);
-        return SectionScreen{.widget = page, .requestOrganize = {}, .requestExport = {}};
-    };
-}
-
 }  // namespace
 
 SectionFactories screens() {
@@ -51,9 +31,7 @@ SectionFactories screens() {
         {Section::duplicates, make<DuplicatesView>},
         {Section::bigFiles, make<BigFilesView>},
         {Section::recovery, make<RecoveryView>},
-        {Section::rules, empty(Section::rules, u"Your rules, in order"_s,
-                               u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change "
-                               u"the preview only; nothing moves until you apply."_s)},
+        {Section::rules, make<RulesView>},
         {Section::history, make<HistoryView>},
     };
 }

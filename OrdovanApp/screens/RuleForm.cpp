@@ -1,0 +1,118 @@
+#include "OrdovanApp/screens/RuleForm.h"
+
+#include "OrdovanApp/models/BuiltInTypesModel.h"
+#include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/stores/RuleStore.h"
+#include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+#include "OrdovanApp/theme/ThemeEnvironment.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+RuleForm::RuleForm(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      extensions_(makeField(u"Extensions, e.g. dmg, pkg"_s, u"extensions"_s)),
+      folder_(makeField(u"Folder name, e.g. Installers"_s, u"folderName"_s)),
+      add_(Buttons::primary(u"Add Rule"_s, this)),
+      message_(new QLabel(this)) {
+    setObjectName(u"ruleForm"_s);
+    add_->setObjectName(u"addRule"_s);
+    connect(add_, &QPushButton::clicked, this, &RuleForm::add);
+    message_->setObjectName(u"ruleMessage"_s);
+    message_->setTextFormat(Qt::PlainText);
+    message_->setWordWrap(true);
+    auto* example = new QLabel(u"Try: dmg, pkg → Installers"_s, this);
+    StyleSheet::setType(example, StyleSheet::LabelType::caption);
+
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setHorizontalSpacing(8);
+    layout->setVerticalSpacing(4);
+    layout->setColumnStretch(0, 1);
+    layout->setColumnStretch(1, 1);
+    layout->addWidget(extensions_, 0, 0);
+    layout->addWidget(folder_, 0, 1);
+    layout->addWidget(add_, 0, 2);
+    layout->addWidget(example, 1, 0);
+    layout->addWidget(makeFolderMenu(), 1, 1, 1, 2, Qt::AlignLeft);
+    layout->addWidget(message_, 2, 0, 1, 3);
+    connect(&context_.theme, &ThemeEnvironment::changed, this, &RuleForm::recolour);
+    recolour();
+}
+
+QLineEdit* RuleForm::makeField(const QString& placeholder, const QString& name) {
+    auto* field = new QLineEdit(this);
+    field->setObjectName(name);
+    field->setPlaceholderText(placeholder);
+    field->setAccessibleName(placeholder);
+    connect(field, &QLineEdit::textChanged, this, &RuleForm::followText);
+    connect(field, &QLineEdit::returnPressed, this, &RuleForm::add);
+    return field;
+}
+
+QPushButton* RuleForm::makeFolderMenu() {
+    QPushButton* button = Buttons::link(u"Pick a folder name"_s, this);
+    button->setObjectName(u"pickFolder"_s);
+    auto* menu = new QMenu(button);
+    menu->addAction(u"Built-in folders"_s)->setEnabled(false);
+    menu->addSeparator();
+    for (const QString& folder : BuiltInTypesModel::folders()) {
+        QAction* action = menu->addAction(folder);
+        connect(action, &QAction::triggered, this, [this, folder] {
+            folder_->setText(folder);
+            folder_->setFocus();
+        });
+    }
+    Buttons::setMenu(context_.theme, button, menu);
+    return button;
+}
+
+void RuleForm::add() {
+    const bool hasExtensions = BuiltInTypesModel::unknownIn(extensions_->text()).has_value();
+    const auto error = context_.rules.add(extensions_->text().toStdString(), folder_->text().toStdString());
+    if (error) {
+        showMessage(Message::error, Formats::text(*error));
+        (hasExtensions ? folder_ : extensions_)->setFocus();
+        context_.announcer.say(message_->text());
+        return;
+    }
+    context_.announcer.say(u"Rule added: files of the type %1 go to %2."_s.arg(extensions_->text(), folder_->text()));
+    extensions_->clear();
+    folder_->clear();
+    extensions_->setFocus();
+    Q_EMIT added();
+}
+
+/// What is typed makes another rule than the one that was refused.
+void RuleForm::followText() {
+    const QString unknown = BuiltInTypesModel::unknownIn(extensions_->text()).value_or(QString());
+    if (unknown.isEmpty())
+        showMessage(Message::none, {});
+    else
+        showMessage(Message::unknownTypes, unknown + u": not a built-in type"_s);
+}
+
+void RuleForm::showMessage(Message kind, const QString& text) {
+    kind_ = kind;
+    message_->setText(text);
+    extensions_->setAccessibleDescription(text);
+    recolour();
+}
+
+void RuleForm::recolour() {
+    const ThemeColors& colors = context_.theme.colors();
+    QPalette palette = message_->palette();
+    palette.setColor(QPalette::WindowText, kind_ == Message::error ? colors.danger : colors.warning);
+    message_->setPalette(palette);
+    message_->setFont(context_.theme.font(ThemeEnvironment::Type::caption));
+    // Room for a line, so that nothing jumps when there is one.
+    message_->setMinimumHeight(message_->fontMetrics().lineSpacing());
+}

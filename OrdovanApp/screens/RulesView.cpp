@@ -1,0 +1,187 @@
+#include "OrdovanApp/screens/RulesView.h"
+
+#include "OrdovanApp/screens/RuleForm.h"
+#include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/Buttons.h"
+#include "OrdovanApp/theme/Card.h"
+#include "OrdovanApp/theme/EmptyState.h"
+#include "OrdovanApp/theme/FilterField.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/ScreenHeader.h"
+#include "OrdovanApp/theme/StyleSheet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int margin = 28;
+constexpr int typeRowHeight = 34;
+constexpr int leastTypesHeight = 190;
+constexpr int folderColumn = 120;
+
+}  // namespace
+
+RulesView::RulesView(const AppContext& context, QWidget* parent)
+    : QWidget(parent),
+      context_(context),
+      model_(context.model, context.rules, context.theme),
+      types_(context.theme),
+      form_(new RuleForm(context, this)),
+      problem_(new Banner(context.theme, Banner::Kind::error, this)) {
+    setObjectName(u"rules"_s);
+    auto* header = new ScreenHeader(context.theme, u"Rules"_s, this);
+    header->setLede(
+        u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change the preview only; "
+        u"nothing "
+        "moves until you apply."_s);
+    problem_->setObjectName(u"ruleProblem"_s);
+    problem_->hide();
+    auto* note = new QLabel(
+        u"The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."_s, this);
+    note->setWordWrap(true);
+    StyleSheet::setType(note, StyleSheet::LabelType::second);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, 0, margin, 20);
+    layout->setSpacing(10);
+    layout->addWidget(header);
+    layout->addWidget(problem_);
+    layout->addWidget(form_);
+    layout->addWidget(makeNoRules());
+    layout->addWidget(makeRules());
+    layout->addWidget(note);
+    layout->addWidget(makeTypesBar());
+    layout->addWidget(makeTypes(), 1);
+    layout->addStretch(0);
+    connect(&model_, &RulesModel::modelReset, this, &RulesView::refresh);
+    connect(form_, &RuleForm::added, list_, &RowsView::scrollToBottom);
+    refresh();
+    showTypes(false);
+}
+
+// Making.
+
+QWidget* RulesView::makeNoRules() {
+    noRules_ = new Card(context_.theme, this);
+    noRules_->setObjectName(u"noRules"_s);
+    auto* title = new QLabel(u"Your rules, in order"_s, noRules_);
+    StyleSheet::setType(title, StyleSheet::LabelType::strong);
+    auto* message = new QLabel(u"No rules yet. Type extensions and a folder name above to add one."_s, noRules_);
+    message->setWordWrap(true);
+    StyleSheet::setType(message, StyleSheet::LabelType::second);
+    auto* layout = new QVBoxLayout(noRules_);
+    layout->setContentsMargins(16, 14, 16, 14);
+    layout->setSpacing(4);
+    layout->addWidget(title);
+    layout->addWidget(message);
+    return noRules_;
+}
+
+QWidget* RulesView::makeRules() {
+    list_ = new RowsView(context_.theme, RowsView::Style::sections, this);
+    list_->setObjectName(u"rulesList"_s);
+    list_->setAccessibleName(u"Your rules, in order"_s);
+    list_->setReorderable(true);
+    list_->setHeightFollowsRows(true);
+    list_->setModel(&model_);
+    connect(list_, &RowsView::moveRequested, this, &RulesView::moveRule);
+    connect(list_, &RowsView::actionTriggered, this, [this](int row, int action) {
+        if (action == RulesModel::deleteRule) remove(row);
+    });
+    return list_;
+}
+
+QWidget* RulesView::makeTypesBar() {
+    auto* bar = new QWidget(this);
+    typesToggle_ = Buttons::link(QString(), bar);
+    typesToggle_->setObjectName(u"builtInTypes"_s);
+    typesToggle_->setCheckable(true);
+    connect(typesToggle_, &QPushButton::toggled, this, &RulesView::showTypes);
+    search_ = new FilterField(context_.theme, u"Search types, e.g. pdf"_s, bar);
+    search_->setObjectName(u"typeSearch"_s);
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
+        types_.setQuery(text);
+        showTypesOrNothing();
+    });
+    auto* layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(8);
+    layout->addWidget(typesToggle_);
+    layout->addStretch(1);
+    layout->addWidget(search_);
+    return bar;
+}
+
+QWidget* RulesView::makeTypes() {
+    typesStack_ = new QStackedWidget(this);
+    typesList_ = new RowsView(context_.theme, RowsView::Style::sections, typesStack_);
+    typesList_->setObjectName(u"typesList"_s);
+    typesList_->setAccessibleName(u"Built-in types"_s);
+    typesList_->setRowHeight(typeRowHeight);
+    typesList_->setColumnWidths({folderColumn});
+    typesList_->setModel(&types_);
+    noType_ = new EmptyState(context_.theme, Glyph::search, typesStack_);
+    noType_->setObjectName(u"noType"_s);
+    noType_->setTitle(u"not a built-in type"_s);
+    noType_->setMessage(u"Files of this type go to Other, unless a rule of yours sends them elsewhere."_s);
+    typesStack_->addWidget(typesList_);
+    typesStack_->addWidget(noType_);
+    typesStack_->setMinimumHeight(leastTypesHeight);
+    return typesStack_;
+}
+
+// What the store has.
+
+void RulesView::refresh() {
+    const bool isEmpty = model_.rowCount() == 0;
+    noRules_->setVisible(isEmpty);
+    list_->setVisible(!isEmpty);
+}
+
+void RulesView::showTypes(bool shown) {
+    typesToggle_->setText(shown ? u"Hide Built-in Types"_s : u"Show Built-in Types"_s);
+    search_->setVisible(shown);
+    typesStack_->setVisible(shown);
+    if (shown) search_->setFocus();
+}
+
+void RulesView::showTypesOrNothing() {
+    typesStack_->setCurrentWidget(types_.rowCount() == 0 ? static_cast<QWidget*>(noType_) : typesList_);
+}
+
+void RulesView::moveRule(int row, int before) {
+    const QString rule = model_.title(row);
+    if (!model_.move(row, before)) return tellProblem(u"The rules couldn't be put in another order."_s);
+    problem_->hide();
+    const int now = before > row ? before - 1 : before;
+    context_.announcer.say(u"%1 is now rule %2 of %3."_s.arg(rule).arg(now).arg(model_.rowCount() - 1));
+}
+
+/// The rule that takes the deleted one's place becomes the current one.
+void RulesView::removeRule(int row) {
+    const QString rule = model_.title(row);
+    if (!model_.remove(row)) return tellProblem(u"The rule couldn't be deleted."_s);
+    problem_->hide();
+    const int next = std::min(row, model_.rowCount() - 1);
+    if (next > 0)
+        list_->setCurrentIndex(model_.index(next));
+    else
+        form_->firstField()->setFocus();
+    context_.announcer.say(u"The rule %1 was deleted."_s.arg(rule));
+}
+
+void RulesView::tellProblem(const QString& text) {
+    problem_->setText(text);
+    problem_->show();
+    context_.announcer.say(text);
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "OrdovanApp/models/BuiltInTypesModel.h"
+#include "OrdovanApp/models/RulesModel.h"
+#include "OrdovanApp/screens/AppContext.h"
+
+#include <QWidget>
+
+class Banner;
+class EmptyState;
+class FilterField;
+class QPushButton;
+class QStackedWidget;
+class RowsView;
+class RuleForm;
+
+/// The section of the user's rules: typing a new one, their order, and the types that need none.
+class RulesView : public QWidget {
+    Q_OBJECT
+
+public:
+    RulesView(const AppContext& context, QWidget* parent = nullptr);
+
+private:
+    QWidget* makeNoRules();
+    QWidget* makeRules();
+    QWidget* makeTypesBar();
+    QWidget* makeTypes();
+    void refresh();
+    void showTypes(bool shown);
+    void showTypesOrNothing();
+    void moveRule(int row, int before);
+    void removeRule(int row);
+    void tellProblem(const QString& text);
+
+    AppContext context_;
+    RulesModel model_;
+    BuiltInTypesModel types_;
+    RuleForm* form_;
+    Banner* problem_;
+    QWidget* noRules_;
+    RowsView* list_;
+    QPushButton* typesToggle_;
+    FilterField* search_;
+    QStackedWidget* typesStack_;
+    RowsView* typesList_;
+    EmptyState* noType_;
+};
