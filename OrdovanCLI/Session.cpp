@@ -19,6 +19,9 @@ constexpr TidyViewModel::Options withoutRepreviews = {.repreviewsAfterRuns = fal
 /// Twice as long as saving a journal of a million entries takes.
 constexpr LockPatience forTheRecords = {.longest = std::chrono::seconds(4), .endsWithASignal = true};
 
+/// The settings file's lock is waited for two seconds.
+constexpr std::chrono::seconds longestFinish{3};
+
 template <class IsRunning>
 void waitWhile(IsRunning isRunning) {
     while (isRunning()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -97,6 +100,11 @@ bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&
     QObject::disconnect(trashShown);
     console_.clearProgress();
     return started;
+}
+
+bool Session::finish() {
+    interrupts::letThemEndTheProgram();
+    return environment_.waitForWork(longestFinish);
 }
 
 void Session::showProgress(std::string_view verb, quint64 filesDone, quint64 filesTotal, quint64 bytesDone,

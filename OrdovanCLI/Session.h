@@ -39,6 +39,10 @@ public:
     /// ("Organizing") and how far it is. False when the controller did not start one.
     bool run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start);
 
+    /// Waits for what is still being stored in the background, such as the list of recent folders; a request to stop
+    /// ends the program at once. False when it takes too long.
+    [[nodiscard]] bool finish();
+
 private:
     void stopWhatRuns();
     void showProgress(std::string_view verb, quint64 filesDone, quint64 filesTotal, quint64 bytesDone,

@@ -27,13 +27,18 @@ struct World {
     Session session;
 };
 
-Outcome runWithEvents(int& argc, char** argv, const Invocation& invocation, Console& console, Output& output) {
+/// `isAtRest`: whether nothing goes on in the background any more.
+Outcome runWithEvents(int& argc, char** argv, const Invocation& invocation, Console& console, Output& output,
+                      bool& isAtRest) {
     qInstallMessageHandler(dropQtMessages);
     // Taking a plan of fifty thousand files apart takes longer than printing it, so the world is left to the end of the
     // process.
     static World* const world = new World(argc, argv, console);
     Context context{invocation, console, output, world->session};
-    return runCommand(context);
+    Outcome outcome = runCommand(context);
+    output.flush();
+    isAtRest = outcome.kind != Outcome::Kind::interrupted && world->session.finish();
+    return outcome;
 }
 
 /// Writes what is left of the result. Where that fails, what was changed is changed all the same; without a change
@@ -68,6 +73,7 @@ int main(int argc, char** argv) {
     Console console({.isQuiet = understood && invocation->has(Option::quiet),
                      .mayColour = !understood || !invocation->has(Option::noColor)});
     Outcome outcome;
+    bool isAtRest = true;
     if (!understood) {
         outcome = Outcome::usage(invocation.error());
     } else if (invocation->has(Option::help)) {
@@ -77,14 +83,14 @@ int main(int argc, char** argv) {
     } else {
         // The event loop gets no arguments: an option of ours must never be taken for one of its own.
         static int nameOnly = 1;
-        outcome = runWithEvents(nameOnly, argv, *invocation, console, output);
+        outcome = runWithEvents(nameOnly, argv, *invocation, console, output, isAtRest);
         const bool isFailure = !outcome.sentence.empty() && outcome.kind != Outcome::Kind::usage;
         if (isFailure && invocation->has(Option::json)) writeJsonFailure(output, outcome.sentence);
     }
     outcome = finished(std::move(outcome), output);
     if (!outcome.sentence.empty()) console.fail(outcome.sentence);
-    // What was interrupted may still be reading or waiting for a lock on another thread; nobody waits for that, and it
-    // must not outlive what the ordinary end of a program takes down.
-    if (outcome.kind == Outcome::Kind::interrupted) std::_Exit(exitStatus(outcome));
+    // Another thread may still be reading or waiting for a lock; nobody waits for that, and it must not outlive what
+    // the ordinary end of a program takes down.
+    if (!isAtRest) std::_Exit(exitStatus(outcome));
     return exitStatus(outcome);
 }

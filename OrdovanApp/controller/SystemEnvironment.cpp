@@ -106,3 +106,7 @@ RuleStore& SystemEnvironment::rules() {
 const ordovan::StorageLocations& SystemEnvironment::locations() const {
     return state_->locations;
 }
+
+bool SystemEnvironment::waitForWork(std::chrono::milliseconds longest) {
+    return state_->tasks.waitForWork(longest);
+}

@@ -5,6 +5,7 @@
 #include "OrdovanApp/stores/RuleStore.h"
 #include "OrdovanApp/stores/StorageLocations.h"
 
+#include <chrono>
 #include <memory>
 
 /// The real disk, clock, threads and stores, as both front ends use them. Made on the main thread once there is a
@@ -22,6 +23,9 @@ public:
     [[nodiscard]] AppSettings& settings();
     [[nodiscard]] RuleStore& rules();
     [[nodiscard]] const ordovan::StorageLocations& locations() const;
+
+    /// Waits until nothing is at work in the background any more, at most this long. True when that is so.
+    [[nodiscard]] bool waitForWork(std::chrono::milliseconds longest);
 
 private:
     struct State;

@@ -4,6 +4,8 @@
 #include <QEvent>
 #include <QObject>
 
+#include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -22,20 +24,29 @@ public:
     void start(Call work, Call done) {
         const std::uint64_t id = nextID_++;
         auto task = std::make_shared<Task>(Task{std::move(work), std::move(done)});
+        const auto finish = [this, id, task] {
+            task->work();
+            task->work = nullptr;
+            deliver({std::move(task->done), id});
+        };
+        {
+            const std::lock_guard guard(lock_);
+            ++atWork_;
+        }
         try {
-            threads_.emplace(id, std::jthread([this, id, task] {
-                                 task->work();
-                                 task->work = nullptr;
-                                 deliver({std::move(task->done), id});
-                             }));
+            threads_.emplace(id, std::jthread(finish));
         } catch (const std::system_error&) {
             // The system has no thread to give: slow is better than not at all.
-            task->work();
-            deliver({std::move(task->done), id});
+            finish();
         }
     }
 
     void post(Call call) { deliver({std::move(call), std::nullopt}); }
+
+    bool waitForWork(std::chrono::milliseconds longest) {
+        std::unique_lock guard(lock_);
+        return workDone_.wait_for(guard, longest, [this] { return atWork_ == 0; });
+    }
 
 protected:
     bool event(QEvent* event) override {
@@ -65,12 +76,15 @@ private:
 
     void deliver(Delivery delivery) {
         const std::lock_guard guard(lock_);
+        if (delivery.finishedTask && --atWork_ == 0) workDone_.notify_all();
         deliveries_.push_back(std::move(delivery));
         if (deliveries_.size() == 1) QCoreApplication::postEvent(this, new QEvent(QEvent::User));
     }
 
     std::mutex lock_;
+    std::condition_variable workDone_;
     std::vector<Delivery> deliveries_;  // behind the lock
+    std::size_t atWork_ = 0;            // behind the lock: tasks whose work is not done
     std::uint64_t nextID_ = 0;
     std::map<std::uint64_t, std::jthread> threads_;  // controller's thread only; erasing one joins it
 };
@@ -84,6 +98,10 @@ void ThreadTaskRunner::run(Call work, Call done) {
 
 void ThreadTaskRunner::post(Call call) {
     mailbox_->post(std::move(call));
+}
+
+bool ThreadTaskRunner::waitForWork(std::chrono::milliseconds longest) {
+    return mailbox_->waitForWork(longest);
 }
 
 }  // namespace ordovan

@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/TaskRunner.h"
 
+#include <chrono>
 #include <memory>
 
 namespace ordovan {
@@ -19,6 +20,10 @@ public:
 
     void run(Call work, Call done) override;
     void post(Call call) override;
+
+    /// Waits until the work of all tasks is done, at most this long. True when it is; results may still be undelivered.
+    /// On the controller's thread.
+    [[nodiscard]] bool waitForWork(std::chrono::milliseconds longest);
 
 private:
     class Mailbox;

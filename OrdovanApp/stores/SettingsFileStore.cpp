@@ -5,6 +5,7 @@
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/platform/RealPath.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -124,9 +125,15 @@ bool SettingsFileStore::write(const Values& values) {
     return true;
 }
 
-/// The values as an INI file; nothing when it could not be made.
+/// The values as an INI file; nothing when it could not be made. Under the lock.
 std::optional<QByteArray> SettingsFileStore::encoded(const Values& values) const {
-    const QTemporaryDir scratch(QFileInfo(path_).path() + QStringLiteral("/.ordovan-settings-XXXXXX"));
+    const QDir folder(QFileInfo(path_).path());
+    const QString scratchName = QStringLiteral(".ordovan-settings-");
+    // The lock is ours, so one that is there was left by a process that died.
+    const QStringList left =
+        folder.entryList({scratchName + QStringLiteral("??????")}, QDir::Dirs | QDir::Hidden | QDir::NoSymLinks);
+    for (const QString& stale : left) QDir(folder.filePath(stale)).removeRecursively();
+    const QTemporaryDir scratch(folder.filePath(scratchName + QStringLiteral("XXXXXX")));
     if (!scratch.isValid()) return std::nullopt;
     const QString draft = scratch.filePath(QStringLiteral("draft.conf"));
     {

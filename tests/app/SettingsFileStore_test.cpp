@@ -69,6 +69,15 @@ TEST_F(SettingsFile, ThatIsAFifoHoldsNothingAndKeepsNobodyWaiting) {
     EXPECT_FALSE(store.setValue(QStringLiteral("ordovan.settings.theme"), QStringLiteral("grape")));
 }
 
+TEST_F(SettingsFile, ClearsAwayWhatADeadProcessLeftBesideIt) {
+    folder.write("config/ordovan/.ordovan-settings-aB3dE6/draft.conf", "half");
+    folder.write("config/ordovan/.ordovan-settings-of-mine/kept", "1");
+    SettingsFileStore store(file());
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), true));
+    EXPECT_FALSE(folder.has("config/ordovan/.ordovan-settings-aB3dE6"));
+    EXPECT_TRUE(folder.has("config/ordovan/.ordovan-settings-of-mine/kept"));
+}
+
 TEST_F(SettingsFile, BecomesPrivateAgainWhenItWasOpened) {
     folder.write("config/ordovan/ordovan.conf", "[General]\nother=1\n");
     ::chmod(folder.path("config/ordovan/ordovan.conf").c_str(), 0644);

@@ -7,6 +7,7 @@
 
 #include <QEventLoop>
 
+#include <chrono>
 #include <latch>
 #include <memory>
 #include <string>
@@ -41,6 +42,23 @@ TEST(ThreadTaskRunner, WorksElsewhereAndDeliversHere) {
     EXPECT_EQ(result, "done");
     EXPECT_NE(workedOn, std::this_thread::get_id());
     EXPECT_EQ(deliveredOn, std::this_thread::get_id());
+}
+
+TEST(ThreadTaskRunner, WaitsForWorkWithinBounds) {
+    ThreadTaskRunner runner;
+    EXPECT_TRUE(runner.waitForWork(std::chrono::milliseconds(0)));
+    std::latch mayEnd(1);
+    bool isWorkDone = false;
+    runner.run(
+        [&] {
+            mayEnd.wait();
+            isWorkDone = true;
+        },
+        [] {});
+    EXPECT_FALSE(runner.waitForWork(std::chrono::milliseconds(1)));
+    mayEnd.count_down();
+    EXPECT_TRUE(runner.waitForWork(std::chrono::hours(1)));
+    EXPECT_TRUE(isWorkDone);
 }
 
 TEST(ThreadTaskRunner, RunsTasksSideBySide) {

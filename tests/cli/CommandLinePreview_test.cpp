@@ -530,6 +530,18 @@ TEST(PreviewExport, TellsThatItCouldNotBeSaved) {
     EXPECT_EQ(run.status, 3);
 }
 
+TEST(Preview, IsAmongTheRecentFoldersWhenTheProgramHasEnded) {
+    const Home home;
+    for (int number = 0; number < 20; ++number) {
+        const std::string name = "folder" + std::to_string(number);
+        home.folder.makeFolder(name);
+        ASSERT_EQ(home.run({"preview", home.folder.path(name)}).status, 0);
+        EXPECT_THAT(home.folder.read(".config/ordovan/ordovan.conf"), HasSubstr("/" + name + ")"));
+    }
+    const std::filesystem::directory_iterator first(home.folder.path(".config/ordovan"));
+    EXPECT_EQ(std::distance(first, std::filesystem::directory_iterator()), 1);
+}
+
 TEST(Preview, ChangesNothing) {
     const Home home;
     home.write("a.pdf", "1");
