@@ -7,6 +7,7 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <numeric>
 
 using namespace Qt::StringLiterals;
 
@@ -28,7 +29,7 @@ void RecoveryModel::reload() {
     root_ = model_.rootURL().value_or(Url());
     organizedStates_.clear();
     trashedStates_.clear();
-    indexNames();
+    names_.reset(0);
     narrow();
     endResetModel();
     count();
@@ -70,7 +71,15 @@ void RecoveryModel::indexNames() {
 }
 
 void RecoveryModel::narrow() {
-    shown_ = names_.rowsMatching(query_);
+    const std::uint32_t items = organized() + trashed();
+    if (query_.trimmed().isEmpty()) {
+        shown_.resize(items);
+        std::iota(shown_.begin(), shown_.end(), std::uint32_t{0});
+    } else {
+        // Only who searches waits for the names.
+        if (names_.size() != items) indexNames();
+        shown_ = names_.rowsMatching(query_);
+    }
     shownOrganized_ = static_cast<int>(std::ranges::lower_bound(shown_, organized()) - shown_.begin());
     heads_.clear();
     if (shownOrganized_ > 0) heads_.push_back(0);
