@@ -96,7 +96,7 @@ QWidget* RulesView::makeRules() {
     list_->setModel(&model_);
     connect(list_, &RowsView::moveRequested, this, &RulesView::moveRule);
     connect(list_, &RowsView::actionTriggered, this, [this](int row, int action) {
-        if (action == RulesModel::deleteRule) remove(row);
+        if (action == RulesModel::deleteRule) removeRule(row);
     });
     return list_;
 }
