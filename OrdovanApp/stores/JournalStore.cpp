@@ -105,7 +105,7 @@ JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& 
     const auto lock = lockRecords_(locations_.recordsFolder);
     const Url file = locations_.journal(root);
     const Journal pending = joined(unsaved, shared(run));
-    Stored stored = readDocument(file);
+    const Stored stored = readDocument(file);
     Journal combined = joined(stored.journal, pending);
     Journal notStored = pending;
     const bool readable = stored.state != Stored::State::unreadable;
@@ -141,7 +141,7 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
         return fs.exists(organized) || fs.isSymlink(organized);
     });
     const Journal remaining = joined(storedLeft, memoryLeft);
-    const Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
+    Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
     if (isHeldElsewhere(lock)) return failure;
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
