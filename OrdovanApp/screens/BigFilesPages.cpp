@@ -41,6 +41,8 @@ constexpr std::array<SizeFilter, 4> sizeFilters = {{
 constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
 constexpr int narrowList = 640;
+constexpr int linkPadding = 7;
+constexpr int leastListHeight = 140;
 
 }  // namespace
 
@@ -59,12 +61,6 @@ QWidget* BigFilesView::makeNoPreview() {
 QWidget* BigFilesView::makeFiles() {
     files_ = new QWidget(pages_);
     files_->setObjectName(u"filesPage"_s);
-    installers_ = new Banner(context_.theme, Banner::Kind::info, files_);
-    installers_->setObjectName(u"installersHint"_s);
-    installers_->setClosable(false);
-    installers_->setText(
-        u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to %1/Installers so you can review them in one place."_s
-            .arg(Formats::text(OrdovanOutput::folderName)));
     auto* layout = new QVBoxLayout(files_);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -72,8 +68,7 @@ QWidget* BigFilesView::makeFiles() {
     layout->addSpacing(10);
     layout->addWidget(makeFilters());
     layout->addSpacing(12);
-    layout->addWidget(installers_);
-    layout->addSpacing(8);
+    layout->addWidget(makeInstallersHint());
     layout->addWidget(makeList(), 1);
     layout->addWidget(makeBar());
     return files_;
@@ -92,7 +87,8 @@ QWidget* BigFilesView::makeStats() {
     caption->setMinimumWidth(0);
     caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto* card = new QVBoxLayout(findCard_);
-    card->setContentsMargins(16, 11, 16, 12);
+    card->setContentsMargins(16 - linkPadding, 11, 16, 12);
+    caption->setContentsMargins(linkPadding, 0, 0, 0);
     card->setSpacing(2);
     card->addWidget(find_, 1, Qt::AlignLeft | Qt::AlignVCenter);
     card->addWidget(caption);
@@ -135,8 +131,23 @@ void BigFilesView::chooseSize(int segment) {
     refreshKinds();
 }
 
+QWidget* BigFilesView::makeInstallersHint() {
+    installers_ = new QWidget(files_);
+    installers_->setObjectName(u"installersHint"_s);
+    auto* hint = new Banner(context_.theme, Banner::Kind::info, installers_);
+    hint->setClosable(false);
+    hint->setText(
+        u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to "
+        "%1/Installers so you can review them in one place."_s.arg(Formats::text(OrdovanOutput::folderName)));
+    auto* layout = new QVBoxLayout(installers_);
+    layout->setContentsMargins(0, 0, 0, 8);
+    layout->addWidget(hint);
+    return installers_;
+}
+
 QWidget* BigFilesView::makeList() {
     stack_ = new QStackedWidget(files_);
+    stack_->setMinimumHeight(leastListHeight);  // less than what stands for an empty list would take
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"bigFileList"_s);
     list_->setAccessibleName(u"Largest files, biggest first"_s);

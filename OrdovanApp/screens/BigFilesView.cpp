@@ -9,7 +9,6 @@
 #include "OrdovanApp/screens/QuickLook.h"
 #include "OrdovanApp/screens/SpaceTexts.h"
 #include "OrdovanApp/screens/TrashNotices.h"
-#include "OrdovanApp/theme/Banner.h"
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"

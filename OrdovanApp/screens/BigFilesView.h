@@ -8,7 +8,6 @@
 
 #include <vector>
 
-class Banner;
 class BottomBar;
 class EmptyState;
 class FilterField;
@@ -41,6 +40,7 @@ private:
     QWidget* makeFiles();
     QWidget* makeStats();
     QWidget* makeFilters();
+    QWidget* makeInstallersHint();
     QWidget* makeList();
     QWidget* makeNoMatch();
     QWidget* makeBar();
@@ -82,7 +82,7 @@ private:
     Segments* sizes_;
     Segments* kinds_;
     std::vector<OrdovanFileCategory> offered_;  // behind "All kinds"
-    Banner* installers_;
+    QWidget* installers_;
     QStackedWidget* stack_;
     RowsView* list_;
     EmptyState* noneOfSize_;
