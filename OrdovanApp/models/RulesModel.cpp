@@ -106,8 +106,7 @@ RowContent RulesModel::content(int row) const {
     for (const std::string& extension : rule.extensions) {
         const QString text = u"."_s + Formats::text(extension);
         const bool known = isBuiltIn(extension);
-        content.tags.append({text, known ? theme_.colors().kind(OrdovanFileCategories::forExtension(extension))
-                                         : theme_.colors().warning});
+        content.tags.append({text, known ? theme_.colors().secondText : theme_.colors().warning});
         if (!known) unknown.append(text);
     }
     const QString matched = u"Files in the folder you're previewing that this rule would send to "_s + folder;

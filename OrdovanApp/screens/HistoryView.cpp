@@ -28,6 +28,7 @@ namespace {
 constexpr int margin = 28;
 constexpr int countsColumn = 150;
 constexpr int timeColumn = 64;
+constexpr int headHeight = 42;
 
 struct Filter {
     std::optional<OrdovanRunRecord::Kind> kind;
@@ -119,7 +120,8 @@ QWidget* HistoryView::makeFilters() {
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(16);
-    layout->addWidget(kinds_, 1);
+    layout->addWidget(kinds_);
+    layout->addStretch(1);
     layout->addWidget(title);
     return row;
 }
@@ -131,6 +133,7 @@ QWidget* HistoryView::makeList() {
     list_->setAccessibleName(heading());
     list_->setMaximumColumns(1);
     list_->setHeadsOutside(true);
+    list_->setHeadHeight(headHeight);
     list_->setColumnWidths({countsColumn, timeColumn});
     list_->setModel(&model_);
     noMatch_ = new EmptyState(context_.theme, Glyph::history, stack_);
@@ -158,9 +161,9 @@ void HistoryView::connectModel() {
 
 // What the controller has.
 
-void HistoryView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange && isVisible() && isActiveWindow()) refreshRecords();
-    QWidget::changeEvent(event);
+bool HistoryView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) refreshRecords();
+    return QWidget::event(event);
 }
 
 void HistoryView::showEvent(QShowEvent*) {

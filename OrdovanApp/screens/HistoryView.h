@@ -23,7 +23,7 @@ public:
     HistoryView(const AppContext& context, QWidget* parent = nullptr);
 
 protected:
-    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

@@ -114,6 +114,7 @@ QWidget* RecoveryView::makeRecords() {
     filters->setSpacing(16);
     filters->addWidget(search_);
     filters->addWidget(elsewhere_, 1);
+    filters->addStretch(0);
     auto* layout = new QVBoxLayout(records_);
     layout->setContentsMargins(0, 0, 0, 20);
     layout->setSpacing(12);
@@ -164,9 +165,9 @@ void RecoveryView::connectModel() {
 
 // What the controller has.
 
-void RecoveryView::changeEvent(QEvent* event) {
-    if (event->type() == QEvent::ActivationChange && isVisible() && isActiveWindow()) refreshRecords();
-    QWidget::changeEvent(event);
+bool RecoveryView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) refreshRecords();
+    return QWidget::event(event);
 }
 
 void RecoveryView::showEvent(QShowEvent*) {
@@ -183,8 +184,6 @@ void RecoveryView::refresh() {
     const bool isEmpty = model_.isEmpty();
     pages_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(nothing_) : records_);
     header_->setLede(isEmpty ? QString() : rule());
-    const auto& root = context_.model.rootURL();
-    header_->setFolder(root ? std::optional(Formats::path(*root)) : std::nullopt);
     undo_->setVisible(!isEmpty);
     restore_->setVisible(!isEmpty);
     const int elsewhere = model_.elsewhere();

@@ -31,7 +31,7 @@ public:
     RecoveryView(const AppContext& context, QWidget* parent = nullptr);
 
 protected:
-    void changeEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:

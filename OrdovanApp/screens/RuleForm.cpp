@@ -42,7 +42,7 @@ RuleForm::RuleForm(const AppContext& context, QWidget* parent)
     layout->addWidget(folder_, 0, 1);
     layout->addWidget(add_, 0, 2);
     layout->addWidget(example, 1, 0);
-    layout->addWidget(makeFolderMenu(), 1, 1, 1, 2, Qt::AlignLeft);
+    layout->addWidget(makeFolderMenu(), 1, 1, 1, 2, Qt::AlignLeft | Qt::AlignAbsolute);
     layout->addWidget(message_, 2, 0, 1, 3);
     connect(&context_.theme, &ThemeEnvironment::changed, this, &RuleForm::recolour);
     recolour();

@@ -28,6 +28,7 @@ constexpr int margin = 28;
 constexpr int typeRowHeight = 34;
 constexpr int leastTypesHeight = 190;
 constexpr int folderColumn = 120;
+constexpr int linkPadding = 7;
 
 }  // namespace
 
@@ -37,7 +38,8 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
       model_(context.model, context.rules, context.theme),
       types_(context.theme),
       form_(new RuleForm(context, this)),
-      problem_(new Banner(context.theme, Banner::Kind::error, this)) {
+      problem_(new Banner(context.theme, Banner::Kind::error, this)),
+      rest_(new QWidget(this)) {
     setObjectName(u"rules"_s);
     auto* header = new ScreenHeader(context.theme, u"Rules"_s, this);
     header->setLede(
@@ -62,7 +64,7 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
     layout->addWidget(note);
     layout->addWidget(makeTypesBar());
     layout->addWidget(makeTypes(), 1);
-    layout->addStretch(0);
+    layout->addWidget(rest_, 1);
     connect(&model_, &RulesModel::modelReset, this, &RulesView::refresh);
     connect(form_, &RuleForm::added, list_, &RowsView::scrollToBottom);
     refresh();
@@ -114,7 +116,8 @@ QWidget* RulesView::makeTypesBar() {
         showTypesOrNothing();
     });
     auto* layout = new QHBoxLayout(bar);
-    layout->setContentsMargins(0, 0, 0, 0);
+    // The words of the button begin where everything else does.
+    layout->setContentsMargins(-linkPadding, 0, 0, 0);
     layout->setSpacing(8);
     layout->addWidget(typesToggle_);
     layout->addStretch(1);
@@ -152,6 +155,7 @@ void RulesView::showTypes(bool shown) {
     typesToggle_->setText(shown ? u"Hide Built-in Types"_s : u"Show Built-in Types"_s);
     search_->setVisible(shown);
     typesStack_->setVisible(shown);
+    rest_->setVisible(!shown);
     if (shown) search_->setFocus();
 }
 

@@ -38,6 +38,7 @@ private:
     BuiltInTypesModel types_;
     RuleForm* form_;
     Banner* problem_;
+    QWidget* rest_;  ///< the room below, while the built-in types do not take it
     QWidget* noRules_;
     RowsView* list_;
     QPushButton* typesToggle_;

@@ -32,7 +32,7 @@ public:
         if (planFile) chosen(*planFile, planFormat);
     }
     void reveal(const Url& file) override { revealed.push_back(file); }
-    void showTrash(const Url&) override {}
+    void showTrash(const Url& trashedFile) override { shownInTrash.push_back(trashedFile); }
     bool openAddress(const QString&) override { return true; }
     std::optional<Url> downloads() const override { return std::nullopt; }
 
@@ -41,6 +41,7 @@ public:
     OrdovanPlanExportFormat planFormat = OrdovanPlanExportFormat::markdown;
     std::pair<QString, QString> asked;
     std::vector<Url> revealed;
+    std::vector<Url> shownInTrash;
 };
 
 /// What the views are handed, over a world in memory.
