@@ -25,8 +25,13 @@ void BuiltInTypesModel::setQuery(const QString& query) {
 void BuiltInTypesModel::narrow() {
     lines_.clear();
     heads_.clear();
+    collect(false);
+    if (lines_.empty()) collect(true);
+}
+
+void BuiltInTypesModel::collect(bool byName) {
     for (const auto& known : OrdovanFileCategories::knownExtensions()) {
-        const bool isNamed = Formats::text(rawValue(known.category)).contains(query_, Qt::CaseInsensitive);
+        const bool isNamed = byName && Formats::text(rawValue(known.category)).contains(query_, Qt::CaseInsensitive);
         const std::size_t head = lines_.size();
         lines_.push_back({known.category, {}});
         for (const std::string_view extension : known.extensions) {

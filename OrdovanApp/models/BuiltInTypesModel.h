@@ -17,8 +17,8 @@ public:
     /// `theme` outlives it.
     explicit BuiltInTypesModel(const ThemeEnvironment& theme, QObject* parent = nullptr);
 
-    /// Shows the extensions that contain what is typed, and all of the categories whose names do. Upper and lower case
-    /// make no difference, and a leading dot is none of an extension's letters.
+    /// Shows the extensions that contain what is typed; where there are none, those of the categories whose names do.
+    /// Upper and lower case make no difference, and a leading dot is none of an extension's letters.
     void setQuery(const QString& query);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
@@ -39,6 +39,7 @@ private:
     };
 
     void narrow();
+    void collect(bool byName);
 
     const ThemeEnvironment& theme_;
     QString query_;

@@ -25,10 +25,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int margin = 28;
-constexpr int typeRowHeight = 34;
+constexpr int typeRowHeight = 46;
 constexpr int leastTypesHeight = 190;
 constexpr int folderColumn = 120;
-constexpr int linkPadding = 7;
 
 }  // namespace
 
@@ -105,7 +104,7 @@ QWidget* RulesView::makeRules() {
 
 QWidget* RulesView::makeTypesBar() {
     auto* bar = new QWidget(this);
-    typesToggle_ = Buttons::link(QString(), bar);
+    typesToggle_ = Buttons::quiet(QString(), bar);
     typesToggle_->setObjectName(u"builtInTypes"_s);
     typesToggle_->setCheckable(true);
     connect(typesToggle_, &QPushButton::toggled, this, &RulesView::showTypes);
@@ -116,8 +115,7 @@ QWidget* RulesView::makeTypesBar() {
         showTypesOrNothing();
     });
     auto* layout = new QHBoxLayout(bar);
-    // The words of the button begin where everything else does.
-    layout->setContentsMargins(-linkPadding, 0, 0, 0);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
     layout->addWidget(typesToggle_);
     layout->addStretch(1);

@@ -294,6 +294,8 @@ TEST_F(RulesViewTest, SearchesTheBuiltInTypes) {
     search->setText(u".PDF"_s);
     EXPECT_EQ(titles(types()), QStringList({u"Documents"_s, u".pdf"_s}));
     EXPECT_EQ(types().rows()->content(1).columns, QStringList({u"Documents"_s}));
+    search->setText(u"doc"_s);
+    EXPECT_EQ(titles(types()), QStringList({u"Documents"_s, u".doc"_s, u".docx"_s}));
     search->setText(u"fonts"_s);
     EXPECT_EQ(titles(types()).front(), u"Fonts"_s);
     EXPECT_GT(titles(types()).size(), 2);
