@@ -132,7 +132,7 @@ RowContent DuplicatesModel::content(int row) const {
     RowContent content;
     content.mark = RowContent::Mark::radio;
     content.marked = model_.keeper(place.group) == file;
-    content.dimmed = !content.marked;
+    content.dimmed = !content.marked || !locked_.isEmpty();
     content.title = Formats::fileName(file);
     content.detail = Formats::folderOf(file, root_);
     const auto modified = modified_.find(file.path());

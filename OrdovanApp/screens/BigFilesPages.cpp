@@ -5,6 +5,7 @@
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/Card.h"
+#include "OrdovanApp/theme/ElidedLabel.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/FilterField.h"
 #include "OrdovanApp/theme/RowsView.h"
@@ -13,7 +14,6 @@
 #include "OrdovanApp/theme/StyleSheet.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -82,9 +82,9 @@ QWidget* BigFilesView::makeStats() {
     find_ = Buttons::link(u"Find Duplicates"_s, findCard_);
     find_->setObjectName(u"findDuplicates"_s);
     connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
-    auto* caption = new QLabel(u"to see the space held in copies"_s, findCard_);
+    auto* caption = new ElidedLabel(u"to see the space held in copies"_s, findCard_);
+    caption->setElideMode(Qt::ElideRight);
     StyleSheet::setType(caption, StyleSheet::LabelType::caption);
-    caption->setMinimumWidth(0);
     caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto* card = new QVBoxLayout(findCard_);
     card->setContentsMargins(16 - linkPadding, 11, 16, 12);
@@ -135,7 +135,10 @@ QWidget* BigFilesView::makeInstallersHint() {
     installers_ = new QWidget(files_);
     installers_->setObjectName(u"installersHint"_s);
     auto* hint = new Banner(context_.theme, Banner::Kind::info, installers_);
-    hint->setClosable(false);
+    connect(hint, &Banner::closed, this, [this] {
+        hintClosed_ = true;
+        installers_->hide();
+    });
     hint->setText(
         u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to "
         "%1/Installers so you can review them in one place."_s.arg(Formats::text(OrdovanOutput::folderName)));

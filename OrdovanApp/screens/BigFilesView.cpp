@@ -151,7 +151,7 @@ void BigFilesView::refreshFigures() {
     if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), u"in duplicate copies"_s, true});
     stats_->setStats(stats);
     findCard_->setVisible(!report);
-    installers_->setVisible(model_.hasInstallers());
+    installers_->setVisible(model_.hasInstallers() && !hintClosed_);
 }
 
 void BigFilesView::refreshCopies() {

@@ -83,6 +83,7 @@ private:
     Segments* kinds_;
     std::vector<OrdovanFileCategory> offered_;  // behind "All kinds"
     QWidget* installers_;
+    bool hintClosed_ = false;
     QStackedWidget* stack_;
     RowsView* list_;
     EmptyState* noneOfSize_;

@@ -18,6 +18,7 @@
 #include "OrdovanApp/theme/Sheet.h"
 #include "OrdovanApp/theme/StatRow.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPushButton>
@@ -248,6 +249,7 @@ void DuplicatesView::reload() {
 }
 
 void DuplicatesView::refresh() {
+    showPage();
     refreshStart();
     refreshFigures();
     refreshRun();
@@ -256,7 +258,26 @@ void DuplicatesView::refresh() {
                                "the Finder."_s
                              : QString());
     autoPick_->setVisible(isFound);
-    pages_->setCurrentWidget(page());
+}
+
+/// Where the page that had the focus goes, the one that takes its place has it.
+void DuplicatesView::showPage() {
+    QWidget* shown = page();
+    const QWidget* focus = QApplication::focusWidget();
+    // The page has the focus itself as long as what should have it can not be pressed.
+    if (pages_->currentWidget() == shown && focus != shown) return;
+    const bool hadFocus = focus != nullptr && (focus == pages_ || pages_->isAncestorOf(focus));
+    pages_->setCurrentWidget(shown);
+    if (!hadFocus) return;
+    refreshStart();  // what can not be pressed can not have the focus
+    if (shown == found_)
+        list_->setFocus();
+    else if (shown == none_)
+        againForNone_->setFocus();
+    else if (auto* button = shown->findChild<QPushButton*>(u"progressCancel"_s))
+        button->setFocus();
+    else
+        find_->setFocus();
 }
 
 void DuplicatesView::refreshStart() {

@@ -44,6 +44,7 @@ private:
     [[nodiscard]] QWidget* page() const;
     void reload();
     void refresh();
+    void showPage();
     void refreshStart();
     void refreshFigures();
     void refreshRun();

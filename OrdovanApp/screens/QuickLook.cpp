@@ -140,7 +140,7 @@ void QuickLook::showFile(const OrdovanInventoryEntry& file, const Url& root) {
     file_ = file.url;
     showFacts(file, root);
     showIcon({});
-    show();
+    if (!isVisible()) comeUp();
     auto preview = std::make_shared<FilePreview>();
     const QSize room = (QSizeF(pages_->size()) * devicePixelRatioF()).toSize();
     context_.model.looks().look(
@@ -149,6 +149,16 @@ void QuickLook::showFile(const OrdovanInventoryEntry& file, const Url& root) {
         [self = QPointer(this), preview] {
             if (self && self->isVisible()) self->showPreview(*preview);
         });
+}
+
+/// In the middle of the window that it belongs to, wherever that is now.
+void QuickLook::comeUp() {
+    if (parentWidget() != nullptr) {
+        QRect place(QPoint(), size());
+        place.moveCenter(parentWidget()->window()->geometry().center());
+        move(place.topLeft());
+    }
+    show();
 }
 
 void QuickLook::showFacts(const OrdovanInventoryEntry& file, const Url& root) {

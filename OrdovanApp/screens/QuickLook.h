@@ -42,6 +42,7 @@ private:
     QWidget* makeText();
     QWidget* makeIcon();
     QWidget* makeFacts();
+    void comeUp();
     void showFacts(const OrdovanInventoryEntry& file, const Url& root);
     void showIcon(const QString& message);
     void showPreview(const FilePreview& preview);

@@ -136,6 +136,10 @@ TEST_F(BigFiles, TellsWhereInstallersGo) {
     EXPECT_THAT(shown(),
                 Contains(u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends "
                          "them to ordovan+/Installers so you can review them in one place."_s));
+    click(widget<QWidget>(u"installersHint")->findChild<QPushButton*>(u"bannerClose"_s));
+    model->preview();
+    tasks.finish();
+    EXPECT_FALSE(widget<QWidget>(u"installersHint")->isVisible());
 }
 
 TEST_F(BigFiles, SaysThatAFolderHasNoFiles) {

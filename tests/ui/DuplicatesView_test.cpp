@@ -196,6 +196,20 @@ TEST_F(Duplicates, KeepsItsPlaceAcrossANewPreview) {
     EXPECT_EQ(list().rows()->title(list().currentIndex().row()), current);
 }
 
+TEST_F(Duplicates, HandsTheFocusOnFromPageToPage) {
+    preview({"a = 1", "b = 1"});
+    QApplication::setActiveWindow(view().window());
+    widget(u"findDuplicates")->setFocus();
+    click(u"findDuplicates");
+    EXPECT_TRUE(widget<ProgressStrip>(u"searchProgress")->findChild<QPushButton*>(u"progressCancel"_s)->hasFocus());
+    tasks.finish();
+    EXPECT_TRUE(list().hasFocus());
+    memory.removeTree("/r/b");
+    model->preview();
+    tasks.finish();
+    EXPECT_TRUE(widget(u"searchAgainForNone")->hasFocus());
+}
+
 // Choosing.
 
 TEST_F(Duplicates, KeepsTheCopyThatIsClicked) {
@@ -286,6 +300,7 @@ TEST_F(Duplicates, KeepsTheResultsInSightWhileItMovesExtras) {
     list().rows()->toggle(2);
     EXPECT_THAT(kept(), ElementsAre("a"));
     EXPECT_EQ(list().rows()->content(2).toolTip, running);
+    EXPECT_TRUE(list().rows()->content(1).dimmed);
     tasks.finish();
     EXPECT_FALSE(progress->isVisible());
 }
