@@ -52,7 +52,7 @@ public:
     explicit Application(SingleInstance& instance)
         : instance_(instance),
           values_(environment_.locations().settingsFile()),
-          model_(environment_.ports(), {}),
+          model_(environment_.ports(), {.loadsInBackground = true, .indexesPlans = true}),
           theme_(environment_.settings().theme()),
           desktop_([this] { return model_.rootURL(); }),
           window_({.model = model_,

@@ -22,12 +22,12 @@ constexpr OrdovanInventoryLimits outputLimits = {
 
 /// The output folder, the other folders that files were organized into, and the program's own: records that were
 /// organized away could not be used to undo anything.
-std::vector<Url> excludedSubtrees(const TidyPorts& ports, const PreviewInputs& inputs,
+std::vector<Url> excludedSubtrees(const TidyPorts& ports, const Url& root, const Url& outputRoot,
                                   const ordovan::JournalStore::Journal& journal) {
-    std::vector<Url> excluded = {inputs.outputRoot};
+    std::vector<Url> excluded = {outputRoot};
     if (journal) {
-        for (Url& folder : PreviewFlow::outputRoots(*journal, inputs.root)) {
-            if (folder.path() != inputs.outputRoot.path()) excluded.push_back(std::move(folder));
+        for (Url& folder : PreviewFlow::outputRoots(*journal, root)) {
+            if (folder.path() != outputRoot.path()) excluded.push_back(std::move(folder));
         }
     }
     std::ranges::move(ports.ownFolders(), std::back_inserter(excluded));
@@ -47,11 +47,11 @@ std::unordered_set<std::string> pathsMet(const OrdovanInventory& scan) {
 
 /// What the output folder holds; `partial` is set where not all of it was met. Through a link nothing will be moved, so
 /// what lies behind it is not looked at.
-std::unordered_set<std::string> pathsInOutput(const TidyPorts& ports, const PreviewInputs& inputs,
+std::unordered_set<std::string> pathsInOutput(const TidyPorts& ports, const Url& outputRoot,
                                               const std::function<bool()>& shouldContinue, bool& partial) {
-    if (!ports.fileSystem.exists(inputs.outputRoot) || ports.fileSystem.isSymlink(inputs.outputRoot)) return {};
-    const OrdovanInventory output = OrdovanInventoryScanner::scan(inputs.outputRoot, *ports.makeDirectoryReader(),
-                                                                  outputLimits, {}, shouldContinue);
+    if (!ports.fileSystem.exists(outputRoot) || ports.fileSystem.isSymlink(outputRoot)) return {};
+    const OrdovanInventory output =
+        OrdovanInventoryScanner::scan(outputRoot, *ports.makeDirectoryReader(), outputLimits, {}, shouldContinue);
     partial = partial || output.truncated;
     return pathsMet(output);
 }
@@ -83,34 +83,59 @@ private:
     std::uint64_t folders_ = 0;
 };
 
+/// The known object where it is equal.
+template <class T>
+std::shared_ptr<const T> shared(T value, const std::shared_ptr<const T>& known) {
+    return known && *known == value ? known : std::make_shared<const T>(std::move(value));
+}
+
+void adopt(PreviewedFolder& found, const PreviewInputs& inputs, OrdovanInventory inventory, OrdovanPlanResult plan) {
+    const PreviewedFolder& known = inputs.known;
+    found.inventory = shared(std::move(inventory), known.inventory);
+    found.plan = shared(std::move(plan), known.plan);
+    if (!inputs.indexesPlan) return;
+    const bool isSame = found.root == known.root && found.inventory == known.inventory && found.plan == known.plan;
+    found.index = isSame && known.index
+                      ? known.index
+                      : std::make_shared<const PlanIndex>(PlanIndex::of(*found.plan, *found.inventory, found.root));
+}
+
 }  // namespace
 
-PreviewResult PreviewFlow::run(const TidyPorts& ports, const PreviewInputs& inputs) {
+PreviewResult PreviewFlow::run(const TidyPorts& ports, PreviewInputs inputs) {
     const auto shouldContinue = [&flag = *inputs.flag] { return !flag.isCancelled(); };
+    if (!inputs.isResolved) {
+        inputs.root = ports.resolveExisting(inputs.root);
+        inputs.resolved(inputs.root);
+    }
+    const Url& root = inputs.root;
+    const Url outputRoot = root.appending(OrdovanOutput::folderName);
     PreviewResult result;
-    result.journal = ports.journals.load(inputs.root, inputs.unsavedJournal, ports.clock(), ports.fileSystem);
+    result.found.root = root;
+    const auto unsaved = inputs.unsavedJournals.find(std::string(root.path()));
+    result.journal = ports.journals.load(root, unsaved == inputs.unsavedJournals.end() ? nullptr : unsaved->second,
+                                         ports.clock(), ports.fileSystem);
     result.trash = ports.trashRecords.load(inputs.knownTrash);
     if (inputs.depth == PreviewDepth::records) return result;
 
     const auto reader = ports.makeDirectoryReader();
     CountingReader counted(*reader, inputs);
     OrdovanInventory inventory = OrdovanInventoryScanner::scan(
-        inputs.root, counted, OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
-        excludedSubtrees(ports, inputs, result.journal.journal), shouldContinue);
-    if (!shouldContinue() || inventory.rootWasUnreadable(inputs.root)) return result;
+        root, counted, OrdovanInventoryLimits{.includeHidden = inputs.includeHidden},
+        excludedSubtrees(ports, root, outputRoot, result.journal.journal), shouldContinue);
+    if (!shouldContinue() || inventory.rootWasUnreadable(root)) return result;
     if (inputs.progressed) inputs.progressed(inventory.files.size(), inventory.directories.size(), true);
     result.partial = inventory.truncated;
-    result.caseInsensitive = !ports.supportsCaseSensitiveNames(inputs.root).value_or(false);
+    result.caseInsensitive = !ports.supportsCaseSensitiveNames(root).value_or(false);
 
     OrdovanPlanResult plan;
     if (inputs.depth == PreviewDepth::plan) {
-        const auto preexisting = pathsInOutput(ports, inputs, shouldContinue, result.partial);
+        const auto preexisting = pathsInOutput(ports, outputRoot, shouldContinue, result.partial);
         if (!shouldContinue()) return result;
-        plan = OrdovanPlanner::plan(inventory.files, inputs.root, inputs.outputRoot, preexisting,
-                                    result.caseInsensitive, inputs.rules, inputs.groupByMonth, inputs.timeZone);
+        plan = OrdovanPlanner::plan(inventory.files, root, outputRoot, preexisting, result.caseInsensitive,
+                                    inputs.rules, inputs.groupByMonth, ports.timeZone());
     }
-    result.plan = std::make_shared<const OrdovanPlanResult>(std::move(plan));
-    result.inventory = std::make_shared<const OrdovanInventory>(std::move(inventory));
+    adopt(result.found, inputs, std::move(inventory), std::move(plan));
     return result;
 }
 

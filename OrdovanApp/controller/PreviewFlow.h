@@ -1,31 +1,45 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/PlanIndex.h"
 #include "OrdovanApp/controller/PreviewDepth.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Planner.h"
 #include "OrdovanCore/Rules.h"
-#include "OrdovanCore/Text.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
+
+/// A folder as it was found: all of it or, but for `root`, nothing.
+struct PreviewedFolder {
+    Url root;
+    std::shared_ptr<const OrdovanInventory> inventory;
+    std::shared_ptr<const OrdovanPlanResult> plan;
+    std::shared_ptr<const PlanIndex> index;  ///< null where none was asked for
+};
 
 /// What a preview works from; nothing else is looked at while it runs.
 struct PreviewInputs {
     PreviewDepth depth = PreviewDepth::plan;
     Url root;
-    Url outputRoot;
+    bool isResolved = true;  ///< `root` is a path without links
+    /// Told on the running thread what the path of a root that was not resolved is without links.
+    std::function<void(const Url& root)> resolved;
     bool includeHidden = false;
     bool groupByMonth = false;
     OrdovanRuleSet rules;
-    ordovan::text::TimeZone timeZone;
-    ordovan::JournalStore::Journal unsavedJournal;
+    /// By the folder's path.
+    std::unordered_map<std::string, ordovan::JournalStore::Journal> unsavedJournals;
     ordovan::TrashRecordStore::Known knownTrash;
+    PreviewedFolder known;  ///< what was found last
+    bool indexesPlan = false;
     std::shared_ptr<const CancelFlag> flag;
     /// Told of the files and folders met so far, after each folder and at the end, on the running thread; may be empty.
     std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> progressed;
@@ -33,8 +47,8 @@ struct PreviewInputs {
 
 /// What a preview found. Of no meaning once its flag is set.
 struct PreviewResult {
-    std::shared_ptr<const OrdovanInventory> inventory;  ///< null when the root was not or could not be read
-    std::shared_ptr<const OrdovanPlanResult> plan;      ///< null when the root was not or could not be read
+    /// Only the root when that was not or could not be read. What is equal to what was known is the known object.
+    PreviewedFolder found;
     bool partial = false;
     bool caseInsensitive = true;
     ordovan::JournalStore::Loaded journal;
@@ -43,9 +57,9 @@ struct PreviewResult {
 
 namespace PreviewFlow {
 
-/// Loads the folder's journal and the trash record, scans the folder and its output folder and plans, as far as the
-/// depth goes. Runs on a background thread.
-[[nodiscard]] PreviewResult run(const TidyPorts& ports, const PreviewInputs& inputs);
+/// Resolves the folder's path, loads its journal and the trash record, scans the folder and its output folder and
+/// plans, as far as the depth goes. Runs on a background thread.
+[[nodiscard]] PreviewResult run(const TidyPorts& ports, PreviewInputs inputs);
 
 /// The folders directly inside `root` that a journal's files were organized into: the output folder, and the one of
 /// an older version, each where an entry lies in it.

@@ -46,7 +46,7 @@ struct TidyPorts {
     std::function<std::size_t(std::span<const Url> thatHeld, const Url& within)> removeEmptyFolders;
     /// `ordovan::writeDocument`, or a stand-in.
     std::function<OrdovanResult<void>(const Url& file, std::string_view content)> writeDocument;
-    /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in. Called on the controller's thread.
+    /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in.
     std::function<Url(const Url&)> resolveExisting;
     /// The program's own folders, which no preview looks into. Called on background threads.
     std::function<std::vector<Url>()> ownFolders;
@@ -54,7 +54,7 @@ struct TidyPorts {
     ordovan::LockFunction tryLockFolder;
     /// Any thread.
     ordovan::Clock clock;
-    /// The zone in which files are grouped by month. Called on the controller's thread.
+    /// The zone in which files are grouped by month. Any thread.
     std::function<ordovan::text::TimeZone()> timeZone;
     ordovan::TaskRunner& tasks;
     ordovan::JournalStore& journals;

@@ -20,13 +20,15 @@ constexpr double secondsPerDay = 86'400;
 }  // namespace
 
 TidyViewModel::TidyViewModel(TidyPorts ports, Options options, QObject* parent)
-    : QObject(parent),
-      ports_(std::move(ports)),
-      options_(options),
-      history_(ports_.history.load()),
-      recentFolders_(ports_.recentFolders.load()) {
-    trashRecord_ = ports_.trashRecords.load({}).record;
+    : QObject(parent), ports_(std::move(ports)), options_(options) {
     refreshInputs();
+    if (options_.loadsInBackground) {
+        refreshRecords();
+        return;
+    }
+    history_ = ports_.history.load();
+    recentFolders_ = ports_.recentFolders.load();
+    trashRecord_ = ports_.trashRecords.load({}).record;
 }
 
 TidyViewModel::~TidyViewModel() {
@@ -59,15 +61,24 @@ OrdovanPreviewStatus TidyViewModel::status() const {
 
 void TidyViewModel::chooseFolder(const Url& folder, PreviewDepth depth) {
     depth_ = depth;
-    const std::optional<Url> chosen = ports_.resolveExisting(folder);
-    if (rootURL_ != chosen) {
+    if (rootURL_ != folder) {
         cancelDuplicateSearch();
         // The other folder's is not known before it has been read.
         journalRoot_.reset();
         publish(journal_, std::shared_ptr<const OrdovanJournal>(), &TidyViewModel::recoverableJournalChanged);
     }
-    set(rootURL_, chosen, &TidyViewModel::rootURLChanged);
+    isResolved_ = false;
+    set(rootURL_, std::optional(folder), &TidyViewModel::rootURLChanged);
     preview();
+}
+
+/// Finding out where a path leads may wait for a disk, so the preview does it, before anything else.
+void TidyViewModel::adoptResolved(const Url& chosen, const Url& resolved) {
+    if (rootURL_ != chosen || isResolved_) return;
+    isResolved_ = true;
+    set(rootURL_, std::optional(resolved), &TidyViewModel::rootURLChanged);
+    // A preview that was given up before this may be of a folder with a plan.
+    if (phase_.kind == Phase::Case::idle) rest();
 }
 
 void TidyViewModel::preview() {
@@ -76,17 +87,21 @@ void TidyViewModel::preview() {
     scanFlag_ = std::make_shared<CancelFlag>();
     refreshInputs();
     set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
-    PreviewInputs inputs = {.depth = depth_,
-                            .root = *rootURL_,
-                            .outputRoot = *outputRoot(),
-                            .includeHidden = includeHidden_,
-                            .groupByMonth = groupByMonth_,
-                            .rules = rules_,
-                            .timeZone = ports_.timeZone(),
-                            .unsavedJournal = unsavedJournal(*rootURL_),
-                            .knownTrash = {trashRecord_, unsavedTrash_},
-                            .flag = scanFlag_,
-                            .progressed = previewProgress()};
+    const auto adopt = whileAlive([this, chosen = *rootURL_](const Url& root) { adoptResolved(chosen, root); });
+    PreviewInputs inputs = {
+        .depth = depth_,
+        .root = *rootURL_,
+        .isResolved = isResolved_,
+        .resolved = [adopt, &tasks = ports_.tasks](const Url& root) { tasks.post([adopt, root] { adopt(root); }); },
+        .includeHidden = includeHidden_,
+        .groupByMonth = groupByMonth_,
+        .rules = rules_,
+        .unsavedJournals = unsavedJournals_,
+        .knownTrash = {trashRecord_, unsavedTrash_},
+        .known = {planRoot_.value_or(Url()), inventory_, plan_, planIndex_},
+        .indexesPlan = options_.indexesPlans,
+        .flag = scanFlag_,
+        .progressed = previewProgress()};
     ports_.tasks.compute([ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
                          whileAlive([this, inputs, runs = finishedRuns_](PreviewResult result) {
                              if (!inputs.flag->isCancelled()) completePreview(inputs, runs, std::move(result));
@@ -126,14 +141,14 @@ void TidyViewModel::refreshInputs() {
 }
 
 void TidyViewModel::completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result) {
-    const Url& root = inputs.root;
+    const Url root = result.found.root;
     // A record read before a run ended is older than the one that the run left here.
     if (runsBefore == finishedRuns_) adoptTrashRecord(std::move(result.trash));
     if (journalRoot_ != root || runsBefore == finishedRuns_) {
         adoptJournal(root, std::move(result.journal.journal), std::move(result.journal.unsaved));
     }
     if (inputs.depth == PreviewDepth::records) return rest();
-    if (!result.plan) {
+    if (!result.found.plan) {
         set(phase_, Phase{Phase::Case::failed, std::string(OrdovanPreviewStatus::unreadableFolder)},
             &TidyViewModel::phaseChanged);
         return;
@@ -141,26 +156,19 @@ void TidyViewModel::completePreview(const PreviewInputs& inputs, std::uint64_t r
     addRecentFolder(root);
     if (duplicateReport_) {
         adoptDuplicates(planRoot_ != root ? nullptr
-                                          : std::make_shared<const OrdovanDuplicateReport>(
-                                                DuplicateSearch::remaining(*duplicateReport_, *result.inventory)));
+                                          : std::make_shared<const OrdovanDuplicateReport>(DuplicateSearch::remaining(
+                                                *duplicateReport_, *result.found.inventory)));
     }
     planRoot_ = root;
     caseInsensitive_ = result.caseInsensitive;
-    publish(inventory_, std::move(result.inventory), &TidyViewModel::inventoryChanged);
-    publish(plan_, std::move(result.plan), &TidyViewModel::planChanged);
-    pruneExcluded();
+    planIndex_ = std::move(result.found.index);
+    const bool excludedChanges = excluded_.follow(result.found.plan);
+    // Those that are equal to what they were are the same objects.
+    set(inventory_, std::move(result.found.inventory), &TidyViewModel::inventoryChanged);
+    set(plan_, std::move(result.found.plan), &TidyViewModel::planChanged);
+    if (excludedChanges) Q_EMIT excludedChanged();
     set(partialScan_, result.partial, &TidyViewModel::partialScanChanged);
     set(phase_, Phase{Phase::Case::ready, {}}, &TidyViewModel::phaseChanged);
-}
-
-/// Forgets the unticked proposals that the plan does not make any more.
-void TidyViewModel::pruneExcluded() {
-    if (excluded_.empty()) return;
-    std::unordered_set<std::string> kept;
-    for (const OrdovanFileProposal& proposal : plan_->proposals) {
-        if (std::string id = proposal.id(); excluded_.contains(id)) kept.insert(std::move(id));
-    }
-    set(excluded_, std::move(kept), &TidyViewModel::excludedChanged);
 }
 
 /// Finding out what a folder's path leads to may wait for a disk.
@@ -179,22 +187,47 @@ void TidyViewModel::adoptRecentFolders(ordovan::RecentFoldersStore::Result resul
 // Selection.
 
 std::vector<OrdovanFileProposal> TidyViewModel::selectedProposals() const {
-    if (!plan_) return {};
-    return plan_->selectedProposals(excluded_);
+    return excluded_.remaining();
 }
 
 void TidyViewModel::toggle(const std::string& proposalID) {
-    if (excluded_.erase(proposalID) == 0) excluded_.insert(proposalID);
+    excluded_.toggle(proposalID);
     Q_EMIT excludedChanged();
 }
 
-void TidyViewModel::setExcluded(std::unordered_set<std::string> proposalIDs) {
-    set(excluded_, std::move(proposalIDs), &TidyViewModel::excludedChanged);
+void TidyViewModel::toggle(std::size_t proposal) {
+    excluded_.toggle(proposal);
+    Q_EMIT excludedChanged();
+}
+
+void TidyViewModel::setExcluded(const std::unordered_set<std::string>& proposalIDs) {
+    if (excluded_.set(proposalIDs)) Q_EMIT excludedChanged();
+}
+
+void TidyViewModel::setExcludedProposals(std::vector<bool> proposals) {
+    if (excluded_.set(std::move(proposals))) Q_EMIT excludedChanged();
 }
 
 void TidyViewModel::tickOlderThan(double days) {
     if (!plan_ || !inventory_) return;
-    setExcluded(plan_->proposalIDs(ports_.clock() - days * secondsPerDay, modificationTimes()));
+    const double cutoff = ports_.clock() - days * secondsPerDay;
+    if (planIndex_) {
+        setExcludedProposals(changedSince(cutoff));
+    } else {
+        setExcluded(plan_->proposalIDs(cutoff, modificationTimes()));
+    }
+}
+
+/// What `OrdovanPlanResult::proposalIDs` says, as bits.
+std::vector<bool> TidyViewModel::changedSince(double epoch) const {
+    std::vector<bool> changed(plan_->proposals.size());
+    for (std::size_t i = 0; i < changed.size(); ++i) {
+        const std::uint32_t entry = planIndex_->entries[i];
+        const auto modified =
+            entry == PlanIndex::nowhere ? std::optional<double>() : inventory_->files[entry].modifiedEpoch;
+        changed[i] = !modified || *modified >= epoch;
+    }
+    return changed;
 }
 
 /// The modification times of the previewed files by their paths, in seconds since 1970.
@@ -213,7 +246,8 @@ bool TidyViewModel::exportPlan(const Url& file, OrdovanPlanExportFormat format) 
     isExporting_ = true;
     ports_.tasks.compute(
         [write = ports_.writeDocument, file, format, plan = plan_, excluded = excluded_, root = *rootURL_] {
-            return write(file, OrdovanPlanExport::text(format, *plan, root.lastPathComponent(), excluded)).has_value();
+            return write(file, OrdovanPlanExport::text(format, *plan, root.lastPathComponent(), excluded.ids()))
+                .has_value();
         },
         whileAlive([this](bool saved) {
             isExporting_ = false;

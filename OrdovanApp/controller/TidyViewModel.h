@@ -1,9 +1,11 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/ExcludedProposals.h"
 #include "OrdovanApp/controller/FileLooks.h"
-#include "OrdovanApp/controller/RecoverySurvey.h"
+#include "OrdovanApp/controller/PlanIndex.h"
 #include "OrdovanApp/controller/PreviewDepth.h"
+#include "OrdovanApp/controller/RecoverySurvey.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/Executor.h"
@@ -60,6 +62,10 @@ public:
     struct Options {
         /// Whether a folder is previewed again after each run in it.
         bool repreviewsAfterRuns = true;
+        /// Whether history, trash record and recent folders are loaded on a background task, to be there soon after.
+        bool loadsInBackground = false;
+        /// Whether each preview makes a `planIndex` as well, on its background task.
+        bool indexesPlans = false;
     };
 
     /// Stands in for the stored settings in the previews of this controller; they are not changed.
@@ -69,14 +75,15 @@ public:
         friend bool operator==(const SettingOverrides&, const SettingOverrides&) = default;
     };
 
-    /// Loads the history and the recent folders.
+    /// Loads the history, the trash record and the recent folders.
     explicit TidyViewModel(TidyPorts ports, Options options, QObject* parent = nullptr);
     /// Stops what runs; a run under way still saves the record of what it moved (the task runner waits for it).
     ~TidyViewModel() override;
 
     // State.
     [[nodiscard]] const Phase& phase() const { return phase_; }
-    /// The folder being previewed: the only one in which anything is moved.
+    /// The folder being previewed: the only one in which anything is moved. The one chosen, and as soon as it is known
+    /// where that leads, its path without links.
     [[nodiscard]] const std::optional<Url>& rootURL() const { return rootURL_; }
     /// The folder that organized files go to: inside `rootURL`. Only when a folder is chosen.
     [[nodiscard]] std::optional<Url> outputRoot() const;
@@ -85,6 +92,8 @@ public:
     [[nodiscard]] const std::shared_ptr<const OrdovanPlanResult>& plan() const { return plan_; }
     /// The last scan, or null; it belongs to the plan.
     [[nodiscard]] const std::shared_ptr<const OrdovanInventory>& inventory() const { return inventory_; }
+    /// What was made of plan and inventory for lists of them; null where `plan` is, or with options without it.
+    [[nodiscard]] const std::shared_ptr<const PlanIndex>& planIndex() const { return planIndex_; }
     /// The folder that plan and inventory are of.
     [[nodiscard]] const std::optional<Url>& planRoot() const { return planRoot_; }
     /// Whether the last plan takes names that differ only in case for one name.
@@ -133,8 +142,9 @@ public:
     [[nodiscard]] const OrdovanRuleSet& rules() const { return rules_; }
     [[nodiscard]] bool groupByMonth() const { return groupByMonth_; }
     [[nodiscard]] bool includeHidden() const { return includeHidden_; }
-    /// The ids of the proposals that are not ticked.
-    [[nodiscard]] const std::unordered_set<std::string>& excluded() const { return excluded_; }
+    /// The ids of the proposals that are not ticked. Made for each call; `exclusion` has the same as bits.
+    [[nodiscard]] std::unordered_set<std::string> excluded() const { return excluded_.ids(); }
+    [[nodiscard]] const ExcludedProposals& exclusion() const { return excluded_; }
     [[nodiscard]] const OrdovanRunHistory& history() const { return history_; }
     /// Newest first, at most 5.
     [[nodiscard]] const std::vector<Url>& recentFolders() const { return recentFolders_; }
@@ -157,8 +167,12 @@ public:
     [[nodiscard]] std::vector<OrdovanFileProposal> selectedProposals() const;
     /// Ticks or unticks one proposal.
     void toggle(const std::string& proposalID);
+    /// The same with its place in the plan. Constant time.
+    void toggle(std::size_t proposal);
     /// Unticks exactly these proposals. Ids that the plan lacks are forgotten at the next preview.
-    void setExcluded(std::unordered_set<std::string> proposalIDs);
+    void setExcluded(const std::unordered_set<std::string>& proposalIDs);
+    /// The same with a bit for each proposal of the plan.
+    void setExcludedProposals(std::vector<bool> proposals);
     /// Ticks the files last changed more than this many days ago, and unticks the others.
     void tickOlderThan(double days);
 
@@ -262,10 +276,11 @@ private:
     void refreshInputs();
     void rest();
     void completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result);
-    void pruneExcluded();
+    void adoptResolved(const Url& chosen, const Url& resolved);
     void addRecentFolder(const Url& folder);
     void adoptRecentFolders(ordovan::RecentFoldersStore::Result result);
     [[nodiscard]] std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> previewProgress();
+    [[nodiscard]] std::vector<bool> changedSince(double epoch) const;
     [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
 
     [[nodiscard]] bool hasPreview() const;
@@ -301,9 +316,11 @@ private:
 
     Phase phase_;
     std::optional<Url> rootURL_;
+    bool isResolved_ = false;  // whether rootURL_ is a path without links
     std::optional<Url> planRoot_;
     std::shared_ptr<const OrdovanPlanResult> plan_;
     std::shared_ptr<const OrdovanInventory> inventory_;
+    std::shared_ptr<const PlanIndex> planIndex_;
     bool caseInsensitive_ = true;
     bool partialScan_ = false;
     bool isApplying_ = false;
@@ -323,7 +340,7 @@ private:
     bool includeHidden_ = false;
     SettingOverrides overrides_;
     PreviewDepth depth_ = PreviewDepth::plan;
-    std::unordered_set<std::string> excluded_;
+    ExcludedProposals excluded_;
     OrdovanRunHistory history_;
     std::uint64_t historyRevision_ = 0;
     std::uint64_t finishedRuns_ = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrdovanApp/models/SearchIndex.h"
+#include "OrdovanApp/controller/SearchIndex.h"
 #include "OrdovanApp/theme/RowsModel.h"
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/Inventory.h"

@@ -7,26 +7,15 @@
 #include <numeric>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace {
-
-constexpr const char* unreadableFolder = "This folder could not be read; the files in it are left untouched.";
-constexpr const char* tooDeepFolder =
-    "This folder lies too deep to be looked into; the files in it are left untouched.";
 
 /// The folder directly below the output folder that a destination lies in.
 std::string_view topFolder(const Url& destination, std::string_view outputRoot) {
     std::string_view path = destination.path();
     path.remove_prefix(std::min(path.size(), outputRoot.size() + 1));
     return path.substr(0, path.find('/'));
-}
-
-/// Writes a proposal's id into `buffer`, which keeps its memory from call to call.
-const std::string& idOf(const OrdovanFileProposal& proposal, std::string& buffer) {
-    buffer = proposal.source.path();
-    buffer += " -> ";
-    buffer += proposal.destination.path();
-    return buffer;
 }
 
 }  // namespace
@@ -48,10 +37,12 @@ bool PlanModel::reload() {
     plan_ = model_.plan();
     inventory_ = model_.inventory();
     root_ = model_.planRoot().value_or(Url());
-    collectSkips();
-    indexEntries();
+    index_ = model_.planIndex();
+    if (!index_) {
+        index_ = std::make_shared<const PlanIndex>(plan_ && inventory_ ? PlanIndex::of(*plan_, *inventory_, root_)
+                                                                       : PlanIndex());
+    }
     indexFolders();
-    indexNames();
     readTicks();
     const auto same = std::ranges::find(folders_, folder, &Folder::name);
     folder_.reset();
@@ -60,31 +51,6 @@ bool PlanModel::reload() {
     endResetModel();
     countTicks();
     return true;
-}
-
-void PlanModel::collectSkips() {
-    skips_.clear();
-    if (!plan_) return;
-    for (const OrdovanPlanSkip& skip : plan_->skipped) skips_.push_back({skip.source, skip.reason});
-    if (!inventory_) return;
-    const ordovan::SharedText unreadable(unreadableFolder);
-    const ordovan::SharedText tooDeep(tooDeepFolder);
-    for (const OrdovanInventorySkip& skip : inventory_->skipped) {
-        if (skip.reason == OrdovanInventorySkip::Reason::unreadableDirectory) skips_.push_back({skip.url, unreadable});
-        if (skip.reason == OrdovanInventorySkip::Reason::depthLimitReached) skips_.push_back({skip.url, tooDeep});
-    }
-}
-
-void PlanModel::indexEntries() {
-    entries_.assign(static_cast<std::size_t>(proposals() + conflicts()), nowhere);
-    if (!inventory_) return;
-    std::unordered_map<std::string_view, std::uint32_t> byPath;
-    byPath.reserve(inventory_->files.size());
-    for (std::uint32_t i = 0; i < inventory_->files.size(); ++i) byPath.emplace(inventory_->files[i].url.path(), i);
-    for (std::uint32_t item = 0; item < entries_.size(); ++item) {
-        const auto found = byPath.find(source(item).path());
-        if (found != byPath.end()) entries_[item] = found->second;
-    }
 }
 
 void PlanModel::indexFolders() {
@@ -130,16 +96,6 @@ void PlanModel::sortFolders() {
     for (std::uint32_t& place : folderOf_) place = placeNow[place];
 }
 
-void PlanModel::indexNames() {
-    names_.reset(items());
-    const std::size_t rootLength = root_.path() == "/" ? 0 : root_.path().size();
-    for (std::uint32_t item = 0; item < items(); ++item) {
-        std::string_view path = source(item).path();
-        path.remove_prefix(std::min(path.size(), rootLength + 1));
-        names_.add(path);
-    }
-}
-
 int PlanModel::proposals() const {
     return plan_ ? static_cast<int>(plan_->proposals.size()) : 0;
 }
@@ -149,11 +105,7 @@ int PlanModel::conflicts() const {
 }
 
 int PlanModel::skipped() const {
-    return static_cast<int>(skips_.size());
-}
-
-std::uint32_t PlanModel::items() const {
-    return static_cast<std::uint32_t>(proposals() + conflicts() + skipped());
+    return static_cast<int>(index_->skips.size());
 }
 
 PlanModel::Group PlanModel::groupOf(std::uint32_t item) const {
@@ -163,10 +115,7 @@ PlanModel::Group PlanModel::groupOf(std::uint32_t item) const {
 }
 
 const Url& PlanModel::source(std::uint32_t item) const {
-    const auto firstConflict = static_cast<std::uint32_t>(proposals());
-    const auto firstSkip = firstConflict + static_cast<std::uint32_t>(conflicts());
-    if (item < firstConflict) return plan_->proposals[item].source;
-    return item < firstSkip ? plan_->conflicts[item - firstConflict].source : skips_[item - firstSkip].url;
+    return index_->source(*plan_, item);
 }
 
 // What of it is shown.
@@ -198,7 +147,7 @@ std::optional<std::string> PlanModel::folder() const {
 
 /// Lays the rows out anew, under a head for each group of which something is shown.
 void PlanModel::narrow() {
-    shown_ = names_.rowsMatching(query_);
+    shown_ = index_->names.rowsMatching(query_);
     if (folder_) {
         std::erase_if(shown_,
                       [this](std::uint32_t item) { return item >= folderOf_.size() || folderOf_[item] != *folder_; });
@@ -244,11 +193,9 @@ std::vector<int> PlanModel::rowsOf(std::span<const std::string> paths) const {
 // What is ticked.
 
 void PlanModel::readTicks() {
-    ticks_.assign(static_cast<std::size_t>(proposals()), true);
-    const auto& excluded = model_.excluded();
-    if (excluded.empty()) return;
-    std::string id;
-    for (std::size_t i = 0; i < ticks_.size(); ++i) ticks_[i] = !excluded.contains(idOf(plan_->proposals[i], id));
+    ticks_ = model_.exclusion().proposals();
+    ticks_.resize(static_cast<std::size_t>(proposals()), false);
+    ticks_.flip();
 }
 
 void PlanModel::countTicks() {
@@ -283,7 +230,7 @@ void PlanModel::toggle(int row) {
     const auto item = itemAt(row);
     if (!item || *item >= ticks_.size() || !locked_.isEmpty() || plan_ != model_.plan()) return;
     ownChange_ = true;
-    model_.toggle(plan_->proposals[*item].id());
+    model_.toggle(std::size_t{*item});
     ownChange_ = false;
     const bool ticked = !ticks_[*item];
     const int step = ticked ? 1 : -1;
@@ -295,12 +242,16 @@ void PlanModel::toggle(int row) {
     Q_EMIT tickedChanged();
 }
 
-void PlanModel::tickRows(std::span<const int> rows, bool ticked) {
+void PlanModel::toggleRows(std::span<const int> rows) {
     std::vector<std::uint32_t> items;
+    bool allTicked = true;
     for (const int row : rows) {
-        if (const auto item = itemAt(row)) items.push_back(*item);
+        const auto item = itemAt(row);
+        if (!item || *item >= ticks_.size()) continue;
+        items.push_back(*item);
+        allTicked = allTicked && ticks_[*item];
     }
-    setTicks(items, ticked);
+    setTicks(items, !allTicked);
 }
 
 void PlanModel::tickShown(bool ticked) {
@@ -309,24 +260,11 @@ void PlanModel::tickShown(bool ticked) {
 
 void PlanModel::setTicks(std::span<const std::uint32_t> items, bool ticked) {
     if (!locked_.isEmpty() || plan_ != model_.plan()) return;
-    std::unordered_set<std::string> excluded = model_.excluded();
-    std::string id;
+    std::vector<bool> excluded = model_.exclusion().proposals();
     for (const std::uint32_t item : items) {
-        if (item >= ticks_.size()) continue;
-        idOf(plan_->proposals[item], id);
-        if (ticked)
-            excluded.erase(id);
-        else
-            excluded.insert(id);
+        if (item < excluded.size()) excluded[item] = !ticked;
     }
-    model_.setExcluded(std::move(excluded));
-}
-
-bool PlanModel::areTicked(std::span<const int> rows) const {
-    return std::ranges::all_of(rows, [this](int row) {
-        const auto item = itemAt(row);
-        return !item || *item >= ticks_.size() || ticks_[*item];
-    });
+    model_.setExcludedProposals(std::move(excluded));
 }
 
 void PlanModel::setLocked(const QString& reason) {

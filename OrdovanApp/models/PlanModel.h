@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OrdovanApp/models/SearchIndex.h"
+#include "OrdovanApp/controller/PlanIndex.h"
 #include "OrdovanApp/theme/RowsModel.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Planner.h"
@@ -52,6 +52,7 @@ public:
     [[nodiscard]] RowContent content(int row) const override;
     [[nodiscard]] QString title(int row) const override;
     void toggle(int row) override;
+    void toggleRows(std::span<const int> rows) override;
 
     void setQuery(const QString& query);
     /// Narrows the list to one folder; nothing shows all. A folder that the plan does not have shows all as well.
@@ -70,12 +71,8 @@ public:
     [[nodiscard]] bool hasShownProposals() const { return shownProposals_ > 0; }
     [[nodiscard]] bool allShownTicked() const { return shownTicked_ == shownProposals_; }
 
-    /// Ticks or unticks proposals among these rows; other rows are ignored.
-    void tickRows(std::span<const int> rows, bool ticked);
-    /// The same for every proposal in sight.
+    /// Ticks or unticks every proposal in sight.
     void tickShown(bool ticked);
-    /// Whether the proposals among these rows are all ticked.
-    [[nodiscard]] bool areTicked(std::span<const int> rows) const;
 
     /// Keeps ticks as they are, with the reason as the tool tip of every row; empty lets them change.
     void setLocked(const QString& reason);
@@ -91,26 +88,16 @@ Q_SIGNALS:
 
 private:
     enum class Group { proposed, review, skipped };
-    static constexpr std::uint32_t nowhere = 0xffffffff;
+    static constexpr std::uint32_t nowhere = PlanIndex::nowhere;
 
-    /// A file or folder that is left where it is, and why.
-    struct Skip {
-        Url url;
-        ordovan::SharedText reason;
-    };
-
-    void collectSkips();
-    void indexEntries();
     void indexFolders();
     void sortFolders();
-    void indexNames();
     void narrow();
     void readTicks();
     void countTicks();
     void followExclusions();
     void setTicks(std::span<const std::uint32_t> items, bool ticked);
 
-    [[nodiscard]] std::uint32_t items() const;
     [[nodiscard]] Group groupOf(std::uint32_t item) const;
     [[nodiscard]] const Url& source(std::uint32_t item) const;
     [[nodiscard]] const OrdovanInventoryEntry* entry(std::uint32_t item) const;
@@ -131,12 +118,10 @@ private:
     Url root_;
 
     // Items are numbered through: the proposals, the conflicts, the skips, each in plan order.
-    std::vector<Skip> skips_;
-    std::vector<std::uint32_t> entries_;  // of each proposal and conflict: its place in the inventory
+    std::shared_ptr<const PlanIndex> index_ = std::make_shared<const PlanIndex>();
     std::vector<Folder> folders_;
     std::vector<std::uint32_t> folderOf_;  // of each proposal and conflict: its place in `folders_`, or `nowhere`
     std::vector<bool> ticks_;              // of each proposal
-    SearchIndex names_;
 
     QString query_;
     std::optional<std::uint32_t> folder_;  // its place in `folders_`

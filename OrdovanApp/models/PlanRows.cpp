@@ -121,7 +121,7 @@ RowContent PlanModel::conflict(std::uint32_t item) const {
 }
 
 RowContent PlanModel::skip(std::uint32_t item) const {
-    const Skip& skip = skips_[item - static_cast<std::uint32_t>(proposals() + conflicts())];
+    const PlanIndex::Skip& skip = index_->skips[item - static_cast<std::uint32_t>(proposals() + conflicts())];
     const QString where = Formats::folderOf(skip.url, root_);
     RowContent content;
     content.dimmed = true;
@@ -142,7 +142,7 @@ void PlanModel::addFacts(RowContent& content, std::uint32_t item) const {
 }
 
 const OrdovanInventoryEntry* PlanModel::entry(std::uint32_t item) const {
-    const std::uint32_t place = entries_[item];
+    const std::uint32_t place = index_->entries[item];
     return place == nowhere ? nullptr : &inventory_->files[place];
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/RecoverySurvey.h"
-#include "OrdovanApp/models/SearchIndex.h"
+#include "OrdovanApp/controller/SearchIndex.h"
 #include "OrdovanApp/theme/RowsModel.h"
 
 #include <cstdint>

@@ -27,7 +27,7 @@ QString againstOrganize(const TidyViewModel& model) {
     if (const QString reason = againstPreview(model); !reason.isEmpty()) return reason;
     const std::size_t proposed = model.plan()->proposals.size();
     if (proposed == 0) return u"There is nothing to organize."_s;
-    if (model.excluded().size() >= proposed) return u"Tick at least one file first."_s;
+    if (model.exclusion().count() >= proposed) return u"Tick at least one file first."_s;
     return {};
 }
 

@@ -15,8 +15,8 @@
 #include "OrdovanApp/theme/StatRow.h"
 #include "OrdovanApp/theme/StyleSheet.h"
 
+#include <QGridLayout>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
@@ -34,7 +34,7 @@ namespace {
 constexpr std::array ages = {7, 30, 90};
 constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
-constexpr int narrowList = 640;
+constexpr int lowPage = 340;
 
 void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
     button->setEnabled(reasonAgainst.isEmpty());
@@ -88,9 +88,10 @@ QWidget* SmartInboxPlan::makeNothingProposed() {
 
 QWidget* SmartInboxPlan::makeFilters() {
     auto* row = new QWidget(this);
-    auto* layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(8);
+    filters_ = new QGridLayout(row);
+    filters_->setContentsMargins(0, 0, 0, 0);
+    filters_->setSpacing(8);
+    filters_->setColumnStretch(1, 1);
     search_ = new FilterField(context_.theme, u"Search proposed files"_s, row);
     search_->setObjectName(u"search"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -104,11 +105,15 @@ QWidget* SmartInboxPlan::makeFilters() {
     export_ = Buttons::quiet(u"Export Plan…"_s, row);
     export_->setObjectName(u"exportPlan"_s);
     connect(export_, &QPushButton::clicked, this, &SmartInboxPlan::exportRequested);
-    layout->addWidget(search_);
-    layout->addWidget(folders_, 1);
-    layout->addStretch(0);
-    layout->addWidget(age_);
-    layout->addWidget(export_);
+    planButtons_ = new QWidget(row);
+    auto* buttons = new QHBoxLayout(planButtons_);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    buttons->setSpacing(8);
+    buttons->addWidget(age_);
+    buttons->addWidget(export_);
+    filters_->addWidget(search_, 0, 0);
+    filters_->addWidget(folders_, 0, 1);
+    filters_->addWidget(planButtons_, 0, 2);
     return row;
 }
 
@@ -133,9 +138,9 @@ QWidget* SmartInboxPlan::makeList() {
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"planList"_s);
     list_->setAccessibleName(u"Proposed file changes"_s);
+    list_->setColumnWidths({sizeColumn, dateColumn});
     list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list_->setModel(&model_);
-    list_->installEventFilter(this);
     connect(list_, &RowsView::actionTriggered, this, &SmartInboxPlan::act);
 
     noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
@@ -217,7 +222,7 @@ void SmartInboxPlan::reload() {
     }
     if (!model_.reload()) return;
     nothingProposed_->setVisible(model_.proposals() == 0);
-    stats_->setVisible(model_.proposals() > 0);
+    refreshRoom();
     refreshFolders();
     const auto& folders = model_.folders();
     const auto chosen = std::ranges::find(folders, model_.folder(), &PlanModel::Folder::name);
@@ -265,27 +270,25 @@ void SmartInboxPlan::refreshActions() {
 
 // The list.
 
-/// Where there is no room for both columns, no row has the second.
 void SmartInboxPlan::resizeEvent(QResizeEvent*) {
-    const auto scaled = [this](int pixels) { return context_.theme.scaled(pixels); };
-    QList<int> widths = {scaled(sizeColumn)};
-    if (width() >= scaled(narrowList)) widths.append(scaled(dateColumn));
-    list_->setColumnWidths(widths);
+    refreshRoom();
 }
 
-bool SmartInboxPlan::eventFilter(QObject* watched, QEvent* event) {
-    if (watched != list_ || event->type() != QEvent::KeyPress) return QWidget::eventFilter(watched, event);
-    const auto* key = static_cast<const QKeyEvent*>(event);
-    const bool several = list_->selectionModel()->selectedIndexes().size() > 1;
-    if (key->key() != Qt::Key_Space || key->modifiers() != Qt::NoModifier || !several) return false;
-    toggleSelected();
-    return true;
-}
-
-/// Ticks all that is selected; unticks it where all of it is ticked.
-void SmartInboxPlan::toggleSelected() {
-    const std::vector<int> rows = selectedRows();
-    model_.tickRows(rows, !model_.areTicked(rows));
+/// On little room the list comes first: the figures go, and the buttons get a line of their own before they would be
+/// cut off.
+void SmartInboxPlan::refreshRoom() {
+    stats_->setVisible(model_.proposals() > 0 && height() >= context_.theme.scaled(lowPage));
+    const int needed = search_->sizeHint().width() + folders_->minimumSizeHint().width() +
+                       planButtons_->sizeHint().width() + 2 * filters_->spacing();
+    const bool ownLine = needed > width();
+    if (ownLine == buttonsHaveOwnLine_) return;
+    buttonsHaveOwnLine_ = ownLine;
+    filters_->removeWidget(planButtons_);
+    if (ownLine) {
+        filters_->addWidget(planButtons_, 1, 0, 1, 3, Qt::AlignLeft);
+    } else {
+        filters_->addWidget(planButtons_, 0, 2);
+    }
 }
 
 void SmartInboxPlan::act(int row, int action) {

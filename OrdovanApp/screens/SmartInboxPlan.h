@@ -11,6 +11,7 @@
 class BottomBar;
 class EmptyState;
 class FilterField;
+class QGridLayout;
 class QPushButton;
 class QStackedWidget;
 class RowsView;
@@ -41,7 +42,6 @@ Q_SIGNALS:
     void exportRequested();
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
@@ -63,8 +63,8 @@ private:
     void clearFilters();
     void refreshFolders();
     void refreshFigures();
+    void refreshRoom();
     void showListOrNothing();
-    void toggleSelected();
     void act(int row, int action);
     [[nodiscard]] std::vector<int> selectedRows() const;
     [[nodiscard]] Sight sight() const;
@@ -75,6 +75,9 @@ private:
     Url root_;
     QWidget* nothingProposed_;
     StatRow* stats_;
+    QGridLayout* filters_;
+    QWidget* planButtons_;
+    bool buttonsHaveOwnLine_ = false;
     FilterField* search_;
     Segments* folders_;
     QPushButton* age_;

@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int margin = 16;
+constexpr int rightMargin = 22;  // the scroll bar lies over a part of it
 constexpr int gap = 12;
 constexpr int markSize = 16;
 constexpr int markColumn = 20;
@@ -19,6 +20,8 @@ constexpr int buttonHeight = 28;
 constexpr int buttonPadding = 12;
 constexpr int buttonGap = 8;
 constexpr int shortestTitle = 140;
+constexpr int shortestChip = 64;
+constexpr int leading = 2 * margin + markColumn + glyphSize + 2 * gap;
 
 int ceilWidth(const QFontMetricsF& metrics, const QString& text) {
     return static_cast<int>(std::ceil(metrics.horizontalAdvance(text)));
@@ -67,7 +70,7 @@ int RowsPainter::pillWidth(const RowContent::Chip& chip) const {
 
 RowsPainter::Layout RowsPainter::layout(const RowContent& content, const QRect& row, Head head) const {
     Layout layout;
-    Edges edges{row.left() + (head == Head::outside ? 4 : margin), row.right() + 1 - margin};
+    Edges edges{row.left() + (head == Head::outside ? 4 : margin), row.right() + 1 - rightMargin};
     if (head == Head::none && content.mark != RowContent::Mark::none) {
         const int side = theme_.scaled(markSize);
         layout.mark = centred(row, edges.left, side, side);
@@ -110,24 +113,26 @@ void RowsPainter::placeButtons(const RowContent& content, const QRect& row, Layo
 }
 
 void RowsPainter::placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
-    const int chip = content.chip ? pillWidth(*content.chip) + gap : 0;
-    int shown = static_cast<int>(std::min(content.columns.size(), columnWidths_.size()));
     const auto width = [&](int columns) {
         int sum = 0;
         for (int i = 0; i < columns; ++i) sum += columnWidth(i) + gap;
         return sum;
     };
-    while (shown > 0 && edges.right - edges.left - chip - width(shown) < shortestTitle) --shown;
+    // By the width of the row alone, so that every row of a view has the same columns.
+    int room = static_cast<int>(columnWidths_.size());
+    while (room > 0 && row.width() - leading - width(room) < theme_.scaled(shortestTitle)) --room;
+    const int shown = std::min(room, static_cast<int>(content.columns.size()));
     int left = edges.right - width(shown) + gap;
     edges.right -= width(shown);
     for (int i = 0; i < shown; ++i) {
         layout.columns.emplace_back(left, row.top(), columnWidth(i), row.height());
         left += columnWidth(i) + gap;
     }
-    if (content.chip) {
-        layout.chip = centred(row, edges.right - chip + gap, chip - gap, theme_.scaled(pillHeight));
-        edges.right -= chip;
-    }
+    if (!content.chip) return;
+    const int chip = std::min(pillWidth(*content.chip), edges.right - edges.left - gap - theme_.scaled(shortestTitle));
+    if (chip < theme_.scaled(shortestChip)) return;
+    layout.chip = centred(row, edges.right - chip, chip, theme_.scaled(pillHeight));
+    edges.right -= chip + gap;
 }
 
 void RowsPainter::placeTexts(const RowContent& content, const QRect& row, Head head, Layout& layout,
@@ -160,6 +165,6 @@ bool RowsPainter::isElided(const RowContent& content, const Layout& layout) cons
     };
     return exceeds(title_.metrics, content.title, layout.title) ||
            exceeds(detail_.metrics, content.detail, layout.detail) ||
-           (content.chip && ceilWidth(strong_.metrics, content.chip->text) + 2 * pillPadding > layout.chip.width()) ||
+           (content.chip && pillPadding * 2 + ceilWidth(strong_.metrics, content.chip->text) > layout.chip.width()) ||
            static_cast<qsizetype>(layout.columns.size()) < content.columns.size();
 }

@@ -1,9 +1,19 @@
 #include "OrdovanApp/theme/RowsModel.h"
 
 #include <algorithm>
+#include <vector>
 
 bool RowsModel::isHead(int row) const {
     return std::ranges::binary_search(heads(), row);
+}
+
+void RowsModel::toggleRows(std::span<const int> rows) {
+    std::vector<int> ticked, unticked;
+    for (const int row : rows) {
+        const RowContent shown = content(row);
+        if (shown.mark == RowContent::Mark::tick) (shown.marked ? ticked : unticked).push_back(row);
+    }
+    for (const int row : unticked.empty() ? ticked : unticked) toggle(row);
 }
 
 QVariant RowsModel::data(const QModelIndex& index, int role) const {

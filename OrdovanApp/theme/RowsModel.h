@@ -70,6 +70,10 @@ public:
     /// Ticks or chooses a row, as a click on its mark or Space does. Rows without a mark ignore it.
     virtual void toggle(int row) { Q_UNUSED(row) }
 
+    /// Ticks those of these rows that can be; unticks them where all of those are ticked. As Space does where several
+    /// rows are selected.
+    virtual void toggleRows(std::span<const int> rows);
+
     [[nodiscard]] bool isHead(int row) const;
 
     /// From `content`: the title, the tick, the tool tip and the accessible texts.

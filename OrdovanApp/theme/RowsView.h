@@ -19,9 +19,10 @@ class QMenu;
 /// kept for a row that is not in sight.
 ///
 /// Sections: one card; the head of the group in sight stays at the top. Cards: each group is a card of its own, in as
-/// many columns as fit. Space toggles the current row's mark, Return triggers its first enabled action, the Menu key
-/// and the right button open its menu. To assistive technologies it is a list whose children are the rows (a tick row
-/// is a check box with a "toggle" action, a head a heading), and theirs their texts and buttons.
+/// many columns as fit. Space toggles the marks of the selected rows, Return triggers the first enabled action of the
+/// current one, the Menu key and the right button open its menu. To assistive technologies it is a list whose children
+/// are the rows (a tick row is a check box with a "toggle" action, a head a heading), and theirs their texts and
+/// buttons.
 class RowsView : public QAbstractItemView {
     Q_OBJECT
 
@@ -151,6 +152,8 @@ private:
     void openMenuOfCurrentRow();
     [[nodiscard]] QString toolTipAt(const QPoint& point) const;
     [[nodiscard]] int insertionRow(const QPoint& point) const;
+    /// What Space does.
+    void toggleSelection();
     void endDrag();
     bool moveCurrentRow(int step);
     void sendFocus();

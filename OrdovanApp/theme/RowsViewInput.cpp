@@ -243,15 +243,9 @@ void RowsView::keyPressEvent(QKeyEvent* event) {
     }
     if (row >= 0 && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
         switch (event->key()) {
-            case Qt::Key_Space: {
-                const RowContent::Mark mark = rows()->content(row).mark;
-                if (mark == RowContent::Mark::tick || mark == RowContent::Mark::radio) {
-                    rows()->toggle(row);
-                } else {
-                    Q_EMIT quickLookRequested(row);
-                }
+            case Qt::Key_Space:
+                toggleSelection();
                 return;
-            }
             case Qt::Key_Return:
             case Qt::Key_Enter:
                 activate(row);
@@ -261,6 +255,21 @@ void RowsView::keyPressEvent(QKeyEvent* event) {
         }
     }
     QAbstractItemView::keyPressEvent(event);
+}
+
+void RowsView::toggleSelection() {
+    const QModelIndexList selected = selectionModel()->selectedIndexes();
+    const int row = currentIndex().row();
+    const RowContent::Mark mark = rows()->content(row).mark;
+    if (selected.size() > 1) {
+        std::vector<int> together;
+        for (const QModelIndex& index : selected) together.push_back(index.row());
+        rows()->toggleRows(together);
+    } else if (mark == RowContent::Mark::tick || mark == RowContent::Mark::radio) {
+        rows()->toggle(row);
+    } else {
+        Q_EMIT quickLookRequested(row);
+    }
 }
 
 int RowsView::nextRow(int row, int step) const {

@@ -53,6 +53,61 @@ TEST_F(TidyPreview, WithoutAChosenFolderDoesNothing) {
     EXPECT_EQ(model->phase(), Phase());
 }
 
+TEST_F(TidyPreview, ShowsAChosenFolderAtOnceAndItsPathWithoutLinksAsSoonAsThatIsKnown) {
+    tree({"real/a.pdf = 1", "link -> real"});
+    const auto model = make();
+    model->chooseFolder(Url::file("/r/link"));
+    EXPECT_EQ(model->rootURL(), Url::file("/r/link"));
+    tasks.work();
+    tasks.deliver();
+    EXPECT_EQ(model->rootURL(), Url::file("/r/real"));
+    EXPECT_EQ(model->planRoot(), Url::file("/r/real"));
+    EXPECT_THAT(proposed(*model), ElementsAre("real/a.pdf -> real/ordovan+/Documents/a.pdf"));
+}
+
+TEST_F(TidyPreview, GivenUpBeforeItsPathIsKnownGoesBackToThePlanThere) {
+    tree({"real/a.pdf = 1", "link -> real"});
+    const auto model = make();
+    model->chooseFolder(Url::file("/r/real"));
+    tasks.finish();
+    model->chooseFolder(Url::file("/r/link"));
+    model->cancelPreview();
+    EXPECT_EQ(model->phase().kind, Phase::Case::idle);
+    tasks.finish();
+    EXPECT_EQ(model->rootURL(), Url::file("/r/real"));
+    EXPECT_EQ(model->phase().kind, Phase::Case::ready);
+}
+
+TEST_F(TidyPreview, DoesNotFollowALinkThatLaterTakesTheFoldersPlace) {
+    tree({"a/x.pdf = 1", "b/y.pdf = 1"});
+    const auto model = make();
+    model->chooseFolder(Url::file("/r/a"));
+    tasks.finish();
+    memory.removeTree("/r/a");
+    build(memory, "/r", {"a -> b"});
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(model->rootURL(), Url::file("/r/a"));
+}
+
+TEST_F(TidyPreview, KeepsTheObjectsOfAFolderThatHasNotChanged) {
+    tree({"a.pdf = 1"});
+    const auto model = make({.indexesPlans = true});
+    model->chooseFolder(Url::file("/r"));
+    tasks.finish();
+    const auto plan = model->plan();
+    const auto index = model->planIndex();
+    ASSERT_NE(index, nullptr);
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(model->plan(), plan);
+    EXPECT_EQ(model->planIndex(), index);
+    memory.write("/r/b.pdf", "2");
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(model->planIndex()->entries, (std::vector<std::uint32_t>{0, 1}));
+}
+
 TEST_F(TidyPreview, OfFilesAloneHasAnEmptyPlan) {
     tree({"a.pdf = 1", "b.pdf = 1", "ordovan+/Documents/c.pdf = 2"});
     const auto model = make();
@@ -93,14 +148,6 @@ TEST_F(TidyPreview, OfRecordsAloneLeavesThePlanOfTheFolder) {
     tasks.finish();
     EXPECT_EQ(model->phase().kind, Phase::Case::ready);
     EXPECT_EQ(model->plan(), plan);
-}
-
-TEST_F(TidyPreview, ResolvesLinksInTheChosenFolder) {
-    tree({"x.pdf = 1"});
-    memory.link("/shortcut", "/r");
-    const auto model = make();
-    model->chooseFolder(Url::file("/shortcut"));
-    EXPECT_EQ(model->rootURL(), Url::file("/r"));
 }
 
 TEST_F(TidyPreview, KeepsTheBytesOfAFolderName) {

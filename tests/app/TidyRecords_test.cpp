@@ -48,6 +48,17 @@ TEST_F(TidyRecords, AreReadAgainInTheBackground) {
     EXPECT_EQ(histories + trash + folders, 3);
 }
 
+TEST_F(TidyRecords, AreLoadedInTheBackgroundWhereThatIsAskedFor) {
+    trashElsewhere("/r/x.pdf");
+    const auto model = make({.loadsInBackground = true});
+    EXPECT_THAT(model->history().records, IsEmpty());
+    EXPECT_THAT(model->recentFolders(), IsEmpty());
+    tasks.finish();
+    EXPECT_THAT(model->history().records, SizeIs(1));
+    EXPECT_THAT(originals(*model->trashRecord()), ElementsAre("x.pdf"));
+    EXPECT_THAT(model->recentFolders(), ElementsAre(Url::file("/r")));
+}
+
 TEST_F(TidyRecords, ThatCanNotBeReadAgainStayAsTheyAre) {
     trashElsewhere("/r/x.pdf");
     const auto model = make();

@@ -85,6 +85,16 @@ TEST_F(TidySelection, ByAgeTicksTheOlderFilesOnly) {
     EXPECT_THAT(ticked(*model), ElementsAre("older.jpg -> ordovan+/Images/older.jpg"));
 }
 
+TEST_F(TidySelection, ByAgeIsTheSameWithAnIndexOfThePlan) {
+    tree({"new.pdf = 1", "old.pdf = 2", "a/twin.pdf = 3", "b/twin.pdf = 3"});
+    now = 100 * 86'400;
+    memory.setModified("/r/new.pdf", std::int64_t{95} * 86'400 * 1'000'000'000);
+    memory.setModified("/r/old.pdf", std::int64_t{1} * 86'400 * 1'000'000'000);
+    const auto model = previewed({.indexesPlans = true});
+    model->tickOlderThan(30);
+    EXPECT_THAT(ticked(*model), ElementsAre("old.pdf -> ordovan+/Documents/old.pdf"));
+}
+
 TEST_F(TidySelection, ByAgeDoesNothingWithoutAPlan) {
     const auto model = make();
     model->tickOlderThan(7);

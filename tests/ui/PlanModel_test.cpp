@@ -12,6 +12,7 @@ using namespace ordovan::test;
 using namespace Qt::StringLiterals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 namespace {
 
@@ -22,8 +23,8 @@ protected:
         tree(items);
         controller = previewed();
         rows = std::make_unique<PlanModel>(*controller, theme);
-        tester = std::make_unique<QAbstractItemModelTester>(
-            rows.get(), QAbstractItemModelTester::FailureReportingMode::Fatal);
+        tester = std::make_unique<QAbstractItemModelTester>(rows.get(),
+                                                            QAbstractItemModelTester::FailureReportingMode::Fatal);
         return *rows;
     }
 
@@ -76,15 +77,14 @@ TEST_F(PlanModelTest, ShowsWhatIsProposedUnderWhatNeedsReviewUnderWhatWasSkipped
     unreadable = {"/r/locked"};
     const PlanModel& model = show({"b.pdf = b", "work/a.pdf = aa", "pic.jpg = 1", "taken.txt = 1",
                                    "ordovan+/Documents/taken.txt = 0", "caf\xe9.pdf = 1", "locked/"});
-    EXPECT_THAT(text(model),
-                ElementsAre("# Proposed — safe, no conflict (3)", "[x] a.pdf | r / work | Documents",
-                            "[x] b.pdf | r | Documents", "[x] pic.jpg | r | Images",
-                            "# Needs your review — left untouched (1)",
-                            "    taken.txt | A file already exists at the destination. Will not overwrite; left "
-                            "untouched. · r | Documents",
-                            "# Skipped — left untouched (2)",
-                            "    caf\ufffd.pdf | Could not evaluate this file. · r",
-                            "    locked | This folder could not be read; the files in it are left untouched. · r"));
+    EXPECT_THAT(
+        text(model),
+        ElementsAre("# Proposed — safe, no conflict (3)", "[x] a.pdf | r / work | Documents",
+                    "[x] b.pdf | r | Documents", "[x] pic.jpg | r | Images", "# Needs your review — left untouched (1)",
+                    "    taken.txt | A file already exists at the destination. Will not overwrite; left "
+                    "untouched. · r | Documents",
+                    "# Skipped — left untouched (2)", "    caf\ufffd.pdf | Could not evaluate this file. · r",
+                    "    locked | This folder could not be read; the files in it are left untouched. · r"));
     EXPECT_EQ(model.proposals(), 3);
     EXPECT_EQ(model.conflicts(), 1);
     EXPECT_EQ(model.skipped(), 2);
@@ -117,8 +117,9 @@ TEST_F(PlanModelTest, TellsSizeDateAndReason) {
     const RowContent row = model.content(1);
     EXPECT_EQ(row.columns, QStringList({u"5 bytes"_s, u"14 Nov 2023"_s}));
     EXPECT_EQ(row.description, u"File type .pdf grouped as Documents. Preview only."_s);
-    EXPECT_EQ(row.toolTip, u"/r/work/a.pdf\nFile type .pdf grouped as Documents. Preview only.\n"
-                           "Goes to r / ordovan+ / Documents"_s);
+    EXPECT_EQ(row.toolTip,
+              u"/r/work/a.pdf\nFile type .pdf grouped as Documents. Preview only.\n"
+              "Goes to r / ordovan+ / Documents"_s);
 }
 
 TEST_F(PlanModelTest, OffersToIncludeWhatIsLeftOutAndTheOtherWayRound) {
@@ -163,8 +164,8 @@ TEST_F(PlanModelTest, IgnoresTicksOfRowsWithoutABox) {
 }
 
 TEST_F(PlanModelTest, NarrowsToWhatIsSearchedForInEveryGroup) {
-    PlanModel& model = show({"work/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1",
-                             "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
+    PlanModel& model = show(
+        {"work/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1", "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
     model.setQuery(u"RESUME"_s);
     EXPECT_THAT(names(model), ElementsAre("Résumé.pdf", "resume.txt"));
     model.setQuery(u"work"_s);
@@ -205,10 +206,10 @@ TEST_F(PlanModelTest, TellsHowMuchOfWhatIsTickedIsOutOfSight) {
 TEST_F(PlanModelTest, TicksSeveralRowsAtOnce) {
     PlanModel& model = show({"a.pdf = 1", "b.pdf = 1", "c.pdf = 1"});
     const std::vector<int> some = {0, 1, 3};
-    EXPECT_TRUE(model.areTicked(some));
-    model.tickRows(some, false);
-    EXPECT_FALSE(model.areTicked(some));
+    model.toggleRows(some);
     EXPECT_THAT(lines(controller->selectedProposals()), ElementsAre("b.pdf -> ordovan+/Documents/b.pdf"));
+    model.toggleRows(std::vector<int>{1, 2, 3});
+    EXPECT_THAT(lines(controller->selectedProposals()), SizeIs(3));
 }
 
 TEST_F(PlanModelTest, KeepsTicksWhileARunGoesOn) {
@@ -233,9 +234,9 @@ TEST_F(PlanModelTest, KeepsFolderAndSearchAndTicksAcrossANewPreview) {
     controller->preview();
     tasks.finish();
     EXPECT_TRUE(model.reload());
-    EXPECT_THAT(text(model), ElementsAre("# Proposed — safe, no conflict (4)", "[ ] a.pdf | r | Documents",
-                                         "[x] b.pdf | r | Documents", "[x] d.pdf | r | Documents",
-                                         "[x] e.pdf | r | Documents"));
+    EXPECT_THAT(text(model),
+                ElementsAre("# Proposed — safe, no conflict (4)", "[ ] a.pdf | r | Documents",
+                            "[x] b.pdf | r | Documents", "[x] d.pdf | r | Documents", "[x] e.pdf | r | Documents"));
 }
 
 TEST_F(PlanModelTest, ShowsEverythingWhenTheFolderIsGone) {

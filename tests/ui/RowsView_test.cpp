@@ -148,6 +148,22 @@ TEST_F(RowsViewTest, PutsCardsBesideEachOther) {
     EXPECT_EQ(current(), 1);
 }
 
+TEST_F(RowsViewTest, GivesEveryRowTheSameColumns) {
+    auto line = ListRows::tick(u"A name of some length"_s);
+    line.content.columns = {u"1.2 MB"_s, u"12 Nov 2026"_s};
+    auto other = line;
+    other.content.glyph = Glyph::folder;
+    other.content.chip = RowContent::Chip{u"A folder with a long name / 2026-11"_s, Qt::red};
+    RowsPainter painter(theme);
+    painter.setColumnWidths({84, 96});
+    for (int width = 150; width < 900; width += 10) {
+        const auto columns = [&](const RowContent& content) {
+            return painter.layout(content, {0, 0, width, 54}, RowsPainter::Head::none).columns;
+        };
+        EXPECT_EQ(columns(line.content), columns(other.content)) << width;
+    }
+}
+
 TEST_F(RowsViewTest, GivesUpColumnsWhereItIsNarrow) {
     auto line = ListRows::tick(u"A name of some length"_s);
     line.content.columns = {u"1.2 MB"_s, u"12 Nov 2026"_s};
@@ -156,7 +172,7 @@ TEST_F(RowsViewTest, GivesUpColumnsWhereItIsNarrow) {
     RowsPainter painter(theme);
     painter.setColumnWidths({84, 96});
     EXPECT_EQ(painter.layout(line.content, {0, 0, 800, 54}, RowsPainter::Head::none).columns.size(), 2U);
-    EXPECT_EQ(painter.layout(line.content, {0, 0, 300, 54}, RowsPainter::Head::none).columns.size(), 1U);
+    EXPECT_EQ(painter.layout(line.content, {0, 0, 360, 54}, RowsPainter::Head::none).columns.size(), 1U);
 }
 
 // The pointer.
@@ -290,6 +306,17 @@ TEST_F(RowsViewKeys, TickBySpaceAndAskForALookElsewhere) {
     EXPECT_EQ(model.toggled, std::vector{0});
     ASSERT_EQ(look.size(), 1);
     EXPECT_EQ(look.first().first(), 1);
+}
+
+TEST_F(RowsViewKeys, TickAllThatIsSelectedBySpaceAndUntickItWhereAllIsTicked) {
+    show({ListRows::tick(u"a"_s, false), ListRows::tick(u"b"_s), ListRows::plain(u"c"_s)});
+    view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    setCurrent(0);
+    view->selectAll();
+    press(Qt::Key_Space);
+    EXPECT_EQ(model.toggled, std::vector{0});
+    press(Qt::Key_Space);
+    EXPECT_EQ(model.toggled, (std::vector{0, 0, 1}));
 }
 
 TEST_F(RowsViewKeys, TriggerTheFirstActionByReturn) {

@@ -1,4 +1,4 @@
-#include "OrdovanApp/models/SearchIndex.h"
+#include "OrdovanApp/controller/SearchIndex.h"
 
 #include "tests/support/QtTestMain.h"
 
