@@ -2,22 +2,22 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 void Surfaces::paintShadow(QPainter& painter, const QRectF& rect, qreal radius, int reach, const QColor& color) {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    // Dropped a little, as light comes from above: the whole shape, then rings that fade outwards.
+    // Dropped a little, as light comes from above. Rings that fade from within the shape outwards, half faded at its
+    // edge, as a blurred shape does; what is further inside lies under the card.
     const qreal drop = reach / 4.0;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawRoundedRect(rect.translated(0, drop), radius, radius);
     painter.setBrush(Qt::NoBrush);
-    for (int ring = reach; ring >= 1; --ring) {
-        const qreal fade = 1.0 - (ring - 0.5) / reach;
+    for (qreal out = 0.5 - reach / 2.0; out < reach / 2.0; out += 1) {
+        const qreal way = out / reach + 0.5;
         QColor shade = color;
-        shade.setAlphaF(color.alphaF() * static_cast<float>(fade * fade));
-        painter.setPen(QPen(shade, 1.2));
-        const qreal out = ring - 0.5;
-        painter.drawRoundedRect(rect.adjusted(-out, -out + drop, out, out + drop), radius + out, radius + out);
+        shade.setAlphaF(color.alphaF() * static_cast<float>(1 - way * way * (3 - 2 * way)));
+        painter.setPen(QPen(shade, 1));
+        const qreal round = std::max(qreal{0}, radius + out);
+        painter.drawRoundedRect(rect.adjusted(-out, -out + drop, out, out + drop), round, round);
     }
     painter.restore();
 }

@@ -32,7 +32,8 @@ QFont fontOf(const ThemeEnvironment& theme, bool chosen) {
 /// One segment: a radio button that draws itself as part of the whole.
 class Segments::Segment : public QRadioButton {
 public:
-    Segment(const ThemeEnvironment& theme, const QString& text, Segments* owner) : QRadioButton(owner), theme_(theme) {
+    Segment(const ThemeEnvironment& theme, const QString& text, Segments* owner)
+        : QRadioButton(owner), theme_(theme), owner_(owner) {
         setText(QString(text).replace(u'&', u"&&"_s));
         setAccessibleName(text);
         setAttribute(Qt::WA_Hover);
@@ -61,7 +62,7 @@ protected:
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         QPainterPath whole;
-        whole.addRoundedRect(QRectF(parentWidget()->rect()).adjusted(1, 1, -1, -1).translated(-pos()),
+        whole.addRoundedRect(QRectF(owner_->outline()).adjusted(1, 1, -1, -1).translated(-pos()),
                              Surfaces::controlRadius - 1, Surfaces::controlRadius - 1);
         painter.setClipPath(whole);
         if (isChecked()) {
@@ -80,6 +81,7 @@ protected:
 
 private:
     const ThemeEnvironment& theme_;
+    const Segments* owner_;
     bool last_ = false;
 };
 
@@ -163,11 +165,12 @@ void Segments::place() {
     shown_ = count;
     const QString chosen = texts_.value(current_);
     const QFontMetrics metrics(fontOf(theme_, true));
-    const int menuWidth =
-        std::min(widestMenuText, std::max(metrics.horizontalAdvance(u"More"_s), metrics.horizontalAdvance(chosen))) +
-        theme_.scaled(52);
+    const auto menuWidth = [&](const QString& text) {
+        return std::min(widestMenuText, metrics.horizontalAdvance(text)) + theme_.scaled(52);
+    };
+    const int widestMenu = std::max(menuWidth(u"More"_s), menuWidth(chosen));
     if (widthOf(count) > width()) {
-        while (shown_ > 0 && widthOf(shown_) + menuWidth > width()) --shown_;
+        while (shown_ > 0 && widthOf(shown_) + widestMenu > width()) --shown_;
     }
     int x = 0;
     for (int i = 0; i < count; ++i) {
@@ -180,9 +183,11 @@ void Segments::place() {
     }
     const bool overflow = shown_ < count;
     more_->setVisible(overflow);
+    const bool inMenu = overflow && current_ >= shown_;
+    used_ = overflow ? std::min(width(), x + menuWidth(inMenu ? chosen : u"More"_s)) : x;
+    update();
     if (!overflow) return;
-    const bool inMenu = current_ >= shown_;
-    more_->setGeometry(x + 1, 1, std::max(0, width() - x - 2), height() - 2);
+    more_->setGeometry(x + 1, 1, std::max(0, used_ - x - 2), height() - 2);
     const QString text = inMenu ? metrics.elidedText(chosen, Qt::ElideRight, widestMenuText) : u"More"_s;
     more_->setText(QString(text).replace(u'&', u"&&"_s));
     more_->setAccessibleName(inMenu ? chosen : text);
@@ -240,7 +245,7 @@ void Segments::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(theme_.colors().hairline, 1));
     painter.setBrush(theme_.colors().card);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), Surfaces::controlRadius,
+    painter.drawRoundedRect(QRectF(outline()).adjusted(0.5, 0.5, -0.5, -0.5), Surfaces::controlRadius,
                             Surfaces::controlRadius);
 }
 

@@ -25,6 +25,8 @@ public:
     /// Chooses a segment. An index outside is ignored.
     void setCurrent(int index);
     [[nodiscard]] QStringList texts() const { return texts_; }
+    /// What the segments take of the widget: all but the room behind the last one.
+    [[nodiscard]] QRect outline() const { return {0, 0, used_, height()}; }
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -54,5 +56,6 @@ private:
     QPushButton* more_;
     QMenu* menu_;
     int shown_ = 0;
+    int used_ = 0;
     int current_ = -1;
 };
