@@ -289,8 +289,9 @@ void DuplicatesView::refreshStart() {
     choose_->setVisible(!hasFolder);
     start_->setFootnote(reason);
     setHelp(find_, reason, QString());
+    const bool isRunning = model.isApplying() || model.isTrashing();
     for (QPushButton* again : {again_, againForNone_}) {
-        setHelp(again, reason, u"Compares the files of the preview once more"_s);
+        setHelp(again, isRunning ? SpaceTexts::running() : reason, u"Compares the files of the preview once more"_s);
     }
 }
 

@@ -129,8 +129,9 @@ void RowsPainter::placeColumns(const RowContent& content, const QRect& row, Layo
         left += columnWidth(i) + gap;
     }
     if (!content.chip) return;
-    const int chip = std::min(pillWidth(*content.chip), edges.right - edges.left - gap - theme_.scaled(shortestTitle));
-    if (chip < theme_.scaled(shortestChip)) return;
+    const int whole = pillWidth(*content.chip);
+    const int chip = std::min(whole, edges.right - edges.left - gap - theme_.scaled(shortestTitle));
+    if (chip < std::min(whole, theme_.scaled(shortestChip))) return;
     layout.chip = centred(row, edges.right - chip, chip, theme_.scaled(pillHeight));
     edges.right -= chip + gap;
 }

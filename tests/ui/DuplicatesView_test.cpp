@@ -297,6 +297,8 @@ TEST_F(Duplicates, KeepsTheResultsInSightWhileItMovesExtras) {
     EXPECT_FALSE(widget(u"trash-all-extras")->isVisible());
     EXPECT_FALSE(widget(u"autoPick")->isEnabled());
     EXPECT_EQ(widget(u"autoPick")->toolTip(), running);
+    EXPECT_FALSE(widget(u"searchAgain")->isEnabled());
+    EXPECT_EQ(widget(u"searchAgain")->toolTip(), running);
     list().rows()->toggle(2);
     EXPECT_THAT(kept(), ElementsAre("a"));
     EXPECT_EQ(list().rows()->content(2).toolTip, running);
