@@ -91,7 +91,9 @@ RowContent HistoryModel::content(int row) const {
     if (line.head) return content;
     content.glyph = glyphOf(run.kind);
     content.glyphColor = theme_.colors().accentText;
-    content.columns = {counts(run), Formats::time(run.epoch)};
+    // Takes room only where there is something to tell.
+    if (const QString rest = counts(run); !rest.isEmpty()) content.chip = {rest, QColor()};
+    content.columns = {Formats::time(run.epoch)};
     content.toolTip = content.title + u"\n"_s + Formats::day(run.epoch) + u" "_s + Formats::time(run.epoch);
     content.description = Formats::day(run.epoch) + u", "_s + Formats::time(run.epoch);
     return content;

@@ -102,6 +102,12 @@ void RecoveryModel::setLocked(const QString& reason) {
     if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
+void RecoveryModel::setCompact(bool compact) {
+    if (compact == compact_) return;
+    compact_ = compact;
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+}
+
 int RecoveryModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(shown_.size() + heads_.size());
 }
@@ -216,7 +222,8 @@ RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
                                  .text = u"Put Just This File Back"_s,
                                  .help = locked_.isEmpty() ? u"Put just this file back"_s : locked_,
                                  .glyph = Glyph::undo,
-                                 .enabled = state == State::present && locked_.isEmpty()},
+                                 .enabled = state == State::present && locked_.isEmpty(),
+                                 .glyphOnly = compact_},
                        RowAction{.id = reveal,
                                  .text = u"Reveal in Finder"_s,
                                  .help = u"Reveal in Finder"_s,
@@ -254,7 +261,8 @@ RowContent RecoveryModel::trashedRow(std::uint32_t item) const {
                                  .text = u"Put Back from Trash"_s,
                                  .help = locked_.isEmpty() ? help : locked_,
                                  .glyph = Glyph::undo,
-                                 .enabled = state == State::present && locked_.isEmpty()},
+                                 .enabled = state == State::present && locked_.isEmpty(),
+                                 .glyphOnly = compact_},
                        RowAction{.id = showInTrash,
                                  .text = u"Show in the Trash"_s,
                                  .help = u"Show in the Trash"_s,

@@ -29,6 +29,8 @@ public:
     void setQuery(const QString& query);
     /// Disables what puts files back, with the reason as its help; empty enables it.
     void setLocked(const QString& reason);
+    /// Shows the buttons of rows as their glyphs alone, where there is little room.
+    void setCompact(bool compact);
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] std::span<const int> heads() const override { return heads_; }
@@ -88,6 +90,7 @@ private:
     SearchIndex names_;
     QString query_;
     QString locked_;
+    bool compact_ = false;
     std::vector<std::uint32_t> shown_;
     int shownOrganized_ = 0;
     std::vector<int> heads_;

@@ -26,7 +26,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int margin = 28;
-constexpr int countsColumn = 150;
 constexpr int timeColumn = 64;
 constexpr int headHeight = 42;
 
@@ -134,7 +133,7 @@ QWidget* HistoryView::makeList() {
     list_->setMaximumColumns(1);
     list_->setHeadsOutside(true);
     list_->setHeadHeight(headHeight);
-    list_->setColumnWidths({countsColumn, timeColumn});
+    list_->setColumnWidths({timeColumn});
     list_->setModel(&model_);
     noMatch_ = new EmptyState(context_.theme, Glyph::history, stack_);
     noMatch_->setObjectName(u"noMatch"_s);

@@ -32,6 +32,7 @@ namespace {
 
 constexpr int margin = 28;
 constexpr int sizeColumn = 84;
+constexpr int narrowList = 640;
 
 QString rule() {
     return u"Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left "
@@ -128,7 +129,6 @@ QWidget* RecoveryView::makeList() {
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"recoveryList"_s);
     list_->setAccessibleName(u"Organized and trashed files"_s);
-    list_->setColumnWidths({sizeColumn});
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &RecoveryView::act);
 
@@ -161,6 +161,13 @@ void RecoveryView::connectModel() {
     connect(model, &TidyViewModel::trashProgressed, this, [this](quint64 done, quint64 total, quint64, quint64) {
         showProgress(SmartInboxTexts::done(done, total), done, total);
     });
+}
+
+/// Where there is little room, the names and where they go have it.
+void RecoveryView::resizeEvent(QResizeEvent*) {
+    const bool isNarrow = width() < context_.theme.scaled(narrowList);
+    model_.setCompact(isNarrow);
+    list_->setColumnWidths(isNarrow ? QList<int>() : QList<int>{sizeColumn});
 }
 
 // What the controller has.

@@ -21,14 +21,10 @@ RuleForm::RuleForm(const AppContext& context, QWidget* parent)
       context_(context),
       extensions_(makeField(u"Extensions, e.g. dmg, pkg"_s, u"extensions"_s)),
       folder_(makeField(u"Folder name, e.g. Installers"_s, u"folderName"_s)),
-      add_(Buttons::primary(u"Add Rule"_s, this)),
-      message_(new QLabel(this)) {
+      add_(Buttons::primary(u"Add Rule"_s, this)) {
     setObjectName(u"ruleForm"_s);
     add_->setObjectName(u"addRule"_s);
     connect(add_, &QPushButton::clicked, this, &RuleForm::add);
-    message_->setObjectName(u"ruleMessage"_s);
-    message_->setTextFormat(Qt::PlainText);
-    message_->setWordWrap(true);
     auto* example = new QLabel(u"Try: dmg, pkg → Installers"_s, this);
     StyleSheet::setType(example, StyleSheet::LabelType::caption);
 
@@ -43,6 +39,10 @@ RuleForm::RuleForm(const AppContext& context, QWidget* parent)
     layout->addWidget(add_, 0, 2);
     layout->addWidget(example, 1, 0);
     layout->addWidget(makeFolderMenu(), 1, 1, 1, 2, Qt::AlignLeft | Qt::AlignAbsolute);
+    message_ = new QLabel(this);
+    message_->setObjectName(u"ruleMessage"_s);
+    message_->setTextFormat(Qt::PlainText);
+    message_->setWordWrap(true);
     layout->addWidget(message_, 2, 0, 1, 3);
     connect(&context_.theme, &ThemeEnvironment::changed, this, &RuleForm::recolour);
     recolour();

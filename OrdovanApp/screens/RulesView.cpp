@@ -26,7 +26,7 @@ namespace {
 
 constexpr int margin = 28;
 constexpr int typeRowHeight = 46;
-constexpr int leastTypesHeight = 190;
+constexpr int leastTypesHeight = 150;
 constexpr int folderColumn = 120;
 
 }  // namespace
@@ -36,31 +36,26 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
       context_(context),
       model_(context.model, context.rules, context.theme),
       types_(context.theme),
-      form_(new RuleForm(context, this)),
+      header_(new ScreenHeader(context.theme, u"Rules"_s, this)),
       problem_(new Banner(context.theme, Banner::Kind::error, this)),
+      form_(new RuleForm(context, this)),
       rest_(new QWidget(this)) {
     setObjectName(u"rules"_s);
-    auto* header = new ScreenHeader(context.theme, u"Rules"_s, this);
-    header->setLede(
+    header_->setLede(
         u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change the preview only; "
         u"nothing "
         "moves until you apply."_s);
     problem_->setObjectName(u"ruleProblem"_s);
     problem_->hide();
-    auto* note = new QLabel(
-        u"The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."_s, this);
-    note->setWordWrap(true);
-    StyleSheet::setType(note, StyleSheet::LabelType::second);
-
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(margin, 0, margin, 20);
     layout->setSpacing(10);
-    layout->addWidget(header);
+    layout->addWidget(header_);
     layout->addWidget(problem_);
     layout->addWidget(form_);
     layout->addWidget(makeNoRules());
     layout->addWidget(makeRules());
-    layout->addWidget(note);
+    layout->addWidget(makeNote());
     layout->addWidget(makeTypesBar());
     layout->addWidget(makeTypes(), 1);
     layout->addWidget(rest_, 1);
@@ -102,12 +97,19 @@ QWidget* RulesView::makeRules() {
     return list_;
 }
 
+QWidget* RulesView::makeNote() {
+    auto* note = new QLabel(
+        u"The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."_s, this);
+    note->setWordWrap(true);
+    StyleSheet::setType(note, StyleSheet::LabelType::second);
+    return note;
+}
+
 QWidget* RulesView::makeTypesBar() {
     auto* bar = new QWidget(this);
     typesToggle_ = Buttons::quiet(QString(), bar);
     typesToggle_->setObjectName(u"builtInTypes"_s);
-    typesToggle_->setCheckable(true);
-    connect(typesToggle_, &QPushButton::toggled, this, &RulesView::showTypes);
+    connect(typesToggle_, &QPushButton::clicked, this, [this] { showTypes(typesStack_->isHidden()); });
     search_ = new FilterField(context_.theme, u"Search types, e.g. pdf"_s, bar);
     search_->setObjectName(u"typeSearch"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {

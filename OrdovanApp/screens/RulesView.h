@@ -13,6 +13,7 @@ class QPushButton;
 class QStackedWidget;
 class RowsView;
 class RuleForm;
+class ScreenHeader;
 
 /// The section of the user's rules: typing a new one, their order, and the types that need none.
 class RulesView : public QWidget {
@@ -24,6 +25,7 @@ public:
 private:
     QWidget* makeNoRules();
     QWidget* makeRules();
+    QWidget* makeNote();
     QWidget* makeTypesBar();
     QWidget* makeTypes();
     void refresh();
@@ -36,8 +38,9 @@ private:
     AppContext context_;
     RulesModel model_;
     BuiltInTypesModel types_;
-    RuleForm* form_;
+    ScreenHeader* header_;
     Banner* problem_;
+    RuleForm* form_;
     QWidget* rest_;  ///< the room below, while the built-in types do not take it
     QWidget* noRules_;
     RowsView* list_;

@@ -64,7 +64,7 @@ TEST_F(HistoryModelTest, GroupsRunsByTheirLocalDay) {
 
 TEST_F(HistoryModelTest, ShowsOnlyCountsThatAreNotZero) {
     ran(Kind::undo, today, 1, 0, 1);
-    EXPECT_EQ(show().content(1).columns.first(), u"1 failed"_s);
+    EXPECT_EQ(show().content(1).chip->text, u"1 failed"_s);
 }
 
 TEST_F(HistoryModelTest, ShowsOneKind) {

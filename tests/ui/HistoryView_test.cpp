@@ -89,9 +89,9 @@ TEST_F(HistoryViewTest, ListsTheRunsNewestFirst) {
     EXPECT_EQ(runs(), QStringList({u"Organized 121 files in Downloads"_s, u"Restored 3 files in Downloads"_s,
                                    u"Moved 29 duplicate files to the Trash in Downloads"_s,
                                    u"Put back 1 file from the Trash in Downloads"_s}));
-    EXPECT_EQ(list().rows()->content(1).columns.front(), u"2 skipped"_s);
-    EXPECT_EQ(list().rows()->content(2).columns.front(), u"1 failed"_s);
-    EXPECT_EQ(list().rows()->content(3).columns.front(), QString());
+    EXPECT_EQ(list().rows()->content(1).chip->text, u"2 skipped"_s);
+    EXPECT_EQ(list().rows()->content(2).chip->text, u"1 failed"_s);
+    EXPECT_FALSE(list().rows()->content(3).chip.has_value());
 }
 
 TEST_F(HistoryViewTest, FiltersByKind) {

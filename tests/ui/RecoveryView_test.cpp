@@ -161,6 +161,15 @@ TEST_F(RecoveryViewTest, TellsOfFilesThatCameFromOtherFolders) {
     EXPECT_EQ(find(u"putAllBack")->toolTip(), u"No file in the Trash can go back to this folder."_s);
 }
 
+TEST_F(RecoveryViewTest, KeepsRoomForNamesWhereThereIsLittle) {
+    organized({"a.pdf = 1"});
+    view();
+    const QRect wide = list().actionRect(1, RecoveryModel::putBack);
+    view().resize(584, 500);
+    EXPECT_LT(list().actionRect(1, RecoveryModel::putBack).width(), wide.width() / 3);
+    EXPECT_EQ(action(1).text, u"Put Just This File Back"_s) << "still its name";
+}
+
 // Searching.
 
 TEST_F(RecoveryViewTest, SearchesBothLists) {
