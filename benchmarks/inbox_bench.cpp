@@ -83,9 +83,21 @@ private:
     int listed_ = 0;
 };
 
-/// Chooses a folder and waits for its plan to be shown; the longest wait of the interface meanwhile.
-double preview(TidyViewModel& model, const Url& folder) {
+/// The longest waits of the interface.
+struct Waits {
+    double scanning = 0;
+    double takingOver = 0;
+};
+
+/// Chooses a folder and waits for its plan to be shown.
+Waits preview(TidyViewModel& model, const Url& folder) {
     QEventLoop loop;
+    Waits waits;
+    auto heart = std::make_unique<Heartbeat>();
+    QObject::connect(&model, &TidyViewModel::inventoryChanged, &loop, [&] {
+        waits.scanning = heart->longestMilliseconds();
+        heart = std::make_unique<Heartbeat>();
+    });
     QObject::connect(
         &model, &TidyViewModel::phaseChanged, &loop,
         [&] {
@@ -94,10 +106,10 @@ double preview(TidyViewModel& model, const Url& folder) {
                 QTimer::singleShot(20, &loop, &QEventLoop::quit);
         },
         Qt::QueuedConnection);
-    Heartbeat heart;
     model.chooseFolder(folder);
     loop.exec();
-    return heart.longestMilliseconds();
+    waits.takingOver = heart->longestMilliseconds();
+    return waits;
 }
 
 /// The times of each of these texts typed letter by letter and taken away again, sorted.
@@ -116,6 +128,15 @@ std::vector<double> keystrokes(QLineEdit& search, Draw draw) {
     }
     std::ranges::sort(times);
     return times;
+}
+
+/// In days.
+double medianAge(const OrdovanInventory& inventory) {
+    std::vector<double> times;
+    for (const OrdovanInventoryEntry& file : inventory.files) times.push_back(file.modifiedEpoch.value_or(0));
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::ranges::nth_element(times, middle);
+    return (ordovan::systemTime() - *middle) / 86'400;
 }
 
 /// Resident memory in MiB (proc(5), statm).
@@ -158,13 +179,13 @@ int main(int argc, char** argv) {
     const double before = memory();
 
     const Url folder = Url::file(std::string(argv[1]));
-    const double slowScan = preview(model, folder);
+    const double slowScan = preview(model, folder).scanning;
     isSlow = false;
     std::vector<double> again;
     for (int i = 0; i < 5; ++i) {
         // Another folder in between, so that the plan is a new one.
         preview(model, records);
-        again.push_back(preview(model, folder));
+        again.push_back(preview(model, folder).takingOver);
     }
     std::ranges::sort(again);
     if (!model.plan()) return 1;
@@ -184,8 +205,9 @@ int main(int argc, char** argv) {
         list->rows()->toggle(1);
         draw();
     });
+    const double days = medianAge(*model.inventory());
     const double byAge = milliseconds([&] {
-        model.tickOlderThan(30);
+        model.tickOlderThan(days);
         draw();
     });
     const std::size_t ticked = model.plan()->proposals.size() - model.exclusion().count();

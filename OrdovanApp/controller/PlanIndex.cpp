@@ -37,6 +37,10 @@ PlanIndex PlanIndex::of(const OrdovanPlanResult& plan, const OrdovanInventory& i
         const auto found = byPath.find(index.source(plan, item).path());
         index.entries.push_back(found == byPath.end() ? nowhere : found->second);
     }
+    index.byteSizes.reserve(plan.proposals.size());
+    for (std::size_t i = 0; i < plan.proposals.size(); ++i) {
+        index.byteSizes.push_back(index.entries[i] == nowhere ? 0 : inventory.files[index.entries[i]].byteSize);
+    }
 
     const std::size_t items = files + index.skips.size();
     const std::size_t rootLength = root.path() == "/" ? 0 : root.path().size();

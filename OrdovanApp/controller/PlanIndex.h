@@ -25,6 +25,8 @@ struct PlanIndex {
     std::vector<Skip> skips;
     /// Of each proposal and conflict, its place among the inventory's files, or `nowhere`.
     std::vector<std::uint32_t> entries;
+    /// Of each proposal, its size in bytes; 0 where the inventory does not have it.
+    std::vector<std::int64_t> byteSizes;
     /// Of each item, its path below `root`.
     SearchIndex names;
 

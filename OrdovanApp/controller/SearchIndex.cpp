@@ -69,16 +69,20 @@ std::vector<std::uint32_t> SearchIndex::rowsMatching(const QString& query) const
     // The longest word is the rarest as a rule; the others are looked for only where it occurs.
     const auto rarest = std::ranges::max_element(words, {}, &std::string::size);
     const char* const end = texts_.data() + texts_.size();
+    auto next = ends_.begin();
     for (const char* from = texts_.data(); from < end;) {
         const auto* const hit = static_cast<const char*>(
             ::memmem(from, static_cast<std::size_t>(end - from), rarest->data(), rarest->size()));
         if (hit == nullptr) break;
-        const auto row = static_cast<std::uint32_t>(
-            std::ranges::lower_bound(ends_, static_cast<std::uint32_t>(hit - texts_.data())) - ends_.begin());
+        const auto place = static_cast<std::uint32_t>(hit - texts_.data());
+        // Where hits are many, the next one is in the next row.
+        if (*next < place) next = std::lower_bound(next + 1, ends_.end(), place);
+        const auto row = static_cast<std::uint32_t>(next - ends_.begin());
         const bool all = std::ranges::all_of(
             words, [&](const std::string& word) { return text(row).find(word) != std::string_view::npos; });
         if (all) rows.push_back(row);
-        from = texts_.data() + ends_[row] + 1;
+        from = texts_.data() + *next + 1;
+        ++next;
     }
     return rows;
 }

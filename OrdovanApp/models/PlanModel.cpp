@@ -126,7 +126,7 @@ void PlanModel::setQuery(const QString& query) {
     beginResetModel();
     narrow();
     endResetModel();
-    countTicks();
+    countShown();
 }
 
 void PlanModel::setFolder(const std::optional<std::string>& name) {
@@ -137,7 +137,7 @@ void PlanModel::setFolder(const std::optional<std::string>& name) {
     beginResetModel();
     narrow();
     endResetModel();
-    countTicks();
+    countShown();
 }
 
 std::optional<std::string> PlanModel::folder() const {
@@ -199,12 +199,17 @@ void PlanModel::readTicks() {
 }
 
 void PlanModel::countTicks() {
-    Ticked all;
-    for (std::uint32_t item = 0; item < ticks_.size(); ++item) {
-        if (!ticks_[item]) continue;
-        ++all.files;
-        if (const auto* its = entry(item)) all.bytes += its->byteSize;
+    ticked_ = {};
+    for (std::size_t i = 0; i < ticks_.size(); ++i) {
+        if (!ticks_[i]) continue;
+        ++ticked_.files;
+        ticked_.bytes += index_->byteSizes[i];
     }
+    countShown();
+}
+
+/// The part of the counts that search and folder change.
+void PlanModel::countShown() {
     shownProposals_ = 0;
     shownTicked_ = 0;
     for (const std::uint32_t item : shown_) {
@@ -212,8 +217,7 @@ void PlanModel::countTicks() {
         ++shownProposals_;
         shownTicked_ += ticks_[item] ? 1 : 0;
     }
-    all.hidden = all.files - shownTicked_;
-    ticked_ = all;
+    ticked_.hidden = ticked_.files - shownTicked_;
     Q_EMIT tickedChanged();
 }
 
@@ -237,7 +241,7 @@ void PlanModel::toggle(int row) {
     ticks_[*item] = ticked;
     ticked_.files += step;
     shownTicked_ += step;
-    if (const auto* its = entry(*item)) ticked_.bytes += step * its->byteSize;
+    ticked_.bytes += step * index_->byteSizes[*item];
     Q_EMIT dataChanged(index(row), index(row), {Qt::CheckStateRole});
     Q_EMIT tickedChanged();
 }

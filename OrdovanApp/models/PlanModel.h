@@ -95,6 +95,7 @@ private:
     void narrow();
     void readTicks();
     void countTicks();
+    void countShown();
     void followExclusions();
     void setTicks(std::span<const std::uint32_t> items, bool ticked);
 

@@ -89,7 +89,7 @@ void SidebarItem::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     if (current_ || underMouse()) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(current_ ? colors.tint : colors.hover);
+        painter.setBrush(current_ ? colors.tintStrong : colors.hover);
         painter.drawRoundedRect(rect(), 8, 8);
     }
     const QColor ink = current_ ? colors.accent : colors.secondText;

@@ -15,7 +15,6 @@
 #include "OrdovanApp/theme/StatRow.h"
 #include "OrdovanApp/theme/StyleSheet.h"
 
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -88,10 +87,13 @@ QWidget* SmartInboxPlan::makeNothingProposed() {
 
 QWidget* SmartInboxPlan::makeFilters() {
     auto* row = new QWidget(this);
-    filters_ = new QGridLayout(row);
+    row->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    filters_ = new QVBoxLayout(row);
     filters_->setContentsMargins(0, 0, 0, 0);
     filters_->setSpacing(8);
-    filters_->setColumnStretch(1, 1);
+    firstFilters_ = new QHBoxLayout;
+    firstFilters_->setSpacing(8);
+    filters_->addLayout(firstFilters_);
     search_ = new FilterField(context_.theme, u"Search proposed files"_s, row);
     search_->setObjectName(u"search"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -111,9 +113,11 @@ QWidget* SmartInboxPlan::makeFilters() {
     buttons->setSpacing(8);
     buttons->addWidget(age_);
     buttons->addWidget(export_);
-    filters_->addWidget(search_, 0, 0);
-    filters_->addWidget(folders_, 0, 1);
-    filters_->addWidget(planButtons_, 0, 2);
+    planButtons_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    firstFilters_->addWidget(search_);
+    firstFilters_->addWidget(folders_, 1);
+    firstFilters_->addStretch(0);
+    firstFilters_->addWidget(planButtons_);
     return row;
 }
 
@@ -283,12 +287,8 @@ void SmartInboxPlan::refreshRoom() {
     const bool ownLine = needed > width();
     if (ownLine == buttonsHaveOwnLine_) return;
     buttonsHaveOwnLine_ = ownLine;
-    filters_->removeWidget(planButtons_);
-    if (ownLine) {
-        filters_->addWidget(planButtons_, 1, 0, 1, 3, Qt::AlignLeft);
-    } else {
-        filters_->addWidget(planButtons_, 0, 2);
-    }
+    QBoxLayout* line = ownLine ? static_cast<QBoxLayout*>(filters_) : firstFilters_;
+    line->addWidget(planButtons_);
 }
 
 void SmartInboxPlan::act(int row, int action) {

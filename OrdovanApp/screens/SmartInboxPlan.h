@@ -11,9 +11,10 @@
 class BottomBar;
 class EmptyState;
 class FilterField;
-class QGridLayout;
+class QHBoxLayout;
 class QPushButton;
 class QStackedWidget;
+class QVBoxLayout;
 class RowsView;
 class Segments;
 class StatRow;
@@ -75,7 +76,8 @@ private:
     Url root_;
     QWidget* nothingProposed_;
     StatRow* stats_;
-    QGridLayout* filters_;
+    QVBoxLayout* filters_;
+    QHBoxLayout* firstFilters_;
     QWidget* planButtons_;
     bool buttonsHaveOwnLine_ = false;
     FilterField* search_;

@@ -152,8 +152,8 @@ private:
     void openMenuOfCurrentRow();
     [[nodiscard]] QString toolTipAt(const QPoint& point) const;
     [[nodiscard]] int insertionRow(const QPoint& point) const;
-    /// What Space does.
-    void toggleSelection();
+    /// What Space does; false where there is nothing to do it to.
+    bool toggleSelection();
     void endDrag();
     bool moveCurrentRow(int step);
     void sendFocus();

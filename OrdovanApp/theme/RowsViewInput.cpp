@@ -241,35 +241,34 @@ void RowsView::keyPressEvent(QKeyEvent* event) {
         if (!moveCurrentRow(event->key() == Qt::Key_Up ? -1 : 1)) event->ignore();
         return;
     }
-    if (row >= 0 && !(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
-        switch (event->key()) {
-            case Qt::Key_Space:
-                toggleSelection();
-                return;
-            case Qt::Key_Return:
-            case Qt::Key_Enter:
-                activate(row);
-                return;
-            default:
-                break;
+    if (!(event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))) {
+        if (event->key() == Qt::Key_Space && toggleSelection()) return;
+        if (row >= 0 && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+            activate(row);
+            return;
         }
     }
     QAbstractItemView::keyPressEvent(event);
 }
 
-void RowsView::toggleSelection() {
-    const QModelIndexList selected = selectionModel()->selectedIndexes();
-    const int row = currentIndex().row();
-    const RowContent::Mark mark = rows()->content(row).mark;
+bool RowsView::toggleSelection() {
+    const QModelIndexList selected =
+        selectionModel() != nullptr ? selectionModel()->selectedIndexes() : QModelIndexList();
     if (selected.size() > 1) {
         std::vector<int> together;
         for (const QModelIndex& index : selected) together.push_back(index.row());
         rows()->toggleRows(together);
-    } else if (mark == RowContent::Mark::tick || mark == RowContent::Mark::radio) {
+        return true;
+    }
+    const int row = currentIndex().row();
+    if (row < 0) return false;
+    const RowContent::Mark mark = rows()->content(row).mark;
+    if (mark == RowContent::Mark::tick || mark == RowContent::Mark::radio) {
         rows()->toggle(row);
     } else {
         Q_EMIT quickLookRequested(row);
     }
+    return true;
 }
 
 int RowsView::nextRow(int row, int step) const {

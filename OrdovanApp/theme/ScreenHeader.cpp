@@ -12,6 +12,12 @@
 
 using StyleSheet::LabelType;
 
+namespace {
+
+constexpr int narrow = 480;
+
+}  // namespace
+
 /// The outline of a pill, painted so that it is as round as it is high.
 class ScreenHeader::Pill : public QWidget {
 public:
@@ -61,7 +67,11 @@ private:
 };
 
 ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, QWidget* parent)
-    : QWidget(parent), title_(new QLabel(title, this)), lede_(new QLabel(this)), pill_(new Pill(theme, this)) {
+    : QWidget(parent),
+      theme_(theme),
+      title_(new QLabel(title, this)),
+      lede_(new QLabel(this)),
+      pill_(new Pill(theme, this)) {
     title_->setObjectName(QStringLiteral("screenTitle"));
     title_->setTextFormat(Qt::PlainText);
     StyleSheet::setType(title_, LabelType::title);
@@ -72,15 +82,18 @@ ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, 
     lede_->hide();
     pill_->hide();
 
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 22, 0, 14);
+    whole_ = new QVBoxLayout(this);
+    whole_->setContentsMargins(0, 22, 0, 14);
+    whole_->setSpacing(4);
+    auto* layout = new QHBoxLayout;
     layout->setSpacing(16);
-    auto* texts = new QVBoxLayout;
-    texts->setSpacing(4);
-    texts->addWidget(title_);
-    texts->addWidget(lede_);
-    texts->addStretch();
-    layout->addLayout(texts, 1);
+    texts_ = new QVBoxLayout;
+    texts_->setSpacing(4);
+    texts_->addWidget(title_);
+    texts_->addWidget(lede_);
+    texts_->addStretch();
+    layout->addLayout(texts_, 1);
+    whole_->addLayout(layout);
     right_ = new QHBoxLayout;
     right_->setSpacing(8);
     right_->addWidget(pill_, 0, Qt::AlignVCenter);
@@ -99,6 +112,18 @@ void ScreenHeader::setFolder(const std::optional<QString>& path) {
         pill_->show(*path);
     } else {
         pill_->hide();
+    }
+}
+
+/// Where it is narrow the lede has a line of its own, below the buttons: beside them it would become a column of words.
+void ScreenHeader::resizeEvent(QResizeEvent*) {
+    const bool ownLine = width() < theme_.scaled(narrow);
+    if (ownLine == ledeHasOwnLine_) return;
+    ledeHasOwnLine_ = ownLine;
+    if (ownLine) {
+        whole_->addWidget(lede_);
+    } else {
+        texts_->insertWidget(1, lede_);
     }
 }
 

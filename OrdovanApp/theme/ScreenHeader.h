@@ -9,6 +9,7 @@
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
+class QVBoxLayout;
 
 /// The head of a screen: its title, one line of what it promises, and on the right the folder and the buttons.
 class ScreenHeader : public QWidget {
@@ -24,11 +25,18 @@ public:
     /// Adds a button at the right end. Takes it.
     void addButton(QPushButton* button);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     class Pill;
 
+    const ThemeEnvironment& theme_;
     QLabel* title_;
     QLabel* lede_;
     Pill* pill_;
+    QVBoxLayout* whole_;
+    QVBoxLayout* texts_;
     QHBoxLayout* right_;
+    bool ledeHasOwnLine_ = false;
 };

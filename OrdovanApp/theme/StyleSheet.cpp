@@ -72,7 +72,7 @@ QPushButton[kind="link"] {
 }
 QPushButton[kind="link"]:hover { background: @pressed; }
 QPushButton[kind="segmentMenu"] {
-  min-height: @32px; padding: 0 @12px; border-color: transparent; background: transparent; color: @secondText;
+  min-height: @30px; padding: 0 @12px; border-color: transparent; background: transparent; color: @secondText;
 }
 QPushButton[kind="segmentMenu"]:hover { background: @hover; }
 QPushButton[kind="segmentMenu"][chosen="true"] { background: @tint; color: @accentText; font-weight: 600; }
