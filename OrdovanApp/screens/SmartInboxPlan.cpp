@@ -34,6 +34,8 @@ constexpr std::array ages = {7, 30, 90};
 constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
 constexpr int lowPage = 340;
+constexpr int narrowList = 640;
+constexpr int narrowestList = 440;
 
 void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
     button->setEnabled(reasonAgainst.isEmpty());
@@ -142,7 +144,6 @@ QWidget* SmartInboxPlan::makeList() {
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"planList"_s);
     list_->setAccessibleName(u"Proposed file changes"_s);
-    list_->setColumnWidths({sizeColumn, dateColumn});
     list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &SmartInboxPlan::act);
@@ -278,10 +279,15 @@ void SmartInboxPlan::resizeEvent(QResizeEvent*) {
     refreshRoom();
 }
 
-/// On little room the list comes first: the figures go, and the buttons get a line of their own before they would be
-/// cut off.
+/// On little room the list comes first, and in it where a file goes: the figures go, date and size as well, and the
+/// buttons get a line of their own before they would be cut off.
 void SmartInboxPlan::refreshRoom() {
-    stats_->setVisible(model_.proposals() > 0 && height() >= context_.theme.scaled(lowPage));
+    const auto scaled = [this](int pixels) { return context_.theme.scaled(pixels); };
+    stats_->setVisible(model_.proposals() > 0 && height() >= scaled(lowPage));
+    QList<int> columns;
+    if (width() >= scaled(narrowestList)) columns.append(sizeColumn);
+    if (width() >= scaled(narrowList)) columns.append(dateColumn);
+    list_->setColumnWidths(columns);
     const int needed = search_->sizeHint().width() + folders_->minimumSizeHint().width() +
                        planButtons_->sizeHint().width() + 2 * filters_->spacing();
     const bool ownLine = needed > width();

@@ -290,6 +290,21 @@ TEST_F(SmartInbox, TicksAllSelectedRowsWithSpace) {
     EXPECT_THAT(ticked(), IsEmpty());
 }
 
+TEST_F(SmartInbox, CutsOffNoButtonInASmallWindow) {
+    preview({"a.pdf = 1", "b.jpg = 1", "c.zip = 1"});
+    for (const QSize size : {QSize(424, 376), QSize(584, 560), QSize(1064, 772)}) {
+        view().resize(size);
+        QCoreApplication::processEvents();
+        for (const auto* name : {u"ageFilter", u"exportPlan", u"organize", u"tickAll"}) {
+            const auto* button = find(name);
+            const QRect place(button->mapTo(&view(), QPoint(0, 0)), button->size());
+            EXPECT_TRUE(view().rect().contains(place)) << QString::fromUtf16(name).toStdString();
+            EXPECT_GE(place.width(), button->sizeHint().width());
+            EXPECT_GE(place.height(), button->sizeHint().height());
+        }
+    }
+}
+
 TEST_F(SmartInbox, TicksAllAndNone) {
     preview({"a.pdf = 1", "b.pdf = 1"});
     EXPECT_EQ(find(u"tickAll")->text(), u"Tick None"_s);
