@@ -66,8 +66,14 @@ void RecoveryModel::count() {
 
 void RecoveryModel::indexNames() {
     names_.reset(organized() + trashed());
-    for (std::uint32_t item = 0; item < organized(); ++item) names_.add(organizedEntry(item).destination());
-    for (std::uint32_t item = 0; item < trashed(); ++item) names_.add(trashedEntry(organized() + item).original());
+    // What the folder's own path holds would find every file.
+    const std::string root = std::string(root_.path()) + '/';
+    const auto add = [&](std::string_view path) {
+        if (path.starts_with(root)) path.remove_prefix(root.size());
+        names_.add(path);
+    };
+    for (std::uint32_t item = 0; item < organized(); ++item) add(organizedEntry(item).destination());
+    for (std::uint32_t item = 0; item < trashed(); ++item) add(trashedEntry(organized() + item).original());
 }
 
 void RecoveryModel::narrow() {

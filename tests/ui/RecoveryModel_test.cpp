@@ -128,6 +128,16 @@ TEST_F(RecoveryModelTest, ShowsBothGroupsAndSearchesThem) {
     EXPECT_FALSE(model.isEmpty());
 }
 
+TEST_F(RecoveryModelTest, SearchesBelowTheChosenFolder) {
+    organized({"a.pdf = 1", "c.mov = 12345"});
+    trash("ordovan+/Videos/c.mov", 5);
+    RecoveryModel& model = surveyed();
+    model.setQuery(u"documents/"_s);
+    EXPECT_EQ(model.rowCount(), 2);
+    model.setQuery(u"/r/"_s);
+    EXPECT_EQ(model.rowCount(), 0) << "every file lies there";
+}
+
 TEST_F(RecoveryModelTest, FollowsTheRecords) {
     organized({"a.pdf = 1", "b.pdf = 22"});
     auto& model = surveyed();
