@@ -166,16 +166,21 @@ void ContentView::refreshStatus() {
 }
 
 void ContentView::refreshCounts() {
-    const auto show = [this](Section section, std::size_t count, const QString& what) {
-        const auto number = static_cast<qint64>(count);
-        sidebar_->setCount(section, number, Formats::count(number) + u' ' + what);
-    };
     const TidyViewModel& model = context_.model;
-    show(Section::inbox, model.plan() ? model.plan()->proposals.size() : 0, u"proposed"_s);
-    show(Section::duplicates, model.duplicateReport() ? model.duplicateReport()->groups.size() : 0, u"groups"_s);
-    const std::size_t organized = model.recoverableJournal() ? model.recoverableJournal()->entries.size() : 0;
-    show(Section::recovery, organized + model.restorableEntries().size(), u"items to recover"_s);
-    show(Section::rules, context_.rules.ruleSet().rules.size(), u"rules"_s);
+    // While another folder is scanned, or could not be read, what is known is the last folder's.
+    const bool isOfFolder = model.planRoot() == model.rootURL();
+    const auto& plan = model.plan();
+    const auto& duplicates = model.duplicateReport();
+    const auto& journal = model.recoverableJournal();
+    const auto proposed = static_cast<qint64>(plan && isOfFolder ? plan->proposals.size() : 0);
+    const auto groups = static_cast<qint64>(duplicates && isOfFolder ? duplicates->groups.size() : 0);
+    const auto organized = static_cast<qint64>(journal ? journal->entries.size() : 0);
+    const auto recoverable = organized + static_cast<qint64>(model.restorableEntries().size());
+    const auto rules = static_cast<qint64>(context_.rules.ruleSet().rules.size());
+    sidebar_->setCount(Section::inbox, proposed, Formats::count(proposed) + u" proposed"_s);
+    sidebar_->setCount(Section::duplicates, groups, Formats::counted(groups, u"group"));
+    sidebar_->setCount(Section::recovery, recoverable, Formats::counted(recoverable, u"item") + u" to recover"_s);
+    sidebar_->setCount(Section::rules, rules, Formats::counted(rules, u"rule"));
 }
 
 std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {

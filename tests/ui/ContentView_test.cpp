@@ -31,9 +31,11 @@ protected:
         tasks.finish();
     }
     QString status() { return view().findChild<QLabel*>(u"status"_s)->text(); }
-    QString count(const char* section) {
-        return view().findChild<SidebarItem*>(u"section-"_s + QString::fromLatin1(section))->count();
+    SidebarItem* item(const char* section) {
+        return view().findChild<SidebarItem*>(u"section-"_s + QString::fromLatin1(section));
     }
+    QString count(const char* section) { return item(section)->count(); }
+    QString description(const char* section) { return item(section)->accessibleDescription(); }
 
 private:
     std::unique_ptr<ContentView> view_;
@@ -150,6 +152,21 @@ TEST_F(ContentViews, CountsWhatCanBeRecoveredAndTheRules) {
     EXPECT_EQ(count("recovery"), u"2"_s);
     ASSERT_EQ(rules.add("dmg", "Apps"), std::nullopt);
     EXPECT_EQ(count("rules"), u"1"_s);
+    EXPECT_EQ(description("recovery"), u"2 items to recover"_s);
+    EXPECT_EQ(description("rules"), u"1 rule"_s);
+}
+
+TEST_F(ContentViews, CountsNothingOfTheFolderBefore) {
+    preview({"a.pdf", "b.pdf"});
+    EXPECT_EQ(count("inbox"), u"2"_s);
+    unreadable.insert("/other");
+    view().previewFolder(Url::file("/other"));
+    EXPECT_EQ(count("inbox"), QString());
+    tasks.finish();
+    EXPECT_EQ(count("inbox"), QString());
+    view().previewFolder(Url::file("/r"));
+    tasks.finish();
+    EXPECT_EQ(count("inbox"), u"2"_s);
 }
 
 TEST_F(ContentViews, PreviewsAgainWhenASettingOrARuleChanges) {
