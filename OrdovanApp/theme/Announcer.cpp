@@ -2,6 +2,8 @@
 
 #include "OrdovanApp/theme/AccessibleRole.h"
 
+#include <QTimer>
+
 Announcer::Announcer(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("announcer"));
     setFocusPolicy(Qt::NoFocus);
@@ -11,8 +13,11 @@ Announcer::Announcer(QWidget* parent) : QWidget(parent) {
 }
 
 void Announcer::say(const QString& text) {
-    if (text.isEmpty()) return;
+    // Several views may have the same to say of one event.
+    if (text.isEmpty() || (text == lastSaid_ && isSaying_)) return;
     lastSaid_ = text;
+    isSaying_ = true;
+    QTimer::singleShot(0, this, [this] { isSaying_ = false; });
     setAccessibleName(text);
     // Screen readers speak a notification when it comes into sight, and an alert when they are told of one.
     for (const QAccessible::Event event : {QAccessible::NameChanged, QAccessible::ObjectShow, QAccessible::Alert}) {

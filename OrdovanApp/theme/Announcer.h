@@ -10,7 +10,8 @@ class Announcer : public QWidget {
 public:
     explicit Announcer(QWidget* parent = nullptr);
 
-    /// Says a sentence. The same one again is said again; an empty one is not.
+    /// Says a sentence, an empty one not. The same one again is said again, but not twice in a row before the event
+    /// loop has turned.
     void say(const QString& text);
     [[nodiscard]] QString lastSaid() const { return lastSaid_; }
 
@@ -19,4 +20,5 @@ Q_SIGNALS:
 
 private:
     QString lastSaid_;
+    bool isSaying_ = false;
 };
