@@ -82,7 +82,7 @@ QWidget* BigFilesView::makeStats() {
     find_ = Buttons::link(u"Find Duplicates"_s, findCard_);
     find_->setObjectName(u"findDuplicates"_s);
     connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
-    auto* caption = new ElidedLabel(u"to see the space held in copies"_s, findCard_);
+    auto* caption = new ElidedLabel(u"to see the space held in duplicate copies"_s, findCard_);
     caption->setElideMode(Qt::ElideRight);
     StyleSheet::setType(caption, StyleSheet::LabelType::caption);
     caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -109,11 +109,13 @@ QWidget* BigFilesView::makeFilters() {
     search_->setObjectName(u"search"_s);
     sizes_ = new Segments(context_.theme, row);
     sizes_->setObjectName(u"sizeFilter"_s);
+    sizes_->setAccessibleName(u"Smallest size"_s);
     QStringList texts;
     for (const SizeFilter& filter : sizeFilters) texts += filter.text.toString();
     sizes_->setSegments(texts);
     kinds_ = new Segments(context_.theme, row);
     kinds_->setObjectName(u"kindFilter"_s);
+    kinds_->setAccessibleName(u"Kind of file"_s);
     layout->addWidget(search_);
     layout->addWidget(sizes_, 2);
     layout->addWidget(kinds_, 1);

@@ -106,6 +106,7 @@ QWidget* HistoryView::makeFilters() {
     auto* row = new QWidget(timeline_);
     kinds_ = new Segments(context_.theme, row);
     kinds_->setObjectName(u"kindFilter"_s);
+    kinds_->setAccessibleName(u"Kind of run"_s);
     QStringList texts;
     QStringList helps;
     for (const Filter& filter : filters) {

@@ -104,6 +104,7 @@ QWidget* SmartInboxPlan::makeFilters() {
     });
     folders_ = new Segments(context_.theme, row);
     folders_->setObjectName(u"folderFilter"_s);
+    folders_->setAccessibleName(u"Folder to sort into"_s);
     connect(folders_, &Segments::currentChanged, this, &SmartInboxPlan::chooseFolder);
     age_ = makeAgeFilter();
     export_ = Buttons::quiet(u"Export Plan…"_s, row);
