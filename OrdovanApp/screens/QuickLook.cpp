@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/theme/AccessibleRole.h"
 #include "OrdovanApp/theme/ElidedLabel.h"
 #include "OrdovanApp/theme/Glyph.h"
 #include "OrdovanApp/theme/StyleSheet.h"
@@ -62,6 +63,7 @@ private:
 QuickLook::QuickLook(const AppContext& context, QWidget* parent)
     : QWidget(parent, Qt::Dialog), context_(context), pages_(new QStackedWidget(this)), picture_(new Picture(pages_)) {
     setObjectName(u"quickLook"_s);
+    setAccessibleRole(this, QAccessible::Dialog);
     setMinimumSize(leastSize);
     resize(usualSize);
     picture_->setObjectName(u"quickLookPicture"_s);

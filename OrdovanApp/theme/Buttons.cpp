@@ -1,5 +1,6 @@
 #include "OrdovanApp/theme/Buttons.h"
 
+#include "OrdovanApp/theme/MenuButtonAccessibility.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
 #include <QMenu>
@@ -84,6 +85,7 @@ void Buttons::setGlyph(const ThemeEnvironment& theme, QPushButton* button, Glyph
 void Buttons::setMenu(const ThemeEnvironment& theme, QPushButton* button, QMenu* menu) {
     menu->setParent(button, menu->windowFlags());
     button->setMenu(menu);
+    MenuButtonAccessibility::use(button);
     button->setLayoutDirection(Qt::RightToLeft);  // the chevron stands behind the text
     setGlyph(theme, button, Glyph::chevronDown);
 }
