@@ -6,6 +6,8 @@ running program. Everything that was started ends with the desk. When a tool is 
 ends with status 77, which the test runner reports as skipped.
 """
 import contextlib
+import ctypes
+import json
 import os
 import pathlib
 import shutil
@@ -17,6 +19,7 @@ import unittest
 import warnings
 
 PROGRAM = os.environ.get("ORDOVAN", "")
+COMMAND_LINE = os.environ.get("ORDOVAN_CLI", "")
 SKIPPED = 77
 PATIENCE = 60  # seconds until something that never comes is given up; nothing waits longer than it must
 
@@ -33,7 +36,7 @@ def _what_is_missing():
     return tools
 
 
-def main():
+def main(needs_command_line=False):
     """Runs the tests of the calling program."""
     missing = _what_is_missing()
     if missing:
@@ -42,6 +45,8 @@ def main():
         sys.exit(SKIPPED)
     if not os.access(PROGRAM, os.X_OK):
         sys.exit("ORDOVAN must name the program to test.")
+    if needs_command_line and not os.access(COMMAND_LINE, os.X_OK):
+        sys.exit("ORDOVAN_CLI must name the command-line program to compare with.")
     unittest.main(verbosity=2, warnings="ignore")
 
 
@@ -212,6 +217,11 @@ class Window:
                 names.append(node.get_name() or "")
         return names
 
+    def child(self, node, name):
+        """The part of a row that has this name, such as one of its buttons, or None."""
+        parts = (node.get_child_at_index(index) for index in range(node.get_child_count()))
+        return next((part for part in parts if part is not None and part.get_name() == name), None)
+
     def shows(self, text):
         """Whether something shows whose name holds this text."""
         return any(text in name for name in self.texts())
@@ -229,15 +239,57 @@ class Window:
         return until(lambda: self.find(name, role),
                      lambda: "there is no %r, but:\n%s" % (name, self.outline()))
 
-    def press(self, name, role=None):
-        """Does what a screen reader does to activate the control."""
-        node = self.control(name, role)
+    def part(self, row, name):
+        """A part of the first row with a name that has such a part."""
+        def found():
+            for node in self._nodes():
+                with contextlib.suppress(Exception):
+                    part = self.child(node, name) if node.get_name() == row else None
+                    if part is not None:
+                        return part
+            return None
+        return until(found, lambda: "there is no %r on %r, but:\n%s" % (name, row, self.outline()))
+
+    def press(self, name, role=None, row=None):
+        """Does what a screen reader does to activate the control, or one on a row."""
+        self.act(self.part(row, name) if row else self.control(name, role), "press", "toggle", "showmenu")
+
+    def act(self, node, *names):
+        """Does the first action of a control that has one of these names, in small letters."""
         action = node.get_action_iface()
-        for index in range(action.get_n_actions() if action else 0):
-            if action.get_action_name(index).lower() in ("press", "toggle", "showmenu"):
+        known = [action.get_action_name(index).lower() for index in range(action.get_n_actions() if action else 0)]
+        for index, name in enumerate(known):
+            if name in names:
                 action.do_action(index)
                 return
-        raise AssertionError("%r can not be pressed" % name)
+        raise AssertionError("%r does none of %s, but %s" % (node.get_name(), names, known))
+
+    def focus_on(self, name, role=None):
+        """Gives a control or a row the keyboard focus."""
+        self.focus()
+        node = self.control(name, role)
+        if not node.get_component_iface() or not node.get_component_iface().grab_focus():
+            self.act(node, "setfocus")
+        until(lambda: name in self.focused(), lambda: "%r has not the focus, but %s" % (name, self.focused()))
+
+    def focused(self):
+        """The names of what has the keyboard focus: a list and its current row have it together."""
+        names = []
+        for node in self._nodes():
+            with contextlib.suppress(Exception):
+                if node.get_state_set().contains(self.desk.atspi.StateType.FOCUSED):
+                    names.append(node.get_name())
+        return names
+
+    def tab_to(self, name, key="Tab", most=40):
+        """Goes with a key until a control of this name has the focus."""
+        for _ in range(most):
+            before = self.focused()
+            if name in before:
+                return
+            self.key(key)
+            until(lambda: self.focused() not in ([], before), lambda: "%s moves nothing from %s" % (key, before))
+        raise AssertionError("%s does not lead to %r, but:\n%s" % (key, name, self.outline()))
 
     def state(self, name, state, role=None):
         """Whether the control has a state ("CHECKED", "SELECTED", "ENABLED", ...)."""
@@ -280,3 +332,64 @@ def listing(root):
     """The files below a folder, as sorted relative names."""
     root = pathlib.Path(root)
     return sorted(str(path.relative_to(root)) for path in root.rglob("*") if path.is_file())
+
+
+def read_all(root):
+    """The files below a folder with what they hold."""
+    return {name: (pathlib.Path(root) / name).read_bytes() for name in listing(root)}
+
+
+def command_line(home, *arguments, status=0):
+    """What the command-line program answers, as JSON; fails unless it ends with this status."""
+    result = subprocess.run([COMMAND_LINE, *map(str, arguments), "--json"], env=_environment(home, {}), text=True,
+                            capture_output=True, timeout=PATIENCE)
+    if result.returncode != status:
+        raise AssertionError("%s ended with %s: %s%s" % (arguments, result.returncode, result.stdout, result.stderr))
+    return json.loads(result.stdout)
+
+
+def start_command_line(home, *arguments):
+    """The command-line program, running. The caller waits for its end."""
+    return subprocess.Popen([COMMAND_LINE, *map(str, arguments)], env=_environment(home, {}), text=True,
+                            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+
+class SecondVolume:
+    """A real file system besides the one of temporary files, in memory; seen by this process and those it starts, and
+    gone with them. `available()` must be asked before there is a `Desk`."""
+
+    _NEW_MOUNTS, _NEW_USERS = 0x00020000, 0x10000000
+    _RECURSIVE, _PRIVATE = 0x4000, 0x40000
+    _libc = ctypes.CDLL(None, use_errno=True)
+    _available = None
+    UNAVAILABLE = "NOT TESTED: no second volume can be mounted here (neither root nor user namespaces)"
+
+    @classmethod
+    def available(cls):
+        if cls._available is None:
+            cls._available = cls._enter_namespace()
+        return cls._available
+
+    @classmethod
+    def _enter_namespace(cls):
+        user, group = os.geteuid(), os.getegid()
+        if cls._libc.unshare(cls._NEW_MOUNTS | (cls._NEW_USERS if user else 0)) != 0:
+            return False
+        if user:
+            for name, text in (("uid_map", "%d %d 1" % (user, user)), ("setgroups", "deny"),
+                               ("gid_map", "%d %d 1" % (group, group))):
+                pathlib.Path("/proc/self", name).write_text(text)
+        return cls._libc.mount(None, b"/", None, cls._RECURSIVE | cls._PRIVATE, None) == 0
+
+    def __init__(self):
+        self._place = tempfile.TemporaryDirectory(prefix="volume-")
+        self.path = pathlib.Path(self._place.name)
+        if self._libc.mount(b"ordovan-test", bytes(self.path), b"tmpfs", 0, b"mode=755,size=64m") != 0:
+            error = OSError(ctypes.get_errno(), os.strerror(ctypes.get_errno()))
+            self._place.cleanup()
+            raise error
+
+    def close(self):
+        detached = 2
+        self._libc.umount2(bytes(self.path), detached)
+        self._place.cleanup()
