@@ -42,7 +42,8 @@ constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
 constexpr int narrowList = 640;
 constexpr int linkPadding = 7;
-constexpr int leastListHeight = 140;
+constexpr int lowPage = 400;
+constexpr int leastListHeight = 100;
 
 }  // namespace
 
@@ -71,14 +72,15 @@ QWidget* BigFilesView::makeFiles() {
     layout->addWidget(makeInstallersHint());
     layout->addWidget(makeList(), 1);
     layout->addWidget(makeBar());
+    files_->installEventFilter(this);
     return files_;
 }
 
 /// The figures; while it is not known what duplicates hold, a way to find out stands in the last place.
 QWidget* BigFilesView::makeStats() {
-    auto* row = new QWidget(files_);
-    stats_ = new StatRow(context_.theme, row);
-    findCard_ = new Card(context_.theme, row);
+    figures_ = new QWidget(files_);
+    stats_ = new StatRow(context_.theme, figures_);
+    findCard_ = new Card(context_.theme, figures_);
     find_ = Buttons::link(u"Find Duplicates"_s, findCard_);
     find_->setObjectName(u"findDuplicates"_s);
     connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
@@ -92,12 +94,12 @@ QWidget* BigFilesView::makeStats() {
     card->setSpacing(2);
     card->addWidget(find_, 1, Qt::AlignLeft | Qt::AlignVCenter);
     card->addWidget(caption);
-    auto* layout = new QHBoxLayout(row);
+    auto* layout = new QHBoxLayout(figures_);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(12);
     layout->addWidget(stats_, 2);
     layout->addWidget(findCard_, 1);
-    return row;
+    return figures_;
 }
 
 QWidget* BigFilesView::makeFilters() {
@@ -193,6 +195,11 @@ QWidget* BigFilesView::makeBar() {
     connect(trash_, &QPushButton::clicked, this, &BigFilesView::requestTrash);
     bar_->addButton(trash_);
     return bar_;
+}
+
+/// On little room the list comes first, and the figures go.
+void BigFilesView::refreshRoom() {
+    figures_->setVisible(files_->height() >= context_.theme.scaled(lowPage));
 }
 
 /// Where there is no room for both columns, no row has the second.

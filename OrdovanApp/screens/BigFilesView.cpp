@@ -220,6 +220,7 @@ void BigFilesView::clearFilters() {
 
 /// Space looks into a file here, so Return ticks it.
 bool BigFilesView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == files_ && event->type() == QEvent::Resize) refreshRoom();
     const int row = list_->currentIndex().row();
     if (watched != list_ || event->type() != QEvent::KeyPress || row < 0) return QWidget::eventFilter(watched, event);
     const auto* key = static_cast<const QKeyEvent*>(event);

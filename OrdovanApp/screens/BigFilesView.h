@@ -55,6 +55,7 @@ private:
     void refreshCopies();
     void refreshRun();
     void showListOrNothing();
+    void refreshRoom();
 
     void chooseSize(int segment);
     void chooseKind(int segment);
@@ -75,6 +76,7 @@ private:
     EmptyState* noPreview_;
     QPushButton* chooseFirst_;
     QWidget* files_;
+    QWidget* figures_;
     StatRow* stats_;
     QWidget* findCard_;
     QPushButton* find_;

@@ -32,6 +32,8 @@ namespace {
 
 constexpr int margin = 28;
 constexpr int progressWidth = 560;
+constexpr int lowPage = 340;
+constexpr int leastListHeight = 100;
 
 void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
     button->setEnabled(reasonAgainst.isEmpty());
@@ -153,6 +155,7 @@ QWidget* DuplicatesView::makeFound() {
     layout->addSpacing(12);
     layout->addWidget(makeList(), 1);
     layout->addWidget(makeBar());
+    found_->installEventFilter(this);
     return found_;
 }
 
@@ -177,6 +180,7 @@ QWidget* DuplicatesView::makeFilters() {
 
 QWidget* DuplicatesView::makeList() {
     stack_ = new QStackedWidget(found_);
+    stack_->setMinimumHeight(leastListHeight);  // less than what stands for an empty list would take
     list_ = new RowsView(context_.theme, RowsView::Style::cards, stack_);
     list_->setObjectName(u"duplicateList"_s);
     list_->setAccessibleName(u"Groups of identical copies"_s);
@@ -338,6 +342,14 @@ void DuplicatesView::showSearchProgress(quint64 files, quint64 filesTotal, quint
         milliseconds < untilARateIsKnown ? 0 : static_cast<double>(bytes) * 1000 / static_cast<double>(milliseconds);
     search_->setDetail(SpaceTexts::hashed(files, filesTotal, bytes, bytesTotal, rate));
     search_->setProgress(static_cast<qint64>(bytes), static_cast<qint64>(bytesTotal));
+}
+
+/// On little room the list comes first, and the figures go.
+bool DuplicatesView::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == found_ && event->type() == QEvent::Resize) {
+        stats_->setVisible(found_->height() >= context_.theme.scaled(lowPage));
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void DuplicatesView::showListOrNothing() {

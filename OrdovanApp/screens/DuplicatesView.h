@@ -29,6 +29,9 @@ class DuplicatesView : public QWidget {
 public:
     DuplicatesView(const AppContext& context, QWidget* parent = nullptr);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     QWidget* makeStart();
     QWidget* makeSearching();

@@ -332,6 +332,21 @@ TEST_F(BigFiles, TellsWhatWasMoved) {
     EXPECT_EQ(model->trashRecord()->entries.size(), 1U);
 }
 
+TEST_F(BigFiles, GivesUpItsFiguresBeforeTheBarWouldCoverTheList) {
+    preview({"a.dmg = 12", "b.zip = 1"});
+    tick(1);
+    trash();
+    tasks.finish();
+    QCoreApplication::sendPostedEvents();
+    EXPECT_TRUE(widget<QWidget>(u"statCard")->isVisible());
+    view().resize(584, 500);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_FALSE(widget<QWidget>(u"statCard")->isVisible());
+    const int listEnd = list().mapTo(&view(), list().rect().bottomLeft()).y();
+    const auto* bar = widget(u"trashTicked");
+    EXPECT_LT(listEnd, bar->mapTo(&view(), bar->rect().topLeft()).y());
+}
+
 TEST_F(BigFiles, LeavesAFileAloneThatGrewSinceItWasSeen) {
     preview({"a.zip = 12", "b.zip = 1"});
     tick(1);

@@ -307,6 +307,18 @@ TEST_F(Duplicates, KeepsTheResultsInSightWhileItMovesExtras) {
     EXPECT_FALSE(progress->isVisible());
 }
 
+TEST_F(Duplicates, GivesUpItsFiguresBeforeTheBarWouldCoverTheList) {
+    find({"a = 12", "b = 12"});
+    QCoreApplication::sendPostedEvents();
+    EXPECT_TRUE(widget<QWidget>(u"statCard")->isVisible());
+    view().resize(584, 400);
+    QCoreApplication::sendPostedEvents();
+    EXPECT_FALSE(widget<QWidget>(u"statCard")->isVisible());
+    const int listEnd = list().mapTo(&view(), list().rect().bottomLeft()).y();
+    const auto* bar = widget(u"trash-all-extras");
+    EXPECT_LT(listEnd, bar->mapTo(&view(), bar->rect().topLeft()).y());
+}
+
 TEST_F(Duplicates, MovesWhatIsNotKeptAndSaysSo) {
     find({"a = 12", "b = 12", "c = 12"});
     list().rows()->toggle(2);
