@@ -101,7 +101,7 @@ bool RuleStore::move(const std::set<std::size_t>& positions, std::size_t target)
         const std::size_t end = before.empty() ? set.rules.size() : *before.begin();
         const auto movingFromBefore = std::distance(moving.begin(), moving.lower_bound(end));
         std::vector<OrdovanRule> taken = takeOut(set.rules, moving);
-        set.rules.insert(set.rules.begin() + static_cast<std::ptrdiff_t>(end) - movingFromBefore,
+        set.rules.insert(set.rules.begin() + (static_cast<std::ptrdiff_t>(end) - movingFromBefore),
                          std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
     });
 }
