@@ -3,6 +3,7 @@
 #include "OrdovanApp/theme/MenuButtonAccessibility.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
+#include <QAccessible>
 #include <QMenu>
 #include <QPushButton>
 
@@ -85,6 +86,8 @@ void Buttons::setGlyph(const ThemeEnvironment& theme, QPushButton* button, Glyph
 void Buttons::setMenu(const ThemeEnvironment& theme, QPushButton* button, QMenu* menu) {
     menu->setParent(button, menu->windowFlags());
     button->setMenu(menu);
+    // What assistive technologies were told of the button before knew no menu.
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(QAccessible::queryAccessibleInterface(button)));
     MenuButtonAccessibility::use(button);
     button->setLayoutDirection(Qt::RightToLeft);  // the chevron stands behind the text
     setGlyph(theme, button, Glyph::chevronDown);

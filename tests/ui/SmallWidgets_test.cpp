@@ -124,6 +124,23 @@ TEST_F(SmallWidgets, AButtonTakesItsMenu) {
     EXPECT_TRUE(watched.isNull());
 }
 
+TEST_F(SmallWidgets, AnOpenMenuIsFoundInItsButtonThoughThatWasAskedAboutBefore) {
+    const std::unique_ptr<QPushButton> button(Buttons::quiet(u"Older than…"_s));
+    EXPECT_EQ(role(button.get()), QAccessible::Button);
+    auto* menu = new QMenu;
+    menu->addAction(u"Older than 7 days"_s);
+    Buttons::setMenu(*theme, button.get(), menu);
+    auto* told = QAccessible::queryAccessibleInterface(button.get());
+    EXPECT_EQ(told->role(), QAccessible::ButtonMenu);
+    EXPECT_EQ(told->text(QAccessible::Name), u"Older than…"_s);
+    EXPECT_EQ(told->childCount(), 0);
+    menu->popup({});
+    ASSERT_EQ(told->childCount(), 1);
+    EXPECT_EQ(told->child(0)->child(0)->text(QAccessible::Name), u"Older than 7 days"_s);
+    menu->close();
+    EXPECT_EQ(told->childCount(), 0);
+}
+
 // FilterField
 
 TEST_F(SmallWidgets, AFilterFieldIsNamedByItsPlaceholder) {
