@@ -63,6 +63,8 @@ void MenuButtonAccessibility::use(QPushButton* button) {
         return true;
     }();
     Q_UNUSED(installed)
+    // What is chosen through an assistive technology leaves the menu open.
+    QObject::connect(button->menu(), &QMenu::triggered, button->menu(), &QMenu::close);
     // A button tells its text while it is made, and is taken for one without a menu then.
     if (!QAccessible::isActive()) return;
     QAccessibleInterface* known = QAccessible::queryAccessibleInterface(button);

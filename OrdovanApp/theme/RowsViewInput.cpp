@@ -208,6 +208,8 @@ void RowsView::openMenu(int row, const QPoint& point) {
             if (index.isValid()) Q_EMIT actionTriggered(index.row(), id);
         });
     }
+    // What is chosen through an assistive technology leaves the menu open.
+    connect(menu, &QMenu::triggered, menu, &QMenu::close);
     menu->popup(viewport()->mapToGlobal(point));
 }
 
