@@ -22,6 +22,7 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -66,6 +67,12 @@ void ContentView::connectModel() {
         refreshCounts();
         previewAgain();
     });
+    for (const auto signal : {&TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged}) {
+        connect(model, signal, this, [this] {
+            const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
+            if (!isRunning && std::exchange(isOutdated_, false) && context_.model.runRefusal()) previewAgain();
+        });
+    }
     connect(&context_.settings, &AppSettings::groupByMonthChanged, this, &ContentView::previewAgain);
     connect(&context_.settings, &AppSettings::includeHiddenChanged, this, &ContentView::previewAgain);
     connect(&context_.settings, &AppSettings::themeChanged, this,
@@ -137,9 +144,10 @@ void ContentView::previewFolder(const Url& folder) {
     context_.model.chooseFolder(folder.standardized());
 }
 
-/// The end of a run previews anyway, with the settings as they are then.
+/// The end of a run previews anyway, with the settings as they are then; one that could not begin does not.
 void ContentView::previewAgain() {
-    if (context_.model.isApplying() || context_.model.isTrashing()) return;
+    isOutdated_ = context_.model.isApplying() || context_.model.isTrashing();
+    if (isOutdated_) return;
     dismissQuestions();
     context_.model.preview();
 }

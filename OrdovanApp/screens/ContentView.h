@@ -58,5 +58,6 @@ private:
     Sidebar* sidebar_;
     QStackedLayout* stack_;
     DropOverlay* overlay_;
+    bool isOutdated_ = false;  ///< a setting or rule changed during a run
     OrdovanPreviewStatus lastStatus_ = OrdovanPreviewStatus::idle();
 };

@@ -179,6 +179,16 @@ TEST_F(ContentViews, PreviewsAgainWhenASettingOrARuleChanges) {
     EXPECT_EQ(proposed(*model), std::vector<std::string>{"a.pdf -> ordovan+/Papers/a.pdf"});
 }
 
+TEST_F(ContentViews, PreviewsAgainAfterARunThatCouldNotBegin) {
+    preview({"a.pdf"});
+    heldElsewhere.insert("/r");
+    ASSERT_TRUE(model->organize());
+    settings.setIncludeHidden(true);
+    tasks.finish();
+    ASSERT_TRUE(model->runRefusal());
+    EXPECT_TRUE(model->includeHidden());
+}
+
 TEST_F(ContentViews, AppliesAThemeAtOnce) {
     view();
     settings.setTheme(AppTheme::grape);
