@@ -70,8 +70,11 @@ private:
     void makeFolders() {
         folders_.emplace_back();
         while (folders_.size() < 250) {
-            const std::string folder =
-                oneOf(folders_) + std::string(oneOf(oddNames)) + (below(2) == 0 ? "" : std::to_string(below(50))) + "/";
+            // One draw a statement: their order within one is up to the compiler.
+            const std::string parent = oneOf(folders_);
+            const std::string name(oneOf(oddNames));
+            const std::string number = below(2) == 0 ? "" : std::to_string(below(50));
+            const std::string folder = parent + name + number + "/";
             if (folder.size() < 100) folders_.push_back(folder);
         }
         std::string deep;
@@ -90,7 +93,8 @@ private:
         while (items_.size() < fileCount) {
             const std::string folder = oneOf(folders_);
             const std::string number = std::to_string(items_.size());
-            const std::string name = std::string(oneOf(oddNames)) + (below(20) == 0 ? "" : number);
+            std::string name(oneOf(oddNames));
+            if (below(20) != 0) name += number;
             const std::string extension(oneOf(extensions));
             const std::string content = "content " + number;
             switch (below(40)) {
@@ -222,8 +226,8 @@ TEST(LargeRoundTrip, GivesBackTheVeryTreeOfTenThousandFiles) {
     const std::string answer = ordovan::test::unprivileged([&] { return organized(folder); });
     const std::size_t lineEnd = answer.find('\n');
     // Skipped are the FIFOs and sockets, failed the two unreadable files; in conflict are namesakes.
-    EXPECT_EQ(answer.substr(0, lineEnd), "8058 moved, 53 skipped, 2 failed, 1271 in conflict");
-    EXPECT_EQ(forest.movable(), 8058u + 1271u);
+    EXPECT_EQ(answer.substr(0, lineEnd), "8007 moved, 53 skipped, 2 failed, 1293 in conflict");
+    EXPECT_EQ(forest.movable(), 8007u + 1293u);
     EXPECT_TRUE(folder.has("closed folder") && folder.has("unreadable 1.pdf") && folder.has("socket.pdf"));
     ASSERT_GT(folder.count("ordovan+"), 5u);
     for (const auto& category : std::filesystem::directory_iterator(folder.path("ordovan+"))) {
@@ -232,7 +236,7 @@ TEST(LargeRoundTrip, GivesBackTheVeryTreeOfTenThousandFiles) {
     ordovan::test::giveToUnprivileged(folder.path("ordovan+"));
 
     const std::string stored = answer.substr(lineEnd + 1);
-    EXPECT_EQ(ordovan::test::unprivileged([&] { return undone(folder, stored); }), "8058 moved, 0 skipped, 0 failed");
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return undone(folder, stored); }), "8007 moved, 0 skipped, 0 failed");
     EXPECT_EQ(folder.count("ordovan+"), 0u);
     const auto after = treeOf(folder);
     EXPECT_EQ(after.size(), before.size());
