@@ -145,8 +145,9 @@ def _environment(home, more):
     own = {"HOME": str(home), "XDG_CONFIG_HOME": str(home / ".config"), "XDG_DATA_HOME": str(home / ".local/share"),
            "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "LC_ALL": "C.UTF-8", "TZ": "UTC",
            "ORDOVAN_COLOR_SCHEME": "light",
-           # The toolkit and the font library keep what they have until the process ends.
-           "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"}
+           # The toolkit and the font library keep what they have until the process ends, and the keyboard library
+           # copies strings that end by their length.
+           "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0:strict_string_checks=0"}
     return {**os.environ, **own, **more}
 
 
