@@ -14,7 +14,7 @@ using StyleSheet::LabelType;
 
 namespace {
 
-constexpr int narrow = 480;
+constexpr int narrow = 560;
 
 }  // namespace
 
