@@ -183,12 +183,22 @@ void ContentView::refreshCounts() {
     const auto proposed = static_cast<qint64>(plan && isOfFolder ? plan->proposals.size() : 0);
     const auto groups = static_cast<qint64>(duplicates && isOfFolder ? duplicates->groups.size() : 0);
     const auto organized = static_cast<qint64>(journal ? journal->entries.size() : 0);
-    const auto recoverable = organized + static_cast<qint64>(model.restorableEntries().size());
+    const auto recoverable = organized + restorableCount();
     const auto rules = static_cast<qint64>(context_.rules.ruleSet().rules.size());
     sidebar_->setCount(Section::inbox, proposed, Formats::count(proposed) + u" proposed"_s);
     sidebar_->setCount(Section::duplicates, groups, Formats::counted(groups, u"group"));
     sidebar_->setCount(Section::recovery, recoverable, Formats::counted(recoverable, u"item") + u" to recover"_s);
     sidebar_->setCount(Section::rules, rules, Formats::counted(rules, u"rule"));
+}
+
+qint64 ContentView::restorableCount() {
+    const TidyViewModel& model = context_.model;
+    if (countedRecord_ != model.trashRecord() || countedRoot_ != model.rootURL()) {
+        countedRecord_ = model.trashRecord();
+        countedRoot_ = model.rootURL();
+        restorableCount_ = static_cast<qint64>(model.restorableEntries().size());
+    }
+    return restorableCount_;
 }
 
 std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {

@@ -7,7 +7,10 @@
 #include <QWidget>
 
 #include <map>
+#include <memory>
+#include <optional>
 
+struct OrdovanTrashRecord;
 class DropOverlay;
 class QMimeData;
 class QStackedLayout;
@@ -45,6 +48,8 @@ private:
     void connectModel();
     void makeShortcuts();
     void refreshCounts();
+    /// How many trashed files can be put back here; looked through again only where the record or the folder changed.
+    [[nodiscard]] qint64 restorableCount();
     void refreshStatus();
     void previewAgain();
     void dismissQuestions();
@@ -58,6 +63,9 @@ private:
     Sidebar* sidebar_;
     QStackedLayout* stack_;
     DropOverlay* overlay_;
+    std::shared_ptr<const OrdovanTrashRecord> countedRecord_;
+    std::optional<Url> countedRoot_;
+    qint64 restorableCount_ = 0;
     bool isOutdated_ = false;  ///< a setting or rule changed during a run
     OrdovanPreviewStatus lastStatus_ = OrdovanPreviewStatus::idle();
 };

@@ -305,7 +305,7 @@ void DuplicatesView::refreshFigures() {
     const auto& inventory = context_.model.inventory();
     const auto compared = static_cast<qint64>(inventory ? inventory->fileCount() : 0);
     stats_->setStats({{Formats::count(model_.groups()), u"duplicate groups"_s},
-                      {Formats::count(count), u"extras"_s},
+                      {Formats::count(count), count == 1 ? u"extra"_s : u"extras"_s},
                       {size, u"can be freed"_s, true},
                       {Formats::count(compared), u"files compared"_s}});
     bar_->setSummary(extras(count), u"· %1, each checked again first"_s.arg(size));

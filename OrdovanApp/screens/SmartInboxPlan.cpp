@@ -243,9 +243,10 @@ void SmartInboxPlan::reload() {
 void SmartInboxPlan::refreshFigures() {
     const PlanModel::Ticked& ticked = model_.ticked();
     const QString size = Formats::byteSize(ticked.bytes);
+    const auto folders = static_cast<qint64>(model_.folders().size());
     stats_->setStats({{Formats::count(model_.proposals()), u"proposed, %1 ticked"_s.arg(Formats::count(ticked.files))},
                       {Formats::count(model_.conflicts()), u"need review"_s},
-                      {Formats::count(static_cast<qint64>(model_.folders().size())), u"folders to sort into"_s},
+                      {Formats::count(folders), folders == 1 ? u"folder to sort into"_s : u"folders to sort into"_s},
                       {size, u"in ticked files"_s}});
     QString rest = u"· "_s + size;
     if (ticked.hidden > 0) rest += u" · %1 of them not shown"_s.arg(Formats::count(ticked.hidden));
