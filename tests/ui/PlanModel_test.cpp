@@ -75,7 +75,7 @@ protected:
 
 TEST_F(PlanModelTest, ShowsWhatIsProposedUnderWhatNeedsReviewUnderWhatWasSkipped) {
     unreadable = {"/r/locked"};
-    const PlanModel& model = show({"b.pdf = b", "work/a.pdf = aa", "pic.jpg = 1", "taken.txt = 1",
+    const PlanModel& model = show({"b.pdf = b", "papers/a.pdf = aa", "pic.jpg = 1", "taken.txt = 1",
                                    "ordovan+/Documents/taken.txt = 0", "caf\xe9.pdf = 1", "locked/"});
     EXPECT_THAT(
         text(model),
@@ -111,14 +111,14 @@ TEST_F(PlanModelTest, NamesTheRuleThatDecidedAndTheMonthFolder) {
 }
 
 TEST_F(PlanModelTest, TellsSizeDateAndReason) {
-    tree({"work/a.pdf = 12345"});
-    changed("work/a.pdf", 1'700'000'000);
+    tree({"papers/a.pdf = 12345"});
+    changed("papers/a.pdf", 1'700'000'000);
     const PlanModel& model = show({});
     const RowContent row = model.content(1);
     EXPECT_EQ(row.columns, QStringList({u"5 bytes"_s, u"14 Nov 2023"_s}));
     EXPECT_EQ(row.description, u"File type .pdf grouped as Documents. Preview only."_s);
     EXPECT_EQ(row.toolTip,
-              u"/r/work/a.pdf\nFile type .pdf grouped as Documents. Preview only.\n"
+              u"/r/papers/a.pdf\nFile type .pdf grouped as Documents. Preview only.\n"
               "Goes to r / ordovan+ / Documents"_s);
 }
 
@@ -165,7 +165,7 @@ TEST_F(PlanModelTest, IgnoresTicksOfRowsWithoutABox) {
 
 TEST_F(PlanModelTest, NarrowsToWhatIsSearchedForInEveryGroup) {
     PlanModel& model = show(
-        {"work/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1", "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
+        {"papers/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1", "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
     model.setQuery(u"RESUME"_s);
     EXPECT_THAT(names(model), ElementsAre("Résumé.pdf", "resume.txt"));
     model.setQuery(u"work"_s);
