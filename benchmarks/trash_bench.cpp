@@ -1,11 +1,12 @@
 // Moves every file below a folder to the Trash, or puts the Trash work's parts beside it. Prints one JSON line.
 //   trash_bench move FOLDER     the Trash work alone
-//   trash_bench prove FOLDER    examined and hashed first, and proved afterwards, as big files are
-//   trash_bench hash FOLDER     SHA-256 of each, and nothing else
-//   trash_bench back FOLDER     all put back; the trashing before it is not timed, and is on the disk by then
+//   trash_bench prove FOLDER    examined and hashed first (ahead, as in the program), and proved afterwards, as big
+//   files are trash_bench hash FOLDER     SHA-256 of each, and nothing else trash_bench back FOLDER     all put back;
+//   the trashing before it is not timed, and is on the disk by then
 
 #include "OrdovanCore/DuplicateTrasher.h"
 #include "OrdovanCore/FileTrasher.h"
+#include "OrdovanCore/platform/HashAhead.h"
 #include "OrdovanCore/platform/TrashRun.h"
 
 #include <unistd.h>
@@ -14,12 +15,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace {
 
+using ordovan::HashAheadFileSystem;
 using ordovan::TrashRunFileSystem;
 using Clock = std::chrono::steady_clock;
 
@@ -42,11 +45,18 @@ std::size_t run(std::string_view mode, const std::vector<OrdovanFileTrasher::Ite
     } else if (mode == "hash") {
         for (const auto& item : items) done += fs.contentHash(item.url) ? 1 : 0;
     } else {
-        const OrdovanTrashReport report = OrdovanFileTrasher::trash(items, folder, fs);
+        std::vector<Url> files;
+        for (const auto& item : items) files.push_back(item.url);
+        HashAheadFileSystem ahead(fs, files, {});
+        const OrdovanTrashReport report = OrdovanFileTrasher::trash(items, folder, ahead);
         if (mode == "prove") return report.movedCount();
         ::sync();
+        std::vector<Url> trashed;
+        for (const auto& entry : std::views::reverse(report.record.entries))
+            trashed.push_back(Url::file(entry.trashed()));
         begun = Clock::now();
-        return OrdovanDuplicateTrasher::restore(report.record, folder, fs).movedCount();
+        HashAheadFileSystem aheadOfBack(fs, trashed, {});
+        return OrdovanDuplicateTrasher::restore(report.record, folder, aheadOfBack).movedCount();
     }
     return done;
 }
