@@ -17,18 +17,23 @@ namespace FolderRun {
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash.
 class FileSystem {
 public:
-    /// `disk`: what the run changes files on. It sees the files of the ports' own and outlives this object.
-    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed, OrdovanFileSystem& disk)
-        : ahead_(ports.hashAhead ? ports.hashAhead(disk, toBeHashed,
+    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed)
+        : own_(ports.makeRunFileSystem ? ports.makeRunFileSystem(root) : nullptr),
+          disk_(own_ == nullptr ? ports.fileSystem : *own_),
+          ahead_(ports.hashAhead ? ports.hashAhead(disk_, toBeHashed,
                                                    [root, &fs = ports.fileSystem](const Url& file) {
                                                        return mayRead(file, root, fs);
                                                    })
                                  : nullptr),
-          port_(ahead_ == nullptr ? disk : *ahead_) {}
+          port_(ahead_ == nullptr ? disk_ : *ahead_) {}
+    FileSystem(const FileSystem&) = delete;
+    FileSystem& operator=(const FileSystem&) = delete;
 
     OrdovanFileSystem& port() { return port_; }
 
 private:
+    std::unique_ptr<OrdovanFileSystem> own_;  // null where the ports' own serves
+    OrdovanFileSystem& disk_;
     std::unique_ptr<OrdovanFileSystem> ahead_;
     OrdovanFileSystem& port_;
 };

@@ -67,7 +67,7 @@ void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch&
     for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
         organized.push_back(Url::file(entry.destination()));
     }
-    FolderRun::FileSystem files(ports, inputs.root, organized, ports.fileSystem);
+    FolderRun::FileSystem files(ports, inputs.root, organized);
     OrdovanExecutionReport part =
         OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, files.port(), control);
     std::vector<Url> vacated;
@@ -95,7 +95,7 @@ RunResult RunFlow::organize(const TidyPorts& ports, const RunInputs& inputs,
         std::vector<Url> sources;
         sources.reserve(proposals.size());
         for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
-        FolderRun::FileSystem files(ports, inputs.root, sources, ports.fileSystem);
+        FolderRun::FileSystem files(ports, inputs.root, sources);
         RunResult result;
         result.report = std::make_shared<const OrdovanExecutionReport>(OrdovanExecutor::apply(
             proposals, inputs.root, inputs.outputRoot, files.port(), inputs.nowEpoch, inputs.control));

@@ -69,7 +69,7 @@ SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
     return {.fileSystem = state_->fileSystem,
-            .makeTrashFileSystem = [] { return std::make_unique<ordovan::TrashRunFileSystem>(); },
+            .makeRunFileSystem = [](const Url&) { return std::make_unique<ordovan::TrashRunFileSystem>(); },
             .hashAhead =
                 [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
                     ordovan::HashAheadFileSystem::Options options;

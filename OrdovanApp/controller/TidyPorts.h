@@ -27,9 +27,9 @@ class RuleStore;
 /// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
 struct TidyPorts {
     OrdovanFileSystem& fileSystem;
-    /// A port for one run with the Trash, used by one thread, that sees the files of `fileSystem`; empty: the run uses
-    /// `fileSystem`.
-    std::function<std::unique_ptr<OrdovanFileSystem>()> makeTrashFileSystem;
+    /// A port for one run in the folder `root`, used by one thread, that sees the files of `fileSystem`; empty: the run
+    /// uses `fileSystem`.
+    std::function<std::unique_ptr<OrdovanFileSystem>(const Url& root)> makeRunFileSystem;
     /// A port over `fs` for one run that may hash these files ahead of it, in this order, as far as `mayRead` (called
     /// on other threads) lets it; empty for none.
     std::function<std::unique_ptr<OrdovanFileSystem>(OrdovanFileSystem& fs, std::span<const Url> toBeHashed,

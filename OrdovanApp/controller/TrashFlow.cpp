@@ -55,9 +55,8 @@ public:
     Run(const TidyPorts& ports, const TrashInputs& inputs, const RunFiles& files)
         : inputs_(inputs),
           files_(files),
-          disk_(ports.makeTrashFileSystem ? ports.makeTrashFileSystem() : nullptr),
-          ahead_(ports, inputs.root, files.toBeHashed(), disk_ ? *disk_ : ports.fileSystem),
-          fs_(ahead_.port(), ports.contents, *inputs.flag),
+          disk_(ports, inputs.root, files.toBeHashed()),
+          fs_(disk_.port(), ports.contents, *inputs.flag),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },
                     .progressed = [this](std::size_t, std::size_t) { fileDone(); }}) {}
     Run(const Run&) = delete;
@@ -75,8 +74,7 @@ private:
 
     const TrashInputs& inputs_;
     const RunFiles& files_;
-    std::unique_ptr<OrdovanFileSystem> disk_;  // null where the ports' own serves
-    FolderRun::FileSystem ahead_;
+    FolderRun::FileSystem disk_;
     StoppableFileSystem fs_;
     OrdovanRunControl control_;
     std::size_t done_ = 0;

@@ -50,7 +50,7 @@ public:
         TidyPorts ports = environment_.ports();
         model =
             std::make_unique<TidyViewModel>(TidyPorts{.fileSystem = fs,
-                                                      .makeTrashFileSystem = {},
+                                                      .makeRunFileSystem = {},
                                                       .hashAhead = {},
                                                       .contents = nullptr,
                                                       .makeDirectoryReader = ports.makeDirectoryReader,

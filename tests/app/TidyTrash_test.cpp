@@ -194,7 +194,7 @@ TEST_F(TidyTrash, EveryRunHasADiskOfItsOwnThatGoesBeforeTheRecordIsSaved) {
     tree({"a = 1", "b = 1", "c = 2"});
     std::vector<std::string> seen;
     const OrdovanFileSystem* made = nullptr;
-    makeTrashFileSystem = [&] {
+    makeRunFileSystem = [&](const Url&) {
         auto disk = std::make_unique<ordovan::testing::FaultyFileSystem>(static_cast<OrdovanFileSystem&>(fs));
         const std::shared_ptr<void> end(nullptr, [&](void*) { seen.emplace_back("gone"); });
         disk->setBeforeCall([&seen, end](const auto& call) {

@@ -50,7 +50,7 @@ public:
 
     TidyPorts ports() {
         return {.fileSystem = fs,
-                .makeTrashFileSystem = makeTrashFileSystem,
+                .makeRunFileSystem = makeRunFileSystem,
                 .hashAhead = hashAhead,
                 .contents = contents,
                 .makeDirectoryReader =
@@ -78,7 +78,7 @@ public:
                 .rules = rules};
     }
 
-    decltype(TidyPorts::makeTrashFileSystem) makeTrashFileSystem;
+    decltype(TidyPorts::makeRunFileSystem) makeRunFileSystem;
     decltype(TidyPorts::hashAhead) hashAhead;
     OrdovanContentReading* contents = nullptr;
 

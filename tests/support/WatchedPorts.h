@@ -154,7 +154,7 @@ public:
     [[nodiscard]] TidyPorts ports() {
         const TidyPorts real = environment_.ports();
         return {.fileSystem = fs_,
-                .makeTrashFileSystem = [this] { return std::make_unique<WatchedFileSystem>(watch); },
+                .makeRunFileSystem = [this](const Url&) { return std::make_unique<WatchedFileSystem>(watch); },
                 .hashAhead = {},
                 .contents = &contents_,
                 .makeDirectoryReader = [this] { return std::make_unique<WatchedReader>(watch, listing); },
