@@ -54,7 +54,8 @@ std::optional<std::string> originalPlace(std::string_view infoPath, std::string_
     if (!infoText.starts_with(trashInfoHead) || line == std::string_view::npos) return std::nullopt;
     const std::size_t begin = line + key.size();
     const std::string_view stored = infoText.substr(begin, infoText.find('\n', begin) - begin);
-    if (stored.empty()) return std::nullopt;
+    // No path holds a NUL byte; one that did would be taken for a shorter one by every system call.
+    if (stored.empty() || stored.contains('\0') || stored.contains("%00")) return std::nullopt;
     if (stored.starts_with('/')) return normalizedPath(Url::parse("file://" + std::string(stored)).path());
 
     const std::string_view trash = parentPath(parentPath(infoPath));

@@ -3,7 +3,10 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/RunHistory.h"
+#include "OrdovanCore/TrashPlace.h"
 #include "OrdovanCore/TrashRecord.h"
+#include "OrdovanCore/Url.h"
+#include "OrdovanCore/platform/TrashNaming.h"
 
 #include <string>
 #include <string_view>
@@ -71,6 +74,27 @@ inline std::string rules(std::string_view input) {
     if (!rule && rule.error().message().empty()) return "a refusal says nothing";
     const auto name = OrdovanRuleSet::validateFolderName(input);
     if (name && OrdovanRuleSet::validateFolderName(*name) != name) return "a valid name is not valid again";
+    return "";
+}
+
+/// The input is what an info file of a Trash holds, a path to be stored in one, and the name of an item.
+inline std::string trashInfo(std::string_view input) {
+    for (const std::string_view info :
+         {"/home/user/.local/share/Trash/info/a.trashinfo", "/mnt/disk/.Trash-1000/info/a.trashinfo",
+          "/mnt/disk/.Trash/1000/info/a.trashinfo"}) {
+        const auto place = originalPlace(info, input);
+        if (!place) continue;
+        if (!place->starts_with('/') || !isNormalPath(*place)) return "an item came from no absolute place";
+        if (place->contains('\0')) return "an item came from a place with a NUL character";
+        if (originalPlace(info, trashInfoText(*place, 0)) != place) return "a place is not read back equal";
+    }
+    if (const auto info = trashInfoPath(input); info && !isNormalPath(*info)) return "an info file lies nowhere";
+    if (input.empty() || input.contains('/') || input.contains('\0')) return "";
+    for (const unsigned attempt : {1U, 2U, 1000U}) {
+        const std::string name = trashedName(input, attempt, 255);
+        if (name.empty() || name.size() + trashInfoSuffix.size() > 255) return "a name in the Trash does not fit";
+        if (name.contains('/')) return "a name in the Trash is a path";
+    }
     return "";
 }
 

@@ -44,4 +44,8 @@ TEST(FuzzCorpus, OfRulesHoldsWhatMustHold) {
     EXPECT_GE(replay("rules", ordovan::fuzz::rules), 20U);
 }
 
+TEST(FuzzCorpus, OfWhatATrashKeepsHoldsWhatMustHold) {
+    EXPECT_GE(replay("trash-info", ordovan::fuzz::trashInfo), 20U);
+}
+
 }  // namespace
