@@ -60,6 +60,7 @@ std::expected<PlanView, Outcome> planned(Context& context) {
         model.tickOlderThan(static_cast<double>(*options->olderThanDays));
         view.leaveOut(model.excluded());
     }
+    if (!context.invocation.has(Option::includePartial)) view.leaveOutPartialDownloads();
     if (view.partialScan && !context.wantsJson()) context.console.warn(partialScanSentence);
     return view;
 }

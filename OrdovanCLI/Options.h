@@ -22,6 +22,7 @@ enum class Option {
     only,
     leaveOut,
     olderThan,
+    includePartial,
     groupByMonth,
     noGroupByMonth,
     includeHidden,
@@ -42,7 +43,7 @@ enum class Option {
     help,
     version,
 };
-inline constexpr std::size_t optionCount = 23;
+inline constexpr std::size_t optionCount = 24;
 
 /// One of the things a command can be told to do by its first argument ("add" of "rules").
 struct ActionSpec {

@@ -1,6 +1,7 @@
 #include "OrdovanCLI/PlanView.h"
 
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCore/PartialDownloads.h"
 
 #include <algorithm>
 #include <bit>
@@ -110,6 +111,15 @@ void PlanView::fill() {
 void PlanView::leaveOut(const std::unordered_set<std::string>& proposalIDs) {
     for (std::size_t index = 0; index < isLeftOut.size(); ++index) {
         if (!isLeftOut[index] && proposalIDs.contains(plan->proposals[index].id())) isLeftOut[index] = true;
+    }
+}
+
+void PlanView::leaveOutPartialDownloads() {
+    for (std::size_t index = 0; index < isLeftOut.size(); ++index) {
+        const std::string_view name = plan->proposals[index].source.lastPathComponent();
+        if (isLeftOut[index] || !OrdovanPartialDownloads::isPartialDownload(name)) continue;
+        isLeftOut[index] = true;
+        ++partialDownloads;
     }
 }
 

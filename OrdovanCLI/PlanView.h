@@ -34,11 +34,14 @@ struct PlanView {
     std::string status;                ///< the status line
     std::vector<Facts> facts = {};     ///< one for each proposal
     std::vector<bool> isLeftOut = {};  ///< one for each proposal
+    std::size_t partialDownloads = 0;  ///< how many were left out by `leaveOutPartialDownloads`
 
     /// Fills `facts` and selects everything. Linear.
     void fill();
     /// Takes the proposals with these ids out of the selection.
     void leaveOut(const std::unordered_set<std::string>& proposalIDs);
+    /// Takes the unfinished downloads out of the selection, as the window does.
+    void leaveOutPartialDownloads();
     [[nodiscard]] std::size_t selectedCount() const;
     /// The ids of the proposals that are not selected.
     [[nodiscard]] std::unordered_set<std::string> leftOutIDs() const;

@@ -201,6 +201,10 @@ void writeText(Output& output, const PlanView& view, const TextStyle& style) {
     if (view.plan->proposals.empty()) page.raw("Nothing to organize").endLine();
     const std::size_t leftOut = view.plan->proposals.size() - view.selectedCount();
     if (leftOut > 0) page.count(leftOut, "proposed file").raw(" left out").endLine();
+    if (view.partialDownloads > 0) {
+        page.count(view.partialDownloads, "unfinished download").raw(" among them; --include-partial selects them");
+        page.endLine();
+    }
     page.safe(view.status).endLine();
 }
 

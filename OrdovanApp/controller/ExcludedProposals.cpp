@@ -1,5 +1,7 @@
 #include "OrdovanApp/controller/ExcludedProposals.h"
 
+#include "OrdovanCore/PartialDownloads.h"
+
 #include <algorithm>
 #include <string_view>
 #include <unordered_map>
@@ -11,29 +13,45 @@ std::size_t countOf(const std::vector<bool>& bits) {
     return static_cast<std::size_t>(std::ranges::count(bits, true));
 }
 
+bool startsExcluded(const OrdovanFileProposal& proposal) {
+    return OrdovanPartialDownloads::isPartialDownload(proposal.source.lastPathComponent());
+}
+
+/// What is known of one proposal of a plan.
+struct Choice {
+    std::string_view destination;
+    bool isExcluded = false;
+};
+
 }  // namespace
 
 bool ExcludedProposals::follow(std::shared_ptr<const OrdovanPlanResult> plan) {
     const std::size_t before = count_ + others_.size();
+    std::size_t kept = count_;
     const auto old = std::exchange(plan_, std::move(plan));
     if (old != plan_) {
-        // A file has one proposal, so that its path finds it.
-        std::unordered_map<std::string_view, std::string_view> goals;
-        goals.reserve(count_);
+        // A file has one proposal, so that its path finds it. Only what is not as it would start has to be known.
+        std::unordered_map<std::string_view, Choice> choices;
         for (std::size_t i = 0; i < excluded_.size(); ++i) {
-            if (excluded_[i]) goals.emplace(old->proposals[i].source.path(), old->proposals[i].destination.path());
+            const OrdovanFileProposal& proposal = old->proposals[i];
+            if (!excluded_[i] && !startsExcluded(proposal)) continue;
+            choices.emplace(proposal.source.path(), Choice{proposal.destination.path(), excluded_[i]});
         }
+        kept = 0;
         excluded_.assign(plan_ ? plan_->proposals.size() : 0, false);
-        for (std::size_t i = 0; i < excluded_.size() && before > 0; ++i) {
+        for (std::size_t i = 0; i < excluded_.size(); ++i) {
             const OrdovanFileProposal& proposal = plan_->proposals[i];
-            const auto goal = goals.find(proposal.source.path());
-            excluded_[i] = (goal != goals.end() && goal->second == proposal.destination.path()) ||
-                           (!others_.empty() && others_.contains(proposal.id()));
+            const auto choice = choices.empty() ? choices.end() : choices.find(proposal.source.path());
+            const bool isKnown = choice != choices.end() && choice->second.destination == proposal.destination.path();
+            const bool isKept =
+                (isKnown && choice->second.isExcluded) || (!others_.empty() && others_.contains(proposal.id()));
+            kept += isKept ? 1 : 0;
+            excluded_[i] = isKept || (!isKnown && startsExcluded(proposal));
         }
         count_ = countOf(excluded_);
     }
     others_.clear();
-    return count_ != before;
+    return kept != before || count_ != before;
 }
 
 bool ExcludedProposals::set(const std::unordered_set<std::string>& ids) {

@@ -12,8 +12,9 @@
 /// ticking all of 50,000 files takes no text for each of them.
 class ExcludedProposals {
 public:
-    /// Takes over another plan (null for none). What is proposed again, for the same place, stays excluded; other ids
-    /// are forgotten. True when some were.
+    /// Takes over another plan (null for none). What is proposed again, for the same place, stays as it is; other ids
+    /// are forgotten. Of what is proposed for the first time, partial downloads are excluded. True when there are other
+    /// ids than before.
     bool follow(std::shared_ptr<const OrdovanPlanResult> plan);
 
     /// Excludes exactly these. True when that changed something. Ids that the plan lacks are kept as well.

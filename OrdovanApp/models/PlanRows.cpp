@@ -1,6 +1,7 @@
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/models/PlanModel.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
+#include "OrdovanCore/PartialDownloads.h"
 
 using namespace Qt::StringLiterals;
 
@@ -90,8 +91,12 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
     content.glyph = Glyphs::forCategory(proposal.category);
     content.glyphColor = theme_.colors().kind(proposal.category);
     content.detail = proposal.ruleFolder ? where + u" · "_s + ruleText(proposal) : where;
+    const bool isPartial = OrdovanPartialDownloads::isPartialDownload(proposal.source.lastPathComponent());
+    const QString caution = isPartial ? sentence(OrdovanPartialDownloads::sentence) : QString();
+    if (isPartial) content.detail = caution + u" · "_s + content.detail;
     content.chip = RowContent::Chip{goal(proposal.destination), content.glyphColor};
     content.description = sentence(proposal.explanation);
+    if (isPartial) content.description = caution + u' ' + content.description;
     content.toolTip = Formats::path(proposal.source) + u'\n' + content.description + u'\n' + u"Goes to "_s +
                       Formats::folderOf(proposal.destination, root_);
     content.actions.append(

@@ -88,4 +88,29 @@ TEST(ExcludedProposals, ForgetAFileThatGoesElsewhereOrIsGone) {
     EXPECT_THAT(excluded.ids(), IsEmpty());
 }
 
+TEST(ExcludedProposals, HoldPartialDownloadsFromTheStart) {
+    ExcludedProposals excluded;
+    EXPECT_TRUE(excluded.follow(plan({{"a.pdf", "A"}, {"b.iso.part", "B"}, {"c/d.CRDOWNLOAD", "C"}})));
+    EXPECT_EQ(excluded.proposals(), (Bits{false, true, true}));
+    EXPECT_EQ(excluded.count(), 2U);
+}
+
+TEST(ExcludedProposals, LeaveAPartialDownloadTickedThatIsProposedAgain) {
+    ExcludedProposals excluded = of(plan({{"a.part", "A"}, {"b", "B"}}), {false, false});
+    EXPECT_FALSE(excluded.follow(plan({{"b", "B"}, {"a.part", "A"}})));
+    EXPECT_EQ(excluded.proposals(), (Bits{false, false}));
+}
+
+TEST(ExcludedProposals, HoldAPartialDownloadThatIsNewOrGoesElsewhere) {
+    ExcludedProposals excluded = of(plan({{"a.part", "A"}}), {false});
+    EXPECT_TRUE(excluded.follow(plan({{"a.part", "Other"}, {"new.part", "N"}})));
+    EXPECT_EQ(excluded.proposals(), (Bits{true, true}));
+}
+
+TEST(ExcludedProposals, TellWhenOneIsForgottenForAnother) {
+    ExcludedProposals excluded = of(plan({{"a", "A"}}), {true});
+    EXPECT_TRUE(excluded.follow(plan({{"b.part", "B"}})));
+    EXPECT_EQ(excluded.count(), 1U);
+}
+
 }  // namespace

@@ -41,6 +41,18 @@ TEST_F(TidySelection, LosesAndRegainsAToggledFile) {
     EXPECT_EQ(changes, 2);
 }
 
+TEST_F(TidySelection, LeavesAnUnfinishedDownloadOutUntilItIsTicked) {
+    tree({"a.pdf = 1", "b.pdf.part = 2"});
+    const auto model = previewed();
+    EXPECT_THAT(ticked(*model), ElementsAre("a.pdf -> ordovan+/Documents/a.pdf"));
+    model->toggle("/r/b.pdf.part -> /r/ordovan+/Other/b.pdf.part");
+    memory.write("/r/c.crdownload", "3");
+    model->preview();
+    tasks.finish();
+    EXPECT_THAT(ticked(*model),
+                UnorderedElementsAre("a.pdf -> ordovan+/Documents/a.pdf", "b.pdf.part -> ordovan+/Other/b.pdf.part"));
+}
+
 TEST_F(TidySelection, KeepsAFileUntickedAcrossPreviews) {
     const auto model = withTwoFiles();
     model->toggle(a);

@@ -193,6 +193,8 @@ TEST(CommandLineHelp, OfACommandShowsItsOwnOptions) {
     EXPECT_THAT(run.out, StartsWith("Usage: ordovan-cli organize [FOLDER] [OPTIONS]\n"));
     EXPECT_THAT(run.out, HasSubstr("\n  --leave-out PATH           Leave a file, or a whole folder, where it is "
                                    "(repeatable)\n"));
+    EXPECT_THAT(run.out,
+                HasSubstr("\n  --include-partial          Select unfinished downloads (such as .part) as well\n"));
     EXPECT_THAT(run.out, Not(HasSubstr("--export")));
     EXPECT_EQ(run.status, 0);
 }

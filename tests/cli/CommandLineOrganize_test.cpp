@@ -64,6 +64,17 @@ TEST(OrganizeCommand, MovesOnlyWhatIsSelected) {
     EXPECT_TRUE(home.has("c.png"));
 }
 
+TEST(OrganizeCommand, LeavesUnfinishedDownloadsWhereTheyAreUnlessToldOtherwise) {
+    const Home home;
+    home.write("a.pdf", "1");
+    home.write("b.iso.part", "1");
+    ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
+    EXPECT_FALSE(home.has("a.pdf"));
+    EXPECT_TRUE(home.has("b.iso.part"));
+    ASSERT_EQ(home.run({"organize", "--yes", "--include-partial"}).status, 0);
+    EXPECT_TRUE(home.has("ordovan+/Other/b.iso.part"));
+}
+
 TEST(OrganizeCommand, UsesTheOverridesOfThisRun) {
     const Home home;
     home.write(".a.pdf", "1");

@@ -9,6 +9,7 @@ using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
 
 namespace {
 
@@ -482,6 +483,18 @@ TEST(PreviewSelection, EveryOptionNarrowsIt) {
     EXPECT_THAT(selectedSources(home, home.run({"preview", "--json", "--older-than=30", "--only=Images", "--leave-out",
                                                 home.download("old.png")})),
                 ElementsAre("older.png"));
+}
+
+TEST(PreviewSelection, LeavesUnfinishedDownloadsOutUnlessToldOtherwise) {
+    const Home home;
+    for (const char* name : {"a.pdf", "b.iso.part", "c.CrDownload"}) home.write(name, "1", daysAgo(90));
+    EXPECT_THAT(selectedSources(home, home.run({"preview", "--json"})), ElementsAre("a.pdf"));
+    EXPECT_THAT(selectedSources(home, home.run({"preview", "--json", "--older-than=30"})), ElementsAre("a.pdf"));
+    EXPECT_THAT(selectedSources(home, home.run({"preview", "--json", "--include-partial"})),
+                UnorderedElementsAre("a.pdf", "b.iso.part", "c.CrDownload"));
+    EXPECT_THAT(home.run({"preview"}).out, HasSubstr("2 proposed files left out\n"
+                                                     "2 unfinished downloads among them; --include-partial selects "
+                                                     "them\n"));
 }
 
 TEST(Preview, IsAmongTheRecentFoldersWhenTheProgramHasEnded) {

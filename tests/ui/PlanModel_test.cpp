@@ -79,7 +79,7 @@ TEST_F(PlanModelTest, ShowsWhatIsProposedUnderWhatNeedsReviewUnderWhatWasSkipped
                                    "ordovan+/Documents/taken.txt = 0", "caf\xe9.pdf = 1", "locked/"});
     EXPECT_THAT(
         text(model),
-        ElementsAre("# Proposed — safe, no conflict (3)", "[x] a.pdf | r / work | Documents",
+        ElementsAre("# Proposed — safe, no conflict (3)", "[x] a.pdf | r / papers | Documents",
                     "[x] b.pdf | r | Documents", "[x] pic.jpg | r | Images", "# Needs your review — left untouched (1)",
                     "    taken.txt | A file already exists at the destination. Will not overwrite; left "
                     "untouched. · r | Documents",
@@ -164,11 +164,11 @@ TEST_F(PlanModelTest, IgnoresTicksOfRowsWithoutABox) {
 }
 
 TEST_F(PlanModelTest, NarrowsToWhatIsSearchedForInEveryGroup) {
-    PlanModel& model = show(
-        {"papers/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1", "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
+    PlanModel& model = show({"papers/Résumé.pdf = 1", "other.pdf = 1", "resume.txt = 1",
+                             "ordovan+/Documents/resume.txt = 0", "pic.jpg = 1"});
     model.setQuery(u"RESUME"_s);
     EXPECT_THAT(names(model), ElementsAre("Résumé.pdf", "resume.txt"));
-    model.setQuery(u"work"_s);
+    model.setQuery(u"papers"_s);
     EXPECT_THAT(names(model), ElementsAre("Résumé.pdf"));
     EXPECT_THAT(model.heads(), ElementsAre(0));
     model.setQuery(u"nothing like it"_s);
@@ -265,6 +265,21 @@ TEST_F(PlanModelTest, IsEmptyWithoutAPlan) {
     EXPECT_EQ(model.rowCount(), 0);
     EXPECT_THAT(model.heads(), IsEmpty());
     EXPECT_EQ(model.ticked(), PlanModel::Ticked{});
+}
+
+TEST_F(PlanModelTest, ShowsWhyAnUnfinishedDownloadIsNotTicked) {
+    PlanModel& model = show({"film.mkv.part = 1"});
+    const QString reason = u"This looks like an unfinished download; it is left out unless you tick it."_s;
+    EXPECT_THAT(text(model), ElementsAre("# Proposed — safe, no conflict (1)",
+                                         "[ ] film.mkv.part | " + reason.toStdString() + " · r | Other"));
+    EXPECT_TRUE(model.content(1).description.startsWith(reason));
+    EXPECT_TRUE(model.content(1).toolTip.contains(reason));
+    model.toggle(1);
+    EXPECT_TRUE(model.content(1).marked);
+    controller->preview();
+    tasks.finish();
+    model.reload();
+    EXPECT_TRUE(model.content(1).marked);
 }
 
 TEST_F(PlanModelTest, ShowsNamesThatWouldBreakTheLine) {
