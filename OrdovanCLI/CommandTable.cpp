@@ -24,6 +24,13 @@ constexpr std::array<ActionSpec, 4> ruleActions = {{
     {"move", "N M", 2, "Make rule N the M-th of the list"},
 }};
 
+constexpr std::array<std::string_view, 4> keepPolicies = {"oldest", "newest", "shortest", "deepest"};
+constexpr std::array<std::string_view, 4> runKinds = {"organize", "undo", "trash", "restoreTrash"};
+constexpr std::array<std::string_view, 2> booleans = {"true", "false"};
+constexpr std::array<std::string_view, 5> themes = {"lagoon", "sunset", "grape", "forest", "candy"};
+constexpr std::array<KeySpec, 3> settingKeys = {
+    {{"groupByMonth", booleans}, {"includeHidden", booleans}, {"theme", themes}}};
+
 const std::array<CommandSpec, commandCount> commands = {{
     {Command::preview,
      "preview",
@@ -92,7 +99,8 @@ const std::array<CommandSpec, commandCount> commands = {{
      {},
      "Show or change a setting",
      "The keys are groupByMonth (true or false), includeHidden (true or false) and theme (lagoon, sunset, grape, "
-     "forest or candy)."},
+     "forest or candy).",
+     settingKeys},
 }};
 
 const std::array<OptionSpec, optionCount> options = {{
@@ -144,7 +152,8 @@ const std::array<OptionSpec, optionCount> options = {{
      false,
      only({Command::duplicates}),
      {},
-     "Which copy of each group to keep: oldest, newest, shortest or deepest"},
+     "Which copy of each group to keep: oldest, newest, shortest or deepest",
+     keepPolicies},
     {Option::trashExtras,
      "--trash",
      "",
@@ -169,7 +178,7 @@ const std::array<OptionSpec, optionCount> options = {{
      {},
      "Put back only this file, named by where it was"},
     {Option::kind, "--kind", "KIND", false, only({Command::history}), Option::clear,
-     "Show only runs of this kind: organize, undo, trash or restoreTrash"},
+     "Show only runs of this kind: organize, undo, trash or restoreTrash", runKinds},
     {Option::clear, "--clear", "", false, only({Command::history}), {}, "Empty the history"},
     {Option::yes, "--yes", "", false, every, {}, "Do not ask before acting"},
     {Option::json, "--json", "", false, every, {}, "Print the result as one JSON object"},
@@ -179,6 +188,14 @@ const std::array<OptionSpec, optionCount> options = {{
     {Option::version, "--version", "", false, every, {}, "Show the version"},
 }};
 
+constexpr std::array<ExitStatusSpec, 5> exitStatuses = {{
+    {0, "done"},
+    {1, "done, but some files were skipped or failed"},
+    {2, "wrong usage"},
+    {3, "could not be done"},
+    {130, "interrupted"},
+}};
+
 }  // namespace
 
 std::span<const CommandSpec> commandTable() {
@@ -186,6 +203,9 @@ std::span<const CommandSpec> commandTable() {
 }
 std::span<const OptionSpec> optionTable() {
     return options;
+}
+std::span<const ExitStatusSpec> exitStatusTable() {
+    return exitStatuses;
 }
 
 const CommandSpec& spec(Command command) {

@@ -190,10 +190,13 @@ std::string programHelp() {
     }
     out += "\nOptions of every command:\n";
     appendOptions(out, [](const OptionSpec& option) { return option.commands.all(); });
-    out +=
-        "\n\"ordovan-cli COMMAND --help\" shows the options of one command. \"--\" ends the options.\n"
-        "Exit status: 0 done; 1 done, but some files were skipped or failed; 2 wrong usage; 3 could not be done;\n"
-        "130 interrupted.\n";
+    out += "\n\"ordovan-cli COMMAND --help\" shows the options of one command. \"--\" ends the options.\n";
+    std::string statuses = "Exit status:";
+    for (const ExitStatusSpec& exit : exitStatusTable()) {
+        statuses.append(" ").append(std::to_string(exit.status)).append(" ").append(exit.meaning).append(";");
+    }
+    statuses.back() = '.';
+    appendParagraph(out, statuses);
     return out;
 }
 

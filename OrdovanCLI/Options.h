@@ -11,7 +11,8 @@
 #include <utility>
 #include <vector>
 
-/// The one table of commands and options. Parsing and help are made from it, and nothing else knows their names.
+/// The one table of commands and options. Parsing, help, the manual page and what shells complete are made from it, and
+/// nothing else knows their names.
 namespace ordovan::cli {
 
 enum class Command { preview, organize, undo, duplicates, big, recovery, restore, rules, history, settings };
@@ -53,6 +54,12 @@ struct ActionSpec {
     std::string_view help;
 };
 
+/// Something a command's first argument can be, with all that its second can be then.
+struct KeySpec {
+    std::string_view name;
+    std::span<const std::string_view> values;
+};
+
 struct CommandSpec {
     Command command;
     std::string_view name;
@@ -61,6 +68,7 @@ struct CommandSpec {
     std::span<const ActionSpec> actions;  ///< empty for most; the first is what the bare command does
     std::string_view summary;             ///< one line, without a full stop
     std::string_view details;             ///< sentences for the command's own help
+    std::span<const KeySpec> keys = {};   ///< where the arguments are a key and a value: every key
 };
 
 struct OptionSpec {
@@ -71,13 +79,20 @@ struct OptionSpec {
     std::bitset<commandCount> commands;  ///< which commands take it; all of them for a global option
     std::optional<Option> contradicts;   ///< another option that makes no sense beside it
     std::string_view help;
+    std::span<const std::string_view> values = {};  ///< everything the value can be, where that can be listed
 
     [[nodiscard]] bool takesValue() const noexcept { return !argument.empty(); }
+};
+
+struct ExitStatusSpec {
+    int status;
+    std::string_view meaning;  ///< without a full stop
 };
 
 /// In the order in which the help shows them.
 [[nodiscard]] std::span<const CommandSpec> commandTable();
 [[nodiscard]] std::span<const OptionSpec> optionTable();
+[[nodiscard]] std::span<const ExitStatusSpec> exitStatusTable();
 [[nodiscard]] const CommandSpec& spec(Command command);
 [[nodiscard]] const OptionSpec& spec(Option option);
 
