@@ -39,11 +39,12 @@ void TidyViewModel::warnOfHistory(std::optional<std::string> warning) {
 void TidyViewModel::clearHistory() {
     ports_.tasks.compute([&history = ports_.history] { return history.clear(); },
                          whileAlive([this](ordovan::HistoryStore::Result result) {
-                             if (!result.saved) return warnOfHistory(std::move(result.warning));
-                             if (result.revision <= historyRevision_) return;
-                             historyRevision_ = result.revision;
-                             unsavedRuns_.clear();
-                             set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+                             if (result.saved && result.revision > historyRevision_) {
+                                 historyRevision_ = result.revision;
+                                 unsavedRuns_.clear();
+                                 set(history_, std::move(result.history), &TidyViewModel::historyChanged);
+                             }
+                             Q_EMIT historyCleared(QString::fromStdString(result.warning.value_or("")));
                          }));
 }
 

@@ -141,14 +141,28 @@ bool TidyViewModel::restore(const std::unordered_set<std::string>& entryIDs) {
     return startRestore(std::move(entries));
 }
 
-std::vector<OrdovanTrashEntry> TidyViewModel::restorableEntries() const {
-    std::vector<OrdovanTrashEntry> entries;
-    if (!rootURL_) return entries;
-    const std::string root = canonicalPath(*rootURL_);
-    std::ranges::copy_if(trashRecord_->entries, std::back_inserter(entries), [&](const OrdovanTrashEntry& entry) {
-        return containsCanonical(canonicalPath(Url::file(entry.original())), root);
+TidyViewModel::Restorable TidyViewModel::restorable(std::shared_ptr<const OrdovanTrashRecord> record, const Url& root) {
+    Restorable found = {.record = std::move(record), .root = root, .entries = {}};
+    const std::string folder = canonicalPath(root);
+    std::ranges::copy_if(found.record->entries, std::back_inserter(found.entries), [&](const OrdovanTrashEntry& entry) {
+        return containsCanonical(canonicalPath(entry.original()), folder);
     });
-    return entries;
+    return found;
+}
+
+std::vector<OrdovanTrashEntry> TidyViewModel::restorableEntries() const {
+    if (!rootURL_) return {};
+    if (restorable_.record == trashRecord_ && restorable_.root == rootURL_) return restorable_.entries;
+    return restorable(trashRecord_, *rootURL_).entries;
+}
+
+void TidyViewModel::findRestorable(std::function<void(std::size_t count)> done) {
+    if (!rootURL_) return done(0);
+    ports_.tasks.compute([record = trashRecord_, root = *rootURL_] { return restorable(record, root); },
+                         whileAlive([this, done = std::move(done)](Restorable found) {
+                             restorable_ = std::move(found);
+                             done(restorable_.entries.size());
+                         }));
 }
 
 bool TidyViewModel::startRestore(std::vector<OrdovanTrashEntry> entries) {

@@ -108,8 +108,12 @@ public:
     [[nodiscard]] const std::shared_ptr<const OrdovanJournal>& recoverableJournal() const { return journal_; }
     /// What can be put back from the Trash, of all folders; never null.
     [[nodiscard]] const std::shared_ptr<const OrdovanTrashRecord>& trashRecord() const { return trashRecord_; }
-    /// The entries of it whose original places lie in the chosen folder: what `restore` puts back. Oldest first.
+    /// The entries of it whose original places lie in the chosen folder: what `restore` puts back. Oldest first. Takes
+    /// a microsecond or less for each of the record, unless `findRestorable` has found them.
     [[nodiscard]] std::vector<OrdovanTrashEntry> restorableEntries() const;
+    /// Finds these entries in the background, and hands their number to `done` on this thread; not at all once this
+    /// object is gone. Without a folder they are none, at once.
+    void findRestorable(std::function<void(std::size_t count)> done);
     /// Looks in the background at what of `recoverableJournal` and `trashRecord` could be taken back in the chosen
     /// folder now, and hands what it found to `done` on this thread; not at all once this object is gone.
     void surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done);
@@ -220,8 +224,7 @@ public:
     void cancelRun();
 
     // Records.
-    /// Empties the history, on disk as well; where that fails, it stays, and `journalWarning` says so unless it says
-    /// something already.
+    /// Empties the history, on disk as well; where that fails, it stays. `historyCleared` tells how it went.
     void clearHistory();
     /// Reads the history, the trash record and the recent folders again, as other processes have left them, on a
     /// background task. What can not be read stays as it is.
@@ -258,6 +261,8 @@ Q_SIGNALS:
     void previewProgressed(quint64 files, quint64 folders);
     /// An export has ended: `error` is empty when the file was saved, else a sentence for the user.
     void planExported(const QString& error);
+    /// Clearing the history has ended: `error` is empty when it is empty, else a sentence for the user.
+    void historyCleared(const QString& error);
     /// An organize or an undo goes on: files done, of how many. At most some ten times a second.
     void runProgressed(quint64 done, quint64 total);
     /// A run with the Trash goes on: files and their bytes done, of how many. At most some ten times a second.
@@ -298,6 +303,13 @@ private:
     bool startRestore(std::vector<OrdovanTrashEntry> entries);
     void completeTrashRun(TrashResult result);
     void adoptTrashRecord(ordovan::TrashRecordStore::Known known);
+    /// What of a record can be put back in a folder.
+    struct Restorable {
+        std::shared_ptr<const OrdovanTrashRecord> record;
+        Url root;
+        std::vector<OrdovanTrashEntry> entries;
+    };
+    [[nodiscard]] static Restorable restorable(std::shared_ptr<const OrdovanTrashRecord> record, const Url& root);
     [[nodiscard]] RunInputs beginRun();
     [[nodiscard]] OrdovanRunControl runControl();
     bool startUndo(OrdovanJournal entries);
@@ -328,6 +340,7 @@ private:
     std::shared_ptr<const OrdovanJournal> journal_;
     std::optional<Url> journalRoot_;
     std::shared_ptr<const OrdovanTrashRecord> trashRecord_ = std::make_shared<const OrdovanTrashRecord>();
+    Restorable restorable_;  // as it was found last
     std::shared_ptr<const OrdovanDuplicateReport> duplicateReport_;
     std::unordered_map<std::string, std::string> duplicateKeepers_;
     bool isScanningDuplicates_ = false;

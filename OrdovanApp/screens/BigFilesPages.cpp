@@ -1,6 +1,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/BigFilesView.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/theme/Banner.h"
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
@@ -54,7 +55,7 @@ QWidget* BigFilesView::makeNoPreview() {
     noPreview_->setMessage(u"Big Files uses the sizes from your current preview."_s);
     chooseFirst_ = Buttons::primary(u"Choose Folder…"_s);
     chooseFirst_->setObjectName(u"chooseFirstFolder"_s);
-    connect(chooseFirst_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, chooseFirst_, Commands::chooseFolder);
     noPreview_->addButton(chooseFirst_);
     return noPreview_;
 }
@@ -169,23 +170,12 @@ QWidget* BigFilesView::makeList() {
     noneOfSize_->setObjectName(u"noneOfSize"_s);
     stack_->addWidget(list_);
     stack_->addWidget(noneOfSize_);
-    stack_->addWidget(makeNoMatch());
-    return stack_;
-}
-
-QWidget* BigFilesView::makeNoMatch() {
-    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
-    noMatch_->setObjectName(u"noMatch"_s);
-    noMatch_->setTitle(u"No matching files"_s);
-    noMatch_->setMessage(u"None of the largest files matches the search."_s);
-    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
-    clear->setObjectName(u"clearFilters"_s);
-    connect(clear, &QPushButton::clicked, this, [this] {
+    noMatch_ = makeNoMatch(stack_, u"None of the largest files matches the search."_s, [this] {
         clearFilters();
         list_->setFocus();
     });
-    noMatch_->addButton(clear);
-    return noMatch_;
+    stack_->addWidget(noMatch_);
+    return stack_;
 }
 
 QWidget* BigFilesView::makeBar() {

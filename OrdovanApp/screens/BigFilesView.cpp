@@ -7,13 +7,11 @@
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/ListSight.h"
 #include "OrdovanApp/screens/QuickLook.h"
-#include "OrdovanApp/screens/SpaceTexts.h"
 #include "OrdovanApp/screens/TrashNotices.h"
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/FilterField.h"
-#include "OrdovanApp/theme/ProgressStrip.h"
 #include "OrdovanApp/theme/RowsView.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
 #include "OrdovanApp/theme/Segments.h"
@@ -32,42 +30,18 @@
 using namespace Qt::StringLiterals;
 using Case = TidyViewModel::Phase::Case;
 
-namespace {
-
-constexpr int margin = 28;
-
-}  // namespace
-
 BigFilesView::BigFilesView(const AppContext& context, QWidget* parent)
-    : QWidget(parent),
-      context_(context),
+    : SectionView(context, u"Big Files"_s, parent),
       model_(context.model, context.theme),
-      header_(new ScreenHeader(context.theme, u"Big Files"_s, this)),
       choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
-      notices_(new TrashNotices(context, u"file"_s, this)),
-      pages_(new QStackedWidget(this)),
-      foot_(new QWidget(this)),
-      run_(new ProgressStrip(context.theme, foot_)) {
+      notices_(new TrashNotices(context, u"file"_s, this)) {
     setObjectName(u"bigFiles"_s);
     choose_->setObjectName(u"chooseFolder"_s);
-    connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
     header_->addButton(choose_);
     pages_->addWidget(makeNoPreview());
     pages_->addWidget(makeFiles());
-    run_->setObjectName(u"runProgress"_s);
-    run_->setText(u"Checking each file again, then moving files to the Trash…"_s);
-    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
-    auto* foot = new QVBoxLayout(foot_);
-    foot->setContentsMargins(0, 8, 0, 12);
-    foot->addWidget(run_);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, 0, margin, 0);
-    layout->setSpacing(0);
-    layout->addWidget(header_);
-    layout->addWidget(notices_);
-    layout->addWidget(pages_, 1);
-    layout->addWidget(foot_);
+    assemble(notices_);
     connectModel();
     reload();
 }
@@ -86,11 +60,7 @@ void BigFilesView::connectModel() {
     }
     connect(&model_, &BigFilesModel::tickedChanged, this, &BigFilesView::refreshRun);
     connect(notices_, &TrashNotices::runChanged, this, &BigFilesView::refreshRun);
-    connect(model, &TidyViewModel::trashProgressed, this,
-            [this](quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal) {
-                run_->setDetail(SpaceTexts::done(files, filesTotal, bytes, bytesTotal));
-                run_->setProgress(static_cast<qint64>(bytes), static_cast<qint64>(bytesTotal));
-            });
+    followTrashProgress();
 }
 
 // What the controller has.
@@ -156,23 +126,17 @@ void BigFilesView::refreshFigures() {
 
 void BigFilesView::refreshCopies() {
     refreshFigures();
-    const QString reason =
-        CommandAvailability::reasonAgainst(Commands::findDuplicates, context_.model, context_.desktop);
-    find_->setEnabled(reason.isEmpty());
-    find_->setToolTip(reason);
+    Buttons::setAvailable(
+        find_, CommandAvailability::reasonAgainst(Commands::findDuplicates, context_.model, context_.desktop), {});
 }
 
 /// Follows the ticks, and the beginning and the end of runs.
 void BigFilesView::refreshRun() {
     const bool isOwn = notices_->isOwnRun();
-    if (isOwn && foot_->isHidden()) run_->reset();
-    foot_->setVisible(isOwn);
+    showRun(isOwn, u"Checking each file again, then moving files to the Trash…"_s);
     bar_->setVisible(!isOwn);
-    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
-    const QString running = isRunning ? SpaceTexts::running() : QString();
+    const QString running = CommandAvailability::againstRun(context_.model);
     model_.setLocked(running);
-    choose_->setEnabled(!isRunning);
-    choose_->setToolTip(running);
 
     const BigFilesModel::Ticked ticked = model_.ticked();
     const QString hint = u"Tick files to clean up. Trashed files can be put back from the Recovery Center."_s;
@@ -182,10 +146,9 @@ void BigFilesView::refreshRun() {
         bar_->setSummary(QString(), hint);
     else
         bar_->setSummary(Formats::files(ticked.files), what + u". "_s + hint);
-    const QString reason = !isRunning && ticked.files == 0 ? u"Tick at least one file first."_s : running;
-    trash_->setEnabled(reason.isEmpty());
-    trash_->setToolTip(reason.isEmpty() ? u"Moves the ticked files to the Trash. You will be asked to confirm."_s
-                                        : reason);
+    const bool hasNone = running.isEmpty() && ticked.files == 0;
+    Buttons::setAvailable(trash_, hasNone ? u"Tick at least one file first."_s : running,
+                          u"Moves the ticked files to the Trash. You will be asked to confirm."_s);
     refreshCopies();
 }
 
@@ -287,8 +250,7 @@ void BigFilesView::hideEvent(QHideEvent* event) {
 
 Sheet* BigFilesView::confirmation() {
     if (sheet_) return sheet_;
-    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
-    sheet_->setObjectName(u"trashFilesSheet"_s);
+    sheet_ = makeSheet(u"trashFilesSheet"_s);
     connect(sheet_, &Sheet::confirmed, this, [this] {
         notices_->expectRun();
         context_.model.trashBigFiles(std::exchange(asked_, {}));

@@ -1,22 +1,19 @@
 #pragma once
 
 #include "OrdovanApp/models/BigFilesModel.h"
-#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanApp/screens/SectionView.h"
 
 #include <QPointer>
-#include <QWidget>
 
 #include <vector>
 
 class BottomBar;
 class EmptyState;
 class FilterField;
-class ProgressStrip;
 class QPushButton;
 class QStackedWidget;
 class QuickLook;
 class RowsView;
-class ScreenHeader;
 class Segments;
 class Sheet;
 class StatRow;
@@ -24,7 +21,7 @@ class TrashNotices;
 
 /// The section that shows the largest files of the preview, lets their user look into them, and moves the ticked ones
 /// to the Trash.
-class BigFilesView : public QWidget {
+class BigFilesView : public SectionView {
     Q_OBJECT
 
 public:
@@ -42,7 +39,6 @@ private:
     QWidget* makeFilters();
     QWidget* makeInstallersHint();
     QWidget* makeList();
-    QWidget* makeNoMatch();
     QWidget* makeBar();
     void connectModel();
 
@@ -67,12 +63,9 @@ private:
     [[nodiscard]] Sheet* confirmation();
     void requestTrash();
 
-    AppContext context_;
     BigFilesModel model_;
-    ScreenHeader* header_;
     QPushButton* choose_;
     TrashNotices* notices_;
-    QStackedWidget* pages_;
     EmptyState* noPreview_;
     QPushButton* chooseFirst_;
     QWidget* files_;
@@ -92,8 +85,6 @@ private:
     EmptyState* noMatch_;
     BottomBar* bar_;
     QPushButton* trash_;
-    QWidget* foot_;
-    ProgressStrip* run_;
     QPointer<Sheet> sheet_;
     QPointer<QuickLook> quickLook_;
     std::vector<OrdovanFileTrasher::Item> asked_;

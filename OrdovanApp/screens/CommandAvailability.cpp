@@ -3,6 +3,9 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/theme/Buttons.h"
+
+#include <QPushButton>
 
 using namespace Qt::StringLiterals;
 
@@ -16,14 +19,8 @@ QString againstPreview(const TidyViewModel& model) {
     return {};
 }
 
-QString againstRun(const TidyViewModel& model) {
-    if (model.isApplying() || model.isTrashing()) return u"Files are being moved right now."_s;
-    return {};
-}
-
 /// Counts, and does not look at each of up to fifty thousand proposals.
 QString againstOrganize(const TidyViewModel& model) {
-    if (const QString reason = againstRun(model); !reason.isEmpty()) return reason;
     if (const QString reason = againstPreview(model); !reason.isEmpty()) return reason;
     const std::size_t proposed = model.plan()->proposals.size();
     if (proposed == 0) return u"There is nothing to organize."_s;
@@ -32,7 +29,6 @@ QString againstOrganize(const TidyViewModel& model) {
 }
 
 QString againstUndo(const TidyViewModel& model) {
-    if (const QString reason = againstRun(model); !reason.isEmpty()) return reason;
     const auto& journal = model.recoverableJournal();
     if (!journal || journal->entries.empty()) return u"Nothing was organized in this folder that could be undone."_s;
     return {};
@@ -45,7 +41,14 @@ QString againstDuplicates(const TidyViewModel& model) {
 
 }  // namespace
 
+QString againstRun(const TidyViewModel& model) {
+    if (model.isApplying() || model.isTrashing()) return u"Files are being moved right now."_s;
+    return {};
+}
+
 QString reasonAgainst(QStringView command, const TidyViewModel& model, const Desktop& desktop) {
+    if (command == Commands::showRecovery) return {};
+    if (const QString reason = againstRun(model); !reason.isEmpty()) return reason;
     if (command == Commands::previewFolder) {
         return desktop.downloads() ? QString() : u"This account has no Downloads folder."_s;
     }
@@ -54,6 +57,25 @@ QString reasonAgainst(QStringView command, const TidyViewModel& model, const Des
     if (command == Commands::findDuplicates) return againstDuplicates(model);
     if (command == Commands::exportPlan) return againstPreview(model);
     return {};
+}
+
+void watch(const TidyViewModel& model, QObject* receiver, const std::function<void()>& changed) {
+    for (const auto signal :
+         {&TidyViewModel::phaseChanged, &TidyViewModel::planChanged, &TidyViewModel::excludedChanged,
+          &TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged,
+          &TidyViewModel::recoverableJournalChanged, &TidyViewModel::isScanningDuplicatesChanged}) {
+        QObject::connect(&model, signal, receiver, changed);
+    }
+}
+
+void bind(const AppContext& context, QPushButton* button, QStringView command, const QString& help) {
+    QObject::connect(button, &QPushButton::clicked, button,
+                     [&commands = context.commands, command] { commands.post(command); });
+    const auto refresh = [&model = context.model, &desktop = context.desktop, button, command, help] {
+        Buttons::setAvailable(button, reasonAgainst(command, model, desktop), help);
+    };
+    watch(context.model, button, refresh);
+    refresh();
 }
 
 }  // namespace CommandAvailability

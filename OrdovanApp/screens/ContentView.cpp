@@ -4,6 +4,7 @@
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/ContentNotices.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/DropOverlay.h"
 #include "OrdovanApp/screens/Sidebar.h"
@@ -16,10 +17,12 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPointer>
 #include <QPushButton>
 #include <QShortcut>
 #include <QStackedLayout>
 #include <QUrl>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <utility>
@@ -31,6 +34,7 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
       context_(context),
       factories_(std::move(factories)),
       sidebar_(new Sidebar(context.theme, this)),
+      notices_(new ContentNotices(context, this)),
       stack_(new QStackedLayout),
       overlay_(new DropOverlay(context.theme, this)) {
     setObjectName(u"content"_s);
@@ -39,7 +43,10 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(sidebar_);
-    layout->addLayout(stack_, 1);
+    auto* column = new QVBoxLayout;
+    column->addWidget(notices_);
+    column->addLayout(stack_, 1);
+    layout->addLayout(column, 1);
 
     connect(&context_.commands, &CommandCenter::posted, this, &ContentView::observe);
     connect(sidebar_, &Sidebar::currentChanged, this, [this](Section section) {
@@ -139,6 +146,9 @@ void ContentView::undo() {
 }
 
 void ContentView::previewFolder(const Url& folder) {
+    const QString reason = CommandAvailability::againstRun(context_.model);
+    if (!reason.isEmpty()) return notices_->tellNotOpened(folder, reason);
+    notices_->folderOpened();
     dismissQuestions();
     showSection(Section::inbox);
     context_.model.chooseFolder(folder.standardized());
@@ -174,6 +184,7 @@ void ContentView::refreshStatus() {
 }
 
 void ContentView::refreshCounts() {
+    countRestorable();
     const TidyViewModel& model = context_.model;
     // While another folder is scanned, or could not be read, what is known is the last folder's.
     const bool isOfFolder = model.planRoot() == model.rootURL();
@@ -183,7 +194,7 @@ void ContentView::refreshCounts() {
     const auto proposed = static_cast<qint64>(plan && isOfFolder ? plan->proposals.size() : 0);
     const auto groups = static_cast<qint64>(duplicates && isOfFolder ? duplicates->groups.size() : 0);
     const auto organized = static_cast<qint64>(journal ? journal->entries.size() : 0);
-    const auto recoverable = organized + restorableCount();
+    const auto recoverable = organized + restorableCount_;
     const auto rules = static_cast<qint64>(context_.rules.ruleSet().rules.size());
     sidebar_->setCount(Section::inbox, proposed, Formats::count(proposed) + u" proposed"_s);
     sidebar_->setCount(Section::duplicates, groups, Formats::counted(groups, u"group"));
@@ -191,14 +202,18 @@ void ContentView::refreshCounts() {
     sidebar_->setCount(Section::rules, rules, Formats::counted(rules, u"rule"));
 }
 
-qint64 ContentView::restorableCount() {
-    const TidyViewModel& model = context_.model;
-    if (countedRecord_ != model.trashRecord() || countedRoot_ != model.rootURL()) {
-        countedRecord_ = model.trashRecord();
-        countedRoot_ = model.rootURL();
-        restorableCount_ = static_cast<qint64>(model.restorableEntries().size());
-    }
-    return restorableCount_;
+/// Looks through the record in the background, where it or the folder is another one.
+void ContentView::countRestorable() {
+    TidyViewModel& model = context_.model;
+    if (countedRecord_ == model.trashRecord() && countedRoot_ == model.rootURL()) return;
+    countedRecord_ = model.trashRecord();
+    countedRoot_ = model.rootURL();
+    const auto count = ++restorableCounts_;
+    model.findRestorable([self = QPointer(this), count](std::size_t found) {
+        if (!self || count != self->restorableCounts_) return;
+        self->restorableCount_ = static_cast<qint64>(found);
+        self->refreshCounts();
+    });
 }
 
 std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {
@@ -213,6 +228,7 @@ void ContentView::dragEnterEvent(QDragEnterEvent* event) {
     if (!droppedFolder(*event->mimeData())) return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
+    overlay_->setRefusal(CommandAvailability::againstRun(context_.model));
     overlay_->setGeometry(rect());
     overlay_->raise();
     overlay_->show();

@@ -6,11 +6,13 @@
 
 #include <QWidget>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 
 struct OrdovanTrashRecord;
+class ContentNotices;
 class DropOverlay;
 class QMimeData;
 class QStackedLayout;
@@ -29,6 +31,7 @@ public:
     [[nodiscard]] Section section() const;
     void showSection(Section section);
     /// Shows the inbox with a preview of this folder. A question that is open is given up: it was about another plan.
+    /// While files are being moved the folder stays the one it is, and a line says so.
     void previewFolder(const Url& folder);
 
     /// The first of what was dropped that lies on this computer, as it is named; nothing where there is none.
@@ -48,8 +51,7 @@ private:
     void connectModel();
     void makeShortcuts();
     void refreshCounts();
-    /// How many trashed files can be put back here; looked through again only where the record or the folder changed.
-    [[nodiscard]] qint64 restorableCount();
+    void countRestorable();
     void refreshStatus();
     void previewAgain();
     void dismissQuestions();
@@ -61,11 +63,13 @@ private:
     SectionFactories factories_;
     std::map<Section, SectionScreen> screens_;
     Sidebar* sidebar_;
+    ContentNotices* notices_;
     QStackedLayout* stack_;
     DropOverlay* overlay_;
     std::shared_ptr<const OrdovanTrashRecord> countedRecord_;
     std::optional<Url> countedRoot_;
-    qint64 restorableCount_ = 0;
+    qint64 restorableCount_ = 0;  ///< of the trashed files, those that can be put back here
+    std::uint64_t restorableCounts_ = 0;
     bool isOutdated_ = false;  ///< a setting or rule changed during a run
     OrdovanPreviewStatus lastStatus_ = OrdovanPreviewStatus::idle();
 };

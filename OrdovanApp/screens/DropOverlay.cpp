@@ -16,7 +16,7 @@ constexpr int glyphSize = 40;
 }  // namespace
 
 DropOverlay::DropOverlay(const ThemeEnvironment& theme, QWidget* parent)
-    : QWidget(parent), theme_(theme), text_(new QLabel(u"Drop a folder to preview it"_s, this)) {
+    : QWidget(parent), theme_(theme), text_(new QLabel(this)) {
     setObjectName(u"drop-overlay"_s);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     text_->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
@@ -26,14 +26,21 @@ DropOverlay::DropOverlay(const ThemeEnvironment& theme, QWidget* parent)
     layout->addWidget(text_);
     layout->addStretch(1);
     connect(&theme, &ThemeEnvironment::changed, this, &DropOverlay::recolour);
-    recolour();
+    setRefusal({});
     hide();
+}
+
+void DropOverlay::setRefusal(const QString& reason) {
+    refuses_ = !reason.isEmpty();
+    text_->setText(refuses_ ? reason : u"Drop a folder to preview it"_s);
+    recolour();
+    update();
 }
 
 void DropOverlay::recolour() {
     text_->setFont(theme_.font(ThemeEnvironment::Type::title));
     QPalette palette = text_->palette();
-    palette.setColor(QPalette::WindowText, theme_.colors().accent);
+    palette.setColor(QPalette::WindowText, refuses_ ? theme_.colors().secondText : theme_.colors().accentText);
     text_->setPalette(palette);
 }
 
@@ -44,10 +51,10 @@ void DropOverlay::paintEvent(QPaintEvent*) {
     QColor surface = colors.window;
     surface.setAlphaF(0.94F);
     painter.fillRect(rect(), surface);
-    QPen pen(colors.accent, 2, Qt::DashLine);
-    painter.setPen(pen);
-    painter.setBrush(colors.tint);
+    const QColor color = refuses_ ? colors.secondText : colors.accentText;
+    painter.setPen(QPen(color, 2, Qt::DashLine));
+    painter.setBrush(refuses_ ? colors.card : colors.tint);
     painter.drawRoundedRect(QRectF(rect()).adjusted(margin, margin, -margin, -margin), 12, 12);
     const QRectF place((width() - glyphSize) / 2.0, text_->y() - glyphSize - 12, glyphSize, glyphSize);
-    Glyphs::paint(painter, Glyph::drop, place, colors.accent);
+    Glyphs::paint(painter, refuses_ ? Glyph::warning : Glyph::drop, place, color);
 }

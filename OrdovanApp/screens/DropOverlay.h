@@ -13,6 +13,9 @@ class DropOverlay : public QWidget {
 public:
     DropOverlay(const ThemeEnvironment& theme, QWidget* parent);
 
+    /// Why nothing can be dropped now, as a sentence; empty where it can.
+    void setRefusal(const QString& reason);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
@@ -21,4 +24,5 @@ private:
 
     const ThemeEnvironment& theme_;
     QLabel* text_;
+    bool refuses_ = false;
 };

@@ -30,15 +30,8 @@ using Case = TidyViewModel::Phase::Case;
 
 namespace {
 
-constexpr int margin = 28;
-constexpr int progressWidth = 560;
 constexpr int lowPage = 340;
 constexpr int leastListHeight = 100;
-
-void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
-    button->setEnabled(reasonAgainst.isEmpty());
-    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
-}
 
 QString extras(qint64 count) {
     return Formats::counted(count, u"extra");
@@ -47,31 +40,13 @@ QString extras(qint64 count) {
 }  // namespace
 
 DuplicatesView::DuplicatesView(const AppContext& context, QWidget* parent)
-    : QWidget(parent),
-      context_(context),
+    : SectionView(context, u"Duplicates"_s, parent),
       model_(context.model, context.theme),
-      header_(new ScreenHeader(context.theme, u"Duplicates"_s, this)),
-      notices_(new TrashNotices(context, u"extra"_s, this)),
-      pages_(new QStackedWidget(this)),
-      foot_(new QWidget(this)),
-      run_(new ProgressStrip(context.theme, foot_)) {
+      notices_(new TrashNotices(context, u"extra"_s, this)) {
     setObjectName(u"duplicates"_s);
     header_->addButton(makeAutoPick());
     for (QWidget* page : {makeStart(), makeSearching(), makeNone(), makeFound()}) pages_->addWidget(page);
-    run_->setObjectName(u"runProgress"_s);
-    run_->setText(u"Checking each file again, then moving extras to the Trash…"_s);
-    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
-    auto* foot = new QVBoxLayout(foot_);
-    foot->setContentsMargins(0, 8, 0, 12);
-    foot->addWidget(run_);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, 0, margin, 0);
-    layout->setSpacing(0);
-    layout->addWidget(header_);
-    layout->addWidget(notices_);
-    layout->addWidget(pages_, 1);
-    layout->addWidget(foot_);
+    assemble(notices_);
     connectModel();
     refresh();
     followSearch();
@@ -107,27 +82,16 @@ QWidget* DuplicatesView::makeStart() {
     start_->addButton(find_);
     choose_ = Buttons::primary(u"Choose Folder…"_s);
     choose_->setObjectName(u"chooseFolder"_s);
-    connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
     start_->addButton(choose_);
     return start_;
 }
 
 QWidget* DuplicatesView::makeSearching() {
-    searching_ = new QWidget(pages_);
-    searching_->setObjectName(u"searchingPage"_s);
-    search_ = new ProgressStrip(context_.theme, searching_);
+    searching_ = makeProgressPage(u"searchingPage"_s, search_);
     search_->setObjectName(u"searchProgress"_s);
     search_->setText(u"Hashing files to find exact duplicates…"_s);
-    search_->setMaximumWidth(progressWidth);
     connect(search_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelDuplicateSearch);
-    auto* across = new QHBoxLayout;
-    across->addStretch(1);
-    across->addWidget(search_, 100);
-    across->addStretch(1);
-    auto* layout = new QVBoxLayout(searching_);
-    layout->addStretch(2);
-    layout->addLayout(across);
-    layout->addStretch(3);
     return searching_;
 }
 
@@ -187,17 +151,10 @@ QWidget* DuplicatesView::makeList() {
     list_->setMaximumColumns(3);
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &DuplicatesView::act);
-    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
-    noMatch_->setObjectName(u"noMatch"_s);
-    noMatch_->setTitle(u"No matching files"_s);
-    noMatch_->setMessage(u"No duplicate matches the search."_s);
-    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
-    clear->setObjectName(u"clearFilters"_s);
-    connect(clear, &QPushButton::clicked, this, [this] {
+    noMatch_ = makeNoMatch(stack_, u"No duplicate matches the search."_s, [this] {
         filter_->clear();
         list_->setFocus();
     });
-    noMatch_->addButton(clear);
     stack_->addWidget(list_);
     stack_->addWidget(noMatch_);
     return stack_;
@@ -224,11 +181,7 @@ void DuplicatesView::connectModel() {
     connect(model, &TidyViewModel::isScanningDuplicatesChanged, this, &DuplicatesView::followSearch);
     connect(model, &TidyViewModel::duplicateSearchProgressed, this, &DuplicatesView::showSearchProgress);
     connect(notices_, &TrashNotices::runChanged, this, &DuplicatesView::refreshRun);
-    connect(model, &TidyViewModel::trashProgressed, this,
-            [this](quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal) {
-                run_->setDetail(SpaceTexts::done(files, filesTotal, bytes, bytesTotal));
-                run_->setProgress(static_cast<qint64>(bytes), static_cast<qint64>(bytesTotal));
-            });
+    followTrashProgress();
 }
 
 // What the controller has.
@@ -285,17 +238,16 @@ void DuplicatesView::showPage() {
 }
 
 void DuplicatesView::refreshStart() {
-    const TidyViewModel& model = context_.model;
-    const QString reason = CommandAvailability::reasonAgainst(Commands::findDuplicates, model, context_.desktop);
-    const Case phase = model.phase().kind;
+    const QString reason =
+        CommandAvailability::reasonAgainst(Commands::findDuplicates, context_.model, context_.desktop);
+    const Case phase = context_.model.phase().kind;
     const bool hasFolder = phase == Case::ready || phase == Case::scanning;
     find_->setVisible(hasFolder);
     choose_->setVisible(!hasFolder);
     start_->setFootnote(reason);
-    setHelp(find_, reason, QString());
-    const bool isRunning = model.isApplying() || model.isTrashing();
+    Buttons::setAvailable(find_, reason, QString());
     for (QPushButton* again : {again_, againForNone_}) {
-        setHelp(again, isRunning ? SpaceTexts::running() : reason, u"Compares the files of the preview once more"_s);
+        Buttons::setAvailable(again, reason, u"Compares the files of the preview once more"_s);
     }
 }
 
@@ -314,15 +266,15 @@ void DuplicatesView::refreshFigures() {
 /// Follows the beginning and the end of runs.
 void DuplicatesView::refreshRun() {
     const bool isOwn = notices_->isOwnRun();
-    if (isOwn && foot_->isHidden()) run_->reset();
-    foot_->setVisible(isOwn);
+    showRun(isOwn, u"Checking each file again, then moving extras to the Trash…"_s);
     bar_->setVisible(!isOwn);
-    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
-    const QString reason = isRunning ? SpaceTexts::running() : QString();
+    const QString reason = CommandAvailability::againstRun(context_.model);
     model_.setLocked(reason);
-    setHelp(autoPick_, reason,
-            u"Oldest, newest, shortest or deepest path, for every group at once. You can still click any copy."_s);
-    setHelp(trash_, reason, u"Moves every copy but the kept one of each group. You will be asked to confirm."_s);
+    Buttons::setAvailable(
+        autoPick_, reason,
+        u"Oldest, newest, shortest or deepest path, for every group at once. You can still click any copy."_s);
+    Buttons::setAvailable(trash_, reason,
+                          u"Moves every copy but the kept one of each group. You will be asked to confirm."_s);
 }
 
 // Searching.
@@ -368,8 +320,7 @@ void DuplicatesView::act(int row, int action) {
 
 Sheet* DuplicatesView::confirmation() {
     if (sheet_) return sheet_;
-    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
-    sheet_->setObjectName(u"trashExtrasSheet"_s);
+    sheet_ = makeSheet(u"trashExtrasSheet"_s);
     sheet_->setTitle(u"Move duplicate extras to the Trash?"_s);
     sheet_->setMessage(
         u"The copy you chose to keep stays. Each extra is checked again first, and anything that changed is left "

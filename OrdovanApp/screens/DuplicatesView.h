@@ -1,11 +1,10 @@
 #pragma once
 
 #include "OrdovanApp/models/DuplicatesModel.h"
-#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanApp/screens/SectionView.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
-#include <QWidget>
 
 class BottomBar;
 class EmptyState;
@@ -14,7 +13,6 @@ class ProgressStrip;
 class QPushButton;
 class QStackedWidget;
 class RowsView;
-class ScreenHeader;
 class Sheet;
 class StatRow;
 class TrashNotices;
@@ -23,7 +21,7 @@ class TrashNotices;
 /// moves the others to the Trash.
 ///
 /// Shows one page for the state of the controller. What was found stays in sight while extras are being moved.
-class DuplicatesView : public QWidget {
+class DuplicatesView : public SectionView {
     Q_OBJECT
 
 public:
@@ -58,11 +56,8 @@ private:
     [[nodiscard]] Sheet* confirmation();
     void requestTrash();
 
-    AppContext context_;
     DuplicatesModel model_;
-    ScreenHeader* header_;
     TrashNotices* notices_;
-    QStackedWidget* pages_;
     EmptyState* start_;
     QPushButton* choose_;
     QPushButton* find_;
@@ -80,8 +75,6 @@ private:
     EmptyState* noMatch_;
     BottomBar* bar_;
     QPushButton* trash_;
-    QWidget* foot_;
-    ProgressStrip* run_;
     QPointer<Sheet> sheet_;
     QElapsedTimer sinceSearch_;
     Url root_;

@@ -1,9 +1,8 @@
 #include "OrdovanApp/screens/HistoryView.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
-#include "OrdovanApp/models/Formats.h"
-#include "OrdovanApp/theme/Announcer.h"
-#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/HistoryNotices.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/RowsView.h"
@@ -25,7 +24,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 28;
 constexpr int timeColumn = 64;
 constexpr int headHeight = 42;
 
@@ -49,39 +47,23 @@ QString heading() {
 }  // namespace
 
 HistoryView::HistoryView(const AppContext& context, QWidget* parent)
-    : QWidget(parent),
-      context_(context),
+    : SectionView(context, u"History"_s, parent),
       model_(context.model, context.theme),
       clear_(Buttons::quiet(u"Clear History…"_s)),
-      warning_(makeWarning()),
-      pages_(new QStackedWidget(this)),
+      notices_(new HistoryNotices(context, this)),
       today_(QDate::currentDate()) {
     setObjectName(u"history"_s);
-    auto* header = new ScreenHeader(context.theme, u"History"_s, this);
-    header->setLede(u"Kept on this computer. Clearing it doesn't touch your files or the undo record."_s);
+    header_->setLede(u"Kept on this computer. Clearing it doesn't touch your files or the undo record."_s);
     clear_->setObjectName(u"clearHistory"_s);
     connect(clear_, &QPushButton::clicked, this, [this] { confirmation()->open(); });
-    header->addButton(clear_);
+    header_->addButton(clear_);
     for (QWidget* page : {makeEmpty(), makeTimeline()}) pages_->addWidget(page);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, 0, margin, 0);
-    layout->setSpacing(0);
-    layout->addWidget(header);
-    layout->addWidget(warning_);
-    layout->addWidget(pages_, 1);
+    assemble(notices_);
     connectModel();
     refresh();
-    refreshWarning();
 }
 
 // Making.
-
-Banner* HistoryView::makeWarning() {
-    auto* banner = new Banner(context_.theme, Banner::Kind::warning, this);
-    banner->setObjectName(u"recordWarning"_s);
-    return banner;
-}
 
 QWidget* HistoryView::makeEmpty() {
     empty_ = new EmptyState(context_.theme, Glyph::history, pages_);
@@ -156,7 +138,6 @@ void HistoryView::connectModel() {
     const TidyViewModel* model = &context_.model;
     connect(model, &TidyViewModel::isApplyingChanged, this, &HistoryView::refresh);
     connect(model, &TidyViewModel::isTrashingChanged, this, &HistoryView::refresh);
-    connect(model, &TidyViewModel::journalWarningChanged, this, &HistoryView::refreshWarning);
 }
 
 // What the controller has.
@@ -183,20 +164,9 @@ void HistoryView::refresh() {
     const bool isEmpty = model_.isEmpty();
     pages_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : timeline_);
     stack_->setCurrentWidget(model_.rowCount() == 0 ? static_cast<QWidget*>(noMatch_) : list_);
-    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
-    clear_->setEnabled(!isEmpty && !isRunning);
-    if (isRunning)
-        clear_->setToolTip(u"Files are being moved right now."_s);
-    else
-        clear_->setToolTip(isEmpty ? u"There is nothing to clear."_s : u"Clears this log only"_s);
-}
-
-void HistoryView::refreshWarning() {
-    const auto& warning = context_.model.journalWarning();
-    warning_->setVisible(warning.has_value());
-    if (!warning) return;
-    warning_->setText(Formats::text(*warning));
-    if (isVisible()) context_.announcer.say(warning_->text());
+    const QString running = CommandAvailability::againstRun(context_.model);
+    const bool hasNone = running.isEmpty() && isEmpty;
+    Buttons::setAvailable(clear_, hasNone ? u"There is nothing to clear."_s : running, u"Clears this log only"_s);
 }
 
 void HistoryView::chooseKind(int segment) {
@@ -209,8 +179,7 @@ void HistoryView::chooseKind(int segment) {
 
 Sheet* HistoryView::confirmation() {
     if (sheet_) return sheet_;
-    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
-    sheet_->setObjectName(u"clearHistorySheet"_s);
+    sheet_ = makeSheet(u"clearHistorySheet"_s);
     sheet_->setTitle(u"Clear the run history?"_s);
     sheet_->setMessage(u"Only this log is cleared. Organized files and Undo stay as they are."_s);
     sheet_->setConfirm(u"Clear History"_s, true);

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "OrdovanApp/models/HistoryModel.h"
-#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanApp/screens/SectionView.h"
 
 #include <QDate>
 #include <QPointer>
-#include <QWidget>
 
-class Banner;
 class EmptyState;
+class HistoryNotices;
 class QPushButton;
 class QStackedWidget;
 class RowsView;
@@ -16,7 +15,7 @@ class Segments;
 class Sheet;
 
 /// The section that lists past runs by day, and clears the list when asked to.
-class HistoryView : public QWidget {
+class HistoryView : public SectionView {
     Q_OBJECT
 
 public:
@@ -27,7 +26,6 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    Banner* makeWarning();
     QWidget* makeEmpty();
     QWidget* makeTimeline();
     QWidget* makeFilters();
@@ -36,14 +34,11 @@ private:
     void chooseKind(int segment);
     void refreshRecords();
     void refresh();
-    void refreshWarning();
     [[nodiscard]] Sheet* confirmation();
 
-    AppContext context_;
     HistoryModel model_;
     QPushButton* clear_;
-    Banner* warning_;
-    QStackedWidget* pages_;
+    HistoryNotices* notices_;
     EmptyState* empty_;
     QWidget* timeline_;
     Segments* kinds_;

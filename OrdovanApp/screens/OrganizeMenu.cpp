@@ -1,7 +1,6 @@
 #include "OrdovanApp/screens/OrganizeMenu.h"
 
 #include "OrdovanApp/controller/CommandCenter.h"
-#include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 
 #include <QAction>
@@ -40,13 +39,7 @@ OrganizeMenu::OrganizeMenu(const AppContext& context, QWidget* parent)
         action->setShortcut(command.shortcut);
         connect(action, &QAction::triggered, this, [this, name = command.name] { context_.commands.post(name); });
     }
-    const TidyViewModel* model = &context.model;
-    for (const auto signal :
-         {&TidyViewModel::phaseChanged, &TidyViewModel::planChanged, &TidyViewModel::excludedChanged,
-          &TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged,
-          &TidyViewModel::recoverableJournalChanged, &TidyViewModel::isScanningDuplicatesChanged}) {
-        connect(model, signal, this, &OrganizeMenu::refresh);
-    }
+    CommandAvailability::watch(context.model, this, [this] { refresh(); });
     refresh();
 }
 

@@ -1,15 +1,10 @@
 #pragma once
 
-#include "OrdovanApp/screens/AppContext.h"
-#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/screens/RunNotices.h"
 #include "OrdovanCore/Executor.h"
 
-#include <QString>
-#include <QWidget>
-
-/// The lines above the Recovery Center: what its last run put back with its problems, warnings about records, and why a
-/// run was refused.
-class RecoveryNotices : public QWidget {
+/// The lines above the Recovery Center; of runs those that put files back from there.
+class RecoveryNotices : public RunNotices {
     Q_OBJECT
 
 public:
@@ -22,18 +17,8 @@ public:
     void followRun(bool isOwn);
 
 private:
-    Banner* addBanner(Banner::Kind kind, const QString& name);
-    void showReport(const OrdovanExecutionReport& report, const QString& summary);
     void showLastReport();
-    void tell(Banner* banner, const QString& text);
-    void showWarning();
-    void showRefusal();
-    void refreshRoom();
 
-    AppContext context_;
-    Banner* result_;
-    Banner* warning_;
-    Banner* refusal_;
     bool undoes_ = false;
     bool restores_ = false;
 };

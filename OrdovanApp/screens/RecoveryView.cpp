@@ -6,12 +6,11 @@
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/RecoveryNotices.h"
-#include "OrdovanApp/screens/SmartInboxTexts.h"
+#include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/ElidedLabel.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/FilterField.h"
-#include "OrdovanApp/theme/ProgressStrip.h"
 #include "OrdovanApp/theme/RowsView.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
 #include "OrdovanApp/theme/Sheet.h"
@@ -30,7 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int margin = 28;
 constexpr int sizeColumn = 84;
 constexpr int narrowList = 640;
 
@@ -40,38 +38,16 @@ QString rule() {
            "it is."_s;
 }
 
-void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
-    button->setEnabled(reasonAgainst.isEmpty());
-    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
-}
-
 }  // namespace
 
 RecoveryView::RecoveryView(const AppContext& context, QWidget* parent)
-    : QWidget(parent),
-      context_(context),
+    : SectionView(context, u"Recovery Center"_s, parent),
       model_(context.model, context.theme),
-      header_(new ScreenHeader(context.theme, u"Recovery Center"_s, this)),
-      notices_(new RecoveryNotices(context, this)),
-      pages_(new QStackedWidget(this)),
-      foot_(new QWidget(this)),
-      run_(new ProgressStrip(context.theme, foot_)) {
+      notices_(new RecoveryNotices(context, this)) {
     setObjectName(u"recovery"_s);
     makeHeader();
     for (QWidget* page : {makeNothing(), makeRecords()}) pages_->addWidget(page);
-    run_->setObjectName(u"runProgress"_s);
-    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
-    auto* foot = new QVBoxLayout(foot_);
-    foot->setContentsMargins(0, 8, 0, 12);
-    foot->addWidget(run_);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, 0, margin, 0);
-    layout->setSpacing(0);
-    layout->addWidget(header_);
-    layout->addWidget(notices_);
-    layout->addWidget(pages_, 1);
-    layout->addWidget(foot_);
+    assemble(notices_);
     connectModel();
     refresh();
     followRun();
@@ -132,17 +108,10 @@ QWidget* RecoveryView::makeList() {
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &RecoveryView::act);
 
-    noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
-    noMatch_->setObjectName(u"noMatch"_s);
-    noMatch_->setTitle(u"No matching files"_s);
-    noMatch_->setMessage(u"No organized or trashed file matches the search."_s);
-    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
-    clear->setObjectName(u"clearFilters"_s);
-    connect(clear, &QPushButton::clicked, this, [this] {
+    noMatch_ = makeNoMatch(stack_, u"No organized or trashed file matches the search."_s, [this] {
         search_->clear();
         list_->setFocus();
     });
-    noMatch_->addButton(clear);
     stack_->addWidget(list_);
     stack_->addWidget(noMatch_);
     return stack_;
@@ -157,9 +126,9 @@ void RecoveryView::connectModel() {
     connect(model, &TidyViewModel::isApplyingChanged, this, &RecoveryView::followRun);
     connect(model, &TidyViewModel::isTrashingChanged, this, &RecoveryView::followRun);
     connect(model, &TidyViewModel::runProgressed, this,
-            [this](quint64 done, quint64 total) { showProgress(SmartInboxTexts::done(done, total), done, total); });
+            [this](quint64 done, quint64 total) { showRunProgress(RunTexts::done(done, total), done, total); });
     connect(model, &TidyViewModel::trashProgressed, this, [this](quint64 done, quint64 total, quint64, quint64) {
-        showProgress(SmartInboxTexts::done(done, total), done, total);
+        showRunProgress(RunTexts::done(done, total), done, total);
     });
 }
 
@@ -203,19 +172,19 @@ void RecoveryView::refresh() {
 }
 
 void RecoveryView::refreshActions() {
-    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
-    const QString running = isRunning ? u"Files are being moved right now."_s : QString();
+    const QString running = CommandAvailability::againstRun(context_.model);
     model_.setLocked(running);
     QString againstUndo = CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop);
     if (againstUndo.isEmpty() && model_.recoverableOrganized() == 0) {
         againstUndo = u"None of the organized files is there any more."_s;
     }
-    setHelp(undo_, againstUndo, u"Puts every organized file of this folder back where it came from"_s);
+    Buttons::setAvailable(undo_, againstUndo, u"Puts every organized file of this folder back where it came from"_s);
     QString againstRestore = running;
     if (againstRestore.isEmpty() && model_.recoverableTrashed() == 0) {
         againstRestore = u"No file in the Trash can go back to this folder."_s;
     }
-    setHelp(restore_, againstRestore, u"Puts every file of this folder that is in the Trash back where it came from"_s);
+    Buttons::setAvailable(restore_, againstRestore,
+                          u"Puts every file of this folder that is in the Trash back where it came from"_s);
 }
 
 /// Follows the beginning and the end of runs. One that begins while this section is in sight puts files back: all
@@ -223,18 +192,9 @@ void RecoveryView::refreshActions() {
 void RecoveryView::followRun() {
     const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
     ownRun_ = isRunning && (ownRun_ || isVisible());
-    if (ownRun_ && foot_->isHidden()) {
-        run_->reset();
-        run_->setText(u"Putting files back…"_s);
-    }
-    foot_->setVisible(ownRun_);
+    showRun(ownRun_, u"Putting files back…"_s);
     notices_->followRun(ownRun_);
     refreshActions();
-}
-
-void RecoveryView::showProgress(const QString& detail, quint64 done, quint64 total) {
-    run_->setDetail(detail);
-    run_->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
 }
 
 // The list.
@@ -288,8 +248,7 @@ void RecoveryView::act(int row, int action) {
 
 Sheet* RecoveryView::confirmation() {
     if (sheet_) return sheet_;
-    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
-    sheet_->setObjectName(u"putBackSheet"_s);
+    sheet_ = makeSheet(u"putBackSheet"_s);
     connect(sheet_, &Sheet::confirmed, this, [this] {
         if (asksToUndo_)
             context_.model.undo();

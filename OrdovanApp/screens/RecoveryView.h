@@ -1,22 +1,19 @@
 #pragma once
 
 #include "OrdovanApp/models/RecoveryModel.h"
-#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanApp/screens/SectionView.h"
 
 #include <QPointer>
-#include <QWidget>
 
 #include <string>
 
 class ElidedLabel;
 class EmptyState;
 class FilterField;
-class ProgressStrip;
 class QPushButton;
 class QStackedWidget;
 class RecoveryNotices;
 class RowsView;
-class ScreenHeader;
 class Sheet;
 
 /// The section that takes back: organized files of the chosen folder go back where they came from, files in the Trash
@@ -24,7 +21,7 @@ class Sheet;
 ///
 /// What is not there any more is looked up in the background whenever the records change, the section is shown, or its
 /// window becomes the active one.
-class RecoveryView : public QWidget {
+class RecoveryView : public SectionView {
     Q_OBJECT
 
 public:
@@ -52,7 +49,6 @@ private:
     void refresh();
     void refreshActions();
     void followRun();
-    void showProgress(const QString& detail, quint64 done, quint64 total);
     void showListOrNothing();
     void keepSight();
     void restoreSight();
@@ -61,13 +57,10 @@ private:
     void askToUndo();
     void askToRestore();
 
-    AppContext context_;
     RecoveryModel model_;
-    ScreenHeader* header_;
     QPushButton* undo_;
     QPushButton* restore_;
     RecoveryNotices* notices_;
-    QStackedWidget* pages_;
     EmptyState* nothing_;
     QWidget* records_;
     FilterField* search_;
@@ -75,8 +68,6 @@ private:
     QStackedWidget* stack_;
     RowsView* list_;
     EmptyState* noMatch_;
-    QWidget* foot_;
-    ProgressStrip* run_;
     QPointer<Sheet> sheet_;
     Sight sight_;
     bool asksToUndo_ = false;

@@ -1,15 +1,11 @@
 #pragma once
 
-#include "OrdovanApp/screens/AppContext.h"
-#include "OrdovanApp/theme/Banner.h"
-
-#include <QWidget>
+#include "OrdovanApp/screens/RunNotices.h"
 
 class QPushButton;
 
-/// The lines above the inbox's pages: what the last run did with its problems and an undo, warnings about records, why
-/// a run was refused, and how an export went.
-class SmartInboxNotices : public QWidget {
+/// The lines above the inbox's pages; those of a run that organized have an undo, and there is one about an export.
+class SmartInboxNotices : public RunNotices {
     Q_OBJECT
 
 public:
@@ -19,20 +15,12 @@ public:
     void expectOrganize() { organizes_ = true; }
 
 private:
-    Banner* addBanner(Banner::Kind kind, const QString& name);
-    void refreshRoom();
     void followRun();
     void showReport();
     void undoRun();
     void refreshUndo();
-    void showWarning();
-    void showRefusal();
     void showExport(const QString& error);
 
-    AppContext context_;
-    Banner* run_;
-    Banner* warning_;
-    Banner* refusal_;
     Banner* export_;
     QPushButton* undo_;
     bool organizes_ = false;

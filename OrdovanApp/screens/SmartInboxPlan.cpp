@@ -37,9 +37,8 @@ constexpr int lowPage = 340;
 constexpr int narrowList = 640;
 constexpr int narrowestList = 440;
 
-void setHelp(QPushButton* button, const QString& reasonAgainst, const QString& help) {
-    button->setEnabled(reasonAgainst.isEmpty());
-    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
+QString ageHeading() {
+    return u"Tick only files last changed more than this long ago"_s;
 }
 
 }  // namespace
@@ -125,12 +124,10 @@ QWidget* SmartInboxPlan::makeFilters() {
 }
 
 QPushButton* SmartInboxPlan::makeAgeFilter() {
-    const QString heading = u"Tick only files last changed more than this long ago"_s;
     QPushButton* button = Buttons::quiet(u"Older than…"_s, this);
     button->setObjectName(u"ageFilter"_s);
-    button->setAccessibleName(heading);
     auto* menu = new QMenu(button);
-    menu->addAction(heading)->setEnabled(false);
+    menu->addAction(ageHeading())->setEnabled(false);
     menu->addSeparator();
     for (const int days : ages) {
         QAction* action = menu->addAction(u"Older than %1 days"_s.arg(days));
@@ -260,19 +257,18 @@ void SmartInboxPlan::refreshFigures() {
 }
 
 void SmartInboxPlan::refreshActions() {
-    const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
-    const QString running = isRunning ? u"Files are being moved right now."_s : QString();
+    const QString running = CommandAvailability::againstRun(context_.model);
     const auto reason = [this](QStringView command) {
         return CommandAvailability::reasonAgainst(command, context_.model, context_.desktop);
     };
     model_.setLocked(running);
-    setHelp(organize_, reason(Commands::organize),
-            u"Move the selected files. You will be asked to confirm, and can undo afterward."_s);
-    setHelp(export_, isRunning ? running : reason(Commands::exportPlan),
-            u"Save this preview as a Markdown or CSV report"_s);
-    setHelp(age_, running, u"Tick only files last changed more than this long ago"_s);
+    Buttons::setAvailable(organize_, reason(Commands::organize),
+                          u"Move the selected files. You will be asked to confirm, and can undo afterward."_s);
+    Buttons::setAvailable(export_, reason(Commands::exportPlan), u"Save this preview as a Markdown or CSV report"_s);
+    Buttons::setAvailable(age_, running, ageHeading());
     const QString narrowed = model_.isNarrowed() ? u"Ticks or unticks the files that are shown"_s : QString();
-    setHelp(tickAll_, isRunning || model_.hasShownProposals() ? running : u"No proposed file is shown."_s, narrowed);
+    const bool hasNone = running.isEmpty() && !model_.hasShownProposals();
+    Buttons::setAvailable(tickAll_, hasNone ? u"No proposed file is shown."_s : running, narrowed);
 }
 
 // The list.

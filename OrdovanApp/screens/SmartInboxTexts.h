@@ -3,7 +3,6 @@
 #include "OrdovanCore/Executor.h"
 
 #include <QString>
-#include <QStringList>
 
 /// The inbox's sentences that depend on numbers.
 namespace SmartInboxTexts {
@@ -20,12 +19,8 @@ namespace SmartInboxTexts {
 /// What a run did, in a line: "Last organize run moved 3 files; 1 skipped, 2 failed.", "Last undo run put back 1 file."
 [[nodiscard]] QString organizeSummary(const OrdovanExecutionReport& report);
 [[nodiscard]] QString undoSummary(const OrdovanExecutionReport& report);
-/// A line for each file that was not moved: its name and the reason.
-[[nodiscard]] QStringList problems(const OrdovanExecutionReport& report);
 
 /// What a preview under way has seen: "1,204 files in 17 folders".
 [[nodiscard]] QString scanned(quint64 files, quint64 folders);
-/// What a run under way has done: "3 of 121 files".
-[[nodiscard]] QString done(quint64 files, quint64 total);
 
 }  // namespace SmartInboxTexts

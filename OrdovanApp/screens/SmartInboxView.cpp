@@ -5,6 +5,7 @@
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/screens/SmartInboxNotices.h"
 #include "OrdovanApp/screens/SmartInboxPlan.h"
 #include "OrdovanApp/screens/SmartInboxTexts.h"
@@ -18,14 +19,11 @@
 
 #include <QPushButton>
 #include <QStackedWidget>
-#include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
 using Case = TidyViewModel::Phase::Case;
 
 namespace {
-
-constexpr int margin = 28;
 
 QString outputFolder() {
     return Formats::text(OrdovanOutput::folderName);
@@ -34,32 +32,15 @@ QString outputFolder() {
 }  // namespace
 
 SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
-    : QWidget(parent),
-      context_(context),
-      header_(new ScreenHeader(context.theme, u"Smart Inbox"_s, this)),
+    : SectionView(context, u"Smart Inbox"_s, parent),
       choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
-      notices_(new SmartInboxNotices(context, this)),
-      pages_(new QStackedWidget(this)),
-      foot_(new QWidget(this)),
-      run_(new ProgressStrip(context.theme, foot_)) {
+      notices_(new SmartInboxNotices(context, this)) {
     setObjectName(u"smartInbox"_s);
     choose_->setObjectName(u"chooseFolder"_s);
-    connect(choose_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
     header_->addButton(choose_);
-    run_->setObjectName(u"runProgress"_s);
-    connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
-    auto* foot = new QVBoxLayout(foot_);
-    foot->setContentsMargins(0, 8, 0, 12);
-    foot->addWidget(run_);
     makePages();
-
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(margin, 0, margin, 0);
-    layout->setSpacing(0);
-    layout->addWidget(header_);
-    layout->addWidget(notices_);
-    layout->addWidget(pages_, 1);
-    layout->addWidget(foot_);
+    assemble(notices_);
     connectModel();
     refresh();
     refreshRun();
@@ -77,22 +58,11 @@ void SmartInboxView::makePages() {
 }
 
 QWidget* SmartInboxView::makeScanning() {
-    auto* page = new QWidget(pages_);
-    page->setObjectName(u"scanningPage"_s);
+    QWidget* page = makeProgressPage(u"scanningPage"_s, scan_);
     page->setAccessibleName(u"Previewing folder, reading metadata only."_s);
-    scan_ = new ProgressStrip(context_.theme, page);
     scan_->setObjectName(u"scanProgress"_s);
     scan_->setText(u"Previewing — reading metadata only…"_s);
-    scan_->setMaximumWidth(560);
     connect(scan_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
-    auto* across = new QHBoxLayout;
-    across->addStretch(1);
-    across->addWidget(scan_, 100);
-    across->addStretch(1);
-    auto* layout = new QVBoxLayout(page);
-    layout->addStretch(2);
-    layout->addLayout(across);
-    layout->addStretch(3);
     return page;
 }
 
@@ -102,7 +72,7 @@ QWidget* SmartInboxView::makeFailed() {
     failed_->setTitle(u"Couldn't preview this folder"_s);
     QPushButton* another = Buttons::primary(u"Try Another Folder"_s);
     another->setObjectName(u"tryAnotherFolder"_s);
-    connect(another, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, another, Commands::chooseFolder);
     failed_->addButton(another);
     return failed_;
 }
@@ -123,10 +93,8 @@ void SmartInboxView::connectModel() {
     connect(model, &TidyViewModel::isTrashingChanged, this, &SmartInboxView::refreshRun);
     connect(model, &TidyViewModel::previewProgressed, this,
             [this](quint64 files, quint64 folders) { scan_->setDetail(SmartInboxTexts::scanned(files, folders)); });
-    connect(model, &TidyViewModel::runProgressed, this, [this](quint64 done, quint64 total) {
-        run_->setDetail(SmartInboxTexts::done(done, total));
-        run_->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
-    });
+    connect(model, &TidyViewModel::runProgressed, this,
+            [this](quint64 done, quint64 total) { showRunProgress(RunTexts::done(done, total), done, total); });
 }
 
 /// The plan at hand is that of the chosen folder, not of the one before it.
@@ -179,16 +147,9 @@ void SmartInboxView::refreshHeader() {
 /// Follows the beginning and the end of runs.
 void SmartInboxView::refreshRun() {
     const bool isApplying = context_.model.isApplying();
-    if (isApplying && foot_->isHidden()) {
-        run_->reset();
-        run_->setText(organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
-    }
+    showRun(isApplying, organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
     if (!isApplying) organizes_ = false;
-    foot_->setVisible(isApplying);
     plan_->setBarShown(!isApplying);
-    const bool isRunning = isApplying || context_.model.isTrashing();
-    choose_->setEnabled(!isRunning);
-    choose_->setToolTip(isRunning ? u"Files are being moved right now."_s : QString());
     plan_->refreshActions();
 }
 
@@ -202,8 +163,7 @@ void SmartInboxView::requestOrganize() {
 
 Sheet* SmartInboxView::confirmation() {
     if (sheet_) return sheet_;
-    sheet_ = new Sheet(context_.theme, parentWidget() != nullptr ? parentWidget() : this, this);
-    sheet_->setObjectName(u"organizeSheet"_s);
+    sheet_ = makeSheet(u"organizeSheet"_s);
     sheet_->setTitle(u"Organize these files?"_s);
     sheet_->setMessage(
         u"Files move into the %1 folder inside this folder. Nothing is copied or deleted, and you can "

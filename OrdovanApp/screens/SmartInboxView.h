@@ -1,15 +1,12 @@
 #pragma once
 
-#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanApp/screens/SectionView.h"
 
 #include <QPointer>
-#include <QWidget>
 
 class EmptyState;
 class ProgressStrip;
 class QPushButton;
-class QStackedWidget;
-class ScreenHeader;
 class Sheet;
 class SmartInboxNotices;
 class SmartInboxPlan;
@@ -18,7 +15,7 @@ class SmartInboxPlan;
 ///
 /// Shows one page for the state of the controller; the plan of a folder stays in sight while the same folder is
 /// previewed again.
-class SmartInboxView : public QWidget {
+class SmartInboxView : public SectionView {
     Q_OBJECT
 
 public:
@@ -43,19 +40,14 @@ private:
     [[nodiscard]] Sheet* confirmation();
     void organize();
 
-    AppContext context_;
-    ScreenHeader* header_;
     QPushButton* choose_;
     SmartInboxNotices* notices_;
-    QStackedWidget* pages_;
     QWidget* welcome_;
     QWidget* scanning_;
     ProgressStrip* scan_;
     EmptyState* failed_;
     EmptyState* nothing_;
     SmartInboxPlan* plan_;
-    QWidget* foot_;
-    ProgressStrip* run_;
     QPointer<Sheet> sheet_;
     bool organizes_ = false;
 };

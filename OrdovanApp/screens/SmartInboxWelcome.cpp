@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/StyleSheet.h"
@@ -25,6 +26,7 @@ public:
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         connect(&context_.theme, &ThemeEnvironment::changed, this, &Recent::place);
         connect(&context_.model, &TidyViewModel::recentFoldersChanged, this, &Recent::fill);
+        CommandAvailability::watch(context_.model, this, [this] { refreshActions(); });
         fill();
     }
     [[nodiscard]] QSize sizeHint() const override { return {0, context_.theme.scaled(66)}; }
@@ -44,12 +46,18 @@ private:
             pill->setText(QString(shown).replace(u'&', u"&&"_s));
             pill->setObjectName(u"recentFolder"_s);
             pill->setAccessibleName(name);
-            pill->setToolTip(Formats::path(folder).toHtmlEscaped());
+            pill->setProperty("path", Formats::path(folder).toHtmlEscaped());
             connect(pill, &QPushButton::clicked, this, [this, folder] { context_.model.chooseFolder(folder); });
             pills_.append(pill);
         }
+        refreshActions();
         setVisible(!pills_.isEmpty());
         place();
+    }
+    void refreshActions() {
+        const QString reason =
+            CommandAvailability::reasonAgainst(Commands::chooseFolder, context_.model, context_.desktop);
+        for (QPushButton* pill : pills_) Buttons::setAvailable(pill, reason, pill->property("path").toString());
     }
     void place() {
         const auto put = [this](QWidget* widget, int left) {
@@ -84,7 +92,7 @@ SmartInboxWelcome::SmartInboxWelcome(const AppContext& context, QWidget* parent)
                      {Glyph::undo, u"Every run is journaled and reversible."_s}});
     QPushButton* choose = Buttons::primary(u"Choose Folder…"_s);
     choose->setObjectName(u"welcomeChooseFolder"_s);
-    connect(choose, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::chooseFolder); });
+    CommandAvailability::bind(context_, choose, Commands::chooseFolder);
     card->addButton(choose);
     card->setFootnote(u"or drag a folder here"_s);
 

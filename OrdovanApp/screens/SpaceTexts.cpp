@@ -1,18 +1,14 @@
 #include "OrdovanApp/screens/SpaceTexts.h"
 
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/RunTexts.h"
 
 using namespace Qt::StringLiterals;
 
 namespace SpaceTexts {
 
-QString running() {
-    return u"Files are being moved right now."_s;
-}
-
 QString done(quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal) {
-    return Formats::count(static_cast<qint64>(files)) + u" of "_s + Formats::files(static_cast<qint64>(filesTotal)) +
-           u" · "_s + Formats::byteSize(static_cast<qint64>(bytes)) + u" of "_s +
+    return RunTexts::done(files, filesTotal) + u" · "_s + Formats::byteSize(static_cast<qint64>(bytes)) + u" of "_s +
            Formats::byteSize(static_cast<qint64>(bytesTotal));
 }
 

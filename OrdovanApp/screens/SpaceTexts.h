@@ -5,9 +5,6 @@
 /// The sentences that Duplicates and Big Files share.
 namespace SpaceTexts {
 
-/// Why nothing can be changed while a run goes on.
-[[nodiscard]] QString running();
-
 /// How far a run with the Trash is: "3 of 29 files · 1.2 GB of 6.4 GB".
 [[nodiscard]] QString done(quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal);
 /// How far a search for duplicates is: the same and how fast it reads, " · 340 MB/s". Without a rate where that is not

@@ -92,3 +92,8 @@ void Buttons::setMenu(const ThemeEnvironment& theme, QPushButton* button, QMenu*
     button->setLayoutDirection(Qt::RightToLeft);  // the chevron stands behind the text
     setGlyph(theme, button, Glyph::chevronDown);
 }
+
+void Buttons::setAvailable(QPushButton* button, const QString& reasonAgainst, const QString& help) {
+    button->setEnabled(reasonAgainst.isEmpty());
+    button->setToolTip(reasonAgainst.isEmpty() ? help : reasonAgainst);
+}

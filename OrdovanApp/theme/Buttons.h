@@ -35,5 +35,7 @@ namespace Buttons {
 void setGlyph(const ThemeEnvironment& theme, QPushButton* button, Glyph glyph);
 /// Makes a button open a menu, with a chevron behind its text. The button takes the menu.
 void setMenu(const ThemeEnvironment& theme, QPushButton* button, QMenu* menu);
+/// Enables a button, with `help` as its tool tip; or disables it, with the reason why.
+void setAvailable(QPushButton* button, const QString& reasonAgainst, const QString& help);
 
 }  // namespace Buttons

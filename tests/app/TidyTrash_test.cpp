@@ -265,6 +265,12 @@ TEST_F(TidyTrash, RestoreConcernsTheChosenFolderOnly) {
     tasks.finish();
     EXPECT_THAT(model->restorableEntries(), ElementsAre(model->trashRecord()->entries.at(0)));
     EXPECT_FALSE(model->restore({"/s/b"}));
+    std::vector<std::size_t> found;
+    model->findRestorable([&](std::size_t count) { found.push_back(count); });
+    EXPECT_THAT(found, IsEmpty());
+    tasks.finish();
+    EXPECT_THAT(found, ElementsAre(1));
+    EXPECT_THAT(model->restorableEntries(), ElementsAre(model->trashRecord()->entries.at(0)));
     EXPECT_TRUE(finished(model->restore()));
     EXPECT_THAT(messages(*model->lastTrashReport()), ElementsAre(putBack));
     EXPECT_THAT(originals(*storedTrash()), ElementsAre("/s/b", "/rs/c"));
@@ -289,6 +295,9 @@ TEST_F(TidyTrash, RestoreWithoutAFolderOrAnEntryDoesNothing) {
     tree({"a = 1"});
     EXPECT_FALSE(make()->restore());
     EXPECT_THAT(make()->restorableEntries(), IsEmpty());
+    std::optional<std::size_t> found;
+    make()->findRestorable([&](std::size_t count) { found = count; });
+    EXPECT_EQ(found, 0U);
     EXPECT_FALSE(previewed()->restore());
 }
 

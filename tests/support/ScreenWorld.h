@@ -4,11 +4,16 @@
 #include "OrdovanApp/screens/AppContext.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/Sheet.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 #include "tests/support/TidyWorld.h"
 
-#include <QAbstractButton>
+#include <QApplication>
 #include <QLabel>
+#include <QPushButton>
+#include <QTest>
 #include <QWidget>
 
 #include <functional>
@@ -75,6 +80,72 @@ protected:
     FakeDesktop desktop;
     Announcer announcer;
     std::unique_ptr<TidyViewModel> model = make();
+};
+
+/// A section's view in a window of its usual size.
+template <class View>
+class SectionWorld : public ScreenWorld {
+protected:
+    /// The view; it is made and shown when it is first asked for.
+    View& view() {
+        if (!view_) {
+            view_ = makeView(&window_);
+            window_.resize(1064, 772);
+            view_->resize(window_.size());
+            window_.show();
+            tasks.finish();
+        }
+        return *view_;
+    }
+    virtual View* makeView(QWidget* window) { return new View(context(), window); }
+
+    /// Shows the view with a preview of "/r" with these items.
+    void preview(std::initializer_list<std::string_view> items) {
+        view();
+        tree(items);
+        model->chooseFolder(Url::file("/r"));
+        tasks.finish();
+    }
+    QStringList shown() {
+        view();
+        QCoreApplication::sendPostedEvents();  // what was added to a layout is shown by one
+        return texts(view());
+    }
+    /// What has this object name in the view.
+    template <class Widget = QPushButton>
+    Widget* widget(QStringView name) {
+        return view().template findChild<Widget*>(name.toString());
+    }
+    void click(QStringView name) { click(widget(name)); }
+    static void click(QAbstractButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+    /// A question that the view has asked, or null.
+    Sheet* question(QStringView name) { return window_.findChild<Sheet*>(name.toString()); }
+    /// What a banner says; empty where it is not in sight.
+    QString banner(QStringView name) {
+        const auto* found = this->template widget<Banner>(name);
+        return found->isVisible() ? found->text() : QString();
+    }
+    /// Goes to another window and back.
+    void activate() {
+        view();
+        QApplication::setActiveWindow(nullptr);
+        QApplication::setActiveWindow(&window_);
+    }
+    bool exists(std::string_view name) { return memory.exists(Url::file("/r/" + std::string(name))); }
+
+    /// The titles of a list's rows, those of heads as well where they are asked for.
+    static QStringList titles(const RowsView& list, bool heads = false) {
+        QStringList result;
+        for (int row = 0; row < list.rows()->rowCount(); ++row) {
+            if (heads || !list.rows()->isHead(row)) result.append(list.rows()->title(row));
+        }
+        return result;
+    }
+
+    QWidget window_;
+
+private:
+    View* view_ = nullptr;
 };
 
 }  // namespace ordovan::test

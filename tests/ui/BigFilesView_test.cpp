@@ -30,57 +30,18 @@ namespace {
 const QString hint = u"Tick files to clean up. Trashed files can be put back from the Recovery Center."_s;
 const QString running = u"Files are being moved right now."_s;
 
-class BigFiles : public ScreenWorld {
+class BigFiles : public SectionWorld<BigFilesView> {
 protected:
-    BigFilesView& view() {
-        if (!view_) {
-            view_ = new BigFilesView(context(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-        }
-        return *view_;
-    }
-    void preview(std::initializer_list<std::string_view> items) {
-        view();
-        tree(items);
-        model->chooseFolder(Url::file("/r"));
-        tasks.finish();
-    }
-    QStringList shown() {
-        view();
-        QCoreApplication::sendPostedEvents();  // what was added to a layout is shown by one
-        return texts(view());
-    }
-    template <class Widget = QPushButton>
-    Widget* widget(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    void click(QStringView name) { QTest::mouseClick(widget(name), Qt::LeftButton); }
-    void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
     RowsView& list() { return *widget<RowsView>(u"bigFileList"); }
-    QStringList names() {
-        QStringList titles;
-        for (int row = 1; row < list().rows()->rowCount(); ++row) titles.append(list().rows()->title(row));
-        return titles;
-    }
+    QStringList names() { return titles(list()); }
     void tick(int row) { QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, list().markRect(row).center()); }
     QString summary() { return widget<QWidget>(u"summary")->accessibleName(); }
-    QString banner(QStringView name) {
-        const auto* found = widget<Banner>(name);
-        return found->isVisible() ? found->text() : QString();
-    }
-    Sheet& sheet() { return *view().window()->findChild<Sheet*>(u"trashFilesSheet"_s); }
+    Sheet& sheet() { return *question(u"trashFilesSheet"); }
     QuickLook* quickLook() { return view().findChild<QuickLook*>(); }
     void trash() {
         click(u"trashTicked");
         click(sheet().confirmButton());
     }
-    bool exists(std::string_view name) { return memory.exists(Url::file("/r/" + std::string(name))); }
-
-private:
-    QWidget window_;
-    BigFilesView* view_ = nullptr;
 };
 
 }  // namespace

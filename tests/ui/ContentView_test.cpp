@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/ContentView.h"
 
 #include "OrdovanApp/screens/SidebarItem.h"
+#include "OrdovanApp/theme/Banner.h"
 #include "OrdovanApp/theme/Sheet.h"
 #include "tests/support/WidgetTestMain.h"
 #include "tests/support/WindowWorld.h"
@@ -13,6 +14,8 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
+
+#include <utility>
 
 namespace {
 
@@ -36,6 +39,19 @@ protected:
     }
     QString count(const char* section) { return item(section)->count(); }
     QString description(const char* section) { return item(section)->accessibleDescription(); }
+    /// What is said of a folder that was not opened.
+    QString notOpened() {
+        const auto* banner = view().findChild<Banner*>(u"folderNotOpened"_s);
+        return banner->isVisible() ? banner->text() : QString();
+    }
+    void drag(const QMimeData& data) {
+        QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&view(), &enter);
+    }
+    void drop(const QMimeData& data) {
+        QDropEvent drop(QPointF(300, 300), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(&view(), &drop);
+    }
 
 private:
     std::unique_ptr<ContentView> view_;
@@ -213,6 +229,48 @@ TEST_F(ContentViews, GivesAQuestionUpWhenAnotherFolderIsPreviewed) {
     view().previewFolder(Url::file("/other"));
     EXPECT_EQ(cancelled.count(), 1);
     EXPECT_EQ(model->rootURL(), Url::file("/other"));
+}
+
+TEST_F(ContentViews, OpensNoFolderWhileFilesAreBeingMoved) {
+    preview({"a.pdf"});
+    desktop.downloadsFolder = Url::file("/downloads");
+    view().show();
+    commands.post(Commands::chooseFolder);
+    const auto chosenDuringTheRun = std::exchange(desktop.answer, {});
+    ASSERT_TRUE(model->organize());
+    commands.post(Commands::chooseFolder);
+    EXPECT_FALSE(desktop.answer);
+    commands.post(Commands::previewFolder);
+    EXPECT_EQ(notOpened(), QString());
+    chosenDuringTheRun(Url::file("/other"));
+    EXPECT_EQ(model->rootURL(), Url::file("/r"));
+    const QString sentence =
+        u"Files are being moved right now. “other” was not opened; choose it again when that has finished."_s;
+    EXPECT_EQ(notOpened(), sentence);
+    EXPECT_EQ(announcer.lastSaid(), sentence);
+    tasks.finish();
+    EXPECT_EQ(notOpened(), sentence);
+    view().previewFolder(Url::file("/other"));
+    EXPECT_EQ(model->rootURL(), Url::file("/other"));
+    EXPECT_EQ(notOpened(), QString());
+}
+
+TEST_F(ContentViews, SaysWhileSomethingIsDraggedWhyItCanNotBeDropped) {
+    preview({"a.pdf"});
+    view().show();
+    ASSERT_TRUE(model->organize());
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///other"_s)});
+    drag(data);
+    EXPECT_EQ(view().findChild<QWidget*>(u"drop-overlay"_s)->findChild<QLabel*>()->text(),
+              u"Files are being moved right now."_s);
+    drop(data);
+    EXPECT_EQ(model->rootURL(), Url::file("/r"));
+    EXPECT_TRUE(notOpened().contains(u"“other” was not opened"_s));
+    tasks.finish();
+    drag(data);
+    EXPECT_EQ(view().findChild<QWidget*>(u"drop-overlay"_s)->findChild<QLabel*>()->text(),
+              u"Drop a folder to preview it"_s);
 }
 
 TEST_F(ContentViews, PreviewsTheFirstFolderThatIsDropped) {

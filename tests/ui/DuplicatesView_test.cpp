@@ -31,59 +31,24 @@ namespace {
 const QString trashing = u"Checking each file again, then moving extras to the Trash…"_s;
 const QString running = u"Files are being moved right now."_s;
 
-class Duplicates : public ScreenWorld {
+class Duplicates : public SectionWorld<DuplicatesView> {
 protected:
-    DuplicatesView& view() {
-        if (!view_) {
-            view_ = new DuplicatesView(context(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-        }
-        return *view_;
-    }
-    void preview(std::initializer_list<std::string_view> items) {
-        view();
-        tree(items);
-        model->chooseFolder(Url::file("/r"));
-        tasks.finish();
-    }
     void find(std::initializer_list<std::string_view> items) {
         preview(items);
         click(u"findDuplicates");
         tasks.finish();
     }
-    QStringList shown() {
-        view();
-        QCoreApplication::sendPostedEvents();  // what was added to a layout is shown by one
-        return texts(view());
-    }
-    template <class Widget = QPushButton>
-    Widget* widget(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    void click(QStringView name) { QTest::mouseClick(widget(name), Qt::LeftButton); }
-    void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
     RowsView& list() { return *widget<RowsView>(u"duplicateList"); }
     std::vector<std::string> kept() {
         std::vector<std::string> result;
         for (const auto& group : model->duplicateReport()->groups) result.push_back(local(model->keeper(group).path()));
         return result;
     }
-    QString banner(QStringView name) {
-        const auto* found = widget<Banner>(name);
-        return found->isVisible() ? found->text() : QString();
-    }
-    Sheet& sheet() { return *view().window()->findChild<Sheet*>(u"trashExtrasSheet"_s); }
+    Sheet& sheet() { return *question(u"trashExtrasSheet"); }
     void trash() {
         click(u"trash-all-extras");
         click(sheet().confirmButton());
     }
-    bool exists(std::string_view name) { return memory.exists(Url::file("/r/" + std::string(name))); }
-
-private:
-    QWidget window_;
-    DuplicatesView* view_ = nullptr;
 };
 
 }  // namespace
@@ -198,7 +163,7 @@ TEST_F(Duplicates, KeepsItsPlaceAcrossANewPreview) {
 
 TEST_F(Duplicates, HandsTheFocusOnFromPageToPage) {
     preview({"a = 1", "b = 1"});
-    QApplication::setActiveWindow(view().window());
+    QApplication::setActiveWindow(&window_);
     widget(u"findDuplicates")->setFocus();
     click(u"findDuplicates");
     EXPECT_TRUE(widget<ProgressStrip>(u"searchProgress")->findChild<QPushButton*>(u"progressCancel"_s)->hasFocus());

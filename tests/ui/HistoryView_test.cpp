@@ -20,18 +20,8 @@ namespace {
 
 using Kind = OrdovanRunRecord::Kind;
 
-class HistoryViewTest : public ScreenWorld {
+class HistoryViewTest : public SectionWorld<HistoryView> {
 protected:
-    HistoryView& view() {
-        if (!view_) {
-            view_ = new HistoryView(context(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-            tasks.finish();
-        }
-        return *view_;
-    }
     void ran(Kind kind, std::int64_t moved, std::int64_t skipped = 0, std::int64_t failed = 0) {
         OrdovanRunRecord record = OrdovanRunRecord::make(kind, {}, Url::file("/home/ada/Downloads"), now);
         record.moved = moved;
@@ -45,30 +35,9 @@ protected:
         ran(Kind::undo, 3, 0, 1);
         ran(Kind::organize, 121, 2);
     }
-    template <class Widget = QPushButton>
-    Widget* find(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    /// Goes to another window and back.
-    void activate() {
-        QApplication::setActiveWindow(nullptr);
-        QApplication::setActiveWindow(&window_);
-    }
-    void click(QStringView name) { QTest::mouseClick(find(name), Qt::LeftButton); }
-    Sheet& sheet() { return *window_.findChild<Sheet*>(u"clearHistorySheet"_s); }
-    RowsView& list() { return *find<RowsView>(u"historyList"); }
-    QStringList runs() {
-        QStringList titles;
-        for (int row = 0; row < list().rows()->rowCount(); ++row) {
-            if (!list().rows()->isHead(row)) titles.append(list().rows()->title(row));
-        }
-        return titles;
-    }
-
-    QWidget window_;
-
-private:
-    HistoryView* view_ = nullptr;
+    Sheet& sheet() { return *question(u"clearHistorySheet"); }
+    RowsView& list() { return *widget<RowsView>(u"historyList"); }
+    QStringList runs() { return titles(list()); }
 };
 
 }  // namespace
@@ -78,8 +47,8 @@ TEST_F(HistoryViewTest, SaysWhatItIsForWhenItIsEmpty) {
                 IsSupersetOf({u"History"_s, u"Past runs, newest first"_s,
                               u"Kept on this computer. Clearing it doesn't touch your files or the undo record."_s,
                               u"Each time you organize or undo, a summary appears here."_s, u"Clear History…"_s}));
-    EXPECT_FALSE(find(u"clearHistory")->isEnabled());
-    EXPECT_EQ(find(u"clearHistory")->toolTip(), u"There is nothing to clear."_s);
+    EXPECT_FALSE(widget(u"clearHistory")->isEnabled());
+    EXPECT_EQ(widget(u"clearHistory")->toolTip(), u"There is nothing to clear."_s);
     EXPECT_FALSE(list().isVisible());
 }
 
@@ -97,7 +66,7 @@ TEST_F(HistoryViewTest, ListsTheRunsNewestFirst) {
 TEST_F(HistoryViewTest, FiltersByKind) {
     oneOfEach();
     view();
-    auto* kinds = find<Segments>(u"kindFilter");
+    auto* kinds = widget<Segments>(u"kindFilter");
     EXPECT_EQ(kinds->texts(), QStringList({u"All"_s, u"Organize"_s, u"Undo"_s, u"Trash"_s, u"Put Back"_s}));
     const QStringList expected = {u"Organized"_s, u"Restored"_s, u"Moved"_s, u"Put"_s};
     for (int kind = 1; kind <= 4; ++kind) {
@@ -112,7 +81,7 @@ TEST_F(HistoryViewTest, FiltersByKind) {
 TEST_F(HistoryViewTest, SaysWhenThereIsNoRunOfAKind) {
     ran(Kind::organize, 1);
     view();
-    find<Segments>(u"kindFilter")->setCurrent(4);
+    widget<Segments>(u"kindFilter")->setCurrent(4);
     EXPECT_THAT(texts(view()),
                 IsSupersetOf({u"No runs of this kind"_s, u"None of the past runs is of the kind “Put Back”."_s}));
     click(u"clearFilters");
@@ -145,10 +114,28 @@ TEST_F(HistoryViewTest, SaysThatItCouldNotBeCleared) {
     click(u"clearHistory");
     QTest::mouseClick(sheet().confirmButton(), Qt::LeftButton);
     tasks.finish();
-    EXPECT_TRUE(find<Banner>(u"recordWarning")->isVisible());
-    EXPECT_EQ(find<Banner>(u"recordWarning")->text(), u"The history couldn't be cleared."_s);
+    EXPECT_EQ(banner(u"historyResult"), u"The history couldn't be cleared."_s);
     EXPECT_EQ(announcer.lastSaid(), u"The history couldn't be cleared."_s);
     EXPECT_EQ(runs().size(), 4);
+    records.failAll("", 0);
+    click(u"clearHistory");
+    click(sheet().confirmButton());
+    tasks.finish();
+    EXPECT_EQ(banner(u"historyResult"), QString());
+}
+
+TEST_F(HistoryViewTest, SaysThatItCouldNotBeClearedBesideAWarningThatStands) {
+    records.failAll("write", ENOSPC);
+    preview({"a.pdf = 1"});
+    model->organize();
+    tasks.finish();
+    const QString standing = banner(u"recordWarning");
+    EXPECT_FALSE(standing.isEmpty());
+    click(u"clearHistory");
+    click(sheet().confirmButton());
+    tasks.finish();
+    EXPECT_EQ(banner(u"historyResult"), u"The history couldn't be cleared."_s);
+    EXPECT_EQ(banner(u"recordWarning"), standing);
 }
 
 TEST_F(HistoryViewTest, ClearsNothingWhileFilesAreBeingMoved) {
@@ -157,10 +144,10 @@ TEST_F(HistoryViewTest, ClearsNothingWhileFilesAreBeingMoved) {
     model = previewed();
     view();
     model->organize();
-    EXPECT_FALSE(find(u"clearHistory")->isEnabled());
-    EXPECT_EQ(find(u"clearHistory")->toolTip(), u"Files are being moved right now."_s);
+    EXPECT_FALSE(widget(u"clearHistory")->isEnabled());
+    EXPECT_EQ(widget(u"clearHistory")->toolTip(), u"Files are being moved right now."_s);
     tasks.finish();
-    EXPECT_TRUE(find(u"clearHistory")->isEnabled());
+    EXPECT_TRUE(widget(u"clearHistory")->isEnabled());
     EXPECT_EQ(runs().size(), 2);
 }
 

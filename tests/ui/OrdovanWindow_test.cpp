@@ -98,11 +98,14 @@ TEST_F(OrdovanWindows, SaysWhyACommandCanNotAct) {
     EXPECT_EQ(item("Organize Selected Files…")->toolTip(), u"Tick at least one file first."_s);
 }
 
-TEST_F(OrdovanWindows, DisablesRunsDuringARun) {
+TEST_F(OrdovanWindows, DisablesEveryCommandDuringARun) {
     startRun();
-    EXPECT_EQ(item("Organize Selected Files…")->toolTip(), u"Files are being moved right now."_s);
-    EXPECT_FALSE(item("Undo Organize")->isEnabled());
+    for (const QAction* each : window().findChild<QMenu*>(u"menu-organize"_s)->actions()) {
+        EXPECT_FALSE(each->isEnabled()) << each->text().toStdString();
+        EXPECT_EQ(each->toolTip(), u"Files are being moved right now."_s) << each->text().toStdString();
+    }
     tasks.finish();
+    EXPECT_TRUE(item("Choose Folder…")->isEnabled());
     EXPECT_TRUE(item("Undo Organize")->isEnabled());
 }
 

@@ -22,18 +22,8 @@ using ::testing::IsSupersetOf;
 
 namespace {
 
-class RecoveryViewTest : public ScreenWorld {
+class RecoveryViewTest : public SectionWorld<RecoveryView> {
 protected:
-    RecoveryView& view() {
-        if (!view_) {
-            view_ = new RecoveryView(context(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-            tasks.finish();
-        }
-        return *view_;
-    }
     void preview(const std::string& folder = "/r") {
         model->chooseFolder(Url::file(folder));
         tasks.finish();
@@ -56,38 +46,14 @@ protected:
         model->trashBigFiles(std::move(items));
         tasks.finish();
     }
-    template <class Widget = QPushButton>
-    Widget* find(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    /// Goes to another window and back.
-    void activate() {
-        QApplication::setActiveWindow(nullptr);
-        QApplication::setActiveWindow(&window_);
-    }
-    void click(QStringView name) { QTest::mouseClick(find(name), Qt::LeftButton); }
-    void confirm() { QTest::mouseClick(sheet()->confirmButton(), Qt::LeftButton); }
-    Sheet* sheet() { return window_.findChild<Sheet*>(u"putBackSheet"_s); }
-    RowsView& list() { return *find<RowsView>(u"recoveryList"); }
+    void confirm() { click(sheet()->confirmButton()); }
+    Sheet* sheet() { return question(u"putBackSheet"); }
+    RowsView& list() { return *widget<RowsView>(u"recoveryList"); }
     void clickAction(int row, int action) {
         QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, list().actionRect(row, action).center());
     }
-    QStringList rows() {
-        QStringList titles;
-        for (int row = 0; row < list().rows()->rowCount(); ++row) titles.append(list().rows()->title(row));
-        return titles;
-    }
+    QStringList rows() { return titles(list(), true); }
     RowAction action(int row, int number = 0) { return list().rows()->content(row).actions.at(number); }
-    QString banner(QStringView name) {
-        const auto* found = find<Banner>(name);
-        return found->isVisible() ? found->text() : QString();
-    }
-    bool exists(const std::string& path) { return memory.exists(Url::file(path)); }
-
-    QWidget window_;
-
-private:
-    RecoveryView* view_ = nullptr;
 };
 
 const QString rule =
@@ -103,8 +69,8 @@ TEST_F(RecoveryViewTest, SaysThatThereIsNothingToRecover) {
                 IsSupersetOf({u"Recovery Center"_s, u"Nothing to recover"_s,
                               u"After you organize files or move duplicates to the Trash, this is where you can undo "
                               "it."_s}));
-    EXPECT_FALSE(find(u"undoOrganize")->isVisible());
-    EXPECT_FALSE(find(u"putAllBack")->isVisible());
+    EXPECT_FALSE(widget(u"undoOrganize")->isVisible());
+    EXPECT_FALSE(widget(u"putAllBack")->isVisible());
     EXPECT_FALSE(list().isVisible());
 }
 
@@ -116,7 +82,7 @@ TEST_F(RecoveryViewTest, ShowsOrganizedAndTrashedFiles) {
     EXPECT_EQ(rows(),
               QStringList({u"2 organized files can go back to where they came from."_s, u"b.pdf"_s, u"a.pdf"_s,
                            u"1 file in the Trash can be put back (from Duplicates or Big Files)."_s, u"c.mov"_s}));
-    EXPECT_FALSE(find<QWidget>(u"elsewhere")->isVisible());
+    EXPECT_FALSE(widget<QWidget>(u"elsewhere")->isVisible());
 }
 
 TEST_F(RecoveryViewTest, SaysWhatIsGoneOnceItIsKnown) {
@@ -130,8 +96,8 @@ TEST_F(RecoveryViewTest, SaysWhatIsGoneOnceItIsKnown) {
     EXPECT_EQ(list().rows()->content(1).detail,
               u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s);
     EXPECT_FALSE(action(1).enabled);
-    EXPECT_FALSE(find(u"undoOrganize")->isEnabled());
-    EXPECT_EQ(find(u"undoOrganize")->toolTip(), u"None of the organized files is there any more."_s);
+    EXPECT_FALSE(widget(u"undoOrganize")->isEnabled());
+    EXPECT_EQ(widget(u"undoOrganize")->toolTip(), u"None of the organized files is there any more."_s);
 }
 
 TEST_F(RecoveryViewTest, ShowsWhatAnotherProgramTrashedWhenItsWindowIsActivated) {
@@ -153,12 +119,12 @@ TEST_F(RecoveryViewTest, TellsOfFilesThatCameFromOtherFolders) {
     memory.makeDirectory("/other");
     preview("/other");
     view();
-    EXPECT_EQ(find<ElidedLabel>(u"elsewhere")->accessibleName(),
+    EXPECT_EQ(widget<ElidedLabel>(u"elsewhere")->accessibleName(),
               u"2 files came from other folders. Choose their folder to put them back."_s);
     EXPECT_FALSE(action(1).enabled);
     EXPECT_EQ(action(1).help, u"Choose the folder that it came from first."_s);
-    EXPECT_FALSE(find(u"putAllBack")->isEnabled());
-    EXPECT_EQ(find(u"putAllBack")->toolTip(), u"No file in the Trash can go back to this folder."_s);
+    EXPECT_FALSE(widget(u"putAllBack")->isEnabled());
+    EXPECT_EQ(widget(u"putAllBack")->toolTip(), u"No file in the Trash can go back to this folder."_s);
 }
 
 TEST_F(RecoveryViewTest, KeepsRoomForNamesWhereThereIsLittle) {
@@ -176,9 +142,9 @@ TEST_F(RecoveryViewTest, SearchesBothLists) {
     organized({"a.pdf = 1", "b.pdf = 1"});
     trashed({"b.mov"});
     view();
-    QTest::keyClicks(find<QLineEdit>(u"search"), u"b."_s);
+    QTest::keyClicks(widget<QLineEdit>(u"search"), u"b."_s);
     EXPECT_EQ(rows().size(), 4);
-    QTest::keyClicks(find<QLineEdit>(u"search"), u"zzz"_s);
+    QTest::keyClicks(widget<QLineEdit>(u"search"), u"zzz"_s);
     EXPECT_FALSE(list().isVisible());
     EXPECT_THAT(texts(view()), IsSupersetOf({u"No matching files"_s}));
     click(u"clearFilters");
@@ -196,8 +162,8 @@ TEST_F(RecoveryViewTest, PutsJustOneOrganizedFileBack) {
     clickAction(2, RecoveryModel::putBack);
     EXPECT_THAT(texts(view()), IsSupersetOf({u"Putting files back…"_s}));
     tasks.finish();
-    EXPECT_TRUE(exists("/r/a.pdf"));
-    EXPECT_FALSE(exists("/r/b.pdf"));
+    EXPECT_TRUE(exists("a.pdf"));
+    EXPECT_FALSE(exists("b.pdf"));
     EXPECT_EQ(banner(u"recoveryResult"), u"Last undo run put back 1 file."_s);
     EXPECT_EQ(announcer.lastSaid(), u"Last undo run put back 1 file."_s);
     EXPECT_EQ(rows(), QStringList({u"1 organized file can go back to where they came from."_s, u"b.pdf"_s}));
@@ -209,8 +175,8 @@ TEST_F(RecoveryViewTest, PutsJustOneTrashedFileBack) {
     EXPECT_EQ(action(1).text, u"Put Back from Trash"_s);
     clickAction(1, RecoveryModel::putBackFromTrash);
     tasks.finish();
-    EXPECT_TRUE(exists("/r/d.mov"));
-    EXPECT_FALSE(exists("/r/c.mov"));
+    EXPECT_TRUE(exists("d.mov"));
+    EXPECT_FALSE(exists("c.mov"));
     EXPECT_EQ(banner(u"recoveryResult"), u"Put back 1 file from the Trash."_s);
     EXPECT_EQ(rows().size(), 2);
 }
@@ -221,7 +187,7 @@ TEST_F(RecoveryViewTest, GoesOnToTheNextFileWhenOneWasPutBackWithTheKeyboard) {
     list().setCurrentIndex(list().rows()->index(2));
     QTest::keyClick(&list(), Qt::Key_Return);
     tasks.finish();
-    EXPECT_TRUE(exists("/r/b.pdf"));
+    EXPECT_TRUE(exists("b.pdf"));
     EXPECT_EQ(list().rows()->title(list().currentIndex().row()), u"a.pdf"_s);
 }
 
@@ -249,8 +215,8 @@ TEST_F(RecoveryViewTest, AsksBeforeItUndoesEverything) {
     click(u"undoOrganize");
     confirm();
     tasks.finish();
-    EXPECT_TRUE(exists("/r/a.pdf"));
-    EXPECT_TRUE(exists("/r/b.pdf"));
+    EXPECT_TRUE(exists("a.pdf"));
+    EXPECT_TRUE(exists("b.pdf"));
     EXPECT_EQ(banner(u"recoveryResult"), u"Last undo run put back 2 files."_s);
     EXPECT_THAT(texts(view()), IsSupersetOf({u"Nothing to recover"_s}));
 }
@@ -266,17 +232,17 @@ TEST_F(RecoveryViewTest, AsksBeforeItPutsAllTrashedFilesBack) {
                               u"Put All Back"_s, u"Cancel"_s}));
     confirm();
     tasks.finish();
-    EXPECT_TRUE(exists("/r/c.mov"));
-    EXPECT_TRUE(exists("/r/d.mov"));
+    EXPECT_TRUE(exists("c.mov"));
+    EXPECT_TRUE(exists("d.mov"));
     EXPECT_EQ(banner(u"recoveryResult"), u"Put back 2 files from the Trash."_s);
 }
 
 TEST_F(RecoveryViewTest, SaysWhyOneOfTheWholePutBacksIsNotPossible) {
     trashed({"c.mov"});
     view();
-    EXPECT_FALSE(find(u"undoOrganize")->isEnabled());
-    EXPECT_EQ(find(u"undoOrganize")->toolTip(), u"Nothing was organized in this folder that could be undone."_s);
-    EXPECT_TRUE(find(u"putAllBack")->isEnabled());
+    EXPECT_FALSE(widget(u"undoOrganize")->isEnabled());
+    EXPECT_EQ(widget(u"undoOrganize")->toolTip(), u"Nothing was organized in this folder that could be undone."_s);
+    EXPECT_TRUE(widget(u"putAllBack")->isEnabled());
 }
 
 // Runs.
@@ -287,13 +253,13 @@ TEST_F(RecoveryViewTest, ShowsProgressAndLocksWhatWouldDisturbARun) {
     view();
     click(u"putAllBack");
     confirm();
-    auto* progress = find<ProgressStrip>(u"runProgress");
+    auto* progress = widget<ProgressStrip>(u"runProgress");
     EXPECT_TRUE(progress->isVisible());
     Q_EMIT model->trashProgressed(1, 2, 10, 20);
     EXPECT_THAT(texts(*progress), IsSupersetOf({u"Putting files back…"_s, u"1 of 2 files"_s}));
     for (const QString& name : {u"undoOrganize"_s, u"putAllBack"_s}) {
-        EXPECT_FALSE(find(name)->isEnabled()) << name.toStdString();
-        EXPECT_EQ(find(name)->toolTip(), u"Files are being moved right now."_s) << name.toStdString();
+        EXPECT_FALSE(widget(name)->isEnabled()) << name.toStdString();
+        EXPECT_EQ(widget(name)->toolTip(), u"Files are being moved right now."_s) << name.toStdString();
     }
     for (const int row : {1, 3}) {
         EXPECT_FALSE(action(row).enabled) << row;
@@ -301,7 +267,7 @@ TEST_F(RecoveryViewTest, ShowsProgressAndLocksWhatWouldDisturbARun) {
     }
     tasks.finish();
     EXPECT_FALSE(progress->isVisible());
-    EXPECT_TRUE(find(u"undoOrganize")->isEnabled());
+    EXPECT_TRUE(widget(u"undoOrganize")->isEnabled());
     EXPECT_TRUE(action(1).enabled);
 }
 
@@ -310,7 +276,7 @@ TEST_F(RecoveryViewTest, ShowsHowFarAnUndoIs) {
     view();
     model->undo();
     Q_EMIT model->runProgressed(3, 1204);
-    EXPECT_THAT(texts(*find<ProgressStrip>(u"runProgress")), IsSupersetOf({u"3 of 1,204 files"_s}));
+    EXPECT_THAT(texts(*widget<ProgressStrip>(u"runProgress")), IsSupersetOf({u"3 of 1,204 files"_s}));
 }
 
 TEST_F(RecoveryViewTest, StopsARunThatIsCancelled) {
@@ -318,10 +284,10 @@ TEST_F(RecoveryViewTest, StopsARunThatIsCancelled) {
     view();
     click(u"undoOrganize");
     confirm();
-    QTest::mouseClick(find<ProgressStrip>(u"runProgress")->findChild<QPushButton*>(u"progressCancel"_s),
+    QTest::mouseClick(widget<ProgressStrip>(u"runProgress")->findChild<QPushButton*>(u"progressCancel"_s),
                       Qt::LeftButton);
     tasks.finish();
-    EXPECT_FALSE(exists("/r/a.pdf"));
+    EXPECT_FALSE(exists("a.pdf"));
     EXPECT_EQ(banner(u"recoveryResult"), u"Last undo run put back 0 files; 1 skipped."_s);
 }
 
@@ -332,8 +298,8 @@ TEST_F(RecoveryViewTest, TellsNothingOfRunsOfOtherSections) {
     preview();
     model->organize();
     window_.show();
-    EXPECT_FALSE(find<ProgressStrip>(u"runProgress")->isVisible());
-    EXPECT_FALSE(find(u"undoOrganize")->isEnabled());
+    EXPECT_FALSE(widget<ProgressStrip>(u"runProgress")->isVisible());
+    EXPECT_FALSE(widget(u"undoOrganize")->isEnabled());
     tasks.finish();
     EXPECT_EQ(banner(u"recoveryResult"), QString());
     EXPECT_EQ(rows().size(), 2);

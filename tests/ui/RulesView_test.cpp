@@ -33,27 +33,12 @@ private:
     KeyValueStore& values_;
 };
 
-class RulesViewTest : public ScreenWorld {
+class RulesViewTest : public SectionWorld<RulesView> {
 protected:
-    RulesView& view() {
-        if (!view_) {
-            view_ = new RulesView(shownContext(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-            tasks.finish();
-        }
-        return *view_;
-    }
     /// Whatever is changed from now on can not be stored.
     void fill() { unstorable_ = std::make_unique<RuleStore>(full_); }
-    template <class Widget = QPushButton>
-    Widget* find(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    void click(QStringView name) { QTest::mouseClick(find(name), Qt::LeftButton); }
-    QLineEdit& extensions() { return *find<QLineEdit>(u"extensions"); }
-    QLineEdit& folder() { return *find<QLineEdit>(u"folderName"); }
+    QLineEdit& extensions() { return *widget<QLineEdit>(u"extensions"); }
+    QLineEdit& folder() { return *widget<QLineEdit>(u"folderName"); }
     void type(const QString& typed, const QString& name) {
         extensions().setText(typed);
         folder().setText(name);
@@ -62,15 +47,10 @@ protected:
         type(typed, name);
         click(u"addRule");
     }
-    QString message() { return find<QLabel>(u"ruleMessage")->text(); }
-    QColor messageColor() { return find<QLabel>(u"ruleMessage")->palette().color(QPalette::WindowText); }
-    RowsView& list() { return *find<RowsView>(u"rulesList"); }
-    RowsView& types() { return *find<RowsView>(u"typesList"); }
-    static QStringList titles(const RowsView& view) {
-        QStringList result;
-        for (int row = 0; row < view.rows()->rowCount(); ++row) result.append(view.rows()->title(row));
-        return result;
-    }
+    QString message() { return widget<QLabel>(u"ruleMessage")->text(); }
+    QColor messageColor() { return widget<QLabel>(u"ruleMessage")->palette().color(QPalette::WindowText); }
+    RowsView& list() { return *widget<RowsView>(u"rulesList"); }
+    RowsView& types() { return *widget<RowsView>(u"typesList"); }
     std::vector<std::string> stored() {
         std::vector<std::string> folders;
         for (const OrdovanRule& rule : RuleStore(values).ruleSet().rules) folders.push_back(rule.folderName);
@@ -82,22 +62,20 @@ protected:
         rules.add("zip", "Packed");
     }
 
-    QWidget window_;
-
 private:
-    AppContext shownContext() {
-        return {.model = *model,
-                .settings = settings,
-                .rules = unstorable_ ? *unstorable_ : rules,
-                .theme = theme,
-                .commands = commands,
-                .desktop = desktop,
-                .announcer = announcer};
+    RulesView* makeView(QWidget* window) override {
+        return new RulesView({.model = *model,
+                              .settings = settings,
+                              .rules = unstorable_ ? *unstorable_ : rules,
+                              .theme = theme,
+                              .commands = commands,
+                              .desktop = desktop,
+                              .announcer = announcer},
+                             window);
     }
 
     FullStore full_{values};
     std::unique_ptr<RuleStore> unstorable_;
-    RulesView* view_ = nullptr;
 };
 
 }  // namespace
@@ -127,7 +105,7 @@ TEST_F(RulesViewTest, AddsARuleWithReturnAndIsReadyForTheNext) {
     folder().setFocus();
     QTest::keyClicks(&folder(), u"Apps"_s);
     QTest::keyClick(&folder(), Qt::Key_Return);
-    EXPECT_EQ(titles(list()), QStringList({u"Your rules, in order"_s, u"→ Apps"_s}));
+    EXPECT_EQ(titles(list(), true), QStringList({u"Your rules, in order"_s, u"→ Apps"_s}));
     EXPECT_EQ(rules.ruleSet().rules.front().extensions, (std::vector<std::string>{"dmg", "pkg"}));
     EXPECT_TRUE(list().isVisible());
     EXPECT_EQ(extensions().text() + folder().text(), QString());
@@ -167,7 +145,7 @@ TEST_F(RulesViewTest, RefusesTheFiftyFirstRule) {
     for (int i = 0; i < 50; ++i) rules.add("x" + std::to_string(i), "F");
     add(u"pdf"_s, u"Papers"_s);
     EXPECT_EQ(message(), u"You can have up to 50 rules."_s);
-    EXPECT_EQ(titles(list()).size(), 51);
+    EXPECT_EQ(titles(list(), true).size(), 51);
 }
 
 TEST_F(RulesViewTest, SaysThatARuleCouldNotBeStored) {
@@ -190,7 +168,7 @@ TEST_F(RulesViewTest, MarksWhatNoBuiltInCategoryKnowsWhileItIsTyped) {
 
 TEST_F(RulesViewTest, OffersTheNamesOfTheBuiltInFolders) {
     view();
-    const QList<QAction*> actions = find(u"pickFolder")->menu()->actions();
+    const QList<QAction*> actions = widget(u"pickFolder")->menu()->actions();
     EXPECT_EQ(actions[0]->text(), u"Built-in folders"_s);
     QStringList names;
     for (const QAction* action : actions.sliced(2)) names.append(action->text());
@@ -264,13 +242,14 @@ TEST_F(RulesViewTest, SaysThatAChangeCouldNotBeStored) {
     fill();
     view();
     Q_EMIT list().moveRequested(1, 3);
-    auto* problem = find<Banner>(u"ruleProblem");
+    auto* problem = widget<Banner>(u"ruleProblem");
     EXPECT_TRUE(problem->isVisible());
     EXPECT_EQ(problem->text(), u"The rules couldn't be put in another order."_s);
     Q_EMIT list().actionTriggered(1, RulesModel::deleteRule);
     EXPECT_EQ(problem->text(), u"The rule couldn't be deleted."_s);
     EXPECT_EQ(announcer.lastSaid(), problem->text());
-    EXPECT_EQ(titles(list()), QStringList({u"Your rules, in order"_s, u"→ Apps"_s, u"→ Papers"_s, u"→ Packed"_s}));
+    EXPECT_EQ(titles(list(), true),
+              QStringList({u"Your rules, in order"_s, u"→ Apps"_s, u"→ Papers"_s, u"→ Packed"_s}));
 }
 
 // Built-in types.
@@ -280,8 +259,8 @@ TEST_F(RulesViewTest, ShowsTheBuiltInTypesWhenAskedTo) {
     EXPECT_FALSE(types().isVisible());
     click(u"builtInTypes");
     EXPECT_TRUE(types().isVisible());
-    EXPECT_EQ(find<QLineEdit>(u"typeSearch")->placeholderText(), u"Search types, e.g. pdf"_s);
-    EXPECT_EQ(titles(types()).first(2), QStringList({u"Documents"_s, u".pdf"_s}));
+    EXPECT_EQ(widget<QLineEdit>(u"typeSearch")->placeholderText(), u"Search types, e.g. pdf"_s);
+    EXPECT_EQ(titles(types(), true).first(2), QStringList({u"Documents"_s, u".pdf"_s}));
     EXPECT_EQ(types().rows()->heads().size(), 11U) << "all but Other";
     click(u"builtInTypes");
     EXPECT_FALSE(types().isVisible());
@@ -290,15 +269,15 @@ TEST_F(RulesViewTest, ShowsTheBuiltInTypesWhenAskedTo) {
 TEST_F(RulesViewTest, SearchesTheBuiltInTypes) {
     view();
     click(u"builtInTypes");
-    auto* search = find<QLineEdit>(u"typeSearch");
+    auto* search = widget<QLineEdit>(u"typeSearch");
     search->setText(u".PDF"_s);
-    EXPECT_EQ(titles(types()), QStringList({u"Documents"_s, u".pdf"_s}));
+    EXPECT_EQ(titles(types(), true), QStringList({u"Documents"_s, u".pdf"_s}));
     EXPECT_EQ(types().rows()->content(1).columns, QStringList({u"Documents"_s}));
     search->setText(u"doc"_s);
-    EXPECT_EQ(titles(types()), QStringList({u"Documents"_s, u".doc"_s, u".docx"_s}));
+    EXPECT_EQ(titles(types(), true), QStringList({u"Documents"_s, u".doc"_s, u".docx"_s}));
     search->setText(u"fonts"_s);
-    EXPECT_EQ(titles(types()).front(), u"Fonts"_s);
-    EXPECT_GT(titles(types()).size(), 2);
+    EXPECT_EQ(titles(types(), true).front(), u"Fonts"_s);
+    EXPECT_GT(titles(types(), true).size(), 2);
     search->setText(u"qqq"_s);
     EXPECT_FALSE(types().isVisible());
     EXPECT_THAT(texts(view()), IsSupersetOf({u"not a built-in type"_s}));

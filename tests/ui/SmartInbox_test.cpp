@@ -1,88 +1,23 @@
-#include "OrdovanApp/screens/SmartInboxView.h"
+#include "tests/ui/SmartInboxWorld.h"
 
 #include "OrdovanApp/models/PlanModel.h"
-#include "OrdovanApp/screens/SmartInboxTexts.h"
-#include "OrdovanApp/theme/Banner.h"
 #include "OrdovanApp/theme/ProgressStrip.h"
-#include "OrdovanApp/theme/RowsView.h"
 #include "OrdovanApp/theme/Segments.h"
-#include "OrdovanApp/theme/Sheet.h"
-#include "tests/support/ScreenWorld.h"
 #include "tests/support/WidgetTestMain.h"
 
 #include <gmock/gmock.h>
 
 #include <QLineEdit>
 #include <QMenu>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTest>
 
 using namespace ordovan::test;
-using namespace Qt::StringLiterals;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
-using ::testing::Not;
 
 namespace {
-
-class SmartInbox : public ScreenWorld {
-protected:
-    SmartInboxView& view() {
-        if (!view_) {
-            view_ = new SmartInboxView(context(), &window_);
-            window_.resize(1064, 772);
-            view_->resize(window_.size());
-            window_.show();
-        }
-        return *view_;
-    }
-    void preview(std::initializer_list<std::string_view> items) {
-        view();
-        tree(items);
-        model->chooseFolder(Url::file("/r"));
-        tasks.finish();
-    }
-    QStringList shown() { return texts(view()); }
-    template <class Widget = QPushButton>
-    Widget* find(QStringView name) {
-        return view().findChild<Widget*>(name.toString());
-    }
-    /// Makes these the recent folders, newest first.
-    void remember(const std::vector<Url>& folders) {
-        std::vector<Url> known;
-        for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-            known = recentFolders.add(*folder, known).folders;
-        }
-    }
-    void click(QStringView name) { QTest::mouseClick(find(name), Qt::LeftButton); }
-    RowsView& list() { return *find<RowsView>(u"planList"); }
-    QStringList rows() {
-        QStringList titles;
-        for (int row = 0; row < list().rows()->rowCount(); ++row) {
-            if (!list().rows()->isHead(row)) titles.append(list().rows()->title(row));
-        }
-        return titles;
-    }
-    std::vector<std::string> ticked() { return lines(model->selectedProposals()); }
-    QString banner(QStringView name) {
-        const auto* found = find<Banner>(name);
-        return found->isVisible() ? found->text() : QString();
-    }
-    QString summary() { return find<QWidget>(u"summary")->accessibleName(); }
-    Sheet* question() { return window_.findChild<Sheet*>(u"organizeSheet"_s); }
-    Sheet& sheet() { return *question(); }
-    void organize() {
-        click(u"organize");
-        QTest::mouseClick(sheet().confirmButton(), Qt::LeftButton);
-    }
-
-private:
-    QWidget window_;
-    SmartInboxView* view_ = nullptr;
-};
 
 // States.
 
@@ -94,7 +29,7 @@ TEST_F(SmartInbox, WelcomesWithoutAFolder) {
                       "say so."_s,
                       u"See where every file would go. Read-only."_s, u"Untick anything you want left alone."_s,
                       u"Every run is journaled and reversible."_s, u"Choose Folder…"_s, u"or drag a folder here"_s}));
-    EXPECT_EQ(find(u"recentFolder"), nullptr);
+    EXPECT_EQ(widget(u"recentFolder"), nullptr);
 }
 
 TEST_F(SmartInbox, PostsTheCommandThatChoosesAFolder) {
@@ -122,6 +57,29 @@ TEST_F(SmartInbox, OffersTheRecentFoldersNewestFirst) {
     EXPECT_EQ(model->rootURL(), Url::file("/r/old & tired"));
 }
 
+TEST_F(SmartInbox, OffersNoFolderWhileFilesAreBeingPutBack) {
+    tree({"a.mov = 1", "other/b.pdf = 1"});
+    remember({Url::file("/r/other")});
+    model = make();
+    preview({});
+    model->trashBigFiles({{Url::file("/r/a.mov"), 1}});
+    tasks.finish();
+    model->chooseFolder(Url::file("/r/other"));
+    model->chooseFolder(Url::file("/r"));
+    tasks.deliver();
+    model->cancelPreview();
+    tasks.finish();
+    ASSERT_TRUE(model->restore());
+    const QString reason = u"Files are being moved right now."_s;
+    for (const auto* name : {u"recentFolder", u"welcomeChooseFolder", u"tryAnotherFolder", u"chooseFolder"}) {
+        EXPECT_FALSE(widget(name)->isEnabled()) << QString::fromUtf16(name).toStdString();
+        EXPECT_EQ(widget(name)->toolTip(), reason) << QString::fromUtf16(name).toStdString();
+    }
+    tasks.finish();
+    EXPECT_TRUE(widget(u"recentFolder")->isEnabled());
+    EXPECT_EQ(widget(u"welcomeChooseFolder")->toolTip(), QString());
+}
+
 TEST_F(SmartInbox, LeavesOutRecentFoldersThatFindNoRoom) {
     std::vector<Url> folders;
     for (int i = 0; i < 5; ++i) {
@@ -143,7 +101,7 @@ TEST_F(SmartInbox, TellsThatItIsScanningAndHowFarItIs) {
     view();
     model->chooseFolder(Url::file("/r"));
     EXPECT_THAT(shown(), IsSupersetOf({u"Previewing — reading metadata only…"_s}));
-    EXPECT_EQ(find<QWidget>(u"scanningPage")->accessibleName(), u"Previewing folder, reading metadata only."_s);
+    EXPECT_EQ(widget<QWidget>(u"scanningPage")->accessibleName(), u"Previewing folder, reading metadata only."_s);
     Q_EMIT model->previewProgressed(1204, 17);
     EXPECT_THAT(shown(), IsSupersetOf({u"1,204 files in 17 folders"_s}));
 }
@@ -152,7 +110,7 @@ TEST_F(SmartInbox, GoesBackToTheWelcomeWhenTheScanIsCancelled) {
     tree({"a.pdf = 1"});
     view();
     model->chooseFolder(Url::file("/r"));
-    QTest::mouseClick(find<ProgressStrip>(u"scanProgress")->findChild<QPushButton*>(u"progressCancel"_s),
+    QTest::mouseClick(widget<ProgressStrip>(u"scanProgress")->findChild<QPushButton*>(u"progressCancel"_s),
                       Qt::LeftButton);
     tasks.finish();
     EXPECT_THAT(shown(), IsSupersetOf({u"Start with your Downloads folder"_s}));
@@ -182,7 +140,7 @@ TEST_F(SmartInbox, ShowsWhatNeedsReviewAlsoWhereNothingIsProposed) {
     preview({"a/x.pdf = 1", "b/x.pdf = 2"});
     EXPECT_THAT(shown(), IsSupersetOf({u"Nothing to organize"_s, u"Proposed file changes"_s}));
     EXPECT_EQ(rows(), QStringList({u"x.pdf"_s, u"x.pdf"_s}));
-    EXPECT_FALSE(find(u"organize")->isEnabled());
+    EXPECT_FALSE(widget(u"organize")->isEnabled());
 }
 
 TEST_F(SmartInbox, ShowsThePlan) {
@@ -195,9 +153,9 @@ TEST_F(SmartInbox, ShowsThePlan) {
                               u"Documents"_s, u"Images"_s, u"Export Plan…"_s, u"Proposed file changes"_s,
                               u"2 files · 4 bytes"_s, u"Tick None"_s, u"Organize 2 Files…"_s}));
     EXPECT_EQ(rows(), QStringList({u"a.pdf"_s, u"pic.jpg"_s, u"taken.pdf"_s}));
-    EXPECT_EQ(find(u"organize")->toolTip(),
+    EXPECT_EQ(widget(u"organize")->toolTip(),
               u"Move the selected files. You will be asked to confirm, and can undo afterward."_s);
-    EXPECT_EQ(find(u"exportPlan")->toolTip(), u"Save this preview as a Markdown or CSV report"_s);
+    EXPECT_EQ(widget(u"exportPlan")->toolTip(), u"Save this preview as a Markdown or CSV report"_s);
 }
 
 TEST_F(SmartInbox, SaysThatTheScanWasPartial) {
@@ -225,12 +183,12 @@ TEST_F(SmartInbox, ShowsOnlyTheSecondFolderWhenItWasChosenWhileTheFirstWasScanne
 
 TEST_F(SmartInbox, ShowsTheScanAndNotTheOldPlanWhenAnotherFolderIsChosen) {
     preview({"a.pdf = 1", "sub/b.pdf = 1"});
-    find<QLineEdit>(u"search")->setText(u"a.pdf"_s);
+    widget<QLineEdit>(u"search")->setText(u"a.pdf"_s);
     model->chooseFolder(Url::file("/r/sub"));
     EXPECT_FALSE(list().isVisible());
     tasks.finish();
     EXPECT_EQ(rows(), QStringList({u"b.pdf"_s}));
-    EXPECT_EQ(find<QLineEdit>(u"search")->text(), QString());
+    EXPECT_EQ(widget<QLineEdit>(u"search")->text(), QString());
 }
 
 // Previewing again.
@@ -240,10 +198,10 @@ TEST_F(SmartInbox, KeepsTheListWhileItsFolderIsPreviewedAgain) {
     model->preview();
     EXPECT_TRUE(list().isVisible());
     EXPECT_THAT(shown(), IsSupersetOf({u"Previewing — reading metadata only…"_s}));
-    EXPECT_FALSE(find(u"organize")->isEnabled());
-    EXPECT_EQ(find(u"organize")->toolTip(), u"The preview is not ready yet."_s);
+    EXPECT_FALSE(widget(u"organize")->isEnabled());
+    EXPECT_EQ(widget(u"organize")->toolTip(), u"The preview is not ready yet."_s);
     tasks.finish();
-    EXPECT_TRUE(find(u"organize")->isEnabled());
+    EXPECT_TRUE(widget(u"organize")->isEnabled());
 }
 
 TEST_F(SmartInbox, KeepsScrollSelectionAndCurrentRowAcrossANewPreview) {
@@ -270,14 +228,14 @@ TEST_F(SmartInbox, TicksWithTheMouseAndWithSpace) {
     preview({"a.pdf = 1", "b.pdf = 1"});
     QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, list().markRect(1).center());
     EXPECT_THAT(ticked(), ElementsAre("b.pdf -> ordovan+/Documents/b.pdf"));
-    EXPECT_EQ(find(u"organize")->text(), u"Organize 1 File…"_s);
+    EXPECT_EQ(widget(u"organize")->text(), u"Organize 1 File…"_s);
     EXPECT_EQ(summary(), u"1 file · 1 byte"_s);
     list().setCurrentIndex(list().rows()->index(2));
     QTest::keyClick(&list(), Qt::Key_Space);
     EXPECT_THAT(ticked(), IsEmpty());
     EXPECT_EQ(summary(), u"No files ticked"_s);
-    EXPECT_FALSE(find(u"organize")->isEnabled());
-    EXPECT_EQ(find(u"organize")->toolTip(), u"Tick at least one file first."_s);
+    EXPECT_FALSE(widget(u"organize")->isEnabled());
+    EXPECT_EQ(widget(u"organize")->toolTip(), u"Tick at least one file first."_s);
 }
 
 TEST_F(SmartInbox, TicksAllSelectedRowsWithSpace) {
@@ -296,7 +254,7 @@ TEST_F(SmartInbox, CutsOffNoButtonInASmallWindow) {
         view().resize(size);
         QCoreApplication::processEvents();
         for (const auto* name : {u"ageFilter", u"exportPlan", u"organize", u"tickAll"}) {
-            const auto* button = find(name);
+            const auto* button = widget(name);
             const QRect place(button->mapTo(&view(), QPoint(0, 0)), button->size());
             EXPECT_TRUE(view().rect().contains(place)) << QString::fromUtf16(name).toStdString();
             EXPECT_GE(place.width(), button->sizeHint().width());
@@ -307,17 +265,17 @@ TEST_F(SmartInbox, CutsOffNoButtonInASmallWindow) {
 
 TEST_F(SmartInbox, TicksAllAndNone) {
     preview({"a.pdf = 1", "b.pdf = 1"});
-    EXPECT_EQ(find(u"tickAll")->text(), u"Tick None"_s);
+    EXPECT_EQ(widget(u"tickAll")->text(), u"Tick None"_s);
     click(u"tickAll");
     EXPECT_THAT(ticked(), IsEmpty());
-    EXPECT_EQ(find(u"tickAll")->text(), u"Tick All"_s);
+    EXPECT_EQ(widget(u"tickAll")->text(), u"Tick All"_s);
     click(u"tickAll");
     EXPECT_EQ(ticked().size(), 2U);
 }
 
 TEST_F(SmartInbox, TicksOnlyWhatTheFiltersShowAndTellsOfTheRest) {
     preview({"a.pdf = 1", "b.pdf = 1", "pic.jpg = 1"});
-    auto* folders = find<Segments>(u"folderFilter");
+    auto* folders = widget<Segments>(u"folderFilter");
     folders->setCurrent(2);
     EXPECT_EQ(rows(), QStringList({u"pic.jpg"_s}));
     EXPECT_EQ(folders->toolTip(), u"Shows only this folder"_s);
@@ -331,12 +289,12 @@ TEST_F(SmartInbox, TicksOnlyWhatTheFiltersShowAndTellsOfTheRest) {
 
 TEST_F(SmartInbox, Searches) {
     preview({"work/Résumé.pdf = 1", "b.pdf = 1"});
-    QTest::keyClicks(find<QLineEdit>(u"search"), u"resume"_s);
+    QTest::keyClicks(widget<QLineEdit>(u"search"), u"resume"_s);
     EXPECT_EQ(rows(), QStringList({u"Résumé.pdf"_s}));
-    QTest::keyClicks(find<QLineEdit>(u"search"), u" zzz"_s);
+    QTest::keyClicks(widget<QLineEdit>(u"search"), u" zzz"_s);
     EXPECT_FALSE(list().isVisible());
     EXPECT_THAT(shown(), IsSupersetOf({u"No matching files"_s}));
-    EXPECT_FALSE(find(u"tickAll")->isEnabled());
+    EXPECT_FALSE(widget(u"tickAll")->isEnabled());
     click(u"clearFilters");
     EXPECT_EQ(rows().size(), 2);
     EXPECT_TRUE(list().isVisible());
@@ -349,17 +307,19 @@ TEST_F(SmartInbox, TicksByAge) {
     memory.setModified("/r/month.pdf", std::int64_t{1'697'000'000} * 1'000'000'000);
     memory.setModified("/r/old.pdf", std::int64_t{1'600'000'000} * 1'000'000'000);
     preview({});
-    const QList<QAction*> actions = find(u"ageFilter")->menu()->actions();
+    const QList<QAction*> actions = widget(u"ageFilter")->menu()->actions();
     QStringList names;
     for (const QAction* action : actions) names.append(action->text());
     EXPECT_EQ(names, QStringList({u"Tick only files last changed more than this long ago"_s, QString(),
                                   u"Older than 7 days"_s, u"Older than 30 days"_s, u"Older than 90 days"_s}));
-    EXPECT_EQ(find(u"ageFilter")->accessibleName(), names.front());
+    EXPECT_EQ(widget(u"ageFilter")->text(), u"Older than…"_s);
+    EXPECT_EQ(widget(u"ageFilter")->accessibleName(), QString());
+    EXPECT_EQ(widget(u"ageFilter")->toolTip(), names.front());
     actions[3]->trigger();
     EXPECT_EQ(ticked().size(), 2U);
     actions[4]->trigger();
     EXPECT_THAT(ticked(), ElementsAre("old.pdf -> ordovan+/Documents/old.pdf"));
-    EXPECT_EQ(find(u"organize")->text(), u"Organize 1 File…"_s);
+    EXPECT_EQ(widget(u"organize")->text(), u"Organize 1 File…"_s);
 }
 
 TEST_F(SmartInbox, ActsFromTheMenuOfARow) {
@@ -368,169 +328,6 @@ TEST_F(SmartInbox, ActsFromTheMenuOfARow) {
     EXPECT_THAT(ticked(), ElementsAre("b.pdf -> ordovan+/Documents/b.pdf"));
     Q_EMIT list().actionTriggered(2, PlanModel::reveal);
     EXPECT_THAT(desktop.revealed, ElementsAre(Url::file("/r/b.pdf")));
-}
-
-// Exporting.
-
-TEST_F(SmartInbox, SavesThePlan) {
-    preview({"a.pdf = 1"});
-    desktop.planFile = Url::file("/out/plan.csv");
-    desktop.planFormat = OrdovanPlanExportFormat::csv;
-    memory.makeDirectory("/out");
-    click(u"exportPlan");
-    EXPECT_EQ(desktop.asked.first, u"A report of the preview. Nothing is moved."_s);
-    EXPECT_EQ(desktop.asked.second, u"ordovan+ plan – r"_s);
-    tasks.finish();
-    EXPECT_EQ(memory.read("/out/plan.csv"),
-              "selected,file,destination_folder,status\r\nyes,\"a.pdf\",\"Documents\",proposed\r\n");
-    EXPECT_EQ(banner(u"exportResult"), u"The plan was saved."_s);
-}
-
-TEST_F(SmartInbox, SaysThatThePlanCouldNotBeSaved) {
-    preview({"a.pdf = 1"});
-    desktop.planFile = Url::file("/out/plan.md");
-    writeError = EACCES;
-    view().requestExport();
-    tasks.finish();
-    EXPECT_EQ(banner(u"exportResult"), u"The plan couldn't be saved there. Try another folder."_s);
-    EXPECT_EQ(announcer.lastSaid(), u"The plan couldn't be saved there. Try another folder."_s);
-}
-
-TEST_F(SmartInbox, SavesNothingWithoutAPreviewOrWithoutAnAnswer) {
-    view().requestExport();
-    EXPECT_EQ(desktop.asked.first, QString());
-    preview({"a.pdf = 1"});
-    view().requestExport();
-    EXPECT_EQ(tasks.waiting(), 0U);
-}
-
-// Organizing.
-
-TEST_F(SmartInbox, AsksBeforeItOrganizes) {
-    preview({"a.pdf = 1", "b.pdf = 1"});
-    click(u"organize");
-    EXPECT_TRUE(sheet().isVisible());
-    EXPECT_THAT(
-        texts(sheet()),
-        IsSupersetOf({u"Organize these files?"_s,
-                      u"Files move into the ordovan+ folder inside this folder. Nothing is copied or deleted, and "
-                      "you can undo this from the Recovery Center."_s,
-                      u"Applying is explicit and reversible"_s,
-                      u"Cross-volume moves are copy-verified before removal"_s, u"Cancel"_s, u"Organize 2 Files"_s}));
-    QTest::mouseClick(sheet().cancelButton(), Qt::LeftButton);
-    EXPECT_EQ(tasks.waiting(), 0U);
-    EXPECT_FALSE(model->isApplying());
-}
-
-TEST_F(SmartInbox, DoesNotAskWhereNothingCanBeOrganized) {
-    view().requestOrganize();
-    EXPECT_EQ(question(), nullptr);
-    preview({"a.pdf = 1"});
-    click(u"tickAll");
-    view().requestOrganize();
-    EXPECT_EQ(question(), nullptr);
-}
-
-TEST_F(SmartInbox, ShowsTheProgressOfARunAndLocksWhatWouldDisturbIt) {
-    preview({"a.pdf = 1", "b.pdf = 1"});
-    organize();
-    auto* progress = find<ProgressStrip>(u"runProgress");
-    EXPECT_TRUE(progress->isVisible());
-    EXPECT_FALSE(find(u"organize")->isVisible());
-    Q_EMIT model->runProgressed(1, 2);
-    EXPECT_THAT(texts(*progress), IsSupersetOf({u"Organizing files…"_s, u"1 of 2 files"_s}));
-    for (const QString& name : {u"organize"_s, u"exportPlan"_s, u"ageFilter"_s, u"tickAll"_s, u"chooseFolder"_s}) {
-        EXPECT_FALSE(find(name)->isEnabled()) << name.toStdString();
-        EXPECT_EQ(find(name)->toolTip(), u"Files are being moved right now."_s) << name.toStdString();
-    }
-    list().setCurrentIndex(list().rows()->index(1));
-    QTest::keyClick(&list(), Qt::Key_Space);
-    EXPECT_EQ(ticked().size(), 2U);
-    tasks.finish();
-    EXPECT_FALSE(progress->isVisible());
-    EXPECT_TRUE(find(u"chooseFolder")->isEnabled());
-}
-
-TEST_F(SmartInbox, StopsARunThatIsCancelled) {
-    preview({"a.pdf = 1", "b.pdf = 1"});
-    organize();
-    QTest::mouseClick(find<ProgressStrip>(u"runProgress")->findChild<QPushButton*>(u"progressCancel"_s),
-                      Qt::LeftButton);
-    tasks.finish();
-    EXPECT_EQ(banner(u"runSummary"), u"Last organize run moved 0 files; 2 skipped."_s);
-    EXPECT_TRUE(memory.exists(Url::file("/r/a.pdf")));
-}
-
-TEST_F(SmartInbox, TellsWhatARunDidAndTakesItBack) {
-    preview({"a.pdf = 1", "b.pdf = 1"});
-    organize();
-    tasks.finish();
-    EXPECT_EQ(banner(u"runSummary"), u"Last organize run moved 2 files."_s);
-    EXPECT_EQ(announcer.lastSaid(), u"Last organize run moved 2 files."_s);
-    EXPECT_TRUE(memory.exists(Url::file("/r/ordovan+/Documents/a.pdf")));
-    EXPECT_THAT(shown(), IsSupersetOf({u"Nothing to organize"_s, u"Undo"_s}));
-    click(u"undoRun");
-    EXPECT_THAT(shown(), IsSupersetOf({u"Putting files back…"_s}));
-    tasks.finish();
-    EXPECT_EQ(banner(u"runSummary"), u"Last undo run put back 2 files."_s);
-    EXPECT_FALSE(find(u"undoRun")->isVisible());
-    EXPECT_TRUE(memory.exists(Url::file("/r/a.pdf")));
-    EXPECT_EQ(rows(), QStringList({u"a.pdf"_s, u"b.pdf"_s}));
-}
-
-TEST_F(SmartInbox, TakesBackOnlyTheLastRun) {
-    preview({"a.pdf = 1"});
-    organize();
-    tasks.finish();
-    tree({"b.pdf = 1"});
-    model->preview();
-    tasks.finish();
-    organize();
-    tasks.finish();
-    click(u"undoRun");
-    tasks.finish();
-    EXPECT_THAT(recoverable(*model), ElementsAre("a.pdf -> ordovan+/Documents/a.pdf"));
-    EXPECT_TRUE(memory.exists(Url::file("/r/b.pdf")));
-}
-
-TEST_F(SmartInbox, ListsTheProblemsOfARun) {
-    preview({"a.pdf = 1", "b.pdf = 1"});
-    memory.removeTree("/r/a.pdf");
-    organize();
-    tasks.finish();
-    EXPECT_EQ(banner(u"runSummary"), u"Last organize run moved 1 file; 1 skipped."_s);
-    EXPECT_THAT(shown(), IsSupersetOf({u"Show Problems"_s}));
-    EXPECT_EQ(SmartInboxTexts::problems(*model->lastReport()),
-              QStringList({u"a.pdf — "_s + QString::fromStdString(messages(*model).front())}));
-}
-
-TEST_F(SmartInbox, WarnsWhenTheUndoRecordCouldNotBeSaved) {
-    preview({"a.pdf = 1"});
-    records.failAll("write", ENOSPC);
-    organize();
-    tasks.finish();
-    EXPECT_EQ(
-        banner(u"journalWarning"),
-        u"Files were organized, but the undo record could not be saved to disk. Undo is available until you quit."_s);
-    EXPECT_EQ(banner(u"runSummary"), u"Last organize run moved 1 file."_s);
-}
-
-TEST_F(SmartInbox, SaysWhyARunWasRefused) {
-    preview({"a.pdf = 1"});
-    heldElsewhere = {"/r"};
-    organize();
-    tasks.finish();
-    EXPECT_EQ(banner(u"refusal"), u"Another ordovan+ run is working in this folder. Try again when it has finished."_s);
-    EXPECT_EQ(banner(u"runSummary"), QString());
-    EXPECT_EQ(rows(), QStringList({u"a.pdf"_s}));
-}
-
-TEST_F(SmartInbox, ForgetsTheLastRunWhenAnotherFolderIsChosen) {
-    preview({"a.pdf = 1", "sub/b.pdf = 1"});
-    organize();
-    tasks.finish();
-    model->chooseFolder(Url::file("/r/sub"));
-    EXPECT_EQ(banner(u"runSummary"), QString());
 }
 
 TEST_F(SmartInbox, FitsIntoASmallWindow) {

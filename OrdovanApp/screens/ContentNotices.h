@@ -1,0 +1,27 @@
+#pragma once
+
+#include "OrdovanApp/screens/AppContext.h"
+#include "OrdovanCore/Url.h"
+
+#include <QWidget>
+
+class Banner;
+
+/// The lines above every section: why a folder was not opened. Takes no room without a line.
+class ContentNotices : public QWidget {
+    Q_OBJECT
+
+public:
+    ContentNotices(const AppContext& context, QWidget* parent);
+
+    /// Says that a folder was not opened, and why (a sentence); until it is closed or a folder is opened.
+    void tellNotOpened(const Url& folder, const QString& reason);
+    void folderOpened();
+
+private:
+    Banner* addBanner(const QString& name);
+    void refreshRoom();
+
+    AppContext context_;
+    Banner* notOpened_;
+};

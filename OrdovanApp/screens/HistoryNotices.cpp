@@ -1,0 +1,13 @@
+#include "OrdovanApp/screens/HistoryNotices.h"
+
+#include "OrdovanApp/controller/TidyViewModel.h"
+
+using namespace Qt::StringLiterals;
+
+HistoryNotices::HistoryNotices(const AppContext& context, QWidget* parent)
+    : RunNotices(context, u"historyResult"_s, u"recordWarning"_s, parent) {
+    connect(&context_.model, &TidyViewModel::historyCleared, this, [this](const QString& error) {
+        result()->setKind(Banner::Kind::error);
+        error.isEmpty() ? dismiss(result()) : tell(result(), error);
+    });
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "OrdovanCore/Executor.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstddef>
+#include <span>
+
+/// What is said of runs, whatever they did.
+namespace RunTexts {
+
+/// How far a run is: "3 of 121 files".
+[[nodiscard]] QString done(quint64 files, quint64 total);
+/// "1 skipped, 2 failed", with what there is of it; empty where every file was moved.
+[[nodiscard]] QString leftBehind(std::size_t skipped, std::size_t failed);
+/// The end of a sentence about a run: "; 1 skipped, 2 failed." or ".".
+[[nodiscard]] QString sentenceEnd(const OrdovanExecutionReport& report);
+/// A line for each file that was not moved: its name and the reason.
+[[nodiscard]] QStringList problems(std::span<const OrdovanExecutionOutcome> outcomes);
+
+}  // namespace RunTexts
