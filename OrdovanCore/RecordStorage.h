@@ -1,8 +1,10 @@
 #pragma once
 
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/RunNotes.h"
 
 #include <functional>
+#include <memory>
 #include <string_view>
 
 namespace ordovan {
@@ -27,6 +29,10 @@ public:
     /// document stands as it was and no temporary is left; only when that last flush fails does the new one stand
     /// already, and may be lost with the power. ECANCELED when the producer gave up.
     virtual OrdovanResult<void> write(const Url& file, const Producer& producer) = 0;
+
+    /// Opens a document for notes at its end. ENOENT when there is none; EINVAL when what stands there is not a regular
+    /// file (a link to one is not).
+    virtual OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) = 0;
 
     /// Removes the document; none there is no error.
     virtual OrdovanResult<void> remove(const Url& file) = 0;

@@ -6,8 +6,11 @@
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/TemporaryFile.h"
 
+#include <sys/stat.h>
+
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace ordovan {
 
@@ -78,6 +81,37 @@ int readDocument(const char* path, const RecordStorage::Sink& sink) {
     }
 }
 
+int openForAppending(const char* path, Descriptor& opened) {
+    opened = Descriptor::open(path, O_WRONLY | O_APPEND | O_NOFOLLOW | O_NONBLOCK);
+    if (!opened) return errno == ELOOP || errno == EISDIR || errno == ENXIO ? EINVAL : errno;
+    struct ::stat facts;
+    if (::fstat(opened.get(), &facts) != 0) return errno;
+    return S_ISREG(facts.st_mode) ? 0 : EINVAL;
+}
+
+class FileRunNotes final : public RunNotes {
+public:
+    explicit FileRunNotes(Descriptor file) : file_(std::move(file)) {}
+
+    OrdovanResult<void> append(std::string_view text) override {
+        while (!text.empty()) {
+            const ::ssize_t written = ::write(file_.get(), text.data(), text.size());
+            if (written < 0 && errno != EINTR) return outcome(errno);
+            if (written > 0) text.remove_prefix(static_cast<std::size_t>(written));
+        }
+        return {};
+    }
+    OrdovanResult<void> sync() override {
+        while (::fdatasync(file_.get()) != 0) {
+            if (errno != EINTR) return outcome(errno);
+        }
+        return {};
+    }
+
+private:
+    Descriptor file_;
+};
+
 }  // namespace
 
 OrdovanResult<void> FileRecordStorage::read(const Url& file, const Sink& sink) {
@@ -88,6 +122,14 @@ OrdovanResult<void> FileRecordStorage::read(const Url& file, const Sink& sink) {
 OrdovanResult<void> FileRecordStorage::write(const Url& file, const Producer& producer) {
     const SystemPath path(file);
     return outcome(path.error() != 0 ? path.error() : writeDocument(path, producer));
+}
+
+OrdovanResult<std::unique_ptr<RunNotes>> FileRecordStorage::openNotes(const Url& file) {
+    const SystemPath path(file);
+    Descriptor opened;
+    const int error = path.error() != 0 ? path.error() : openForAppending(path.text(), opened);
+    if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
+    return std::make_unique<FileRunNotes>(std::move(opened));
 }
 
 OrdovanResult<void> FileRecordStorage::remove(const Url& file) {

@@ -54,16 +54,6 @@ std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name
     return std::unexpected(EPERM);
 }
 
-/// The folder of the user's data (XDG Base Directory Specification: a relative path is to be ignored); empty where
-/// the user has no home.
-std::string dataFolder() {
-    const char* set = std::getenv("XDG_DATA_HOME");
-    if (set != nullptr && *set == '/') return set;
-    const char* home = std::getenv("HOME");
-    const auto folder = home != nullptr && *home == '/' ? std::string(home) : homeFromUserDatabase();
-    return folder ? *folder + "/.local/share" : std::string();
-}
-
 /// The device of the path's nearest existing ancestor, itself first.
 std::optional<dev_t> nearestDevice(std::string_view path) {
     struct ::stat facts{};
@@ -80,7 +70,7 @@ struct Base {
 
 /// The data folder, if it is or would be on the item's device.
 std::expected<Base, int> openDataFolder(const TrashItem& item) {
-    std::string path = dataFolder();
+    std::string path = userDataFolder();
     if (path.empty()) return std::unexpected(ENOENT);
     struct ::stat itemFolder{};
     if (::fstat(item.folder.get(), &itemFolder) != 0) return std::unexpected(errno);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,14 @@ std::optional<std::string> homeFromUserDatabase() {
         if (!home.starts_with('/')) return std::nullopt;
         return std::string(home);
     }
+}
+
+std::string userDataFolder() {
+    const char* set = std::getenv("XDG_DATA_HOME");
+    if (set != nullptr && *set == '/') return set;
+    const char* home = std::getenv("HOME");
+    const auto folder = home != nullptr && *home == '/' ? std::string(home) : homeFromUserDatabase();
+    return folder ? *folder + "/.local/share" : std::string();
 }
 
 }  // namespace ordovan

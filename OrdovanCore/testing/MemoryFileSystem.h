@@ -28,6 +28,7 @@ struct MemoryItem {
     std::int64_t modifiedNs = 0;  ///< nanoseconds since 1970
     std::uint32_t mode = 0;       ///< permission bits
     std::uint64_t inode = 0;
+    std::int32_t device = 0;
     std::uint32_t links = 1;  ///< names of this file; 1 for a folder
     std::string content;      ///< of a file its bytes, of a link its target
 };

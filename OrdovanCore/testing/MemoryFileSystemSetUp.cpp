@@ -58,6 +58,7 @@ MemoryItem itemOf(std::string_view name, const MemoryNode& node) {
             .modifiedNs = node.modifiedNs,
             .mode = node.mode,
             .inode = node.inode,
+            .device = node.volume->device,
             .links = node.links,
             .content = node.content};
 }

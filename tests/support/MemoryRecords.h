@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ordovan::test {
@@ -22,7 +24,8 @@ public:
         failing_ = calls_ + number;
         error_ = errnoValue;
     }
-    /// Makes every call of one kind ("read", "write", "remove", "setAside") fail; the empty text ends that.
+    /// Makes every call of one kind ("read", "write", "openNotes", "append", "sync", "remove",
+    /// "setAside") fail; the empty text ends that.
     void failAll(std::string_view kind, int errnoValue) {
         failingKind_ = kind;
         error_ = errnoValue;
@@ -57,6 +60,12 @@ public:
         return {};
     }
 
+    OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) override {
+        if (fails("openNotes", file)) return std::unexpected(OrdovanSystemError::posix(error_));
+        if (!fs_.read(file.path())) return std::unexpected(OrdovanSystemError::posix(ENOENT));
+        return std::make_unique<Notes>(*this, file);
+    }
+
     OrdovanResult<void> remove(const Url& file) override {
         if (fails("remove", file)) return refusal(error_);
         if (!fs_.item(file.path())) return {};
@@ -69,6 +78,23 @@ public:
     }
 
 private:
+    class Notes final : public RunNotes {
+    public:
+        Notes(MemoryRecords& records, Url file) : records_(records), file_(std::move(file)) {}
+        OrdovanResult<void> append(std::string_view text) override {
+            if (records_.fails("append", file_)) return refusal(records_.error_);
+            records_.fs_.write(file_.path(), records_.fs_.read(file_.path()).value_or("") + std::string(text));
+            return {};
+        }
+        OrdovanResult<void> sync() override {
+            return records_.fails("sync", file_) ? refusal(records_.error_) : OrdovanResult<void>();
+        }
+
+    private:
+        MemoryRecords& records_;
+        Url file_;
+    };
+
     static OrdovanResult<void> refusal(int errnoValue) {
         return std::unexpected(OrdovanSystemError::posix(errnoValue));
     }

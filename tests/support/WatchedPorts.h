@@ -113,6 +113,9 @@ public:
     OrdovanResult<void> write(const Url& file, const Producer& producer) override {
         return watched("write").write(file, producer);
     }
+    OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) override {
+        return watched("openNotes").openNotes(file);
+    }
     OrdovanResult<void> remove(const Url& file) override { return watched("removeRecord").remove(file); }
     OrdovanResult<void> setAside(const Url& file, const Url& to) override {
         return watched("setAside").setAside(file, to);

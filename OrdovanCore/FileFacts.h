@@ -1,0 +1,25 @@
+#pragma once
+
+#include "OrdovanCore/FileSystem.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace ordovan {
+
+/// What one look at an item tells, without opening it.
+struct FileFacts {
+    bool isRegular = false;
+    std::int64_t byteSize = 0;
+    std::string identity = {};    ///< as `OrdovanFileSystem::fileIdentity` tells it, but of a link itself
+    std::int64_t modifiedNs = 0;  ///< nanoseconds since 1970-01-01 UTC
+    std::uint64_t names = 1;      ///< how many hard links there are
+    friend bool operator==(const FileFacts&, const FileFacts&) = default;
+};
+
+/// Looks at an item, a final link not followed. ENOENT or ENOTDIR where there is none; any other error means that it
+/// can not be told what is there. Any thread.
+using FactsFunction = std::function<OrdovanResult<FileFacts>(const Url& item)>;
+
+}  // namespace ordovan

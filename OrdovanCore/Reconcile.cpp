@@ -1,0 +1,142 @@
+#include "OrdovanCore/Reconcile.h"
+
+#include "OrdovanCore/ReconcileItem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+using ordovan::ItemReconciler;
+using ordovan::ReconcilePorts;
+using ordovan::Settled;
+using Status = OrdovanExecutionStatus;
+using Kind = OrdovanRunRecord::Kind;
+
+namespace {
+
+/// Whether anything that a run was to move is in sight, before or behind its move.
+bool seesAnything(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
+    const auto isThere = [&](const ordovan::SharedText& path) {
+        return !path.empty() && ports.facts(Url::file(path)).has_value();
+    };
+    return std::ranges::any_of(
+               run.intent.items,
+               [&](const OrdovanRunItem& item) { return isThere(item.source) || isThere(item.destination); }) ||
+           std::ranges::any_of(run.notes, [&](const OrdovanRunNote& note) { return isThere(note.path); });
+}
+
+/// Whether the folder can not be told to be the one in which the run worked. The number of its device may have changed
+/// since; that of its inode changes on some volumes, and there what lies in it has to tell.
+bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
+    const auto root = ports.facts(run.intent.root);
+    const bool isSame = root && ordovan::inodeOf(root->identity) == ordovan::inodeOf(run.intent.rootIdentity);
+    return !isSame && !seesAnything(run, ports);
+}
+
+/// Records what became of one item.
+void record(const OrdovanRunIntent& intent, const OrdovanRunItem& item, Settled settled,
+            OrdovanReconciliation& result) {
+    OrdovanInterruptedRun& run = result.run;
+    if (settled.lies && intent.kind == Kind::organize) {
+        result.journal.entries.emplace_back(item.source, item.destination, settled.lies->sameVolume,
+                                            settled.lies->what.byteSize, settled.lies->what.contentHash,
+                                            settled.lies->what.identity);
+    } else if (settled.lies && intent.kind == Kind::trash) {
+        result.trashed.entries.emplace_back(ordovan::recordedPath(Url::file(item.source)), settled.lies->place.path(),
+                                            settled.lies->what.byteSize, settled.lies->what.contentHash);
+    } else if (settled.lies && intent.kind == Kind::undo) {
+        result.restored.emplace_back(item.source);
+    } else if (settled.lies) {
+        result.putBack.emplace_back(item.source);
+    }
+    result.isComplete = result.isComplete && settled.isCertain;
+    switch (settled.end) {
+        case Settled::End::untouched:
+            ++run.untouched;
+            break;
+        case Settled::End::finished:
+            ++run.finished;
+            break;
+        case Settled::End::putRight:
+            ++run.putRight;
+            break;
+        case Settled::End::unsettled:
+            ++run.unsettled;
+            break;
+    }
+    if (settled.sentence.empty()) return;
+    const bool isMoved = settled.lies && settled.end != Settled::End::unsettled;
+    const Status status = isMoved                                  ? Status::moved
+                          : settled.end == Settled::End::unsettled ? Status::failed
+                                                                   : Status::skippedRevalidation;
+    const Url source = Url::file(item.source);
+    const Url place = settled.lies               ? settled.lies->place
+                      : item.destination.empty() ? source
+                                                 : Url::file(item.destination);
+    run.outcomes.push_back({source, place, status, std::move(settled.sentence)});
+}
+
+/// "3 files were", or "1 was" where the files were named before.
+std::string counted(std::size_t count, bool namesFiles) {
+    std::string text = std::to_string(count);
+    if (namesFiles) text += count == 1 ? " file" : " files";
+    return text;
+}
+
+}  // namespace
+
+std::string OrdovanInterruptedRun::summary() const {
+    struct Part {
+        std::size_t count;
+        const char* one;
+        const char* many;
+    };
+    std::vector<std::string> parts;
+    for (const auto& [count, one, many] :
+         {Part{finished, " was finished", " were finished"},
+          Part{untouched, " was left untouched", " were left untouched"},
+          Part{putRight, " was put right", " were put right"}, Part{unsettled, " needs a look", " need a look"}}) {
+        if (count > 0) parts.push_back(counted(count, parts.empty()) + (count == 1 ? one : many));
+    }
+    std::string text = "An earlier run was interrupted.";
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        text += i == 0 ? " " : i + 1 == parts.size() ? " and " : ", ";
+        text += parts[i];
+    }
+    if (!parts.empty()) text += '.';
+    return text;
+}
+
+OrdovanRunRecord OrdovanReconciliation::historyRecord(const OrdovanRunIntent& intent) const {
+    const auto moved =
+        static_cast<std::size_t>(std::ranges::count(run.outcomes, Status::moved, &OrdovanExecutionOutcome::status));
+    const std::size_t failed = run.unsettled;
+    const std::size_t all = intent.items.size();
+    return {.id = intent.id,
+            .kind = intent.kind,
+            .epoch = intent.startedAtEpoch,
+            .folderName = std::string(intent.root.lastPathComponent()),
+            .moved = static_cast<std::int64_t>(moved),
+            .skipped = static_cast<std::int64_t>(all - std::min(all, moved + failed)),
+            .failed = static_cast<std::int64_t>(failed)};
+}
+
+OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
+    OrdovanReconciliation result;
+    result.run.kind = run.intent.kind;
+    result.run.startedAtEpoch = run.intent.startedAtEpoch;
+    result.journal.createdAtEpoch = run.intent.startedAtEpoch;
+    if (isElsewhere(run, ports)) {
+        result.isComplete = false;
+        result.isElsewhere = true;
+        return result;
+    }
+    ItemReconciler reconciler(run, ports);
+    std::vector<Settled> settled(run.intent.items.size());
+    // Backwards: where a file was to be moved twice, the second move tells of the first.
+    for (std::size_t i = settled.size(); i > 0; --i) settled[i - 1] = reconciler.settle(i - 1);
+    for (std::size_t i = 0; i < settled.size(); ++i) {
+        record(run.intent, run.intent.items[i], std::move(settled[i]), result);
+    }
+    return result;
+}

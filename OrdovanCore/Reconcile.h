@@ -1,0 +1,83 @@
+#pragma once
+
+#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/FileFacts.h"
+#include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/Journal.h"
+#include "OrdovanCore/RunRecord.h"
+#include "OrdovanCore/TrashRecord.h"
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace ordovan {
+
+/// An info file of the user's Trash that tells of a file's place.
+struct TrashedFile {
+    Url original;  ///< the place it tells of, as it was asked for
+    Url info;      ///< the info file
+    Url item;      ///< where the item lies or would lie
+};
+
+/// What reconciling uses of the world, one thread's.
+struct ReconcilePorts {
+    OrdovanFileSystem& fs;
+    FactsFunction facts;
+    /// All info files of the user's Trash that tell of one of these places. An error means that it can not be told.
+    std::function<OrdovanResult<std::vector<TrashedFile>>(std::span<const Url> originals)> findInTrash;
+    /// Removes an info file that has no item; ENOTEMPTY when it has one.
+    std::function<OrdovanResult<void>(const TrashedFile& orphan)> removeTrashInfo;
+    /// Removes what a Trash knows about an item that has been put back, as `forgetTrashInfo` does.
+    std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo;
+};
+
+}  // namespace ordovan
+
+/// What the user is told about a run that was interrupted.
+struct OrdovanInterruptedRun {
+    OrdovanRunRecord::Kind kind = OrdovanRunRecord::Kind::organize;
+    double startedAtEpoch = 0;  ///< seconds since 1970-01-01 UTC
+    std::size_t finished = 0;   ///< files that had been moved, or were now
+    std::size_t untouched = 0;  ///< files that are where they were
+    std::size_t putRight = 0;   ///< files of which something half done was completed or taken away again
+    std::size_t unsettled = 0;  ///< files of which it can not be told, and that the user has to look at
+    /// One for each file that was not simply untouched, in the order of the run. `source` and `destination` are the
+    /// run's; for a trashed file `destination` is its place in the Trash.
+    std::vector<OrdovanExecutionOutcome> outcomes;
+
+    /// "An earlier run was interrupted. 3 files were finished, 5 were left untouched and 1 was put right."
+    [[nodiscard]] std::string summary() const;
+    friend bool operator==(const OrdovanInterruptedRun&, const OrdovanInterruptedRun&) = default;
+};
+
+/// What is true after a run was interrupted, and what the records of it must say.
+struct OrdovanReconciliation {
+    OrdovanInterruptedRun run;
+    OrdovanJournal journal;             ///< entries that must be there; of the run's time
+    std::vector<std::string> restored;  ///< destinations of journal entries that must go: their files are back
+    OrdovanTrashRecord trashed;         ///< entries that must be there
+    std::vector<std::string> putBack;   ///< places in the Trash whose entries must go: their files are back
+    /// Everything could be looked at, and what was to be changed was. When false, what is told here holds, and
+    /// reconciling once more may tell more: the run's record is still needed.
+    bool isComplete = true;
+    /// The folder is not the one in which the run worked, and nothing of the run is in sight: its volume is probably
+    /// not there. Nothing was decided, and nothing else here has a meaning.
+    bool isElsewhere = false;
+
+    /// The run for the history: what lies at its destination counts as moved, what is not settled as failed.
+    [[nodiscard]] OrdovanRunRecord historyRecord(const OrdovanRunIntent& intent) const;
+};
+
+/// Finds out what an interrupted run has done, and completes or takes back what it left half done.
+///
+/// Fail-closed: it looks at every file of the run anew, acts inside the run's folders and where no link is on the way,
+/// never overwrites, and removes only what the run is proved to have made, while the file itself is seen to be whole.
+/// It may itself be interrupted at any moment and run again: that comes to the same end.
+namespace OrdovanReconciler {
+
+[[nodiscard]] OrdovanReconciliation reconcile(const OrdovanUnfinishedRun& run, const ordovan::ReconcilePorts& ports);
+
+}  // namespace OrdovanReconciler

@@ -1,0 +1,353 @@
+#include "OrdovanCore/ReconcileItem.h"
+
+#include "OrdovanCore/TrashPlace.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace ordovan {
+
+namespace {
+
+using End = Settled::End;
+using Kind = OrdovanRunRecord::Kind;
+
+constexpr const char* outOfScope = "Path no longer within the authorized scope.";
+constexpr const char* behindALink = "A parent folder is a symlink; skipped to stay in scope.";
+constexpr const char* occupied = "A file already exists at the destination; left untouched.";
+constexpr const char* lost = "The file was moved or deleted while organizing.";
+constexpr const char* replaced = "The file was moved or deleted while organizing, and another is at its destination.";
+constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
+constexpr const char* notRemoved =
+    "What the interrupted run left of this file could not be removed; the file is whole.";
+constexpr const char* nameTakenBack = "Its second name was taken away again; the file is where it was.";
+constexpr const char* copyTakenBack = "Its verified copy was taken away again; the file is where it was.";
+constexpr const char* leftoverRemoved = "An unfinished copy of it was removed; the file is where it was.";
+constexpr const char* infoRemoved = "It had not reached the Trash; the file is where it was.";
+constexpr const char* copyPublished = "Its verified copy was put in place.";
+
+Settled untouched() {
+    return {};
+}
+
+Settled unsettled(std::string sentence) {
+    return {.end = End::unsettled, .sentence = std::move(sentence)};
+}
+
+Settled uncertain(const char* sentence) {
+    return {.end = End::unsettled, .sentence = sentence, .isCertain = false};
+}
+
+Fingerprint noted(const OrdovanRunNote& note) {
+    return {note.byteSize, note.contentHash, note.identity};
+}
+
+std::string copyLies(const OrdovanRunNote& copy, bool isVerified) {
+    return std::string(isVerified ? "A verified" : "An unfinished") + " copy of it lies at " + copy.path.str() + ".";
+}
+
+bool isAbsence(const OrdovanSystemError& error) {
+    return error == OrdovanSystemError::posix(ENOENT) || error == OrdovanSystemError::posix(ENOTDIR);
+}
+
+}  // namespace
+
+std::string_view inodeOf(std::string_view identity) {
+    return identity.substr(identity.find(':') + 1);
+}
+
+ItemReconciler::ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports)
+    : run_(run), ports_(ports), trashScope_(run.intent.root) {
+    for (const Url& outputRoot : run.intent.outputRoots) scopes_.emplace_back(run.intent.root, outputRoot);
+    notes_.reserve(run.notes.size());
+    for (const OrdovanRunNote& note : run.notes) notes_.push_back(&note);
+    std::ranges::stable_sort(notes_, {}, &OrdovanRunNote::item);
+    if (run.intent.kind == Kind::trash) searchTrash();
+}
+
+Settled ItemReconciler::settle(std::size_t index) {
+    const Item item = itemOf(index);
+    if (auto refused = refusal(item)) return std::move(*refused);
+    Settled settled = run_.intent.kind == Kind::trash ? settleTrash(item) : settleMove(item);
+    if (settled.lies) movedOn_.insert(item.intended.source);
+    return settled;
+}
+
+ItemReconciler::Item ItemReconciler::itemOf(std::size_t index) const {
+    const OrdovanRunItem& intended = run_.intent.items[index];
+    Item item = {
+        .intended = intended, .from = Url::file(intended.source), .to = Url::file(intended.destination), .copies = {}};
+    for (const OrdovanRunNote* note : std::ranges::equal_range(notes_, index, {}, &OrdovanRunNote::item)) {
+        (note->kind == OrdovanRunNote::Kind::begun ? item.begun : item.done) = note;
+        if (note->kind == OrdovanRunNote::Kind::begun && !note->path.empty()) item.copies.push_back(note);
+    }
+    return item;
+}
+
+ItemReconciler::Sight ItemReconciler::look(const Url& url) const {
+    const auto facts = ports_.facts(url);
+    if (facts) return {facts->isRegular ? Sight::Case::regular : Sight::Case::other, *facts};
+    return {isAbsence(facts.error()) ? Sight::Case::absent : Sight::Case::unknown};
+}
+
+/// Why an item may not be acted on, as the run itself would not have.
+std::optional<Settled> ItemReconciler::refusal(const Item& item) const {
+    const bool isUndo = run_.intent.kind == Kind::undo;
+    if (isUndo || run_.intent.kind == Kind::organize) {
+        const Url& original = isUndo ? item.to : item.from;
+        const Url& organized = isUndo ? item.from : item.to;
+        const auto scope =
+            std::ranges::find_if(scopes_, [&](const auto& each) { return each.holds(original, organized, ports_.fs); });
+        if (scope == scopes_.end()) return unsettled(outOfScope);
+        if (scope->crossesLink(original, organized, ports_.fs)) return unsettled(behindALink);
+        return std::nullopt;
+    }
+    const bool isRestore = run_.intent.kind == Kind::restoreTrash;
+    if (!trashScope_.holds(isRestore ? item.to : item.from, ports_.fs)) return unsettled(outOfScope);
+    if (isRestore && !(namesOnePlace(item.from) && isInTrash(item.from.path()))) return unsettled(outOfScope);
+    return std::nullopt;
+}
+
+ItemReconciler::Proof ItemReconciler::hasContent(const Url& url, const Sight& sight, std::int64_t byteSize,
+                                                 const std::string& contentHash) const {
+    if (!sight.isRegular() || sight.facts.byteSize != byteSize) return Proof::refuted;
+    const auto hash = ports_.fs.contentHash(url);
+    if (!hash) return Proof::unknown;
+    return *hash == contentHash ? Proof::proved : Proof::refuted;
+}
+
+/// Whether what is seen at a place is the file of the item: by its identity, which a rename keeps; by the number of its
+/// inode, its size and its time, where the device has another number by now; or by its content, where that is known.
+ItemReconciler::Proof ItemReconciler::isTheFile(const Item& item, const Url& url, const Sight& sight) const {
+    if (!sight.isRegular()) return Proof::refuted;
+    const OrdovanRunItem& intended = item.intended;
+    const std::string& identity = sight.facts.identity;
+    const auto bears = [&](const std::string& known) { return !known.empty() && known == identity; };
+    if (bears(intended.identity) || (item.begun != nullptr && bears(item.begun->identity)) ||
+        (item.done != nullptr && bears(item.done->identity))) {
+        return Proof::proved;
+    }
+    const bool isUnchanged = intended.modifiedNs != OrdovanRunItem::unknownTime &&
+                             sight.facts.modifiedNs == intended.modifiedNs && sight.facts.byteSize == intended.byteSize;
+    if (isUnchanged && (intended.identity.empty() || inodeOf(intended.identity) == inodeOf(identity))) {
+        return Proof::proved;
+    }
+    if (const OrdovanRunNote* note = item.done != nullptr ? item.done : item.begun) {
+        return hasContent(url, sight, note->byteSize, note->contentHash);
+    }
+    return intended.contentHash.empty() ? Proof::refuted
+                                        : hasContent(url, sight, intended.byteSize, intended.contentHash);
+}
+
+/// Removes a file that the run has made. True when it is gone.
+bool ItemReconciler::remove(const Url& url) const {
+    return ports_.fs.remove(url).has_value() || look(url).kind == Sight::Case::absent;
+}
+
+// Runs that move files.
+
+Settled ItemReconciler::settleMove(const Item& item) const {
+    const Sight from = look(item.from);
+    const Sight to = look(item.to);
+    if (!from.isKnown() || !to.isKnown()) return uncertain(notExamined);
+    switch (isTheFile(item, item.from, from)) {
+        case Proof::unknown:
+            return uncertain(notExamined);
+        case Proof::proved:
+            return settleStanding(item, from, to);
+        case Proof::refuted:
+            break;
+    }
+    return settleGone(item, from, to);
+}
+
+/// The file stands where it was: whatever else the run has made of it goes.
+Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, const Sight& to) const {
+    Settled result = untouched();
+    const auto takeAway = [&](const Url& url, const char* sentence) {
+        const bool isGone = remove(url);
+        if (isGone && result.isCertain) result = {.end = End::putRight, .sentence = sentence};
+        if (!isGone) result = uncertain(notRemoved);
+    };
+    if (to.isRegular() && to.facts.identity == from.facts.identity) {
+        // With a single name, both paths lead to that one.
+        if (from.facts.names > 1) takeAway(item.to, nameTakenBack);
+    } else if (to.isThere()) {
+        const Proof ours = isOurCopy(item, from, to);
+        if (ours == Proof::unknown) return uncertain(notExamined);
+        if (ours == Proof::proved) takeAway(item.to, copyTakenBack);
+        if (ours == Proof::refuted) result.sentence = occupied;
+    }
+    for (const OrdovanRunNote* copy : item.copies) {
+        const Url partial = Url::file(copy->path);
+        const Sight sight = look(partial);
+        if (!sight.isKnown()) result = uncertain(notExamined);
+        if (sight.isRegular()) takeAway(partial, leftoverRemoved);
+    }
+    return result;
+}
+
+/// Whether the file at the destination is the verified copy that the run has published: the partial name is free again,
+/// and both files have the content that was noted.
+ItemReconciler::Proof ItemReconciler::isOurCopy(const Item& item, const Sight& from, const Sight& to) const {
+    if (item.copies.empty()) return Proof::refuted;
+    const OrdovanRunNote& copy = *item.copies.back();
+    const Sight partial = look(Url::file(copy.path));
+    if (!partial.isKnown()) return Proof::unknown;
+    if (partial.isThere()) return Proof::refuted;
+    const Proof isCopy = hasContent(item.to, to, copy.byteSize, copy.contentHash);
+    return isCopy == Proof::proved ? hasContent(item.from, from, copy.byteSize, copy.contentHash) : isCopy;
+}
+
+/// The file does not stand where it was.
+Settled ItemReconciler::settleGone(const Item& item, const Sight& from, const Sight& to) const {
+    switch (isTheFile(item, item.to, to)) {
+        case Proof::unknown:
+            return uncertain(notExamined);
+        case Proof::proved:
+            return arrived(item, to);
+        case Proof::refuted:
+            break;
+    }
+    // Whatever became of it afterwards, the run had moved it.
+    if (item.done != nullptr) return moved(item, End::finished, noted(*item.done), item.done->sameVolume);
+    if (movedOn_.contains(item.intended.destination)) return moved(item, End::finished, {}, true);
+    return settleCopies(item, from, to);
+}
+
+Settled ItemReconciler::arrived(const Item& item, const Sight& to) const {
+    for (const OrdovanRunNote* copy : item.copies) {
+        const Url partial = Url::file(copy->path);
+        const Sight sight = look(partial);
+        if (!sight.isKnown() || (sight.isRegular() && !remove(partial))) return uncertain(notRemoved);
+    }
+    if (run_.intent.kind == Kind::restoreTrash) ports_.forgetTrashInfo(item.from, item.to);
+    const bool sameVolume = item.done != nullptr ? item.done->sameVolume : item.copies.empty();
+    Fingerprint what;
+    if (const OrdovanRunNote* note = item.done != nullptr ? item.done : item.begun) {
+        what = noted(*note);
+    } else if (run_.intent.kind == Kind::organize) {
+        auto hash = ports_.fs.contentHash(item.to);
+        if (!hash) return uncertain(notExamined);
+        what = {to.facts.byteSize, std::move(*hash), {}};
+    }
+    if (sameVolume) what.identity = to.facts.identity;
+    return moved(item, End::finished, std::move(what), sameVolume);
+}
+
+/// Neither the file nor what became of it is in sight, unless one of its copies tells.
+Settled ItemReconciler::settleCopies(const Item& item, const Sight& from, const Sight& to) const {
+    for (const OrdovanRunNote* copy : item.copies) {
+        const Url partial = Url::file(copy->path);
+        const Sight sight = look(partial);
+        if (!sight.isKnown()) return uncertain(notExamined);
+        if (!sight.isThere()) continue;
+        const Proof isVerified = hasContent(partial, sight, copy->byteSize, copy->contentHash);
+        if (isVerified == Proof::unknown) return uncertain(notExamined);
+        if (isVerified == Proof::refuted || from.isThere() || to.isThere()) {
+            return unsettled(copyLies(*copy, isVerified == Proof::proved));
+        }
+        if (!ports_.fs.move(partial, item.to) && !look(item.to).isRegular()) return uncertain(notExamined);
+        Settled published = moved(item, End::putRight, noted(*copy), false);
+        published.sentence = copyPublished;
+        return published;
+    }
+    return settleLost(item, from, to);
+}
+
+Settled ItemReconciler::settleLost(const Item& item, const Sight& from, const Sight& to) const {
+    // The user has put another file there since.
+    if (from.isThere()) return untouched();
+    Settled result = unsettled(to.isThere() ? replaced : lost);
+    // The run removes an original only when its copy stands verified at the destination. The entry does no harm where
+    // somebody else removed it.
+    if (run_.intent.kind == Kind::organize && !item.copies.empty()) {
+        result.lies = Settled::Place{.place = item.to, .what = noted(*item.copies.back()), .sameVolume = false};
+    }
+    return result;
+}
+
+Settled ItemReconciler::moved(const Item& item, End end, Fingerprint what, bool sameVolume) const {
+    std::string sentence = sameVolume ? "Moved." : "Copied, verified and moved.";
+    if (run_.intent.kind == Kind::undo) sentence = "Restored.";
+    if (run_.intent.kind == Kind::restoreTrash) sentence = "Put back.";
+    return {.end = end,
+            .sentence = std::move(sentence),
+            .lies = Settled::Place{.place = item.to, .what = std::move(what), .sameVolume = sameVolume}};
+}
+
+// Runs that move files to the Trash.
+
+void ItemReconciler::searchTrash() {
+    std::vector<Url> originals;
+    originals.reserve(run_.intent.items.size());
+    for (const OrdovanRunItem& item : run_.intent.items) originals.push_back(Url::file(item.source));
+    auto found = ports_.findInTrash(originals);
+    isTrashKnown_ = found.has_value();
+    if (found) inTrash_ = std::move(*found);
+    std::ranges::sort(inTrash_, {}, [](const TrashedFile& file) { return file.original.path(); });
+}
+
+std::vector<const TrashedFile*> ItemReconciler::inTrash(const Item& item) const {
+    std::vector<const TrashedFile*> files;
+    const auto range = std::ranges::equal_range(inTrash_, item.from.path(), {},
+                                                [](const TrashedFile& file) { return file.original.path(); });
+    for (const TrashedFile& file : range) files.push_back(&file);
+    return files;
+}
+
+Settled ItemReconciler::settleTrash(const Item& item) const {
+    const Sight from = look(item.from);
+    const Proof isStanding = from.isKnown() ? isTheFile(item, item.from, from) : Proof::unknown;
+    if (isStanding == Proof::unknown) return uncertain(notExamined);
+    if (isStanding == Proof::proved) return settleNotTrashed(item, from);
+    if (item.done != nullptr) {
+        const Url place = Url::file(item.done->path);
+        const Sight there = look(place);
+        const bool isOther = there.isRegular() && isTheFile(item, place, there) == Proof::refuted;
+        return isOther ? trashedAsFound(item, place, there) : trashed(item, place, noted(*item.done));
+    }
+    if (!isTrashKnown_) return uncertain(notExamined);
+    for (const TrashedFile* file : inTrash(item)) {
+        const Sight there = look(file->item);
+        const Proof isThis = there.isKnown() ? isTheFile(item, file->item, there) : Proof::unknown;
+        if (isThis == Proof::unknown) return uncertain(notExamined);
+        if (isThis == Proof::proved) return trashedAsFound(item, file->item, there);
+    }
+    return from.isThere() ? untouched() : unsettled(lost);
+}
+
+/// The file stands where it was: what the Trash has of it goes.
+Settled ItemReconciler::settleNotTrashed(const Item& item, const Sight& from) const {
+    if (!isTrashKnown_) return uncertain(notExamined);
+    Settled result = untouched();
+    for (const TrashedFile* file : inTrash(item)) {
+        const Sight there = look(file->item);
+        if (!there.isKnown()) return uncertain(notExamined);
+        if (there.kind == Sight::Case::absent) {
+            if (!ports_.removeTrashInfo(*file) && look(file->info).kind != Sight::Case::absent) {
+                return uncertain(notRemoved);
+            }
+            result = {.end = End::putRight, .sentence = infoRemoved};
+        } else if (there.isRegular() && there.facts.identity == from.facts.identity && from.facts.names > 1) {
+            if (!remove(file->item)) return uncertain(notRemoved);
+            result = {.end = End::putRight, .sentence = nameTakenBack};
+        }
+    }
+    return result;
+}
+
+Settled ItemReconciler::trashed(const Item&, const Url& place, Fingerprint what) const {
+    return {.end = End::finished,
+            .sentence = "Moved to the Trash.",
+            .lies = Settled::Place{.place = place, .what = std::move(what), .sameVolume = true}};
+}
+
+Settled ItemReconciler::trashedAsFound(const Item& item, const Url& place, const Sight& there) const {
+    auto hash = ports_.fs.contentHash(place);
+    if (!hash) return uncertain(notExamined);
+    return trashed(item, place, {there.facts.byteSize, std::move(*hash), there.facts.identity});
+}
+
+}  // namespace ordovan

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "OrdovanCore/ExecutionScope.h"
+#include "OrdovanCore/Reconcile.h"
+#include "OrdovanCore/Relocator.h"
+#include "OrdovanCore/TrashMove.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+namespace ordovan {
+
+/// The inode's number of a file identity: what stands behind its colon.
+[[nodiscard]] std::string_view inodeOf(std::string_view identity);
+
+/// What became of one file of an interrupted run.
+struct Settled {
+    enum class End { untouched, finished, putRight, unsettled };
+    End end = End::untouched;
+    std::string sentence = {};  ///< for the user; empty where there is nothing to say
+    /// Where the file lies and what it is, when it is not where it was: the records have to tell of it.
+    struct Place {
+        Url place;
+        Fingerprint what;
+        bool sameVolume = false;
+    };
+    std::optional<Place> lies = std::nullopt;
+    bool isCertain = true;  ///< false when something could not be looked at or changed
+};
+
+/// Settles the items of one interrupted run, each once and the last first.
+class ItemReconciler {
+public:
+    /// Both outlive this object.
+    ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports);
+
+    [[nodiscard]] Settled settle(std::size_t index);
+
+private:
+    /// What the record says about one item.
+    struct Item {
+        const OrdovanRunItem& intended;
+        Url from, to;
+        const OrdovanRunNote* begun = nullptr;  ///< the last of its kind
+        const OrdovanRunNote* done = nullptr;
+        std::vector<const OrdovanRunNote*> copies;  ///< the notes of partial copies
+    };
+    /// What is seen at a place.
+    struct Sight {
+        enum class Case { absent, regular, other, unknown };
+        Case kind = Case::absent;
+        FileFacts facts = {};
+        [[nodiscard]] bool isThere() const { return kind == Case::regular || kind == Case::other; }
+        [[nodiscard]] bool isRegular() const { return kind == Case::regular; }
+        [[nodiscard]] bool isKnown() const { return kind != Case::unknown; }
+    };
+    enum class Proof { proved, refuted, unknown };
+
+    [[nodiscard]] Item itemOf(std::size_t index) const;
+    [[nodiscard]] Sight look(const Url& url) const;
+    [[nodiscard]] std::optional<Settled> refusal(const Item& item) const;
+    [[nodiscard]] Proof hasContent(const Url& url, const Sight& sight, std::int64_t byteSize,
+                                   const std::string& contentHash) const;
+    [[nodiscard]] Proof isTheFile(const Item& item, const Url& url, const Sight& sight) const;
+    [[nodiscard]] bool remove(const Url& url) const;
+
+    [[nodiscard]] Settled settleMove(const Item& item) const;
+    [[nodiscard]] Settled settleStanding(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Proof isOurCopy(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Settled settleGone(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Settled settleCopies(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Settled settleLost(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Settled arrived(const Item& item, const Sight& to) const;
+    [[nodiscard]] Settled moved(const Item& item, Settled::End end, Fingerprint what, bool sameVolume) const;
+
+    void searchTrash();
+    [[nodiscard]] std::vector<const TrashedFile*> inTrash(const Item& item) const;
+    [[nodiscard]] Settled settleTrash(const Item& item) const;
+    [[nodiscard]] Settled settleNotTrashed(const Item& item, const Sight& from) const;
+    [[nodiscard]] Settled trashed(const Item& item, const Url& place, Fingerprint what) const;
+    [[nodiscard]] Settled trashedAsFound(const Item& item, const Url& place, const Sight& there) const;
+
+    const OrdovanUnfinishedRun& run_;
+    const ReconcilePorts& ports_;
+    std::vector<ExecutionScope> scopes_;
+    TrashScope trashScope_;
+    std::vector<const OrdovanRunNote*> notes_;      // by item, each item's in their order
+    std::unordered_set<std::string_view> movedOn_;  // places from which a later item was moved
+    bool isTrashKnown_ = true;
+    std::vector<TrashedFile> inTrash_;  // by original place
+};
+
+}  // namespace ordovan

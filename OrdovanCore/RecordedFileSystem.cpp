@@ -1,0 +1,182 @@
+#include "OrdovanCore/RecordedFileSystem.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace ordovan {
+
+namespace {
+
+constexpr std::size_t notesAtATime = std::size_t{32} << 10;
+
+std::unexpected<OrdovanSystemError> notIntended() {
+    return std::unexpected(OrdovanSystemError::posix(EPERM));
+}
+
+}  // namespace
+
+RecordedFileSystem::RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIntent& intent, RunNotes& notes)
+    : fs_(fs), intent_(intent), notes_(notes) {
+    gathered_.reserve(notesAtATime + 1024);
+}
+
+RecordedFileSystem::~RecordedFileSystem() {
+    handOver();
+}
+
+OrdovanResult<void> RecordedFileSystem::createDirectory(const Url& url) {
+    return holdsDestinations(url.path()) ? fs_.createDirectory(url) : notIntended();
+}
+
+OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
+    // A verified copy takes its place, or a file comes back from the Trash that should not have gone there.
+    const bool isPublishing =
+        copying_ && copying_->partial == from.path() && intent_.items[copying_->item].destination == to.path();
+    const bool isComingBack =
+        trashed_ && trashed_->place == from.path() && intent_.items[trashed_->item].source == to.path();
+    if (isPublishing || isComingBack) return fs_.move(from, to);
+
+    const auto item = itemWith(from.path(), to.path());
+    if (!item || to.path().empty()) return notIntended();
+    copying_.reset();
+    noteOther(*item);
+    auto moved = fs_.move(from, to);
+    if (moved) note(OrdovanRunNote::Kind::done, *item, true, {});
+    return moved;
+}
+
+OrdovanResult<void> RecordedFileSystem::copy(const Url& from, const Url& to) {
+    const Examined* file = examined(from);
+    if (file == nullptr || !OrdovanPartialName::isPartial(to.path())) return notIntended();
+    const OrdovanRunItem& item = intent_.items[file->item];
+    if (item.destination.empty() || parentPath(to.path()) != parentPath(item.destination)) return notIntended();
+    copying_ = {file->item, to.sharedPath()};
+    note(OrdovanRunNote::Kind::begun, file->item, false, to.sharedPath());
+    handOver();
+    if (takesNotes_ && !notes_.sync()) takesNotes_ = false;
+    return fs_.copy(from, to);
+}
+
+OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
+    if (!copying_) return notIntended();
+    const OrdovanRunItem& item = intent_.items[copying_->item];
+    if (copying_->partial == url.path() || item.destination == url.path()) return fs_.remove(url);
+    if (item.source != url.path()) return notIntended();
+    auto removed = fs_.remove(url);
+    if (removed) note(OrdovanRunNote::Kind::done, copying_->item, false, {});
+    return removed;
+}
+
+OrdovanResult<std::int64_t> RecordedFileSystem::fileSize(const Url& url) {
+    auto size = fs_.fileSize(url);
+    if (Examined* file = size ? examined(url) : nullptr) file->byteSize = *size;
+    return size;
+}
+
+OrdovanResult<std::string> RecordedFileSystem::contentHash(const Url& url) {
+    auto hash = fs_.contentHash(url);
+    if (Examined* file = hash ? examined(url) : nullptr) file->contentHash = *hash;
+    return hash;
+}
+
+OrdovanResult<std::string> RecordedFileSystem::fileIdentity(const Url& url) {
+    auto identity = fs_.fileIdentity(url);
+    if (Examined* file = identity ? examined(url) : nullptr) file->identity = *identity;
+    return identity;
+}
+
+OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
+    const auto item = itemWith(url.path(), {});
+    if (!item) return notIntended();
+    copying_.reset();
+    noteOther(*item);
+    auto place = fs_.trash(url);
+    if (!place) return place;
+    trashed_ = {*item, place->sharedPath()};
+    note(OrdovanRunNote::Kind::done, *item, true, place->sharedPath());
+    return place;
+}
+
+/// The item with this source that the run comes to next. The run takes the items in their order, leaving some out.
+std::optional<std::size_t> RecordedFileSystem::itemAt(std::string_view source) {
+    constexpr std::size_t leap = 4;
+    const auto& items = intent_.items;
+    for (std::size_t i = next_; i < std::min(next_ + leap, items.size()); ++i) {
+        if (items[i].source == source) return next_ = i;
+    }
+    const auto pathOf = [&](std::uint32_t i) { return items[i].source.view(); };
+    if (bySource_.empty()) {
+        bySource_.resize(items.size());
+        for (std::uint32_t i = 0; i < bySource_.size(); ++i) bySource_[i] = i;
+        std::ranges::stable_sort(bySource_, {}, pathOf);
+    }
+    const auto found = std::ranges::equal_range(bySource_, source, {}, pathOf);
+    if (found.empty()) return std::nullopt;
+    const auto ahead = std::ranges::find_if(found, [&](std::uint32_t i) { return i >= next_; });
+    return next_ = ahead == found.end() ? found.front() : *ahead;
+}
+
+/// The same for an item that goes to this place; empty for the Trash.
+std::optional<std::size_t> RecordedFileSystem::itemWith(std::string_view source, std::string_view destination) {
+    const auto item = itemAt(source);
+    if (!item || intent_.items[*item].destination == destination) return item;
+    // Several entries of one record may name one place.
+    for (std::size_t i = 0; i < intent_.items.size(); ++i) {
+        if (intent_.items[i].source == source && intent_.items[i].destination == destination) return next_ = i;
+    }
+    return std::nullopt;
+}
+
+bool RecordedFileSystem::holdsDestinations(std::string_view folder) {
+    if (folders_.empty()) {
+        std::string_view previous;
+        for (const OrdovanRunItem& item : intent_.items) {
+            const std::string_view holding = parentPath(item.destination);
+            if (!holding.empty() && holding != std::exchange(previous, holding)) folders_.insert(holding);
+        }
+    }
+    return folders_.contains(folder);
+}
+
+RecordedFileSystem::Examined* RecordedFileSystem::examined(const Url& url) {
+    if (!examined_.path.empty() && examined_.path == url.path()) return &examined_;
+    const auto item = itemAt(url.path());
+    if (!item) return nullptr;
+    examined_ = {.path = url.sharedPath(), .item = *item, .byteSize = std::nullopt, .contentHash = {}, .identity = {}};
+    return &examined_;
+}
+
+/// True when what the run found at an item's source is not the file of which the intent tells, or that tells too
+/// little to recognise it.
+bool RecordedFileSystem::isOther(std::size_t item) const {
+    return examined_.path == intent_.items[item].source && examined_.identity != intent_.items[item].identity;
+}
+
+void RecordedFileSystem::noteOther(std::size_t item) {
+    if (!isOther(item)) return;
+    note(OrdovanRunNote::Kind::begun, item, false, {});
+    handOver();
+}
+
+/// Only of a file that was examined whole: a note is to prove something.
+void RecordedFileSystem::note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, const SharedText& path) {
+    if (!takesNotes_ || examined_.path != intent_.items[item].source) return;
+    if (!examined_.byteSize || examined_.contentHash.empty()) return;
+    const OrdovanRunNote note = {.kind = kind,
+                                 .item = item,
+                                 .byteSize = *examined_.byteSize,
+                                 .contentHash = examined_.contentHash,
+                                 .identity = examined_.identity,
+                                 .sameVolume = sameVolume,
+                                 .path = path};
+    note.appendTo(gathered_, intent_.root);
+    if (gathered_.size() >= notesAtATime) handOver();
+}
+
+void RecordedFileSystem::handOver() {
+    if (!gathered_.empty() && takesNotes_ && !notes_.append(gathered_)) takesNotes_ = false;
+    gathered_.clear();
+}
+
+}  // namespace ordovan

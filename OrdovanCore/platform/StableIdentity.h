@@ -1,0 +1,13 @@
+#pragma once
+
+#include "OrdovanCore/Url.h"
+
+namespace ordovan {
+
+/// Whether the inode numbers of the volume that holds this item outlive an unmount, by the type of its file system
+/// (statfs(2)). False for those whose numbers are made up when a file is first looked at: FAT and exFAT, FUSE (which
+/// file system works behind it can not be told) and network shares of the SMB kind (whose servers need not give any).
+/// True where the type can not be found out. Any thread.
+[[nodiscard]] bool keepsIdentities(const Url& item);
+
+}  // namespace ordovan

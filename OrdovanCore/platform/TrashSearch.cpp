@@ -1,0 +1,139 @@
+#include "OrdovanCore/platform/TrashSearch.h"
+
+#include "OrdovanCore/TrashPlace.h"
+#include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/RealPath.h"
+#include "OrdovanCore/platform/SystemPath.h"
+#include "OrdovanCore/platform/TrashFolder.h"
+#include "OrdovanCore/platform/TrashNaming.h"
+#include "OrdovanCore/platform/UserDatabase.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+namespace ordovan {
+
+namespace {
+
+std::string joined(std::string_view folder, std::string_view name) {
+    return std::string(folder == "/" ? "" : folder).append("/").append(name);
+}
+
+/// The highest folder above a resolved path that is on its device and in its mount.
+std::string volumeTop(std::string path) {
+    constexpr int folderItself = O_PATH | O_DIRECTORY | O_NOFOLLOW;
+    const auto mountOf = [](const std::string& folder) {
+        const Descriptor opened = Descriptor::open(folder.c_str(), folderItself);
+        return opened ? Mount::of(opened) : std::nullopt;
+    };
+    const auto mount = mountOf(path);
+    while (mount && path != "/") {
+        std::string above(parentPath(path));
+        if (mountOf(above) != mount) break;
+        path = std::move(above);
+    }
+    return path;
+}
+
+/// The places asked for, by their paths with all links resolved, and the folders of Trash that may tell of them.
+class Places {
+public:
+    explicit Places(std::span<const Url> originals) {
+        const std::string user = std::to_string(::geteuid());
+        if (const std::string data = userDataFolder(); !data.empty()) trashes_.insert(joined(data, "Trash"));
+        std::string lastFolder;
+        std::string resolvedFolder;
+        for (const Url& original : originals) {
+            const std::string_view folder = parentPath(original.path());
+            if (folder != lastFolder) {
+                lastFolder = folder;
+                resolvedFolder = realPath(folder).value_or(lastFolder);
+                if (folders_.insert(resolvedFolder).second) {
+                    const std::string top = volumeTop(resolvedFolder);
+                    trashes_.insert(joined(top, ".Trash-" + user));
+                    trashes_.insert(joined(joined(top, ".Trash"), user));
+                }
+            }
+            originals_.emplace(joined(resolvedFolder, original.lastPathComponent()), original);
+        }
+    }
+
+    [[nodiscard]] const std::set<std::string>& trashes() const { return trashes_; }
+    /// The place asked for at this resolved path, or null.
+    [[nodiscard]] const Url* find(const std::string& path) const {
+        const auto found = originals_.find(path);
+        return found == originals_.end() ? nullptr : &found->second;
+    }
+
+private:
+    std::set<std::string> trashes_;
+    std::set<std::string> folders_;
+    std::unordered_map<std::string, Url> originals_;
+};
+
+/// The beginning of an info file, which holds all that programs write into one; empty for what is none.
+std::string textOf(int folder, const char* name) {
+    constexpr std::size_t longest = 64 * 1024;
+    const Descriptor file = Descriptor::openAt(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    struct ::stat facts;
+    if (!file || ::fstat(file.get(), &facts) != 0 || !S_ISREG(facts.st_mode)) return {};
+    std::string text(std::min<std::size_t>(longest, static_cast<std::size_t>(facts.st_size)), '\0');
+    const ::ssize_t got = ::pread(file.get(), text.data(), text.size(), 0);
+    text.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    return text;
+}
+
+/// Reads one Trash; 0 or the errno. One that is not there holds nothing.
+int search(const std::string& trash, const Places& places, std::vector<TrashedFile>& found) {
+    const std::string infoFolder = joined(trash, "info");
+    Descriptor opened = Descriptor::open(infoFolder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    if (!opened) return errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? 0 : errno;
+    const std::unique_ptr<::DIR, int (*)(::DIR*)> listing(::fdopendir(opened.get()), ::closedir);
+    if (listing == nullptr) return errno;
+    const int folder = opened.release();
+    for (;;) {
+        errno = 0;
+        const ::dirent* entry = ::readdir(listing.get());
+        if (entry == nullptr) return errno;
+        const std::string_view name = entry->d_name;
+        if (!name.ends_with(trashInfoSuffix)) continue;
+        const std::string info = joined(infoFolder, name);
+        const auto place = originalPlace(info, textOf(folder, entry->d_name));
+        const Url* original = place ? places.find(*place) : nullptr;
+        if (original == nullptr) continue;
+        const std::string_view item = name.substr(0, name.size() - trashInfoSuffix.size());
+        found.push_back({*original, Url::file(info), Url::file(joined(joined(trash, "files"), item))});
+    }
+}
+
+}  // namespace
+
+OrdovanResult<std::vector<TrashedFile>> findInTrash(std::span<const Url> originals) {
+    const Places places(originals);
+    std::vector<TrashedFile> found;
+    for (const std::string& trash : places.trashes()) {
+        if (const int error = search(trash, places, found); error != 0) {
+            return std::unexpected(OrdovanSystemError::posix(error));
+        }
+    }
+    return found;
+}
+
+OrdovanResult<void> removeTrashInfo(const TrashedFile& orphan) {
+    const SystemPath item(orphan.item), info(orphan.info);
+    int error = item.error() != 0 ? item.error() : info.error();
+    struct ::stat facts;
+    if (error == 0 && ::lstat(item.text(), &facts) == 0) error = ENOTEMPTY;
+    if (error == 0 && errno != ENOENT) error = errno;
+    if (error == 0 && ::unlink(info.text()) != 0 && errno != ENOENT) error = errno;
+    if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
+    return {};
+}
+
+}  // namespace ordovan

@@ -1,0 +1,274 @@
+#include "OrdovanCore/RecordedFileSystem.h"
+
+#include "OrdovanCore/DuplicateTrasher.h"
+#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/FileTrasher.h"
+#include "OrdovanCore/testing/FaultyFileSystem.h"
+#include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/MemoryReconcile.h"
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using ordovan::RecordedFileSystem;
+using ordovan::testing::digestOf;
+using ordovan::testing::FaultyFileSystem;
+using ordovan::testing::MemoryFileSystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using Kind = OrdovanRunRecord::Kind;
+using NoteKind = OrdovanRunNote::Kind;
+
+namespace {
+
+/// Notes in memory, and in which order they came among the calls of the file system.
+class GatheredNotes final : public ordovan::RunNotes {
+public:
+    explicit GatheredNotes(std::vector<std::string>& events) : events_(events) {}
+    OrdovanResult<void> append(std::string_view text) override {
+        if (fails) return std::unexpected(OrdovanSystemError::posix(ENOSPC));
+        all += text;
+        events_.emplace_back("append");
+        return {};
+    }
+    OrdovanResult<void> sync() override {
+        events_.emplace_back("sync");
+        return {};
+    }
+    std::string all;
+    bool fails = false;
+
+private:
+    std::vector<std::string>& events_;
+};
+
+/// A run in "/r" whose files have the intent they need.
+class RecordedRun : public ::testing::Test {
+protected:
+    void tree(std::initializer_list<std::string_view> items) { ordovan::testing::build(memory, "/r", items); }
+
+    void intend(std::string_view from, std::string_view to, Kind kind = Kind::organize) {
+        intent.kind = kind;
+        intent.root = Url::file("/r");
+        OrdovanRunItem item{.source = from, .destination = to, .identity = {}, .contentHash = {}};
+        if (const auto facts = ordovan::test::factsIn(memory, Url::file(from))) {
+            item.byteSize = facts->byteSize;
+            item.modifiedNs = facts->modifiedNs;
+            item.identity = facts->identity;
+        }
+        intent.items.push_back(item);
+    }
+
+    RecordedFileSystem& fs() {
+        if (!recorded) {
+            disk.setBeforeCall([this](const FaultyFileSystem::Call& call) {
+                using enum ordovan::testing::Operation;
+                if (call.operation == move) events.emplace_back("move");
+                if (call.operation == copy) events.emplace_back("copy");
+                if (call.operation == remove) events.emplace_back("remove");
+                if (call.operation == trash) events.emplace_back("trash");
+            });
+            recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered);
+        }
+        return *recorded;
+    }
+
+    OrdovanExecutionReport organize() {
+        std::vector<OrdovanFileProposal> proposals;
+        for (const OrdovanRunItem& item : intent.items) {
+            proposals.push_back({.source = Url::file(item.source),
+                                 .destination = Url::file(item.destination),
+                                 .category = OrdovanFileCategory::documents,
+                                 .explanation = "",
+                                 .ruleFolder = std::nullopt});
+        }
+        return OrdovanExecutor::apply(proposals, Url::file("/r"), Url::file("/r/ordovan+"), fs(), 1);
+    }
+
+    /// The notes so far, the gathered ones handed over.
+    std::vector<OrdovanRunNote> notes() {
+        recorded.reset();
+        std::string text;
+        intent.encode([&](std::string_view piece) {
+            text += piece;
+            return true;
+        });
+        const auto run = OrdovanUnfinishedRun::decoded(text + gathered.all);
+        EXPECT_TRUE(run) << describe(run.error());
+        return run ? run->notes : std::vector<OrdovanRunNote>();
+    }
+
+    MemoryFileSystem memory;
+    FaultyFileSystem disk{memory};
+    OrdovanRunIntent intent;
+    std::vector<std::string> events;
+    GatheredNotes gathered{events};
+    std::unique_ptr<RecordedFileSystem> recorded;
+};
+
+using RecordedFileSystemTest = RecordedRun;
+
+TEST_F(RecordedFileSystemTest, NotesWhatWasMovedBehindItAndAtOnce) {
+    tree({"a.pdf = one", "b.pdf = two"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    intend("/r/b.pdf", "/r/ordovan+/b.pdf");
+    EXPECT_EQ(organize().movedCount(), 2U);
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(2));
+    EXPECT_EQ(noted[1], (OrdovanRunNote{.kind = NoteKind::done,
+                                        .item = 1,
+                                        .byteSize = 3,
+                                        .contentHash = digestOf("two"),
+                                        .identity = intent.items[1].identity,
+                                        .sameVolume = true,
+                                        .path = {}}));
+    EXPECT_THAT(events, ElementsAre("move", "move", "append"));
+}
+
+TEST_F(RecordedFileSystemTest, NotesACopyOnDiskBeforeItIsBegun) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    EXPECT_EQ(organize().movedCount(), 1U);
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(2));
+    EXPECT_EQ(noted[0].kind, NoteKind::begun);
+    EXPECT_EQ(noted[0].contentHash, digestOf("one"));
+    EXPECT_TRUE(OrdovanPartialName::isPartial(noted[0].path));
+    EXPECT_EQ(noted[1].kind, NoteKind::done);
+    EXPECT_FALSE(noted[1].sameVolume);
+    EXPECT_THAT(events, ElementsAre("append", "sync", "copy", "move", "remove", "append"));
+}
+
+TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    memory.replace("/r/a.pdf", "other");
+    EXPECT_EQ(organize().movedCount(), 1U);
+    EXPECT_THAT(events, ElementsAre("append", "move"));
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(2));
+    EXPECT_EQ(noted[0].kind, NoteKind::begun);
+    EXPECT_EQ(noted[0].contentHash, digestOf("other"));
+    EXPECT_NE(noted[0].identity, intent.items[0].identity);
+    EXPECT_EQ(noted[0].path, "");
+}
+
+TEST_F(RecordedFileSystemTest, NotesWhereAFileLiesInTheTrash) {
+    tree({"a.pdf = one", "b.pdf = two"});
+    intend("/r/b.pdf", "", Kind::trash);
+    const OrdovanFileTrasher::Item item{Url::file("/r/b.pdf"), 3};
+    const auto report = OrdovanFileTrasher::trash({&item, 1}, Url::file("/r"), fs());
+    ASSERT_EQ(report.movedCount(), 1U);
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(1));
+    EXPECT_EQ(noted[0].path, report.outcomes[0].destination.path());
+    EXPECT_EQ(noted[0].contentHash, digestOf("two"));
+}
+
+TEST_F(RecordedFileSystemTest, HandsNotesOverSome32KiBAtATime) {
+    for (int i = 0; i < 400; ++i) {
+        const std::string name = std::to_string(i) + ".pdf";
+        memory.write("/r/" + name, "x");
+        intend("/r/" + name, "/r/ordovan+/" + name);
+    }
+    EXPECT_EQ(organize().movedCount(), 400U);
+    EXPECT_THAT(notes(), SizeIs(400));
+    EXPECT_EQ(std::ranges::count(events, "append"), 2);
+}
+
+TEST_F(RecordedFileSystemTest, FindsItemsThatTheRunTakesInAnotherOrderOrLeavesOut) {
+    for (int i = 0; i < 20; ++i) {
+        const std::string name = std::to_string(i);
+        memory.write("/r/" + name, "x");
+        intend("/r/" + name, "/r/ordovan+/" + name);
+    }
+    for (const int i : {15, 2, 3, 19, 0}) {
+        const std::string name = std::to_string(i);
+        EXPECT_TRUE(fs().createDirectory(Url::file("/r/ordovan+")));
+        EXPECT_TRUE(fs().move(Url::file("/r/" + name), Url::file("/r/ordovan+/" + name))) << i;
+    }
+}
+
+TEST_F(RecordedFileSystemTest, GoesOnWhenNotesCanNotBeWritten) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a.pdf = one", "b.pdf = two"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    intend("/r/b.pdf", "/r/ordovan+/b.pdf");
+    gathered.fails = true;
+    EXPECT_EQ(organize().movedCount(), 2U);
+    gathered.fails = false;
+    EXPECT_THAT(notes(), IsEmpty());
+}
+
+// Nothing but what is intended.
+
+TEST_F(RecordedFileSystemTest, RefusesWhatIsNotIntendedAndTouchesNothing) {
+    tree({"a = 1", "b = 2", "ordovan+/x = 3"});
+    intend("/r/a", "/r/ordovan+/a");
+    const auto before = memory.snapshot();
+    const auto url = [](std::string_view path) { return Url::file(path); };
+    const std::string partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+    const auto refused = std::unexpected(OrdovanSystemError::posix(EPERM));
+    EXPECT_EQ(fs().move(url("/r/b"), url("/r/ordovan+/b")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().move(url("/r/a"), url("/r/ordovan+/b")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().move(url("/r/a"), url("")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().move(url("/r/ordovan+/a"), url("/r/a")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().move(url(partial), url("/r/ordovan+/a")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().copy(url("/r/b"), url(partial)), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().copy(url("/r/a"), url("/r/ordovan+/a")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().copy(url("/r/a"), url("/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000")),
+              OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().remove(url("/r/a")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().remove(url("/r/ordovan+/x")), OrdovanResult<void>(refused));
+    EXPECT_EQ(fs().trash(url("/r/b")), OrdovanResult<Url>(refused));
+    EXPECT_EQ(fs().trash(url("/r/a")), OrdovanResult<Url>(refused));
+    EXPECT_EQ(fs().createDirectory(url("/r/other")), OrdovanResult<void>(refused));
+    EXPECT_EQ(memory.snapshot(), before);
+    EXPECT_THAT(events, IsEmpty());
+}
+
+TEST_F(RecordedFileSystemTest, RemovesTheOriginalOfACopyOnly) {
+    tree({"a = 1", "b = 2", "ordovan+/x = 3"});
+    intend("/r/a", "/r/ordovan+/a");
+    intend("/r/b", "/r/ordovan+/b");
+    const Url partial = Url::file("/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000");
+    EXPECT_TRUE(fs().contentHash(Url::file("/r/a")));
+    EXPECT_TRUE(fs().copy(Url::file("/r/a"), partial));
+    EXPECT_FALSE(fs().remove(Url::file("/r/b")));
+    EXPECT_TRUE(fs().move(partial, Url::file("/r/ordovan+/a")));
+    EXPECT_TRUE(fs().remove(Url::file("/r/a")));
+    EXPECT_TRUE(fs().move(Url::file("/r/b"), Url::file("/r/ordovan+/b")));
+    EXPECT_FALSE(fs().remove(Url::file("/r/ordovan+/a")));  // another file is in work by now
+}
+
+TEST_F(RecordedFileSystemTest, LetsAFileComeBackFromTheTrash) {
+    tree({"a = 1"});
+    intend("/r/a", "", Kind::trash);
+    const auto place = fs().trash(Url::file("/r/a"));
+    ASSERT_TRUE(place);
+    EXPECT_FALSE(fs().move(*place, Url::file("/r/b")));
+    EXPECT_TRUE(fs().move(*place, Url::file("/r/a")));
+    EXPECT_EQ(memory.read("/r/a"), "1");
+}
+
+TEST_F(RecordedFileSystemTest, AnswersQuestionsAboutEveryFile) {
+    tree({"a = 1", "b = 22"});
+    intend("/r/a", "/r/ordovan+/a");
+    EXPECT_TRUE(fs().exists(Url::file("/r/b")));
+    EXPECT_TRUE(fs().isRegularFile(Url::file("/r/b")));
+    EXPECT_FALSE(fs().isSymlink(Url::file("/r/b")));
+    EXPECT_TRUE(fs().sameVolume(Url::file("/r/b"), Url::file("/r/a")));
+    EXPECT_EQ(fs().fileSize(Url::file("/r/b")), 2);
+    EXPECT_EQ(fs().contentHash(Url::file("/r/b")), digestOf("22"));
+    EXPECT_EQ(fs().fileIdentity(Url::file("/r/b")), memory.fileIdentity(Url::file("/r/b")));
+}
+
+}  // namespace
