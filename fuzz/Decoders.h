@@ -3,6 +3,7 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/RunHistory.h"
+#include "OrdovanCore/RunRecord.h"
 #include "OrdovanCore/TrashPlace.h"
 #include "OrdovanCore/TrashRecord.h"
 #include "OrdovanCore/Url.h"
@@ -75,6 +76,32 @@ inline std::string rules(std::string_view input) {
     const auto name = OrdovanRuleSet::validateFolderName(input);
     if (name && OrdovanRuleSet::validateFolderName(*name) != name) return "a valid name is not valid again";
     return "";
+}
+
+inline std::string runRecord(std::string_view input) {
+    const auto whole = OrdovanUnfinishedRun::decoded(input);
+    OrdovanRunRecordDecoder decoder;
+    const std::size_t step = input.size() % 7 + 1;
+    for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
+    if (!agree(decoder.finish(), whole)) return "a run's record fed in pieces is read differently";
+    if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
+    const OrdovanRunIntent& intent = whole->intent;
+    if (!intent.root.path().starts_with('/') || intent.root.path() == "/") return "a run works nowhere";
+    for (const OrdovanRunItem& item : intent.items) {
+        if (!item.source.view().starts_with('/')) return "an item comes from no absolute place";
+        if (item.source.view().contains('\0') || item.destination.view().contains('\0')) return "a path holds a NUL";
+    }
+    for (const OrdovanRunNote& note : whole->notes) {
+        if (note.item >= intent.items.size()) return "a note is about no item";
+        if (note.path.view().contains('\0')) return "a path holds a NUL";
+    }
+    std::string again;
+    intent.encode([&](std::string_view piece) {
+        again += piece;
+        return true;
+    });
+    for (const OrdovanRunNote& note : whole->notes) note.appendTo(again, intent.root);
+    return OrdovanUnfinishedRun::decoded(again) == whole ? "" : "a run's record is not read back equal";
 }
 
 /// The input is what an info file of a Trash holds, a path to be stored in one, and the name of an item.

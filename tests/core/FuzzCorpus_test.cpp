@@ -44,6 +44,14 @@ TEST(FuzzCorpus, OfRulesHoldsWhatMustHold) {
     EXPECT_GE(replay("rules", ordovan::fuzz::rules), 20U);
 }
 
+TEST(FuzzCorpus, OfRecordsOfRunsHoldsWhatMustHold) {
+    EXPECT_GE(replay("run-record", ordovan::fuzz::runRecord), 40U);
+    const auto whole =
+        OrdovanUnfinishedRun::decoded(contentOf(ORDOVAN_SOURCE_DIR "/fuzz/corpus/run-record/notes.jsonl"));
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->notes.size(), 3U);
+}
+
 TEST(FuzzCorpus, OfWhatATrashKeepsHoldsWhatMustHold) {
     EXPECT_GE(replay("trash-info", ordovan::fuzz::trashInfo), 20U);
 }
