@@ -44,6 +44,8 @@ Relocation Relocator::rename(const Url& from, const Url& to, const Fingerprint& 
     const auto moved = inFolder(to.deletingLastPathComponent(), mayTryAgain, [&] { return fs_.move(from, to); });
     if (moved && fs_.isRegularFile(to)) return {End::done, true};
     if (hasMoved(from, to, was.identity, was.identity)) return {End::done, true};
+    // Two mounts of one device, or folders that the file system keeps apart: as if they were two volumes.
+    if (!moved && moved.error() == OrdovanSystemError::posix(EXDEV)) return carry(from, to, was, mayTryAgain);
     return moved ? Relocation{End::didNotLand, true} : Relocation{End::moveFailed, true, moved.error()};
 }
 

@@ -30,11 +30,12 @@ struct Relocation {
         originalStays,       ///< the original could not be removed after the copy, which was therefore removed
     };
     End end;
-    bool sameVolume = false;
+    bool sameVolume = false;        ///< whether the file was renamed, and not copied
     OrdovanSystemError error = {};  ///< for the ends that a system error caused
 };
 
-/// Moves single files to free places, within a volume by a rename, across volumes by copy, verify, rename, remove.
+/// Moves single files to free places, within a volume by a rename, across volumes by copy, verify, rename, remove; so
+/// too where one volume refuses the rename as if it were two (EXDEV: bind mounts, subvolumes, overlays).
 /// One object serves one run on one thread: it remembers the folders that it made.
 ///
 /// A reply is not trusted blindly: the answer to a rename or removal may be lost on its way (network file systems), so

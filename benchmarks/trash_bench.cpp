@@ -1,13 +1,13 @@
 // Moves every file below a folder to the Trash, or puts the Trash work's parts beside it. Prints one JSON line.
 //   trash_bench move FOLDER     the Trash work alone
-//   trash_bench prove FOLDER    examined and hashed first (ahead, as in the program), and proved afterwards, as big
-//   files are trash_bench hash FOLDER     SHA-256 of each, and nothing else trash_bench back FOLDER     all put back;
-//   the trashing before it is not timed, and is on the disk by then
+//   trash_bench prove FOLDER    hashed first (ahead, as in the program), and proved afterwards, as big files are
+//   trash_bench hash FOLDER     SHA-256 of each, and nothing else
+//   trash_bench back FOLDER     all put back; the trashing before it is not timed, and is on the disk by then
 
 #include "OrdovanCore/DuplicateTrasher.h"
 #include "OrdovanCore/FileTrasher.h"
 #include "OrdovanCore/platform/HashAhead.h"
-#include "OrdovanCore/platform/TrashRun.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
 
 #include <unistd.h>
 
@@ -23,7 +23,7 @@
 namespace {
 
 using ordovan::HashAheadFileSystem;
-using ordovan::TrashRunFileSystem;
+using ordovan::RunFileSystem;
 using Clock = std::chrono::steady_clock;
 
 std::vector<OrdovanFileTrasher::Item> filesBelow(const std::string& folder) {
@@ -35,10 +35,17 @@ std::vector<OrdovanFileTrasher::Item> filesBelow(const std::string& folder) {
     return items;
 }
 
+/// For the workers of a run on this disk.
+HashAheadFileSystem::Options vouchingTo(RunFileSystem& disk) {
+    HashAheadFileSystem::Options options;
+    options.vouch = RunFileSystem::voucher(disk);
+    return options;
+}
+
 /// How many files were done as `mode` says. `begun` is when the clock began, which some modes put off.
 std::size_t run(std::string_view mode, const std::vector<OrdovanFileTrasher::Item>& items, const Url& folder,
                 Clock::time_point& begun) {
-    TrashRunFileSystem fs;
+    RunFileSystem fs(folder);
     std::size_t done = 0;
     if (mode == "move") {
         for (const auto& item : items) done += fs.trash(item.url) ? 1 : 0;
@@ -47,7 +54,7 @@ std::size_t run(std::string_view mode, const std::vector<OrdovanFileTrasher::Ite
     } else {
         std::vector<Url> files;
         for (const auto& item : items) files.push_back(item.url);
-        HashAheadFileSystem ahead(fs, files, {});
+        HashAheadFileSystem ahead(fs, files, vouchingTo(fs));
         const OrdovanTrashReport report = OrdovanFileTrasher::trash(items, folder, ahead);
         if (mode == "prove") return report.movedCount();
         ::sync();
@@ -55,7 +62,7 @@ std::size_t run(std::string_view mode, const std::vector<OrdovanFileTrasher::Ite
         for (const auto& entry : std::views::reverse(report.record.entries))
             trashed.push_back(Url::file(entry.trashed()));
         begun = Clock::now();
-        HashAheadFileSystem aheadOfBack(fs, trashed, {});
+        HashAheadFileSystem aheadOfBack(fs, trashed, vouchingTo(fs));
         return OrdovanDuplicateTrasher::restore(report.record, folder, aheadOfBack).movedCount();
     }
     return done;

@@ -9,8 +9,8 @@
 #include "OrdovanCore/platform/DocumentWriter.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/HashAhead.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
-#include "OrdovanCore/platform/TrashRun.h"
 #include "OrdovanCore/platform/Volumes.h"
 
 #include <algorithm>
@@ -69,11 +69,12 @@ SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
     return {.fileSystem = state_->fileSystem,
-            .makeRunFileSystem = [](const Url&) { return std::make_unique<ordovan::TrashRunFileSystem>(); },
+            .makeRunFileSystem = [](const Url& root) { return std::make_unique<ordovan::RunFileSystem>(root); },
             .hashAhead =
                 [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
                     ordovan::HashAheadFileSystem::Options options;
                     options.mayRead = std::move(mayRead);
+                    options.vouch = ordovan::RunFileSystem::voucher(fs);
                     return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
                 },
             .contents = &state_->contents,

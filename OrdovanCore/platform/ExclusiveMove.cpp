@@ -9,63 +9,60 @@ namespace ordovan {
 
 namespace {
 
-bool examine(const char* path, struct ::stat& facts) {
-    return ::lstat(path, &facts) == 0;
-}
-
 /// True when the file system, not the situation, is why a call failed.
 bool isUnsupported(int error) {
     return error == EINVAL || error == ENOSYS || error == EOPNOTSUPP;
 }
 
-int renameOver(const char* from, const char* to) {
-    return ::rename(from, to) == 0 ? 0 : errno;
+int renameOver(FolderEntry from, FolderEntry to) {
+    return ::renameat(from.folder, from.name, to.folder, to.name) == 0 ? 0 : errno;
 }
 
 /// Takes the second name of an item away again, as long as the item keeps its first one. Where the second can not be
 /// looked at, the count of names tells whether it is still there.
-void takeBackLink(const char* from, const char* to, ::nlink_t namesBefore) {
+void takeBackLink(FolderEntry from, FolderEntry to, ::nlink_t namesBefore) {
     struct ::stat old, fresh;
-    if (!examine(from, old)) return;
-    const bool isOurs = examine(to, fresh) ? isSameItem(old, fresh) : errno != ENOENT && old.st_nlink > namesBefore;
-    if (isOurs) ::unlink(to);
+    if (!from.examine(old)) return;
+    const bool isOurs = to.examine(fresh) ? isSameItem(old, fresh) : errno != ENOENT && old.st_nlink > namesBefore;
+    if (isOurs) to.unlink();
 }
 
 /// `names` is how many the item had just now.
-int moveByLink(const char* from, const char* to, ::nlink_t names) {
-    if (::linkat(AT_FDCWD, from, AT_FDCWD, to, 0) != 0) return errno;
+int moveByLink(FolderEntry from, FolderEntry to, ::nlink_t names) {
+    if (::linkat(from.folder, from.name, to.folder, to.name, 0) != 0) return errno;
     struct ::stat old, fresh;
-    int error = examine(to, fresh) ? 0 : errno;
+    int error = to.examine(fresh) ? 0 : errno;
     if (error == 0) {
         // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
         // theirs.
-        if (!examine(from, old) || !isSameItem(old, fresh)) return 0;
-        if (::unlink(from) == 0 || errno == ENOENT) return 0;
+        if (!from.examine(old) || !isSameItem(old, fresh)) return 0;
+        if (from.unlink() == 0 || errno == ENOENT) return 0;
         error = errno;
     }
     takeBackLink(from, to, names);
     return error;
 }
 
-int moveFolderOverPlaceholder(const char* from, const char* to) {
-    if (::mkdir(to, 0700) != 0) return errno;
+int moveFolderOverPlaceholder(FolderEntry from, FolderEntry to) {
+    if (::mkdirat(to.folder, to.name, 0700) != 0) return errno;
     const int error = renameOver(from, to);
-    if (error != 0) ::rmdir(to);
+    if (error != 0) ::unlinkat(to.folder, to.name, AT_REMOVEDIR);
     return error;
 }
 
 /// An empty file made exclusively under the new name.
 class Placeholder {
 public:
-    explicit Placeholder(const char* path)
-        : path_(path), descriptor_(Descriptor::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) {
+    explicit Placeholder(FolderEntry place)
+        : place_(place),
+          descriptor_(Descriptor::openAt(place.folder, place.name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) {
         error_ = descriptor_ ? 0 : errno;
         if (error_ != 0 || ::fstat(descriptor_.get(), &made_) == 0) return;
         error_ = errno;
         // Nothing but its making has happened yet, and so an empty file of one name can be no other.
         struct ::stat there;
-        if (examine(path_, there) && S_ISREG(there.st_mode) && there.st_size == 0 && there.st_nlink == 1) {
-            ::unlink(path_);
+        if (place_.examine(there) && S_ISREG(there.st_mode) && there.st_size == 0 && there.st_nlink == 1) {
+            place_.unlink();
         }
     }
 
@@ -75,7 +72,7 @@ public:
     /// errno for which that can not be told.
     [[nodiscard]] int check() const {
         struct ::stat there;
-        if (!examine(path_, there)) return errno;
+        if (!place_.examine(there)) return errno;
         return isSameItem(made_, there) && there.st_size == 0 ? 0 : EEXIST;
     }
 
@@ -87,17 +84,17 @@ public:
         if (error != 0 && error != EEXIST && error != ENOENT && ::fstat(descriptor_.get(), &now) == 0) {
             error = now.st_nlink != 0 && now.st_size == 0 ? 0 : EEXIST;
         }
-        if (error == 0) ::unlink(path_);
+        if (error == 0) place_.unlink();
     }
 
 private:
-    const char* path_;
+    FolderEntry place_;
     Descriptor descriptor_;
     struct ::stat made_{};
     int error_ = 0;
 };
 
-int moveOverPlaceholder(const char* from, const char* to) {
+int moveOverPlaceholder(FolderEntry from, FolderEntry to) {
     const Placeholder placeholder(to);
     if (placeholder.error() != 0) return placeholder.error();
     int error = placeholder.check();
@@ -108,15 +105,15 @@ int moveOverPlaceholder(const char* from, const char* to) {
 
 }  // namespace
 
-int moveExclusively(const char* from, const char* to, MoveWays ways) {
+int moveExclusively(FolderEntry from, FolderEntry to, MoveWays ways) {
     int error = ENOTSUP;
     if (ways.rename) {
-        if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
+        if (::renameat2(from.folder, from.name, to.folder, to.name, RENAME_NOREPLACE) == 0) return 0;
         error = errno;
         if (!isUnsupported(error)) return error;
     }
     struct ::stat facts;
-    if (!examine(from, facts)) return errno;
+    if (!from.examine(facts)) return errno;
     if (S_ISDIR(facts.st_mode)) return ways.placeholder ? moveFolderOverPlaceholder(from, to) : error;
     if (ways.link) {
         error = moveByLink(from, to, facts.st_nlink);
@@ -126,7 +123,7 @@ int moveExclusively(const char* from, const char* to, MoveWays ways) {
     return ways.placeholder ? moveOverPlaceholder(from, to) : error;
 }
 
-int moveDurably(const char* from, const char* to, MoveWays ways, int (*sync)(const char* item)) {
+int moveDurably(FolderEntry from, FolderEntry to, MoveWays ways, int (*sync)(FolderEntry item)) {
     const int moved = moveExclusively(from, to, ways);
     if (moved != 0) return moved;
     const int synced = sync(to);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrdovanCore/platform/FolderEntry.h"
+
 namespace ordovan {
 
 /// The ways to rename without replacing, in the order in which they are tried.
@@ -18,10 +20,10 @@ struct MoveWays {
 /// counting as taken; EXDEV for another volume). On failure the item stands where it stood and nowhere else, and what
 /// stood at `to` is untouched; what was made there is taken away again while it is provably ours. Folders too, which
 /// take the `placeholder` way where the first one fails (rename(2) replaces a folder only while it is empty).
-int moveExclusively(const char* from, const char* to, MoveWays ways = {});
+int moveExclusively(FolderEntry from, FolderEntry to, MoveWays ways = {});
 
 /// The same, and the new name is on disk when it returns. When it can not be put there, the item goes back to its old
 /// name and the error is that of the flush. `sync` flushes the folder of the item it is given; 0 or an errno.
-int moveDurably(const char* from, const char* to, MoveWays ways, int (*sync)(const char* item));
+int moveDurably(FolderEntry from, FolderEntry to, MoveWays ways, int (*sync)(FolderEntry item));
 
 }  // namespace ordovan

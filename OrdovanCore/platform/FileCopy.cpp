@@ -20,15 +20,16 @@ constexpr ::off_t pieceSize = 1 << 20;
 /// A file made exclusively, taken away again unless it is kept.
 class NewFile {
 public:
-    explicit NewFile(const char* path)
-        : path_(path), descriptor_(Descriptor::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) {
+    explicit NewFile(FolderEntry place)
+        : place_(place),
+          descriptor_(Descriptor::openAt(place.folder, place.name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600)) {
         error_ = descriptor_ ? 0 : errno;
         if (error_ == 0 && ::fstat(descriptor_.get(), &made_) != 0) error_ = errno;
     }
     ~NewFile() {
         struct ::stat there;
-        if (error_ != 0 || kept_ || ::lstat(path_, &there) != 0) return;
-        if (isSameFile(there, made_)) ::unlink(path_);
+        if (error_ != 0 || kept_ || !place_.examine(there)) return;
+        if (isSameFile(there, made_)) place_.unlink();
     }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
@@ -39,7 +40,7 @@ public:
     void keep() { kept_ = true; }
 
 private:
-    const char* path_;
+    FolderEntry place_;
     Descriptor descriptor_;
     struct ::stat made_{};
     int error_ = 0;
@@ -116,19 +117,27 @@ private:
     CopyWays ways_;
 };
 
-/// True when file and path are what they were: not written, not replaced, not renamed.
-bool isUnchanged(const char* path, const RegularFile& file) {
+/// True when file and name are what they were: not written, not replaced, not renamed.
+bool isUnchanged(FolderEntry name, const RegularFile& file) {
     struct ::stat now, named;
-    return ::fstat(file.descriptor.get(), &now) == 0 && ::lstat(path, &named) == 0 && isUnwritten(file.facts, now) &&
+    return ::fstat(file.descriptor.get(), &now) == 0 && name.examine(named) && isUnwritten(file.facts, now) &&
            isSameFile(file.facts, named);
+}
+
+/// Opens the source as far as it may be copied; 0 or the errno.
+int openSource(RegularFile& source, FolderEntry from, const SourceTerms& terms) {
+    const int error = source.open(from);
+    if (error != 0) return error == EISDIR ? EINVAL : error;
+    if (terms.was != nullptr && !isUntouched(*terms.was, source.facts)) return EBUSY;
+    return terms.writers != nullptr && terms.writers->isWrittenAtStart(source) ? EBUSY : 0;
 }
 
 }  // namespace
 
-int copyExclusively(const char* from, const char* to, CopyWays ways) {
+int copyExclusively(FolderEntry from, FolderEntry to, CopyWays ways, const SourceTerms& terms) {
     RegularFile source;
-    int error = source.open(from);
-    if (error != 0) return error == EISDIR ? EINVAL : error;
+    int error = openSource(source, from, terms);
+    if (error != 0) return error;
     NewFile target(to);
     error = target.error();
     if (error == 0) error = ContentCopy(source.descriptor.get(), target.get(), ways).run(source.facts.st_size);
@@ -140,6 +149,7 @@ int copyExclusively(const char* from, const char* to, CopyWays ways) {
     error = target.close();
     if (error == 0) error = ways.sync(to);
     if (error == 0 && !isUnchanged(from, source)) error = EBUSY;
+    if (error == 0 && terms.writers != nullptr && terms.writers->isWrittenAtEnd(source)) error = EBUSY;
     if (error == 0) target.keep();
     return error;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "OrdovanCore/platform/FolderEntry.h"
+#include "OrdovanCore/platform/WriterProbe.h"
+
 namespace ordovan {
 
 /// The ways to bring a file's bytes over, in the order in which they are tried; reading and writing always works.
@@ -7,7 +10,13 @@ struct CopyWays {
     bool shareExtents = true;  ///< ioctl_ficlone(2), within one btrfs, xfs or the like
     bool copyRange = true;     ///< copy_file_range(2)
     /// Called with each folder entry to put on disk; 0 or an errno. See `syncFolderOf`.
-    int (*sync)(const char* item);
+    int (*sync)(FolderEntry item);
+};
+
+/// What a copy insists on beyond finding a regular file that stays what it is.
+struct SourceTerms {
+    const struct ::stat* was = nullptr;  ///< the file, untouched since it was examined so; null for any
+    WriterProbe* writers = nullptr;      ///< with which to ask for programs that write the file; null for not at all
 };
 
 /// Copies a regular file to a name that must be free and returns 0 or the errno.
@@ -19,7 +28,8 @@ struct CopyWays {
 /// dropped from memory so that the next reading comes from the device.
 ///
 /// EEXIST when anything bears the name; ELOOP for a link, EINVAL for anything else that is not a regular file; EBUSY
-/// when the source changed or was replaced meanwhile. On any failure nothing is left at `to`.
-int copyExclusively(const char* from, const char* to, CopyWays ways);
+/// when the source changed or was replaced meanwhile, or is not what `terms` say. On any failure nothing is left at
+/// `to`.
+int copyExclusively(FolderEntry from, FolderEntry to, CopyWays ways, const SourceTerms& terms = {});
 
 }  // namespace ordovan

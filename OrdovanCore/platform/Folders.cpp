@@ -48,12 +48,12 @@ int makeFolders(std::string_view path, ::mode_t mode) {
     return error == EEXIST && isFolder(text.c_str()) ? 0 : error;
 }
 
-int syncFolderOf(const char* item) {
-    const std::string folder(parentPath(item));
-    const Descriptor opened = Descriptor::open(folder.c_str(), O_RDONLY | O_DIRECTORY);
+int syncFolderOf(FolderEntry item) {
+    const std::string folder(item.folder == AT_FDCWD ? parentPath(item.name) : ".");
+    const Descriptor opened = Descriptor::openAt(item.folder, folder.c_str(), O_RDONLY | O_DIRECTORY);
     if (opened) return ::fsync(opened.get()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
     if (errno != EACCES) return errno;
-    const Descriptor inside = Descriptor::open(item, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    const Descriptor inside = Descriptor::openAt(item.folder, item.name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
 }
 

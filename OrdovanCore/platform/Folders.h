@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrdovanCore/platform/FolderEntry.h"
+
 #include <sys/types.h>
 
 #include <string_view>
@@ -14,6 +16,6 @@ int makeFolders(std::string_view path, ::mode_t mode);
 /// Puts the entry of an item in its folder on disk (fsync(2) on the folder). For a folder that may be written but not
 /// read, the whole volume is flushed instead. Returns 0 or the errno; a file system that can not flush folders at all
 /// counts as having done so.
-int syncFolderOf(const char* item);
+int syncFolderOf(FolderEntry item);
 
 }  // namespace ordovan

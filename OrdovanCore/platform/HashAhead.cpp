@@ -4,6 +4,7 @@
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
+#include "OrdovanCore/platform/WriterProbe.h"
 
 #include <linux/magic.h>
 #include <sys/vfs.h>
@@ -73,10 +74,11 @@ public:
         RegularFile file;
         if (file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
         if (now() - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
+        if (writers_.isWrittenAtStart(file)) return std::nullopt;
         auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
         struct ::stat after;
         if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
-        if (!isUnwritten(file.facts, after)) return std::nullopt;
+        if (!isUnwritten(file.facts, after) || writers_.isWrittenAtEnd(file)) return std::nullopt;
         return Hashed{after, std::move(*hash)};
     }
 
@@ -99,15 +101,15 @@ private:
     }
 
     const HashAheadFileSystem::Options& options_;
+    WriterProbe writers_;
     std::optional<::dev_t> device_;
     bool reliable_ = false;
 };
 
-bool isUntouched(const Url& url, const struct ::stat& before) {
+bool isStillThere(const Url& url, const struct ::stat& before) {
     const SystemPath path(url);
     struct ::stat facts;
-    return path.error() == 0 && ::lstat(path.text(), &facts) == 0 && S_ISREG(facts.st_mode) &&
-           isSameFile(before, facts) && isUnwritten(before, facts);
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0 && isUntouched(before, facts);
 }
 
 }  // namespace
@@ -203,7 +205,8 @@ private:
     std::vector<std::jthread> workers_;
 };
 
-HashAheadFileSystem::HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files, Options options) : fs_(fs) {
+HashAheadFileSystem::HashAheadFileSystem(OrdovanFileSystem& fs, std::span<const Url> files, Options options)
+    : fs_(fs), vouch_(options.vouch) {
     if (files.size() > 1) queue_ = std::make_unique<Queue>(files, std::move(options));
 }
 
@@ -211,8 +214,9 @@ HashAheadFileSystem::~HashAheadFileSystem() = default;
 
 OrdovanResult<std::string> HashAheadFileSystem::contentHash(const Url& url) {
     std::optional<Hashed> ahead = queue_ == nullptr ? std::nullopt : queue_->take(url);
-    if (ahead && isUntouched(url, ahead->facts)) {
+    if (ahead && isStillThere(url, ahead->facts)) {
         ++handedOut_;
+        if (vouch_) vouch_(url, ahead->facts);
         return std::move(ahead->hash);
     }
     return fs_.contentHash(url);

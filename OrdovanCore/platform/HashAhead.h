@@ -2,6 +2,8 @@
 
 #include "OrdovanCore/FileSystem.h"
 
+#include <sys/stat.h>
+
 #include <functional>
 #include <memory>
 #include <span>
@@ -13,9 +15,9 @@ namespace ordovan {
 ///
 /// A hash made ahead is handed out only when nothing tells that the file changed since: it is still a regular file with
 /// the same device, inode, size, modification and status-change time (st_ctim, which no program can set), the latter
-/// old enough when the hash was made that a later change must show in it, and all on a local file system whose stamps
-/// can be relied on. Otherwise the file is hashed at the moment it is asked for, as without this class. What a program
-/// writes through a shared mapping may show in the stamps late; so it may when a file is hashed and then moved at once.
+/// old enough when the hash was made that a later change must show in it, nobody had it open for writing (which might
+/// show in the stamps late), and all on a local file system whose stamps can be relied on. Otherwise the file is hashed
+/// at the moment it is asked for, as without this class.
 ///
 /// Every other operation goes straight to the file system given. Used by one thread. Destroying it stops the workers,
 /// in the middle of a file as well.
@@ -25,6 +27,9 @@ public:
         /// Whether a file may be opened at all: the checks that the run itself will make of its place. Called on the
         /// workers; empty for always.
         std::function<bool(const Url& file)> mayRead;
+        /// Told of each hash made ahead that is handed out: `facts` are those of the descriptor that was read, and were
+        /// seen at the file's path a moment ago. Called on the thread that asks for the hash; empty for nobody.
+        std::function<void(const Url& file, const struct ::stat& facts)> vouch;
         /// The time, seconds since 1970; empty for the system's clock. Called on the workers.
         std::function<double()> clock;
         /// Relies on the time stamps of every file system, not only of those known to keep them well.
@@ -54,6 +59,7 @@ public:
 private:
     class Queue;
     OrdovanFileSystem& fs_;
+    std::function<void(const Url& file, const struct ::stat& facts)> vouch_;
     std::unique_ptr<Queue> queue_;
     std::size_t handedOut_ = 0;
 };

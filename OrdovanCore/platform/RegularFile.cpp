@@ -2,10 +2,11 @@
 
 namespace ordovan {
 
-int RegularFile::open(const char* path) {
+int RegularFile::open(FolderEntry item) {
     constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK;
-    descriptor = Descriptor::open(path, flags | O_NOATIME);
-    if (!descriptor && errno == EPERM) descriptor = Descriptor::open(path, flags);  // O_NOATIME is the owner's alone
+    descriptor = Descriptor::openAt(item.folder, item.name, flags | O_NOATIME);
+    // Only the owner may spare the access time.
+    if (!descriptor && errno == EPERM) descriptor = Descriptor::openAt(item.folder, item.name, flags);
     if (!descriptor) {
         switch (errno) {
             case ENXIO:  // a socket

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/FolderEntry.h"
 
 #include <sys/stat.h>
 
@@ -14,7 +15,7 @@ struct RegularFile {
     /// Opens without following a final link, without waiting (a FIFO never blocks) and, where the system lets us,
     /// without touching the access time. Returns 0 or the errno: ELOOP for a link, EISDIR for a folder, EINVAL for
     /// anything else that is not a regular file, EBUSY when another program holds a lease on it.
-    [[nodiscard]] int open(const char* path);
+    [[nodiscard]] int open(FolderEntry item);
 };
 
 }  // namespace ordovan

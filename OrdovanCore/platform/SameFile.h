@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <ctime>
+#include <string>
 
 namespace ordovan {
 
@@ -25,6 +27,17 @@ namespace ordovan {
 [[nodiscard]] inline bool isUnwritten(const struct ::stat& before, const struct ::stat& after) noexcept {
     return before.st_size == after.st_size && isSameTime(before.st_mtim, after.st_mtim) &&
            isSameTime(before.st_ctim, after.st_ctim);
+}
+
+/// A file's identity as the port and the stored records give it: device and inode.
+[[nodiscard]] inline std::string identityText(const struct ::stat& facts) {
+    return std::to_string(static_cast<std::int32_t>(facts.st_dev)) + ":" +
+           std::to_string(static_cast<std::uint64_t>(facts.st_ino));
+}
+
+/// True when what was examined once is still there and was neither written nor changed otherwise since.
+[[nodiscard]] inline bool isUntouched(const struct ::stat& before, const struct ::stat& after) noexcept {
+    return isSameItem(before, after) && isUnwritten(before, after);
 }
 
 }  // namespace ordovan

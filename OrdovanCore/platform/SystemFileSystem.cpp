@@ -5,6 +5,7 @@
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RegularFile.h"
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/Trash.h"
 #include "OrdovanCore/platform/TrashInfo.h"
@@ -127,8 +128,7 @@ OrdovanResult<std::string> SystemFileSystem::contentHash(const Url& url) {
 OrdovanResult<std::string> SystemFileSystem::fileIdentity(const Url& url) {
     struct ::stat facts;
     if (!examine(url, facts)) return notExamined();
-    return std::to_string(static_cast<std::int32_t>(facts.st_dev)) + ":" +
-           std::to_string(static_cast<std::uint64_t>(facts.st_ino));
+    return ordovan::identityText(facts);
 }
 
 OrdovanResult<Url> SystemFileSystem::trash(const Url& url) {

@@ -1,11 +1,11 @@
 #include "OrdovanCore/platform/Trash.h"
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/MovedItem.h"
 #include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 #include "OrdovanCore/platform/TrashNaming.h"
 
-#include <cstdio>
 #include <ctime>
 #include <string>
 #include <utility>
@@ -33,18 +33,7 @@ bool hasLeft(const TrashItem& item) {
 
 /// Renames the item into the Trash without replacing anything. Returns 0 or the errno.
 int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
-    if (::renameat2(item.folder.get(), item.name.c_str(), trash.files.get(), name.c_str(), RENAME_NOREPLACE) == 0) {
-        return 0;
-    }
-    int error = errno;
-    if (error == EINVAL || error == ENOSYS || error == EOPNOTSUPP) {
-        // The file system can not do that in one call. The other ways take paths, and these two lead through our
-        // open folders (proc(5)).
-        const std::string open = "/proc/self/fd/";
-        const std::string from = open + std::to_string(item.folder.get()) + '/' + item.name;
-        const std::string to = open + std::to_string(trash.files.get()) + '/' + name;
-        error = moveExclusively(from.c_str(), to.c_str(), {.rename = false});
-    }
+    const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()});
     if (error == 0) return 0;
     // A network volume may have done it and lost the reply.
     struct ::stat there{};
@@ -55,17 +44,17 @@ std::string pathIn(const TrashFolder& trash, const std::string& name) {
     return trash.path + "/files/" + name;
 }
 
-/// Looks whether an item is in the Trash, by the path that is going to be told, and no more where it was.
+/// Looks whether the item itself, and not another that slipped in under its name, is in the Trash, by the path that is
+/// going to be told, and no more where it was.
 bool isProved(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
+    const std::string path = pathIn(trash, name);
     struct ::stat there{};
-    const bool landed =
-        ::lstat(pathIn(trash, name).c_str(), &there) == 0 && (there.st_mode & S_IFMT) == (item.facts.st_mode & S_IFMT);
-    return landed && hasLeft(item);
+    return ::lstat(path.c_str(), &there) == 0 && isMoved(item.facts, there, path.c_str()) && hasLeft(item);
 }
 
 /// Undoes a move that could not be proved. True when the item is not in the Trash any more, or never was.
 bool takeBack(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
-    ::renameat2(trash.files.get(), name.c_str(), item.folder.get(), item.name.c_str(), RENAME_NOREPLACE);
+    static_cast<void>(moveExclusively({trash.files.get(), name.c_str()}, item.entry()));
     struct ::stat there{};
     return !examine(trash.files, name, there);
 }
@@ -128,10 +117,11 @@ bool isWrongTrash(const OrdovanSystemError& error) {
 
 }  // namespace
 
-OrdovanResult<Url> TrashSession::move(const Url& url) {
+OrdovanResult<Url> TrashSession::move(const Url& url, const TrashTerms& terms) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
-    if (const int error = item_.find(path.view()); error != 0) return failure(error);
+    if (const int error = item_.find(path.view(), terms.confined); error != 0) return failure(error);
+    if (terms.was != nullptr && !isUntouched(*terms.was, item_.facts)) return failure(EBUSY);
     if (known_ && item_.mount == known_->mount) {
         const auto name = place(item_, known_->folder, &flusher_);
         if (name) return Url::file(pathIn(known_->folder, *name));

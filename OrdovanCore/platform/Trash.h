@@ -8,6 +8,14 @@
 
 namespace ordovan {
 
+/// What a move to the Trash insists on.
+struct TrashTerms {
+    /// How an item below its root is reached; null for none.
+    ConfinedFolders* confined = nullptr;
+    /// The item, untouched since it was examined so (EBUSY otherwise); null for any.
+    const struct ::stat* was = nullptr;
+};
+
 /// Moves items to the user's Trash (freedesktop.org Trash specification 1.0). One object serves one run on one thread:
 /// it keeps the last item's folder and Trash open, so that their volume can not be unmounted before the run is over.
 ///
@@ -25,7 +33,7 @@ public:
     /// Returns where the item lies. Errors: the system's own; EBUSY for the root and for "." and ".."; EPERM for a
     /// Trash that is not the user's own; EEXIST when all names are taken; `fileWriteUnknown` when the system claims
     /// success and the item is not there.
-    OrdovanResult<Url> move(const Url& item);
+    OrdovanResult<Url> move(const Url& item, const TrashTerms& terms = {});
 
 private:
     struct Known {

@@ -140,36 +140,44 @@ std::string TrashItem::path() const {
     return appended(folderPath, name);
 }
 
-int TrashItem::find(std::string_view itemPath) {
+int TrashItem::find(std::string_view itemPath, ConfinedFolders* confined) {
     name = lastPathComponent(itemPath);
     if (name == "/" || name == "." || name == "..") return EBUSY;
-    std::string above(parentPath(itemPath));
-    if (!isFolder(above)) {
-        const int error = openFolder(std::move(above));
+    const std::string_view above = parentPath(itemPath);
+    if (confined != nullptr && confined->leadsBelow(itemPath)) {
+        const auto held = confined->open(above);
+        const int error = held ? takeFolder(above, **held) : held.error();
         if (error != 0) return error;
+    } else if (const int error = findFolder(above); error != 0) {
+        return error;
     }
-    return ::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
+    return entry().examine(facts) ? 0 : errno;
 }
 
-bool TrashItem::isFolder(const std::string& path) const {
+int TrashItem::findFolder(std::string_view path) {
     struct ::stat now{};
-    return folder && path == askedPath_ && ::stat(path.c_str(), &now) == 0 && isSameFile(now, folderFacts_);
+    const bool isUsed =
+        folder && path == askedPath_ && ::stat(askedPath_.c_str(), &now) == 0 && isSameFile(now, folderFacts_);
+    return isUsed ? 0 : useFolder(path, Descriptor::open(std::string(path).c_str(), O_PATH | O_DIRECTORY));
 }
 
-int TrashItem::openFolder(std::string path) {
+int TrashItem::takeFolder(std::string_view path, const ConfinedFolders::Folder& held) {
+    if (folder && path == askedPath_ && isSameFile(held.facts, folderFacts_)) return 0;
+    return useFolder(path, Descriptor(::fcntl(held.descriptor.get(), F_DUPFD_CLOEXEC, 0)));
+}
+
+int TrashItem::useFolder(std::string_view path, Descriptor opened) {
     askedPath_.clear();
-    folder = Descriptor::open(path.c_str(), O_PATH | O_DIRECTORY);
+    folder = std::move(opened);
     if (!folder || ::fstat(folder.get(), &folderFacts_) != 0) return errno;
-    auto real = pathOf(folder, path);
+    std::string asked(path);
+    auto real = pathOf(folder, asked);
     if (!real) return real.error();
     // A missing item is told before a missing right, which is asked for here since it is the folder's.
-    if (::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0 ||
-        ::faccessat(folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
-        return errno;
-    }
+    if (!entry().examine(facts) || ::faccessat(folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) return errno;
     folderPath = *std::move(real);
     mount = Mount::of(folder);
-    askedPath_ = std::move(path);
+    askedPath_ = std::move(asked);
     return 0;
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "OrdovanCore/platform/ConfinedFolders.h"
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/FolderEntry.h"
 
 #include <sys/stat.h>
 
@@ -33,14 +35,17 @@ struct TrashItem {
     struct ::stat facts{};  ///< of the item itself
 
     [[nodiscard]] std::string path() const;
+    [[nodiscard]] FolderEntry entry() const { return {folder.get(), name.c_str()}; }
 
     /// Finds an item by its absolute path. Its folder is opened, and the user's right to take items out of it asked
-    /// for, unless it is the one of the item before. Returns 0 or the errno.
-    int find(std::string_view itemPath);
+    /// for, unless it is the one of the item before. One below the root of `confined` (null for none) is reached as
+    /// that says. Returns 0 or the errno.
+    int find(std::string_view itemPath, ConfinedFolders* confined = nullptr);
 
 private:
-    int openFolder(std::string path);
-    [[nodiscard]] bool isFolder(const std::string& path) const;
+    int findFolder(std::string_view path);
+    int takeFolder(std::string_view path, const ConfinedFolders::Folder& held);
+    int useFolder(std::string_view path, Descriptor opened);
 
     std::string askedPath_;  // by which the folder was opened
     struct ::stat folderFacts_{};

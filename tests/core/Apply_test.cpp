@@ -355,14 +355,6 @@ TEST_F(Apply, LeavesAFileOnAReadOnlyDisk) {
               "failed: Could not move this file; it was left in place. This disk is read-only.");
 }
 
-TEST_F(Apply, ReportsAMoveThatTheVolumeRefuses) {
-    tree({"a = 1"});
-    memory.addMountOfRootDevice("/r/ordovan+/Documents");
-    EXPECT_EQ(fate(toDocuments("a")),
-              "failed: Could not move this file; it was left in place. The system reported an error (code 18).");
-    EXPECT_EQ(memory.read("/r/a"), "1");
-}
-
 TEST_F(Apply, ReportsAMoveThatDidNotLand) {
     tree({"a = 1"});
     fs.failCall(Operation::move, 1, 0, Moment::insteadOfEffect);

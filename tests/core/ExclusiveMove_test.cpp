@@ -48,18 +48,18 @@ bool refuses(const Refusal& refusal, const char* path) {
 }  // namespace
 
 // Takes the place of the C library's, so that a test can act between two steps of a move.
-extern "C" int lstat(const char* path, struct stat* facts) noexcept {
+extern "C" int fstatat(int folder, const char* path, struct stat* facts, int flags) noexcept {
     if (atExamination && skip-- == 0) std::exchange(atExamination, nullptr)();
     if (refuses(examination, path)) return -1;
-    return static_cast<int>(::syscall(SYS_newfstatat, AT_FDCWD, path, facts, AT_SYMLINK_NOFOLLOW));
+    return static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
 }
 extern "C" int fstat(int file, struct stat* facts) noexcept {
     if (openFileRefusal == 0) return static_cast<int>(::syscall(SYS_fstat, file, facts));
     errno = openFileRefusal;
     return -1;
 }
-extern "C" int unlink(const char* path) noexcept {
-    return refuses(removal, path) ? -1 : static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
+extern "C" int unlinkat(int folder, const char* path, int flags) noexcept {
+    return refuses(removal, path) ? -1 : static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
 }
 extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
     if (linkRefusal == 0) return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
@@ -431,8 +431,8 @@ TEST(DurableMove, FlushesTheFolderOfTheNewName) {
     const TempFolder t;
     t.write("a", "content");
     synced.clear();
-    const auto sync = [](const char* item) {
-        synced = item;
+    const auto sync = [](ordovan::FolderEntry item) {
+        synced = item.name;
         return 0;
     };
     EXPECT_EQ(ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), {}, sync), 0);
@@ -444,8 +444,8 @@ TEST(DurableMove, GoesBackWhenTheFolderCanNotBeFlushed) {
     const TempFolder t;
     t.write("a", "content");
     for (const MoveWays ways : {MoveWays{}, byLink, byPlaceholder}) {
-        const int error =
-            ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), ways, [](const char*) { return EIO; });
+        const int error = ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), ways,
+                                               [](ordovan::FolderEntry) { return EIO; });
         EXPECT_EQ(error, EIO);
         EXPECT_EQ(t.read("a"), "content");
         EXPECT_EQ(t.count(), 1u);
@@ -457,8 +457,8 @@ TEST(DurableMove, FlushesNothingWhenTheMoveFails) {
     t.write("a", "content");
     t.write("b", "");
     synced.clear();
-    const auto sync = [](const char* item) {
-        synced = item;
+    const auto sync = [](ordovan::FolderEntry item) {
+        synced = item.name;
         return 0;
     };
     EXPECT_EQ(ordovan::moveDurably(t.path("a").c_str(), t.path("b").c_str(), {}, sync), EEXIST);

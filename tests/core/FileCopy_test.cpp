@@ -354,7 +354,7 @@ protected:
     ~FileCopyFails() override { Flushes::reset(); }
     int copyWhile(std::function<int(const std::string&)> action) {
         meanwhile = std::move(action);
-        return copy(t, t, {.sync = [](const char* item) { return meanwhile(item); }});
+        return copy(t, t, {.sync = [](ordovan::FolderEntry item) { return meanwhile(item.name); }});
     }
     TempFolder t;
 };

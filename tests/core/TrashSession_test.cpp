@@ -1,6 +1,6 @@
 // One session for many items: what it keeps from item to item must never lead an item astray.
 
-#include "OrdovanCore/platform/TrashRun.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/SecondVolume.h"
 #include "tests/support/TempFolder.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-using ordovan::TrashRunFileSystem;
+using ordovan::RunFileSystem;
 using ordovan::TrashSession;
 using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
@@ -103,7 +103,7 @@ TEST_F(TrashSessionTest, AFolderThatIsGoneOrMissingAnItemIsAnErrorAndNothingElse
 }
 
 TEST_F(TrashSessionTest, ARunOnTheRealDiskUsesOneAndLeavesNothingBehindWhenPutBack) {
-    TrashRunFileSystem fs;
+    RunFileSystem fs(home_.url());
     home_.write("in/a", "a");
     home_.write("in/b", "b");
     const auto before = describeTree(home_.path("in"));

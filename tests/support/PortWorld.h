@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/testing/MemoryFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
@@ -27,6 +28,8 @@ public:
     virtual ~PortWorld() = default;
 
     virtual OrdovanFileSystem& fs() = 0;
+    /// Whether it goes through links on the way to what it acts on, or refuses them with ELOOP.
+    [[nodiscard]] virtual bool followsLinks() const { return true; }
     /// The empty folder in which a test works.
     [[nodiscard]] virtual std::string root() const = 0;
     virtual void build(std::initializer_list<std::string_view> items) = 0;
@@ -100,7 +103,7 @@ private:
 };
 
 /// The real disk, in a temporary folder, with the home Trash in another one.
-class DiskWorld final : public PortWorld {
+class DiskWorld : public PortWorld {
 public:
     DiskWorld() {
         ::umask(022);
@@ -150,6 +153,18 @@ private:
     std::unique_ptr<SecondVolume> volume_;
     std::unique_ptr<BindMount> bind_;
     SystemFileSystem system_;
+};
+
+/// The same with the disk of a run in the tree.
+class RunWorld final : public DiskWorld {
+public:
+    explicit RunWorld(ConfinedFolders::Entering entering) : run_(Url::file(root()), entering) {}
+
+    OrdovanFileSystem& fs() override { return run_; }
+    [[nodiscard]] bool followsLinks() const override { return false; }
+
+private:
+    RunFileSystem run_;
 };
 
 }  // namespace ordovan::test

@@ -1,0 +1,293 @@
+#include "OrdovanCore/platform/RunFileSystem.h"
+
+#include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/FileCopy.h"
+#include "OrdovanCore/platform/FileHash.h"
+#include "OrdovanCore/platform/Folders.h"
+#include "OrdovanCore/platform/MovedItem.h"
+#include "OrdovanCore/platform/SameFile.h"
+#include "OrdovanCore/platform/SystemPath.h"
+#include "OrdovanCore/platform/TrashInfo.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace ordovan {
+
+namespace {
+
+std::unexpected<OrdovanSystemError> failure(int error) {
+    return std::unexpected(OrdovanSystemError::posix(error));
+}
+
+OrdovanResult<void> outcome(int error) {
+    if (error != 0) return failure(error);
+    return {};
+}
+
+bool hasDotDotPiece(std::string_view path) {
+    for (std::size_t at = path.find("/.."); at != std::string_view::npos; at = path.find("/..", at + 1)) {
+        if (at + 3 == path.size() || path[at + 3] == '/') return true;
+    }
+    return false;
+}
+
+/// The last piece of a path, ended by NUL as the path is.
+const char* nameIn(const SystemPath& path) {
+    return lastPathComponent(path.view()).data();
+}
+
+}  // namespace
+
+RunFileSystem::RunFileSystem(const Url& root, ConfinedFolders::Entering entering) : folders_(root.path(), entering) {}
+
+// Looking.
+
+const RunFileSystem::Look& RunFileSystem::lookAt(const Url& url, Question question) {
+    const SystemPath path(url);
+    if (path.error() == 0 && look_.path == path.view() && (look_.answered & question) == 0) {
+        look_.answered |= question;
+        return look_;
+    }
+    look_.path = path.view();
+    look_.error = path.error();
+    if (look_.error == 0 && !FolderEntry(path.text()).examine(look_.facts)) look_.error = errno;
+    look_.answered = question;
+    return look_;
+}
+
+void RunFileSystem::remember(std::string_view path, const struct ::stat& facts) {
+    look_.path = path;
+    look_.error = 0;
+    look_.facts = facts;
+    look_.answered = 0;
+}
+
+bool RunFileSystem::exists(const Url& url) {
+    const Look& look = lookAt(url, existing);
+    return look.error == 0 && (!S_ISLNK(look.facts.st_mode) || SystemFileSystem::exists(url));
+}
+
+bool RunFileSystem::isRegularFile(const Url& url) {
+    const Look& look = lookAt(url, regular);
+    return look.error == 0 && S_ISREG(look.facts.st_mode);
+}
+
+bool RunFileSystem::isSymlink(const Url& url) {
+    const Look& look = lookAt(url, link);
+    return look.error == 0 && S_ISLNK(look.facts.st_mode);
+}
+
+OrdovanResult<std::int64_t> RunFileSystem::fileSize(const Url& url) {
+    const Look& look = lookAt(url, size);
+    if (look.error != 0) return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileReadNoSuchFile));
+    return look.facts.st_size;
+}
+
+OrdovanResult<std::string> RunFileSystem::fileIdentity(const Url& url) {
+    const Look& look = lookAt(url, identity);
+    if (look.error != 0 || S_ISLNK(look.facts.st_mode)) return SystemFileSystem::fileIdentity(url);
+    return identityText(look.facts);
+}
+
+std::optional<::dev_t> RunFileSystem::knownDevice(const Url& url) {
+    const SystemPath path(url);
+    if (const struct ::stat* const facts = vouchedFor(path.view())) return facts->st_dev;
+    if (!folders_.leadsBelow(path.view())) return std::nullopt;
+    const ConfinedFolders::Folder* const folder = folders_.held(path.view());
+    return folder == nullptr ? std::nullopt : std::optional(folder->facts.st_dev);
+}
+
+bool RunFileSystem::sameVolume(const Url& a, const Url& b) {
+    // The answer is no promise, so what was seen a moment ago will do; a rename that is refused after all is EXDEV.
+    const std::optional<::dev_t> first = knownDevice(a);
+    const std::optional<::dev_t> second = first ? knownDevice(b) : std::nullopt;
+    return second ? first == second : SystemFileSystem::sameVolume(a, b);
+}
+
+// What was hashed.
+
+void RunFileSystem::vouch(const Url& file, const struct ::stat& facts) {
+    const SystemPath path(file);
+    if (path.error() != 0) return;
+    vouchFor(path.view(), facts);
+    remember(path.view(), facts);
+}
+
+std::function<void(const Url& file, const struct ::stat& facts)> RunFileSystem::voucher(OrdovanFileSystem& port) {
+    auto* const run = dynamic_cast<RunFileSystem*>(&port);
+    if (run == nullptr) return {};
+    return [run](const Url& file, const struct ::stat& facts) { run->vouch(file, facts); };
+}
+
+const struct ::stat* RunFileSystem::vouchedFor(std::string_view path) const {
+    const auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    return path.empty() || found == vouched_.end() ? nullptr : &found->facts;
+}
+
+void RunFileSystem::vouchFor(std::string_view path, const struct ::stat& facts) {
+    auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    if (found == vouched_.end()) {
+        found = vouched_.begin() + static_cast<std::ptrdiff_t>(nextVouched_);
+        nextVouched_ = (nextVouched_ + 1) % vouched_.size();
+        found->path = path;
+    }
+    found->facts = facts;
+}
+
+void RunFileSystem::unvouch(std::string_view path) {
+    const auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    if (found != vouched_.end()) found->path.clear();
+}
+
+// Acting.
+
+/// The item as the system calls are to name it. The folder is one that its path leads to at this moment.
+RunFileSystem::Entry RunFileSystem::entryOf(const SystemPath& path) {
+    if (hasDotDotPiece(path.view())) return std::unexpected(EINVAL);
+    if (!folders_.leadsBelow(path.view())) return FolderEntry(path.text());
+    const auto folder = folders_.open(parentPath(path.view()));
+    if (!folder) return std::unexpected(folder.error());
+    return FolderEntry((*folder)->descriptor.get(), nameIn(path));
+}
+
+/// The same for an item that is acted on: if it was hashed, it is the one that was hashed.
+RunFileSystem::Entry RunFileSystem::provenEntryOf(const SystemPath& path) {
+    const struct ::stat* const was = vouchedFor(path.view());
+    if (was == nullptr) return entryOf(path);
+    struct ::stat now;
+    if (folders_.leadsBelow(path.view())) {
+        // The very file in a folder that is held proves more than that a path leads to this folder.
+        const auto* const folder = folders_.held(parentPath(path.view()));
+        const FolderEntry entry(folder == nullptr ? -1 : folder->descriptor.get(), nameIn(path));
+        if (folder != nullptr && entry.examine(now) && isUntouched(*was, now)) return entry;
+    }
+    Entry entry = entryOf(path);
+    if (!entry) return entry;
+    if (!entry->examine(now)) return std::unexpected(errno);
+    if (!isUntouched(*was, now)) return std::unexpected(EBUSY);
+    return entry;
+}
+
+OrdovanResult<void> RunFileSystem::createDirectory(const Url& url) {
+    forgetLook();
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    if (hasDotDotPiece(path.view())) return failure(EINVAL);
+    if (!folders_.leadsBelow(path.view())) return SystemFileSystem::createDirectory(url);
+    return outcome(folders_.make(path.view(), 0777));
+}
+
+OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
+    forgetLook();
+    const SystemPath source(from), target(to);
+    if (source.error() != 0) return failure(source.error());
+    if (target.error() != 0) return failure(target.error());
+    const int error = moveTo(target, source);
+    if (error == 0) forgetTrashInfo(source.view(), target.view());
+    return outcome(error);
+}
+
+int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
+    const auto old = provenEntryOf(source);
+    if (!old) return old.error();
+    const auto fresh = entryOf(target);
+    if (!fresh) return fresh.error();
+    int error = moveExclusively(*old, *fresh);
+    if (error != 0) return error;
+    unvouch(target.view());
+    if (const struct ::stat* const was = vouchedFor(source.view())) {
+        error = checkLanding(target, *fresh, *old, *was);
+        if (error != 0) return error;
+        unvouch(source.view());
+    }
+    if (!OrdovanPartialName::isPartial(source.view())) return 0;
+    error = syncFolderOf(*fresh);
+    if (error == 0) return 0;
+    // The old name was free a moment ago. Should it be taken now, the item stays whole under its new name.
+    static_cast<void>(moveExclusively(*fresh, *old));
+    unvouch(target.view());
+    forgetLook();
+    return error;
+}
+
+/// Looks whether the file that was hashed has arrived, by the path that is going to be recorded; else takes what was
+/// moved back and returns why.
+int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old,
+                                const struct ::stat& was) {
+    const FolderEntry place(target.text());
+    struct ::stat there;
+    if (place.examine(there) && isMoved(was, there, place)) {
+        vouchFor(target.view(), there);
+        remember(target.view(), there);
+        return 0;
+    }
+    const bool isSeen = fresh.examine(there);
+    if (!isSeen && errno != ENOENT)
+        return 0;  // nothing to be seen is no proof of anything; the caller will look as well
+    const bool isIt = isSeen && isMoved(was, there, fresh);
+    static_cast<void>(moveExclusively(fresh, old));
+    if (!isIt) return EBUSY;
+    // Its folder was exchanged: by what, the next attempt to enter it tells.
+    const Entry again = entryOf(target);
+    return again ? ENOENT : again.error();
+}
+
+OrdovanResult<void> RunFileSystem::copy(const Url& from, const Url& to) {
+    forgetLook();
+    const SystemPath source(from), target(to);
+    if (source.error() != 0) return failure(source.error());
+    if (target.error() != 0) return failure(target.error());
+    const Entry original = entryOf(source);
+    if (!original) return failure(original.error());
+    const Entry place = entryOf(target);
+    if (!place) return failure(place.error());
+    unvouch(target.view());
+    return outcome(copyExclusively(*original, *place, {.sync = syncFolderOf},
+                                   {.was = vouchedFor(source.view()), .writers = &writers_}));
+}
+
+OrdovanResult<void> RunFileSystem::remove(const Url& url) {
+    forgetLook();
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    const Entry entry = provenEntryOf(path);
+    if (!entry) return failure(entry.error());
+    if (entry->unlink() != 0) return failure(errno);
+    unvouch(path.view());
+    forgetTrashInfo(path.view(), std::nullopt);
+    return {};
+}
+
+OrdovanResult<std::string> RunFileSystem::contentHash(const Url& url) {
+    forgetLook();
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    unvouch(path.view());
+    const Entry entry = entryOf(path);
+    if (!entry) return failure(entry.error());
+    RegularFile file;
+    const int error = file.open(*entry);
+    if (error != 0) return failure(error);
+    if (writers_.isWrittenAtStart(file)) return failure(EBUSY);
+    auto hash = hashOfOpenFile(file.descriptor.get());
+    if (!hash) return hash;
+    struct ::stat now;
+    const bool isStill = FolderEntry(path.text()).examine(now) && isUntouched(file.facts, now);
+    if (!isStill || writers_.isWrittenAtEnd(file)) return failure(EBUSY);
+    vouchFor(path.view(), now);
+    remember(path.view(), now);
+    return hash;
+}
+
+OrdovanResult<Url> RunFileSystem::trash(const Url& url) {
+    forgetLook();
+    const SystemPath path(url);
+    if (path.error() != 0) return failure(path.error());
+    if (hasDotDotPiece(path.view())) return failure(EINVAL);
+    auto trashed = session_.move(url, {.confined = &folders_, .was = vouchedFor(path.view())});
+    if (trashed) unvouch(path.view());
+    return trashed;
+}
+
+}  // namespace ordovan

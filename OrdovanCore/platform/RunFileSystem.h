@@ -1,0 +1,106 @@
+#pragma once
+
+#include "OrdovanCore/platform/ConfinedFolders.h"
+#include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/platform/Trash.h"
+#include "OrdovanCore/platform/WriterProbe.h"
+
+#include <sys/stat.h>
+
+#include <array>
+#include <cstddef>
+#include <expected>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ordovan {
+
+class SystemPath;
+
+/// The real disk for one run in one folder, the root: as `SystemFileSystem`, and safe from what other programs do to
+/// the tree meanwhile. Used by one thread; destroy it when the run is over, so that volumes can be unmounted.
+///
+/// **Confined.** What is below the root is created, moved, copied, removed, trashed and hashed by its name in an open
+/// folder, which was entered without following a link (`ConfinedFolders`): a link on the way is ELOOP and nothing
+/// changes, and one that takes a folder's name at the last instant leads nothing astray. A path with a ".." piece,
+/// whose text does not tell where it leads, is EINVAL. What is not below the root, a Trash for example, is reached by
+/// its path.
+///
+/// **What was hashed is what is moved.** A file whose content was hashed last is compared before it is renamed, copied,
+/// removed or trashed: device, inode, size and times must be those of the file that was hashed, else EBUSY. After a
+/// rename it is looked at again at its new place; another one that slipped in, and one that did not arrive there
+/// because a folder on the way was exchanged, is taken back without replacing anything. A file that was not hashed is
+/// not compared.
+///
+/// **Not while others write.** Hashing or copying a file that another program has open for writing, as far as the
+/// kernel tells (`WriterProbe`), or that changes meanwhile, is EBUSY.
+///
+/// **One look for one item.** Different questions about one item that directly follow one another (does it exist, is it
+/// regular, how large is it, which is it) are answered from one look at it, which the call before may have made.
+class RunFileSystem final : public SystemFileSystem {
+public:
+    /// `root` is the absolute path of the folder. Nothing is opened yet.
+    explicit RunFileSystem(const Url& root, ConfinedFolders::Entering entering = ConfinedFolders::Entering::atOnce);
+
+    bool exists(const Url& url) override;
+    bool isRegularFile(const Url& url) override;
+    bool isSymlink(const Url& url) override;
+    bool sameVolume(const Url& a, const Url& b) override;
+    OrdovanResult<void> createDirectory(const Url& url) override;
+    OrdovanResult<void> move(const Url& from, const Url& to) override;
+    OrdovanResult<void> copy(const Url& from, const Url& to) override;
+    OrdovanResult<void> remove(const Url& url) override;
+    OrdovanResult<std::int64_t> fileSize(const Url& url) override;
+    OrdovanResult<std::string> contentHash(const Url& url) override;
+    OrdovanResult<std::string> fileIdentity(const Url& url) override;
+    OrdovanResult<Url> trash(const Url& url) override;
+
+    /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read, and were seen
+    /// at the path right before this call.
+    void vouch(const Url& file, const struct ::stat& facts);
+
+    /// How to `vouch` to a port that is the disk of a run; empty for any other. Good as long as the port is.
+    static std::function<void(const Url& file, const struct ::stat& facts)> voucher(OrdovanFileSystem& port);
+
+private:
+    enum Question : unsigned { existing = 1, regular = 2, link = 4, size = 8, identity = 16 };
+
+    /// The item at a path as it was found last, or why it was not.
+    struct Look {
+        std::string path;
+        int error = 0;
+        struct ::stat facts{};
+        unsigned answered = 0;  // the questions that this look has answered
+    };
+    /// A file that was hashed.
+    struct Vouched {
+        std::string path;  // empty where there is none
+        struct ::stat facts{};
+    };
+    using Entry = std::expected<FolderEntry, int>;
+
+    const Look& lookAt(const Url& url, Question question);
+    void remember(std::string_view path, const struct ::stat& facts);
+    void forgetLook() { look_.path.clear(); }
+
+    [[nodiscard]] const struct ::stat* vouchedFor(std::string_view path) const;
+    void vouchFor(std::string_view path, const struct ::stat& facts);
+    void unvouch(std::string_view path);
+
+    Entry entryOf(const SystemPath& path);
+    Entry provenEntryOf(const SystemPath& path);
+    int moveTo(const SystemPath& target, const SystemPath& source);
+    int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
+    [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);
+
+    ConfinedFolders folders_;
+    WriterProbe writers_;
+    TrashSession session_;
+    Look look_;
+    std::array<Vouched, 8> vouched_;  // those hashed last; a step of a run deals with two at most
+    std::size_t nextVouched_ = 0;
+};
+
+}  // namespace ordovan
