@@ -1,11 +1,12 @@
 #include "OrdovanCore/platform/FileFacts.h"
 
+#include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <charconv>
+#include <cerrno>
 #include <limits>
 
 namespace ordovan {
@@ -19,14 +20,6 @@ std::int64_t nanoseconds(const ::timespec& time) {
     return std::clamp<std::int64_t>(time.tv_sec, -most, most) * perSecond + time.tv_nsec;
 }
 
-std::string identityOf(const struct ::stat& facts) {
-    char text[48];
-    char* end = std::to_chars(text, text + sizeof text, static_cast<std::int32_t>(facts.st_dev)).ptr;
-    *end++ = ':';
-    end = std::to_chars(end, text + sizeof text, static_cast<std::uint64_t>(facts.st_ino)).ptr;
-    return {text, end};
-}
-
 }  // namespace
 
 OrdovanResult<FileFacts> factsOf(const Url& item) {
@@ -36,7 +29,7 @@ OrdovanResult<FileFacts> factsOf(const Url& item) {
     if (::lstat(path.text(), &facts) != 0) return std::unexpected(OrdovanSystemError::posix(errno));
     return FileFacts{.isRegular = S_ISREG(facts.st_mode),
                      .byteSize = facts.st_size,
-                     .identity = identityOf(facts),
+                     .identity = identityText(facts),
                      .modifiedNs = nanoseconds(facts.st_mtim),
                      .names = facts.st_nlink};
 }
