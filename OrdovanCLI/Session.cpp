@@ -2,12 +2,16 @@
 
 #include "OrdovanApp/stores/HeldLock.h"
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/TextPage.h"
 #include "OrdovanCore/platform/Interrupts.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
+#include <ranges>
 #include <utility>
 
 namespace ordovan::cli {
@@ -54,6 +58,31 @@ void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& 
     model_.chooseFolder(folder, depth);
     waitWhile([&] { return model_.phase().kind == TidyViewModel::Phase::Case::scanning; });
     console_.clearProgress();
+    tellOfInterruptedRun();
+}
+
+/// One message: what became of that run, and below it the files it did not simply leave alone; first those that the
+/// user has to look at.
+void Session::tellOfInterruptedRun() {
+    constexpr std::size_t most = 20;
+    const auto run = model_.interruptedRun();
+    if (!run) return;
+    auto outcomes = run->outcomes;
+    std::ranges::stable_partition(outcomes,
+                                  [](const auto& outcome) { return outcome.status == OrdovanExecutionStatus::failed; });
+    std::string block = run->summary();
+    for (const OrdovanExecutionOutcome& outcome : outcomes | std::views::take(most)) {
+        block += "\n  ";
+        appendSafe(block, below(outcome.source.path(), run->root.path()));
+        block += ": ";
+        appendSafe(block, outcome.message);
+    }
+    if (outcomes.size() > most) {
+        block += "\n  and ";
+        appendCount(block, outcomes.size() - most, "more file");
+    }
+    console_.warn(block);
+    model_.dismissInterruptedRun();
 }
 
 std::string Session::exportPlan(const Url& file, OrdovanPlanExportFormat format) {
@@ -99,6 +128,7 @@ bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&
     QObject::disconnect(shown);
     QObject::disconnect(trashShown);
     console_.clearProgress();
+    tellOfInterruptedRun();
     return started;
 }
 

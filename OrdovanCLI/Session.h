@@ -26,7 +26,7 @@ public:
     /// Waits for it, at most until a request to stop.
     [[nodiscard]] bool areRecordsHeldElsewhere() const;
 
-    /// Previews a folder as far as `depth` says. Afterwards the controller's phase says whether it failed.
+    /// Previews a folder as far as `depth` says, and tells of a run that was found interrupted in it. Afterwards the controller's phase says whether it failed.
     void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth);
 
     /// Saves the plan and its selection in a file. A sentence when that fails; else nothing.
@@ -45,6 +45,7 @@ public:
 
 private:
     void stopWhatRuns();
+    void tellOfInterruptedRun();
     void showProgress(std::string_view verb, quint64 filesDone, quint64 filesTotal, quint64 bytesDone,
                       quint64 bytesTotal);
 

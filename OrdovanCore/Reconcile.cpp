@@ -98,6 +98,7 @@ std::string OrdovanInterruptedRun::summary() const {
           Part{putRight, " was put right", " were put right"}, Part{unsettled, " needs a look", " need a look"}}) {
         if (count > 0) parts.push_back(counted(count, parts.empty()) + (count == 1 ? one : many));
     }
+    if (isUnreadable) return "An earlier run was interrupted, and its record could not be read. It was set aside.";
     std::string text = "An earlier run was interrupted.";
     for (std::size_t i = 0; i < parts.size(); ++i) {
         text += i == 0 ? " " : i + 1 == parts.size() ? " and " : ", ";
@@ -125,6 +126,7 @@ OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& r
     OrdovanReconciliation result;
     result.run.kind = run.intent.kind;
     result.run.startedAtEpoch = run.intent.startedAtEpoch;
+    result.run.root = run.intent.root;
     result.journal.createdAtEpoch = run.intent.startedAtEpoch;
     if (isElsewhere(run, ports)) {
         result.isComplete = false;

@@ -40,6 +40,8 @@ struct ReconcilePorts {
 struct OrdovanInterruptedRun {
     OrdovanRunRecord::Kind kind = OrdovanRunRecord::Kind::organize;
     double startedAtEpoch = 0;  ///< seconds since 1970-01-01 UTC
+    Url root;                   ///< the folder it worked in
+    bool isUnreadable = false;  ///< its record could not be read and was set aside; nothing else is known of it
     std::size_t finished = 0;   ///< files that had been moved, or were now
     std::size_t untouched = 0;  ///< files that are where they were
     std::size_t putRight = 0;   ///< files of which something half done was completed or taken away again

@@ -2,11 +2,81 @@
 
 #include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Executor.h"
+#include "OrdovanCore/Text.h"
 #include "OrdovanCore/TrashPlace.h"
 
-bool FolderRun::mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
+#include <utility>
+
+namespace FolderRun {
+
+bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     if (!ordovan::namesOnePlace(file)) return false;
     if (ordovan::isInTrash(file.path())) return true;
     const ordovan::Boundary boundary(root);
     return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);
 }
+
+Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch, bool isWanted)
+    : ports_(ports),
+      isWanted_(isWanted && ports.recording.runRecords != nullptr && root.path() != "/" &&
+                ordovan::isNormalPath(root.path()) && ordovan::namesOnePlace(root)),
+      below_(std::string(root.path()) + "/") {
+    intent_.id = ordovan::Uuid::random();
+    intent_.kind = kind;
+    intent_.root = root;
+    intent_.startedAtEpoch = nowEpoch;
+    if (!isWanted_) return;
+    if (auto facts = ports.recording.facts(root)) intent_.rootIdentity = std::move(facts->identity);
+}
+
+void Record::reserve(std::size_t files) {
+    if (isWanted_) intent_.items.reserve(files);
+}
+
+void Record::addOutputRoot(const Url& folder) {
+    if (folder.path().starts_with(below_)) intent_.outputRoots.push_back(folder);
+}
+
+void Record::add(const Url& source, const Url& destination, std::int64_t knownSize, std::string_view knownHash) {
+    // What a record can not name is not moved.
+    const bool isNamed =
+        ordovan::namesOnePlace(source) && (destination.path().empty() || ordovan::namesOnePlace(destination));
+    if (!isWanted_ || !isNamed) return;
+    OrdovanRunItem item = {.source = source.sharedPath(),
+                           .destination = destination.sharedPath(),
+                           .byteSize = knownSize,
+                           .identity = {},
+                           .contentHash = std::string(knownHash)};
+    // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it does.
+    const bool mayLook = source.path().starts_with(below_) || ordovan::isInTrash(source.path());
+    if (auto facts = mayLook ? ports_.recording.facts(source) : std::unexpected(OrdovanSystemError{})) {
+        item.byteSize = facts->byteSize;
+        item.modifiedNs = facts->modifiedNs;
+        const std::string_view identity = facts->identity;
+        const auto [device, isNew] =
+            keepsIdentities_.try_emplace(std::string(identity.substr(0, identity.find(':'))), true);
+        if (isNew && ports_.recording.keepsIdentities) device->second = ports_.recording.keepsIdentities(source);
+        if (device->second) item.identity = std::move(facts->identity);
+    }
+    intent_.items.push_back(std::move(item));
+}
+
+OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
+    if (!isWanted_) return fs;
+    auto notes = ports_.recording.runRecords->begin(intent_);
+    if (!notes) return fs;
+    isStored_ = true;
+    notes_ = std::move(*notes);
+    return recorded_.emplace(fs, intent_, *notes_);
+}
+
+void Record::endNotes() {
+    recorded_.reset();
+    notes_.reset();
+}
+
+bool Record::remove() {
+    return !isStored_ || ports_.recording.runRecords->remove(intent_.root);
+}
+
+}  // namespace FolderRun

@@ -2,10 +2,19 @@
 
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/RecordedFileSystem.h"
+#include "OrdovanCore/RunNotes.h"
+#include "OrdovanCore/RunRecord.h"
 #include "OrdovanCore/Url.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 
 /// What all runs that change a folder have in common. On background threads.
 namespace FolderRun {
@@ -36,6 +45,46 @@ private:
     OrdovanFileSystem& disk_;
     std::unique_ptr<OrdovanFileSystem> ahead_;
     OrdovanFileSystem& port_;
+};
+
+/// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.
+///
+/// Where no records are kept, or this one can not be stored, the run goes on without it.
+class Record {
+public:
+    /// `isWanted`: false for a run that must do without.
+    Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch, bool isWanted);
+    Record(const Record&) = delete;
+    Record& operator=(const Record&) = delete;
+
+    void reserve(std::size_t files);
+    /// A folder inside the run's that files are organized into or put back from.
+    void addOutputRoot(const Url& folder);
+    /// A file that the run is going to move; `destination` is empty for one that goes to the Trash. What is known about
+    /// it beforehand, its size and content, comes from a stored record.
+    void add(const Url& source, const Url& destination, std::int64_t knownSize = OrdovanRunItem::unknownSize,
+             std::string_view knownHash = {});
+
+    /// Stores the record. The file system through which the run is to work from now on: `fs`, kept to what is recorded.
+    OrdovanFileSystem& begin(OrdovanFileSystem& fs);
+    /// To be called when the run is over and before what it did is stored: nothing more is noted.
+    void endNotes();
+    /// Removes the record, which is not needed any more. False when it still stands.
+    bool remove();
+
+    /// The run's.
+    [[nodiscard]] const ordovan::Uuid& id() const { return intent_.id; }
+    [[nodiscard]] bool isStored() const { return isStored_; }
+
+private:
+    const TidyPorts& ports_;
+    bool isWanted_;
+    bool isStored_ = false;
+    OrdovanRunIntent intent_;
+    std::string below_;                                      // what the paths in the run's folder begin with
+    std::unordered_map<std::string, bool> keepsIdentities_;  // by the device
+    std::unique_ptr<ordovan::RunNotes> notes_;
+    std::optional<ordovan::RecordedFileSystem> recorded_;
 };
 
 /// Does `work` under the folder's lock; a result with `refused` set when another run holds it. A folder that can not be

@@ -100,6 +100,26 @@ void adopt(PreviewedFolder& found, const PreviewInputs& inputs, OrdovanInventory
                       : std::make_shared<const PlanIndex>(PlanIndex::of(*found.plan, *found.inventory, found.root));
 }
 
+/// The records of the folder that are in memory, after a run that was interrupted in it was brought to its end. While
+/// the folder is locked, a run goes on in it, and what it does is that run's to record.
+RecordsInMemory recordsAfterRecovery(const TidyPorts& ports, const PreviewInputs& inputs) {
+    const Url& root = inputs.root;
+    const auto unsaved = inputs.unsavedJournals.find(std::string(root.path()));
+    RecordsInMemory memory = {.journal = nullptr,
+                              .unsavedJournal = unsaved == inputs.unsavedJournals.end() ? nullptr : unsaved->second,
+                              .trash = inputs.knownTrash,
+                              .unsavedRuns = inputs.unsavedRuns,
+                              .ownRuns = inputs.ownRuns};
+    memory.journal = memory.unsavedJournal;
+    if (ports.recording.runRecords == nullptr || !ports.recording.runRecords->mayStand(root)) return memory;
+    const auto lock = ports.tryLockFolder(root);
+    if (ordovan::isHeldElsewhere(lock)) return memory;
+    RecoveredRun recovered = RunRecovery::settle(ports, root, memory, ports.clock(), RunRecovery::Occasion::preview);
+    // Told while the folder is still locked, so that it comes before what any later run has to tell.
+    if (inputs.recovered) inputs.recovered(root, std::move(recovered));
+    return memory;
+}
+
 }  // namespace
 
 PreviewResult PreviewFlow::run(const TidyPorts& ports, PreviewInputs inputs) {
@@ -112,10 +132,9 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, PreviewInputs inputs) {
     const Url outputRoot = root.appending(OrdovanOutput::folderName);
     PreviewResult result;
     result.found.root = root;
-    const auto unsaved = inputs.unsavedJournals.find(std::string(root.path()));
-    result.journal = ports.journals.load(root, unsaved == inputs.unsavedJournals.end() ? nullptr : unsaved->second,
-                                         ports.clock(), ports.fileSystem);
-    result.trash = ports.trashRecords.load(inputs.knownTrash);
+    const RecordsInMemory memory = recordsAfterRecovery(ports, inputs);
+    result.journal = ports.journals.load(root, memory.unsavedJournal, ports.clock(), ports.fileSystem);
+    result.trash = ports.trashRecords.load(memory.trash);
     if (inputs.depth == PreviewDepth::records) return result;
 
     const auto reader = ports.makeDirectoryReader();

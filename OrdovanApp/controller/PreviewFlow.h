@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CancelFlag.h"
 #include "OrdovanApp/controller/PlanIndex.h"
 #include "OrdovanApp/controller/PreviewDepth.h"
+#include "OrdovanApp/controller/RunRecovery.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Inventory.h"
 #include "OrdovanCore/Journal.h"
@@ -38,6 +39,10 @@ struct PreviewInputs {
     /// By the folder's path.
     std::unordered_map<std::string, ordovan::JournalStore::Journal> unsavedJournals;
     ordovan::TrashRecordStore::Known knownTrash;
+    std::vector<OrdovanRunRecord> unsavedRuns;
+    std::vector<ordovan::Uuid> ownRuns;  ///< as in `RecordsInMemory`
+    /// Told on the running thread what became of a run that was found interrupted in this folder.
+    std::function<void(const Url& root, RecoveredRun run)> recovered;
     PreviewedFolder known;  ///< what was found last
     bool indexesPlan = false;
     std::shared_ptr<const CancelFlag> flag;
@@ -57,8 +62,8 @@ struct PreviewResult {
 
 namespace PreviewFlow {
 
-/// Resolves the folder's path, loads its journal and the trash record, scans the folder and its output folder and
-/// plans, as far as the depth goes. Runs on a background thread.
+/// Resolves the folder's path, brings a run that was interrupted in it to an end, loads its journal and the trash
+/// record, scans the folder and its output folder and plans, as far as the depth goes. Runs on a background thread.
 [[nodiscard]] PreviewResult run(const TidyPorts& ports, PreviewInputs inputs);
 
 /// The folders directly inside `root` that a journal's files were organized into: the output folder, and the one of

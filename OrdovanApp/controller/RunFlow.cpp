@@ -15,9 +15,13 @@ namespace {
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
 
-void addToHistory(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::Kind kind, RunResult& result) {
+/// What every run ends with, once the record of what it did is stored or could not be.
+void finish(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
+            RunResult& result) {
+    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
     result.run = OrdovanRunRecord::make(kind, *result.report, inputs.root, inputs.nowEpoch);
-    result.history = ports.history.add(result.run, inputs.unsavedRuns, inputs.nowEpoch);
+    result.run.id = record.id();
+    result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
 }
 
 /// One folder and the entries that lie in it.
@@ -60,16 +64,9 @@ OrdovanRunControl batchControl(const OrdovanRunControl& control, std::size_t don
 }
 
 /// Puts back the files of one batch, adds its outcomes to the report and tidies up behind it.
-void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch& batch,
+void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch& batch, OrdovanFileSystem& fs,
                const OrdovanRunControl& control, OrdovanExecutionReport& report) {
-    std::vector<Url> organized;
-    organized.reserve(batch.journal.entries.size());
-    for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
-        organized.push_back(Url::file(entry.destination()));
-    }
-    FolderRun::FileSystem files(ports, inputs.root, organized);
-    OrdovanExecutionReport part =
-        OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, files.port(), control);
+    OrdovanExecutionReport part = OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, fs, control);
     std::vector<Url> vacated;
     for (const OrdovanExecutionOutcome& outcome : part.outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) vacated.push_back(outcome.destination);
@@ -77,6 +74,53 @@ void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch&
     ports.removeEmptyFolders(vacated, batch.outputRoot);
     std::ranges::move(part.outcomes, std::back_inserter(report.outcomes));
     std::ranges::move(part.journal.entries, std::back_inserter(report.journal.entries));
+}
+
+OrdovanExecutionReport undoBatches(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries,
+                                   FolderRun::Record& record) {
+    const std::vector<UndoBatch> all = batches(entries, inputs);
+    std::vector<Url> organized;
+    organized.reserve(entries.entries.size());
+    record.reserve(entries.entries.size());
+    for (const UndoBatch& batch : all) {
+        record.addOutputRoot(batch.outputRoot);
+        for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
+            organized.push_back(Url::file(entry.destination()));
+        }
+    }
+    FolderRun::FileSystem files(ports, inputs.root, organized);
+    auto place = organized.begin();
+    for (const UndoBatch& batch : all) {
+        for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
+            record.add(*place++, Url::file(entry.source()), entry.byteSize(), entry.contentHash());
+        }
+    }
+    OrdovanFileSystem& fs = record.begin(files.port());
+    OrdovanExecutionReport report;
+    report.journal.createdAtEpoch = entries.createdAtEpoch;
+    for (const UndoBatch& batch : all) {
+        const auto control = batchControl(inputs.control, report.outcomes.size(), entries.entries.size());
+        undoBatch(ports, inputs, batch, fs, control, report);
+    }
+    record.endNotes();
+    return report;
+}
+
+OrdovanExecutionReport applyAll(const TidyPorts& ports, const RunInputs& inputs,
+                                std::span<const OrdovanFileProposal> proposals, FolderRun::Record& record) {
+    std::vector<Url> sources;
+    sources.reserve(proposals.size());
+    for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
+    FolderRun::FileSystem files(ports, inputs.root, sources);
+    record.addOutputRoot(inputs.outputRoot);
+    record.reserve(proposals.size());
+    for (const OrdovanFileProposal& proposal : proposals) record.add(proposal.source, proposal.destination);
+    OrdovanFileSystem& fs = record.begin(files.port());
+    OrdovanExecutionReport report =
+        OrdovanExecutor::apply(proposals, inputs.root, inputs.outputRoot, fs, inputs.nowEpoch, inputs.control);
+    record.endNotes();
+    RunRecovery::dropPassingIdentities(ports, report.journal);
+    return report;
 }
 
 std::unordered_set<std::string_view> restoredDestinations(const OrdovanExecutionReport& report) {
@@ -89,40 +133,38 @@ std::unordered_set<std::string_view> restoredDestinations(const OrdovanExecution
 
 }  // namespace
 
-RunResult RunFlow::organize(const TidyPorts& ports, const RunInputs& inputs,
-                            std::span<const OrdovanFileProposal> proposals) {
+RunResult RunFlow::organize(const TidyPorts& ports, RunInputs inputs, std::span<const OrdovanFileProposal> proposals) {
+    using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
-        std::vector<Url> sources;
-        sources.reserve(proposals.size());
-        for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
-        FolderRun::FileSystem files(ports, inputs.root, sources);
         RunResult result;
-        result.report = std::make_shared<const OrdovanExecutionReport>(OrdovanExecutor::apply(
-            proposals, inputs.root, inputs.outputRoot, files.port(), inputs.nowEpoch, inputs.control));
+        result.recovered =
+            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        const RecordsInMemory& memory = inputs.memory;
+        FolderRun::Record record(ports, Kind::organize, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+        result.report = std::make_shared<const OrdovanExecutionReport>(applyAll(ports, inputs, proposals, record));
         if (result.report->journal.entries.empty()) {
-            result.record = {.journal = inputs.known, .unsaved = inputs.unsaved, .warning = std::nullopt};
+            result.record = {.journal = memory.journal, .unsaved = memory.unsavedJournal, .warning = std::nullopt};
         } else {
-            result.record = ports.journals.append(inputs.root, result.report->journal, inputs.known, inputs.unsaved,
-                                                  inputs.nowEpoch);
+            result.record = ports.journals.append(inputs.root, result.report->journal, memory.journal,
+                                                  memory.unsavedJournal, inputs.nowEpoch);
         }
-        addToHistory(ports, inputs, OrdovanRunRecord::Kind::organize, result);
+        finish(ports, inputs, Kind::organize, record, result);
         return result;
     });
 }
 
-RunResult RunFlow::undo(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries) {
+RunResult RunFlow::undo(const TidyPorts& ports, RunInputs inputs, const OrdovanJournal& entries) {
+    using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
-        OrdovanExecutionReport report;
-        report.journal.createdAtEpoch = entries.createdAtEpoch;
-        for (const UndoBatch& batch : batches(entries, inputs)) {
-            const auto control = batchControl(inputs.control, report.outcomes.size(), entries.entries.size());
-            undoBatch(ports, inputs, batch, control, report);
-        }
         RunResult result;
-        result.report = std::make_shared<const OrdovanExecutionReport>(std::move(report));
-        result.record = ports.journals.removeRestored(inputs.root, restoredDestinations(*result.report), inputs.known,
-                                                      inputs.unsaved, inputs.nowEpoch, ports.fileSystem);
-        addToHistory(ports, inputs, OrdovanRunRecord::Kind::undo, result);
+        result.recovered =
+            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        const RecordsInMemory& memory = inputs.memory;
+        FolderRun::Record record(ports, Kind::undo, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+        result.report = std::make_shared<const OrdovanExecutionReport>(undoBatches(ports, inputs, entries, record));
+        result.record = ports.journals.removeRestored(inputs.root, restoredDestinations(*result.report), memory.journal,
+                                                      memory.unsavedJournal, inputs.nowEpoch, ports.fileSystem);
+        finish(ports, inputs, Kind::undo, record, result);
         return result;
     });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanApp/controller/RunRecovery.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Journal.h"
@@ -8,22 +9,21 @@
 
 #include <memory>
 #include <span>
-#include <vector>
 
 /// What every run works from; nothing else is looked at while it runs.
 struct RunInputs {
     Url root;
     Url outputRoot;
     double nowEpoch = 0;
-    ordovan::JournalStore::Journal known;    ///< the folder's journal in memory, or null
-    ordovan::JournalStore::Journal unsaved;  ///< the part of it that is not stored, or null
-    std::vector<OrdovanRunRecord> unsavedRuns;
+    RecordsInMemory memory;
     OrdovanRunControl control;
 };
 
 /// What a run did.
 struct RunResult {
-    bool refused = false;  ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    bool refused = false;      ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    RecoveredRun recovered;    ///< an earlier one, that was found interrupted
+    bool keepsRecord = false;  ///< the record of this run still stands
     std::shared_ptr<const OrdovanExecutionReport> report;
     ordovan::JournalStore::Saved record;
     OrdovanRunRecord run{};
@@ -34,10 +34,10 @@ struct RunResult {
 namespace RunFlow {
 
 /// Moves the files of these proposals.
-[[nodiscard]] RunResult organize(const TidyPorts& ports, const RunInputs& inputs,
+[[nodiscard]] RunResult organize(const TidyPorts& ports, RunInputs inputs,
                                  std::span<const OrdovanFileProposal> proposals);
 
 /// Puts back the files of these entries of the journal, and removes the folders that this empties.
-[[nodiscard]] RunResult undo(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries);
+[[nodiscard]] RunResult undo(const TidyPorts& ports, RunInputs inputs, const OrdovanJournal& entries);
 
 }  // namespace RunFlow

@@ -7,10 +7,14 @@
 #include "OrdovanCore/platform/ContentReader.h"
 #include "OrdovanCore/platform/DirectoryReader.h"
 #include "OrdovanCore/platform/DocumentWriter.h"
+#include "OrdovanCore/platform/FileFacts.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/HashAhead.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
+#include "OrdovanCore/platform/StableIdentity.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/platform/TrashInfo.h"
+#include "OrdovanCore/platform/TrashSearch.h"
 #include "OrdovanCore/platform/Volumes.h"
 
 #include <algorithm>
@@ -55,6 +59,7 @@ struct SystemEnvironment::State {
     ordovan::JournalStore journals{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
     ordovan::HistoryStore history{records, locations, ordovan::lockFolderWithin(forTheHistory)};
     ordovan::TrashRecordStore trashRecords{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
+    ordovan::RunRecordStore runRecords{records, locations};
     ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); },
                                               OrdovanProposalPlanner::resolveExisting};
     ordovan::ThreadTaskRunner tasks;
@@ -93,7 +98,16 @@ TidyPorts SystemEnvironment::ports() {
             .trashRecords = state_->trashRecords,
             .recentFolders = state_->recentFolders,
             .settings = state_->settings,
-            .rules = state_->rules};
+            .rules = state_->rules,
+            .recording = {.runRecords = &state_->runRecords,
+                          .facts = ordovan::factsOf,
+                          .findInTrash = ordovan::findInTrash,
+                          .removeTrashInfo = ordovan::removeTrashInfo,
+                          .forgetTrashInfo =
+                              [](const Url& item, const Url& putBackTo) {
+                                  ordovan::forgetTrashInfo(item.path(), putBackTo.path());
+                              },
+                          .keepsIdentities = ordovan::keepsIdentities}};
 }
 
 AppSettings& SystemEnvironment::settings() {

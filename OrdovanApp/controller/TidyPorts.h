@@ -6,10 +6,13 @@
 #include "OrdovanApp/stores/HistoryStore.h"
 #include "OrdovanApp/stores/JournalStore.h"
 #include "OrdovanApp/stores/RecentFoldersStore.h"
+#include "OrdovanApp/stores/RunRecordStore.h"
 #include "OrdovanApp/stores/TrashRecordStore.h"
 #include "OrdovanCore/ContentReading.h"
+#include "OrdovanCore/FileFacts.h"
 #include "OrdovanCore/FileSystem.h"
 #include "OrdovanCore/Inventory.h"
+#include "OrdovanCore/Reconcile.h"
 #include "OrdovanCore/Text.h"
 
 #include <cstddef>
@@ -22,6 +25,20 @@
 
 class AppSettings;
 class RuleStore;
+
+/// What the records of runs that are going on need, so that a run that is interrupted can be brought to an end.
+struct RecordingPorts {
+    /// Where these records are kept; null: none are, and nothing below is used.
+    const ordovan::RunRecordStore* runRecords = nullptr;
+    /// `ordovan::factsOf`, or a stand-in.
+    ordovan::FactsFunction facts = {};
+    /// `ordovan::findInTrash`, `removeTrashInfo` and `forgetTrashInfo`, or stand-ins.
+    std::function<OrdovanResult<std::vector<ordovan::TrashedFile>>(std::span<const Url> originals)> findInTrash = {};
+    std::function<OrdovanResult<void>(const ordovan::TrashedFile& orphan)> removeTrashInfo = {};
+    std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo = {};
+    /// `ordovan::keepsIdentities`, or a stand-in; asked once for each device of a run. Empty: all do.
+    std::function<bool(const Url& item)> keepsIdentities = {};
+};
 
 /// Everything the controller uses of the world around it. A set of references: what it refers to outlives both the
 /// controller and the tasks that it started. Functions are called on background threads unless said otherwise.
@@ -63,4 +80,5 @@ struct TidyPorts {
     ordovan::RecentFoldersStore& recentFolders;
     AppSettings& settings;
     RuleStore& rules;
+    RecordingPorts recording = {};
 };

@@ -1,5 +1,7 @@
+#include "OrdovanApp/controller/RunRecovery.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 
+#include <algorithm>
 #include <optional>
 #include <ranges>
 #include <utility>
@@ -15,6 +17,37 @@ struct Reread {
 };
 
 }  // namespace
+
+RecordsInMemory TidyViewModel::recordsInMemory() const {
+    return {.journal = journalRoot_ == rootURL_ ? journal_ : nullptr,
+            .unsavedJournal = unsavedJournal(*rootURL_),
+            .trash = {trashRecord_, unsavedTrash_},
+            .unsavedRuns = unsavedRuns_,
+            .ownRuns = ownRuns_};
+}
+
+/// Takes over what became of a run that had been interrupted in a folder.
+void TidyViewModel::adoptRecovered(const Url& root, RecoveredRun recovered) {
+    if (recovered.journal) {
+        adoptJournal(root, std::move(recovered.journal->journal), std::move(recovered.journal->unsaved));
+        set(journalWarning_, std::move(recovered.journal->warning), &TidyViewModel::journalWarningChanged);
+    }
+    if (recovered.trash) {
+        adoptTrashRecord(std::move(recovered.trash->known));
+        set(journalWarning_, std::move(recovered.trash->warning), &TidyViewModel::journalWarningChanged);
+    }
+    if (recovered.run) adoptHistory(*recovered.run, std::move(recovered.history));
+    if (recovered.told) publish(interruptedRun_, std::move(recovered.told), &TidyViewModel::interruptedRunChanged);
+}
+
+void TidyViewModel::dismissInterruptedRun() {
+    publish(interruptedRun_, std::shared_ptr<const OrdovanInterruptedRun>(), &TidyViewModel::interruptedRunChanged);
+}
+
+/// Remembers a run whose record still stands, so that it is not taken for an interrupted one.
+void TidyViewModel::keepRecord(bool isKept, const ordovan::Uuid& run) {
+    if (isKept) ownRuns_.push_back(run);
+}
 
 /// Takes over the history that a run led to; a run that could not be stored is kept until it can be.
 void TidyViewModel::adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result) {
@@ -51,7 +84,9 @@ void TidyViewModel::clearHistory() {
 void TidyViewModel::surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done) {
     ports_.tasks.compute(
         [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_] {
-            return ordovan::RecoverySurvey::of(folder, journal, trash, fs);
+            ordovan::RecoverySurvey survey = ordovan::RecoverySurvey::of(folder, journal, trash, fs);
+            survey.names = ordovan::RecoverySurvey::namesOf(folder, journal.get(), *trash);
+            return survey;
         },
         whileAlive([done = std::move(done)](ordovan::RecoverySurvey survey) { done(std::move(survey)); }));
 }
@@ -69,7 +104,10 @@ void TidyViewModel::refreshRecords() {
             if (runs == finishedRuns_) adoptTrashRecord(std::move(found.trash));
             if (found.history && revision == historyRevision_) {
                 for (const OrdovanRunRecord& run : std::views::reverse(unsavedRuns_)) {
-                    found.history = found.history->adding(run);
+                    // Another process may have found its record and stored it.
+                    const auto& stored = found.history->records;
+                    const bool isStored = std::ranges::find(stored, run.id, &OrdovanRunRecord::id) != stored.end();
+                    if (!isStored) found.history = found.history->adding(run);
                 }
                 set(history_, std::move(*found.history), &TidyViewModel::historyChanged);
             }

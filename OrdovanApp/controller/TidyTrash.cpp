@@ -188,19 +188,20 @@ void TidyViewModel::startTrashRun(Work work) {
     };
     TrashInputs inputs = {.root = *rootURL_,
                           .nowEpoch = ports_.clock(),
-                          .known = {trashRecord_, unsavedTrash_},
-                          .unsavedRuns = unsavedRuns_,
+                          .memory = recordsInMemory(),
                           .flag = runFlag_,
                           .progressed = progressed};
     set(isTrashing_, true, &TidyViewModel::isTrashingChanged);
     ports_.tasks.compute(
         [ports = ports_, inputs = std::move(inputs), work = std::move(work)] { return work(ports, inputs); },
-        whileAlive([this](TrashResult result) { completeTrashRun(std::move(result)); }));
+        whileAlive([this, root = *rootURL_](TrashResult result) { completeTrashRun(root, std::move(result)); }));
 }
 
-void TidyViewModel::completeTrashRun(TrashResult result) {
+void TidyViewModel::completeTrashRun(const Url& root, TrashResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
+        adoptRecovered(root, std::move(result.recovered));
+        keepRecord(result.keepsRecord, result.run.id);
         adoptTrashRecord(std::move(result.record.known));
         set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
         publish(lastTrashReport_, std::move(result.report), &TidyViewModel::lastTrashReportChanged);

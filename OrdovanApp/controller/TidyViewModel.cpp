@@ -88,6 +88,7 @@ void TidyViewModel::preview() {
     refreshInputs();
     set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
     const auto adopt = whileAlive([this, chosen = *rootURL_](const Url& root) { adoptResolved(chosen, root); });
+    const auto recover = whileAlive([this](const Url& root, const RecoveredRun& run) { adoptRecovered(root, run); });
     PreviewInputs inputs = {
         .depth = depth_,
         .root = *rootURL_,
@@ -98,6 +99,12 @@ void TidyViewModel::preview() {
         .rules = rules_,
         .unsavedJournals = unsavedJournals_,
         .knownTrash = {trashRecord_, unsavedTrash_},
+        .unsavedRuns = unsavedRuns_,
+        .ownRuns = ownRuns_,
+        .recovered =
+            [recover, &tasks = ports_.tasks](const Url& root, RecoveredRun run) {
+                tasks.post([recover, root, run = std::move(run)] { recover(root, run); });
+            },
         .known = {planRoot_.value_or(Url()), inventory_, plan_, planIndex_},
         .indexesPlan = options_.indexesPlans,
         .flag = scanFlag_,
@@ -304,9 +311,7 @@ RunInputs TidyViewModel::beginRun() {
     RunInputs inputs = {.root = *rootURL_,
                         .outputRoot = *outputRoot(),
                         .nowEpoch = ports_.clock(),
-                        .known = journalRoot_ == rootURL_ ? journal_ : nullptr,
-                        .unsaved = unsavedJournal(*rootURL_),
-                        .unsavedRuns = unsavedRuns_,
+                        .memory = recordsInMemory(),
                         .control = runControl()};
     set(isApplying_, true, &TidyViewModel::isApplyingChanged);
     return inputs;
@@ -341,6 +346,8 @@ OrdovanRunControl TidyViewModel::runControl() {
 void TidyViewModel::completeRun(const Url& root, RunResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
+        adoptRecovered(root, std::move(result.recovered));
+        keepRecord(result.keepsRecord, result.run.id);
         publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
         adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
         set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);

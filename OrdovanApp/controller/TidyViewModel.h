@@ -16,6 +16,7 @@
 #include "OrdovanCore/PlanExport.h"
 #include "OrdovanCore/Planner.h"
 #include "OrdovanCore/PreviewStatus.h"
+#include "OrdovanCore/Reconcile.h"
 #include "OrdovanCore/Rules.h"
 #include "OrdovanCore/RunHistory.h"
 #include "OrdovanCore/TrashRecord.h"
@@ -37,6 +38,8 @@
 
 struct PreviewInputs;
 struct PreviewResult;
+struct RecordsInMemory;
+struct RecoveredRun;
 struct RunInputs;
 struct RunResult;
 struct TrashResult;
@@ -138,6 +141,10 @@ public:
     [[nodiscard]] const std::optional<std::string>& journalWarning() const { return journalWarning_; }
     /// Why the last run did nothing at all (another run holds the folder), until the next run starts.
     [[nodiscard]] const std::optional<std::string>& runRefusal() const { return runRefusal_; }
+    /// A run that was found interrupted and has been brought to an end, or null. It stays until it is dismissed or
+    /// another is found; another folder's as well.
+    [[nodiscard]] const std::shared_ptr<const OrdovanInterruptedRun>& interruptedRun() const { return interruptedRun_; }
+    void dismissInterruptedRun();
     /// Whether something that can be undone or put back is in memory only, and lost when the program ends.
     [[nodiscard]] bool journalUnsaved() const;
     /// Why no run can be started while another goes on, as a sentence; nothing when none does.
@@ -251,6 +258,7 @@ Q_SIGNALS:
     void lastTrashReportChanged();
     void journalWarningChanged();
     void runRefusalChanged();
+    void interruptedRunChanged();
     void rulesChanged();
     void groupByMonthChanged();
     void includeHiddenChanged();
@@ -296,12 +304,15 @@ private:
     [[nodiscard]] bool isRunning() const { return isApplying_ || isTrashing_; }
     void beginAnyRun();
     void endAnyRun(bool refused);
+    void adoptRecovered(const Url& root, RecoveredRun recovered);
+    void keepRecord(bool isKept, const ordovan::Uuid& run);
+    [[nodiscard]] RecordsInMemory recordsInMemory() const;
     void adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result);
     void warnOfHistory(std::optional<std::string> warning);
     template <class Work>
     void startTrashRun(Work work);
     bool startRestore(std::vector<OrdovanTrashEntry> entries);
-    void completeTrashRun(TrashResult result);
+    void completeTrashRun(const Url& root, TrashResult result);
     void adoptTrashRecord(ordovan::TrashRecordStore::Known known);
     /// What of a record can be put back in a folder.
     struct Restorable {
@@ -348,6 +359,8 @@ private:
     std::shared_ptr<const OrdovanTrashReport> lastTrashReport_;
     std::optional<std::string> journalWarning_;
     std::optional<std::string> runRefusal_;
+    std::shared_ptr<const OrdovanInterruptedRun> interruptedRun_;
+    std::vector<ordovan::Uuid> ownRuns_;  // of which the record still stands, though they came to their end
     OrdovanRuleSet rules_;
     bool groupByMonth_ = false;
     bool includeHidden_ = false;

@@ -17,16 +17,26 @@ namespace {
 /// The files of a run and their sizes, in the order in which the run hashes them.
 class RunFiles {
 public:
+    /// A file that goes to the Trash (`to` is empty) or comes back from it.
+    struct Move {
+        Url from;
+        Url to;
+        std::int64_t byteSize = OrdovanRunItem::unknownSize;
+        std::string contentHash = {};  ///< where it is known before
+    };
+
     void reserve(std::size_t count) {
+        moves_.reserve(count);
         sizes_.reserve(count);
         ahead_.reserve(count);
     }
 
-    /// A file that is examined, trashed or put back.
-    void add(const Url& file, std::int64_t byteSize) {
+    /// A file that is examined, trashed or put back. `byteSize` as it is known before.
+    void add(Move move, std::int64_t byteSize) {
         sizes_.push_back(counted(byteSize));
         bytes_ += sizes_.back();
-        addReference(file, byteSize);
+        addReference(move.from, byteSize);
+        moves_.push_back(std::move(move));
     }
 
     /// A file that is only hashed. A large one is not hashed ahead, so that nothing waits for it after a stop.
@@ -34,6 +44,7 @@ public:
         if (byteSize <= StoppableFileSystem::largeFile) ahead_.push_back(file);
     }
 
+    [[nodiscard]] const std::vector<Move>& moves() const { return moves_; }
     [[nodiscard]] std::span<const Url> toBeHashed() const { return ahead_; }
     [[nodiscard]] std::uint64_t bytes() const { return bytes_; }
     [[nodiscard]] const std::vector<std::uint64_t>& sizes() const { return sizes_; }
@@ -44,6 +55,7 @@ private:
         return static_cast<std::uint64_t>(std::max<std::int64_t>(byteSize, 0));
     }
 
+    std::vector<Move> moves_;
     std::vector<std::uint64_t> sizes_;
     std::vector<Url> ahead_;
     std::uint64_t bytes_ = 0;
@@ -52,20 +64,32 @@ private:
 /// The file system and the control of one run over its files. Stays where it is made: the control refers to it.
 class Run {
 public:
-    Run(const TidyPorts& ports, const TrashInputs& inputs, const RunFiles& files)
+    Run(const TidyPorts& ports, const TrashInputs& inputs, const RunFiles& files, FolderRun::Record& record)
         : inputs_(inputs),
           files_(files),
           disk_(ports, inputs.root, files.toBeHashed()),
           fs_(disk_.port(), ports.contents, *inputs.flag),
+          record_(record),
+          recorded_(begun(record, files, fs_)),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },
                     .progressed = [this](std::size_t, std::size_t) { fileDone(); }}) {}
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
 
-    OrdovanFileSystem& fs() { return fs_; }
+    ~Run() { record_.endNotes(); }
+
+    OrdovanFileSystem& fs() { return recorded_; }
     [[nodiscard]] const OrdovanRunControl& control() const { return control_; }
 
 private:
+    /// Records what the run is about to do, which is read ahead already.
+    static OrdovanFileSystem& begun(FolderRun::Record& record, const RunFiles& files, OrdovanFileSystem& fs) {
+        record.reserve(files.moves().size());
+        for (const RunFiles::Move& move : files.moves())
+            record.add(move.from, move.to, move.byteSize, move.contentHash);
+        return record.begin(fs);
+    }
+
     void fileDone() {
         if (done_ < files_.sizes().size()) bytesDone_ += files_.sizes()[done_];
         ++done_;
@@ -76,26 +100,42 @@ private:
     const RunFiles& files_;
     FolderRun::FileSystem disk_;
     StoppableFileSystem fs_;
+    FolderRun::Record& record_;
+    OrdovanFileSystem& recorded_;  // on top: it is to see every hash
     OrdovanRunControl control_;
     std::size_t done_ = 0;
     std::uint64_t bytesDone_ = 0;
 };
 
-void addToHistory(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord::Kind kind, TrashResult& result) {
+/// What every run ends with, once the record of what it did is stored or could not be.
+void finish(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
+            TrashResult& result) {
+    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
     result.run = OrdovanRunRecord::make(kind, result.report->asExecutionReport(), inputs.root, inputs.nowEpoch);
-    result.history = ports.history.add(result.run, inputs.unsavedRuns, inputs.nowEpoch);
+    result.run.id = record.id();
+    result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
 }
 
-/// Records what was trashed.
-TrashResult trashed(const TidyPorts& ports, const TrashInputs& inputs, OrdovanTrashReport report) {
+/// Moves files to the Trash by `work` and records what was moved. Under the folder's lock.
+template <class Work>
+TrashResult trash(const TidyPorts& ports, TrashInputs& inputs, const RunFiles& files, Work work) {
     TrashResult result;
+    result.recovered =
+        RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+    constexpr auto kind = OrdovanRunRecord::Kind::trash;
+    FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+    OrdovanTrashReport report;
+    {
+        Run run(ports, inputs, files, record);
+        report = work(run);
+    }
     if (report.record.entries.empty()) {
-        result.record = {.known = inputs.known, .warning = std::nullopt};
+        result.record = {.known = inputs.memory.trash, .warning = std::nullopt};
     } else {
-        result.record = ports.trashRecords.append(report.record, inputs.known, inputs.nowEpoch);
+        result.record = ports.trashRecords.append(report.record, inputs.memory.trash, inputs.nowEpoch);
     }
     result.report = std::make_shared<const OrdovanTrashReport>(std::move(report));
-    addToHistory(ports, inputs, OrdovanRunRecord::Kind::trash, result);
+    finish(ports, inputs, kind, record, result);
     return result;
 }
 
@@ -104,7 +144,7 @@ RunFiles filesOf(std::span<const KeptDuplicate> groups) {
     for (const auto& [group, keeper] : groups) {
         files.addReference(keeper, group.byteSize);
         for (const Url& file : group.files) {
-            if (file.path() != keeper.path()) files.add(file, group.byteSize);
+            if (file.path() != keeper.path()) files.add({.from = file, .to = {}}, group.byteSize);
         }
     }
     return files;
@@ -121,56 +161,60 @@ std::unordered_set<std::string_view> placesPutBack(const OrdovanTrashRecord& ent
 
 }  // namespace
 
-TrashResult TrashFlow::trashExtras(const TidyPorts& ports, const TrashInputs& inputs,
-                                   std::span<const KeptDuplicate> groups) {
+TrashResult TrashFlow::trashExtras(const TidyPorts& ports, TrashInputs inputs, std::span<const KeptDuplicate> groups) {
     return FolderRun::locked(ports, inputs.root, [&] {
         const RunFiles files = filesOf(groups);
-        OrdovanTrashReport report;
-        report.outcomes.reserve(files.sizes().size());
-        {
-            Run run(ports, inputs, files);
+        return trash(ports, inputs, files, [&](Run& run) {
+            OrdovanTrashReport report;
+            report.outcomes.reserve(files.sizes().size());
             for (const auto& [group, keeper] : groups) {
                 OrdovanTrashReport part =
                     OrdovanDuplicateTrasher::trashExtras(group, keeper, inputs.root, run.fs(), run.control());
                 std::ranges::move(part.outcomes, std::back_inserter(report.outcomes));
                 std::ranges::move(part.record.entries, std::back_inserter(report.record.entries));
             }
-        }
-        return trashed(ports, inputs, std::move(report));
+            return report;
+        });
     });
 }
 
-TrashResult TrashFlow::trashBigFiles(const TidyPorts& ports, const TrashInputs& inputs,
+TrashResult TrashFlow::trashBigFiles(const TidyPorts& ports, TrashInputs inputs,
                                      std::span<const OrdovanFileTrasher::Item> items) {
     return FolderRun::locked(ports, inputs.root, [&] {
         RunFiles files;
         files.reserve(items.size());
-        for (const OrdovanFileTrasher::Item& item : items) files.add(item.url, item.expectedSize);
-        OrdovanTrashReport report;
-        {
-            Run run(ports, inputs, files);
-            report = OrdovanFileTrasher::trash(items, inputs.root, run.fs(), run.control());
+        for (const OrdovanFileTrasher::Item& item : items) {
+            files.add({.from = item.url, .to = {}}, item.expectedSize);
         }
-        return trashed(ports, inputs, std::move(report));
+        return trash(ports, inputs, files,
+                     [&](Run& run) { return OrdovanFileTrasher::trash(items, inputs.root, run.fs(), run.control()); });
     });
 }
 
-TrashResult TrashFlow::restore(const TidyPorts& ports, const TrashInputs& inputs, const OrdovanTrashRecord& entries) {
+TrashResult TrashFlow::restore(const TidyPorts& ports, TrashInputs inputs, const OrdovanTrashRecord& entries) {
     return FolderRun::locked(ports, inputs.root, [&] {
         RunFiles files;
         files.reserve(entries.entries.size());
         for (const OrdovanTrashEntry& entry : std::views::reverse(entries.entries)) {
-            files.add(Url::file(entry.trashed()), entry.byteSize());
+            files.add({.from = Url::file(entry.trashed()),
+                       .to = Url::file(entry.original()),
+                       .byteSize = entry.byteSize(),
+                       .contentHash = std::string(entry.contentHash())},
+                      entry.byteSize());
         }
         TrashResult result;
+        result.recovered =
+            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        constexpr auto kind = OrdovanRunRecord::Kind::restoreTrash;
+        FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
         {
-            Run run(ports, inputs, files);
+            Run run(ports, inputs, files, record);
             result.report = std::make_shared<const OrdovanTrashReport>(
                 OrdovanDuplicateTrasher::restore(entries, inputs.root, run.fs(), run.control()));
         }
-        result.record = ports.trashRecords.removePutBack(placesPutBack(entries, result.report->record), inputs.known,
-                                                         inputs.nowEpoch, ports.fileSystem);
-        addToHistory(ports, inputs, OrdovanRunRecord::Kind::restoreTrash, result);
+        result.record = ports.trashRecords.removePutBack(placesPutBack(entries, result.report->record),
+                                                         inputs.memory.trash, inputs.nowEpoch, ports.fileSystem);
+        finish(ports, inputs, kind, record, result);
         return result;
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/RunRecovery.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/FileTrasher.h"
@@ -11,7 +12,6 @@
 #include <functional>
 #include <memory>
 #include <span>
-#include <vector>
 
 /// How far a run with the Trash is.
 struct TrashProgress {
@@ -25,15 +25,16 @@ struct TrashProgress {
 struct TrashInputs {
     Url root;  ///< the only folder from which anything is trashed and to which anything is put back
     double nowEpoch = 0;
-    ordovan::TrashRecordStore::Known known;
-    std::vector<OrdovanRunRecord> unsavedRuns;
+    RecordsInMemory memory;
     std::shared_ptr<const CancelFlag> flag;
     std::function<void(const TrashProgress&)> progressed;  ///< told after each file, on the running thread
 };
 
 /// What a run with the Trash did.
 struct TrashResult {
-    bool refused = false;  ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    bool refused = false;      ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    RecoveredRun recovered;    ///< an earlier one, that was found interrupted
+    bool keepsRecord = false;  ///< the record of this run still stands
     std::shared_ptr<const OrdovanTrashReport> report;
     ordovan::TrashRecordStore::Saved record;
     OrdovanRunRecord run{};
@@ -51,14 +52,14 @@ struct KeptDuplicate {
 namespace TrashFlow {
 
 /// Trashes every file of the groups but those that stay; the report has the outcomes of all groups in their order.
-[[nodiscard]] TrashResult trashExtras(const TidyPorts& ports, const TrashInputs& inputs,
+[[nodiscard]] TrashResult trashExtras(const TidyPorts& ports, TrashInputs inputs,
                                       std::span<const KeptDuplicate> groups);
 
 /// Trashes these files.
-[[nodiscard]] TrashResult trashBigFiles(const TidyPorts& ports, const TrashInputs& inputs,
+[[nodiscard]] TrashResult trashBigFiles(const TidyPorts& ports, TrashInputs inputs,
                                         std::span<const OrdovanFileTrasher::Item> items);
 
 /// Puts these entries of the record back.
-[[nodiscard]] TrashResult restore(const TidyPorts& ports, const TrashInputs& inputs, const OrdovanTrashRecord& entries);
+[[nodiscard]] TrashResult restore(const TidyPorts& ports, TrashInputs inputs, const OrdovanTrashRecord& entries);
 
 }  // namespace TrashFlow

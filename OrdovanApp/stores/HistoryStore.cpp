@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/stores/RecordErrors.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -46,8 +47,14 @@ HistoryStore::Result HistoryStore::add(const OrdovanRunRecord& run, std::span<co
     if (!stored.readable && !setAside(storage_, locations_.history(), nameAt, nowEpoch)) {
         return refused(notAdded);
     }
-    for (std::size_t i = unsaved.size(); i > 0; --i) stored.history = stored.history.adding(unsaved[i - 1]);
-    return written(stored.history.adding(run), notAdded);
+    const auto add = [&](const OrdovanRunRecord& each) {
+        const bool isThere =
+            std::ranges::find(stored.history.records, each.id, &OrdovanRunRecord::id) != stored.history.records.end();
+        if (!isThere) stored.history = stored.history.adding(each);
+    };
+    for (std::size_t i = unsaved.size(); i > 0; --i) add(unsaved[i - 1]);
+    add(run);
+    return written(std::move(stored.history), notAdded);
 }
 
 HistoryStore::Result HistoryStore::clear() {

@@ -35,7 +35,8 @@ public:
     [[nodiscard]] std::optional<OrdovanRunHistory> loadReadable() const;
 
     /// Puts a run in front of the list, and behind it the runs that could not be stored before (newest first). An
-    /// unreadable list is set aside first; where it can not be, nothing is written.
+    /// unreadable list is set aside first; where it can not be, nothing is written. A run that stands there already, by
+    /// its id, is not added once more.
     [[nodiscard]] Result add(const OrdovanRunRecord& run, std::span<const OrdovanRunRecord> unsaved, double nowEpoch);
 
     /// Empties the list.

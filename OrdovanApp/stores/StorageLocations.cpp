@@ -18,6 +18,12 @@ std::string wholeSeconds(double epoch) {
     return std::to_string(static_cast<long long>(std::trunc(epoch)));
 }
 
+/// What the records of one folder are named after: the SHA-256 of its canonical path.
+std::string nameOf(const Url& root) {
+    // Without a working library no file can be hashed, so none is ever moved and there is no record to name.
+    return sha256(OrdovanProposalPlanner::canonicalPath(root)).value_or("none");
+}
+
 }  // namespace
 
 StorageLocations StorageLocations::system() {
@@ -47,9 +53,7 @@ StorageLocations StorageLocations::fromEnvironment(
 }
 
 Url StorageLocations::journal(const Url& root) const {
-    const std::string canonical = OrdovanProposalPlanner::canonicalPath(root);
-    // Without a working library no file can be hashed, so none is ever moved and there is no journal to name.
-    return recordsFolder.appending("journals").appending(sha256(canonical).value_or("none") + ".json");
+    return recordsFolder.appending("journals").appending(nameOf(root) + ".json");
 }
 
 Url StorageLocations::unreadableJournal(double epoch) const {
@@ -60,6 +64,14 @@ Url StorageLocations::unreadableJournal(double epoch) const {
 std::array<Url, 2> StorageLocations::olderJournals(const Url& root) {
     return {root.appending(olderOutputFolderName).appending(OrdovanJournal::filename),
             root.appending(OrdovanOutput::folderName).appending(OrdovanJournal::filename)};
+}
+
+Url StorageLocations::runRecord(const Url& root) const {
+    return recordsFolder.appending("runs").appending(nameOf(root) + ".jsonl");
+}
+
+Url StorageLocations::unusableRunRecord(const Url& root, double epoch) const {
+    return recordsFolder.appending("runs").appending(nameOf(root) + ".set-aside-" + wholeSeconds(epoch) + ".jsonl");
 }
 
 Url StorageLocations::history() const {

@@ -129,8 +129,7 @@ OrdovanResult<void> removeTrashInfo(const TrashedFile& orphan) {
     const SystemPath item(orphan.item), info(orphan.info);
     int error = item.error() != 0 ? item.error() : info.error();
     struct ::stat facts;
-    if (error == 0 && ::lstat(item.text(), &facts) == 0) error = ENOTEMPTY;
-    if (error == 0 && errno != ENOENT) error = errno;
+    if (error == 0) error = ::lstat(item.text(), &facts) == 0 ? ENOTEMPTY : errno == ENOENT ? 0 : errno;
     if (error == 0 && ::unlink(info.text()) != 0 && errno != ENOENT) error = errno;
     if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
     return {};

@@ -85,6 +85,7 @@ TEST_F(TidyRecords, ReadBeforeARunEndedDoNotReplaceWhatItLeft) {
 }
 
 TEST_F(TidyRecords, KeepTheRunsThatCouldNotBeStoredInFront) {
+    recordsRuns = false;
     const auto model = previewed();
     heldElsewhere = {"/records"};
     EXPECT_TRUE(model->organize());
@@ -95,6 +96,20 @@ TEST_F(TidyRecords, KeepTheRunsThatCouldNotBeStoredInFront) {
     tasks.finish();
     ASSERT_THAT(model->history().records, SizeIs(2));
     EXPECT_EQ(summaries(model->history()).front(), "Organized 2 files in r");
+}
+
+TEST_F(TidyRecords, OfARunThatAnotherProgramStoredMeanwhileAreThereOnce) {
+    const auto model = previewed();
+    heldElsewhere = {"/records"};
+    EXPECT_TRUE(model->organize());
+    tasks.finish();
+    heldElsewhere.clear();
+    trashElsewhere("/r/ordovan+/Documents/x.pdf");
+    EXPECT_THAT(storedJournal()->entries, SizeIs(2));
+    model->refreshRecords();
+    tasks.finish();
+    EXPECT_THAT(summaries(model->history()),
+                ElementsAre("Moved 1 duplicate file to the Trash in r", "Organized 2 files in r"));
 }
 
 TEST_F(TidyRecords, OfARunThatCouldNotBeSavedAreSaidToBeInMemoryOnly) {

@@ -279,4 +279,45 @@ TEST_F(FileRecords, WantAnAbsoluteFilePath) {
     }
 }
 
+// Notes.
+
+TEST_F(FileRecords, TakeNotesAtTheirEnd) {
+    ASSERT_EQ(error(storage.write(t.url("record"), text("head\n"))), 0);
+    auto notes = storage.openNotes(t.url("record"));
+    ASSERT_TRUE(notes);
+    EXPECT_EQ(error((*notes)->append("one\n")), 0);
+    EXPECT_EQ(error((*notes)->append(std::string(300'000, 'x'))), 0);
+    EXPECT_EQ(contentOf(t.url("record")), "head\none\n" + std::string(300'000, 'x'));
+}
+
+TEST_F(FileRecords, FlushTheirNotesWhenTold) {
+    ASSERT_EQ(error(storage.write(t.url("record"), text("head\n"))), 0);
+    auto notes = storage.openNotes(t.url("record"));
+    ASSERT_TRUE(notes);
+    EXPECT_EQ(error((*notes)->append("one\n")), 0);
+    EXPECT_EQ(error((*notes)->sync()), 0);
+}
+
+TEST_F(FileRecords, TakeNotesOnlyWhereADocumentStands) {
+    t.makeFolder("folder");
+    t.makeLink("link", t.path("record"));
+    ASSERT_EQ(::mkfifo(t.path("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(error(storage.openNotes(t.url("record"))), ENOENT);
+    EXPECT_EQ(error(storage.openNotes(t.url("folder"))), EINVAL);
+    EXPECT_EQ(error(storage.openNotes(t.url("link"))), EINVAL);
+    EXPECT_EQ(error(storage.openNotes(t.url("fifo"))), EINVAL);
+    EXPECT_EQ(error(storage.openNotes(Url::file("relative"))), EINVAL);
+    EXPECT_FALSE(t.has("record"));
+}
+
+TEST_F(FileRecords, SayWhenANoteFindsNoRoom) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    SecondVolume volume(64 << 10);
+    const Url record = Url::file(volume.path() + "/record");
+    ASSERT_EQ(error(storage.write(record, text("head\n"))), 0);
+    auto notes = storage.openNotes(record);
+    ASSERT_TRUE(notes);
+    EXPECT_EQ(error((*notes)->append(std::string(200 << 10, 'x'))), ENOSPC);
+}
+
 }  // namespace

@@ -27,16 +27,17 @@ inline OrdovanResult<FileFacts> factsIn(const testing::MemoryFileSystem& memory,
 inline std::vector<TrashedFile> trashedIn(const testing::MemoryFileSystem& memory, std::span<const Url> originals) {
     constexpr std::string_view suffix = ".trashinfo";
     std::vector<TrashedFile> found;
-    for (const auto& [path, description] : memory.snapshot()) {
+    for (const auto& [name, description] : memory.snapshot()) {
+        const std::string path = "/" + name;
         const std::string_view folder = parentPath(path);
         if (!path.ends_with(suffix) || lastPathComponent(folder) != "info") continue;
         const auto place = originalPlace(path, memory.read(path).value_or(""));
         const auto original = std::ranges::find_if(originals, [&](const Url& url) { return place == url.path(); });
         if (original == originals.end()) continue;
-        const std::string_view name = lastPathComponent(path);
+        const std::string_view infoName = lastPathComponent(path);
         found.push_back({*original, Url::file(path),
                          Url::file(std::string(parentPath(folder)) + "/files/" +
-                                   std::string(name.substr(0, name.size() - suffix.size())))});
+                                   std::string(infoName.substr(0, infoName.size() - suffix.size())))});
     }
     return found;
 }

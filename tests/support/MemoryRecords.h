@@ -68,8 +68,8 @@ public:
 
     OrdovanResult<void> remove(const Url& file) override {
         if (fails("remove", file)) return refusal(error_);
-        if (!fs_.item(file.path())) return {};
-        return fs_.remove(file);
+        if (fs_.item(file.path())) fs_.removeTree(file.path());
+        return {};
     }
 
     OrdovanResult<void> setAside(const Url& file, const Url& to) override {

@@ -9,6 +9,7 @@
 #include "OrdovanCore/testing/MemoryDirectoryReader.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/ManualTaskRunner.h"
+#include "tests/support/MemoryReconcile.h"
 #include "tests/support/MemoryRecords.h"
 
 #include <gtest/gtest.h>
@@ -75,8 +76,24 @@ public:
                 .trashRecords = trashRecords,
                 .recentFolders = recentFolders,
                 .settings = settings,
-                .rules = rules};
+                .rules = rules,
+                .recording = recording()};
     }
+
+    /// What the records of runs need; those are kept in a storage of their own, so that faults of the other records
+    /// do not concern them.
+    RecordingPorts recording() {
+        const ReconcilePorts stand = reconcilePorts(memory, fs);
+        return {.runRecords = recordsRuns ? &runRecords : nullptr,
+                .facts = stand.facts,
+                .findInTrash = stand.findInTrash,
+                .removeTrashInfo = stand.removeTrashInfo,
+                .forgetTrashInfo = stand.forgetTrashInfo,
+                .keepsIdentities = keepsIdentities};
+    }
+
+    bool recordsRuns = true;
+    std::function<bool(const Url&)> keepsIdentities;
 
     decltype(TidyPorts::makeRunFileSystem) makeRunFileSystem;
     decltype(TidyPorts::hashAhead) hashAhead;
@@ -164,6 +181,7 @@ public:
     testing::MemoryFileSystem memory;
     testing::FaultyFileSystem fs{memory};
     MemoryRecords records{memory};
+    MemoryRecords runStorage{memory};
     MemoryKeyValueStore values;
     StorageLocations locations{.recordsFolder = Url::file("/records"), .settingsFolder = Url::file("/settings")};
     std::vector<std::string> events;  // locks as they are taken and released
@@ -172,6 +190,7 @@ public:
     JournalStore journals{records, locations, [this](const Url& folder) { return lock(folder); }};
     HistoryStore history{records, locations, [this](const Url& folder) { return lock(folder); }};
     TrashRecordStore trashRecords{records, locations, [this](const Url& folder) { return lock(folder); }};
+    RunRecordStore runRecords{runStorage, locations};
     RecentFoldersStore recentFolders{values, [this](const Url& folder) { return memory.exists(folder); },
                                      [this](const Url& folder) { return resolved(folder); }};
     ManualTaskRunner tasks;

@@ -1,0 +1,87 @@
+#include "OrdovanCore/platform/FileFacts.h"
+
+#include "OrdovanCore/platform/StableIdentity.h"
+#include "OrdovanCore/platform/SystemFileSystem.h"
+#include "tests/support/Results.h"
+#include "tests/support/SecondVolume.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/Unprivileged.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+
+using ordovan::factsOf;
+using ordovan::keepsIdentities;
+using ordovan::test::error;
+using ordovan::test::TempFolder;
+
+namespace {
+
+TEST(FileFacts, TellAFileAsThePortDoes) {
+    const TempFolder t;
+    const Url file = t.write("a", "12345");
+    const ::timespec times[2] = {{1, 0}, {1'600'000'000, 123'456'789}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, t.path("a").c_str(), times, 0), 0);
+    SystemFileSystem fs;
+    const auto facts = factsOf(file);
+    ASSERT_TRUE(facts);
+    EXPECT_EQ(*facts, (ordovan::FileFacts{.isRegular = true,
+                                          .byteSize = 5,
+                                          .identity = fs.fileIdentity(file).value_or("?"),
+                                          .modifiedNs = 1'600'000'000'123'456'789,
+                                          .names = 1}));
+}
+
+TEST(FileFacts, CountNamesAndKnowAnotherFile) {
+    const TempFolder t;
+    t.write("a", "1");
+    t.write("b", "1");
+    ASSERT_EQ(::link(t.path("a").c_str(), t.path("c").c_str()), 0);
+    EXPECT_EQ(factsOf(t.url("a"))->names, 2U);
+    EXPECT_EQ(factsOf(t.url("a"))->identity, factsOf(t.url("c"))->identity);
+    EXPECT_NE(factsOf(t.url("a"))->identity, factsOf(t.url("b"))->identity);
+}
+
+TEST(FileFacts, AreOfTheLinkItselfAndNoRegularFiles) {
+    const TempFolder t;
+    t.write("a", "12345");
+    EXPECT_FALSE(factsOf(t.makeLink("link", t.path("a")))->isRegular);
+    EXPECT_NE(factsOf(t.url("link"))->identity, factsOf(t.url("a"))->identity);
+    EXPECT_TRUE(factsOf(t.makeLink("dangling", "nowhere")));
+    EXPECT_FALSE(factsOf(t.makeFolder("folder"))->isRegular);
+}
+
+TEST(FileFacts, SayWhatIsNotThereAndWhatCanNotBeSeen) {
+    const TempFolder t;
+    t.write("a", "1");
+    EXPECT_EQ(error(factsOf(t.url("b"))), ENOENT);
+    EXPECT_EQ(error(factsOf(t.url("a/b"))), ENOTDIR);
+    EXPECT_EQ(error(factsOf(Url::file("relative"))), EINVAL);
+    t.write("closed/a", "1");
+    ASSERT_EQ(::chmod(t.path("closed").c_str(), 0), 0);
+    ordovan::test::giveToUnprivileged(t.path());
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return error(factsOf(t.url("closed/a"))); }), EACCES);
+}
+
+TEST(FileFacts, PinTimesBeyondTheirRange) {
+    const TempFolder t;
+    t.write("a", "1");
+    const ::timespec times[2] = {{0, 0}, {99'999'999'999, 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, t.path("a").c_str(), times, 0), 0);
+    EXPECT_GT(factsOf(t.url("a"))->modifiedNs, 1'600'000'000'000'000'000);
+}
+
+// Identities that last.
+
+TEST(StableIdentity, IsOfTheOrdinaryVolumesAndOfWhatCanNotBeTold) {
+    const TempFolder t;
+    EXPECT_TRUE(keepsIdentities(t.url()));
+    EXPECT_TRUE(keepsIdentities(t.url("missing")));
+    EXPECT_TRUE(keepsIdentities(Url::file("relative")));
+}
+
+}  // namespace

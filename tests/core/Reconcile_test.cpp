@@ -1,0 +1,617 @@
+#include "OrdovanCore/Reconcile.h"
+
+#include "OrdovanCore/testing/FaultyFileSystem.h"
+#include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/MemoryReconcile.h"
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using ordovan::testing::digestOf;
+using ordovan::testing::FaultyFileSystem;
+using ordovan::testing::MemoryFileSystem;
+using ordovan::testing::Operation;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Kind = OrdovanRunRecord::Kind;
+using NoteKind = OrdovanRunNote::Kind;
+
+namespace {
+
+constexpr const char* lost = "The file was moved or deleted while organizing.";
+constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
+constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
+constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
+constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+
+/// A run in "/r" that was interrupted: first the tree and the intent, then what the run came to do.
+class Reconcile : public ::testing::Test {
+protected:
+    void tree(std::initializer_list<std::string_view> items) { ordovan::testing::build(memory, "/r", items); }
+
+    void intend(std::string_view from, std::string_view to, Kind kind = Kind::organize, std::string_view content = {}) {
+        run.intent.kind = kind;
+        run.intent.root = Url::file("/r");
+        run.intent.startedAtEpoch = 100;
+        run.intent.rootIdentity = ordovan::test::factsIn(memory, Url::file("/r"))->identity;
+        run.intent.outputRoots.clear();
+        if (kind == Kind::organize || kind == Kind::undo) run.intent.outputRoots = {Url::file("/r/ordovan+")};
+        OrdovanRunItem item{.source = from, .destination = to, .identity = {}, .contentHash = {}};
+        if (const auto facts = ordovan::test::factsIn(memory, Url::file(from))) {
+            item.byteSize = facts->byteSize;
+            item.modifiedNs = facts->modifiedNs;
+            item.identity = facts->identity;
+        }
+        if (!content.empty()) {
+            item.byteSize = static_cast<std::int64_t>(content.size());
+            item.contentHash = digestOf(content);
+        }
+        run.intent.items.push_back(item);
+    }
+
+    void note(NoteKind kind, std::string_view content, std::string_view path = {}, bool sameVolume = true,
+              std::size_t item = 0) {
+        run.notes.push_back({.kind = kind,
+                             .item = item,
+                             .byteSize = static_cast<std::int64_t>(content.size()),
+                             .contentHash = digestOf(content),
+                             .identity = run.intent.items[item].identity,
+                             .sameVolume = sameVolume,
+                             .path = path});
+    }
+
+    void move(std::string_view from, std::string_view to) {
+        memory.makeDirectory(ordovan::parentPath(to));
+        ASSERT_TRUE(memory.move(Url::file(from), Url::file(to)));
+    }
+    void copy(std::string_view from, std::string_view to) {
+        memory.makeDirectory(ordovan::parentPath(to));
+        ASSERT_TRUE(memory.copy(Url::file(from), Url::file(to)));
+    }
+
+    /// Reconciles, and once more: the second time tells the same of the records and changes nothing.
+    OrdovanReconciliation reconcile() {
+        auto found = OrdovanReconciler::reconcile(run, ports());
+        const auto after = memory.snapshot();
+        const auto again = OrdovanReconciler::reconcile(run, ports());
+        EXPECT_EQ(again.journal, found.journal);
+        EXPECT_EQ(again.restored, found.restored);
+        EXPECT_EQ(again.trashed, found.trashed);
+        EXPECT_EQ(again.putBack, found.putBack);
+        EXPECT_EQ(memory.snapshot(), after);
+        return found;
+    }
+    ordovan::ReconcilePorts ports() { return ordovan::test::reconcilePorts(memory, fs); }
+
+    /// finished, untouched, put right, unsettled
+    static std::vector<std::size_t> counts(const OrdovanReconciliation& found) {
+        return {found.run.finished, found.run.untouched, found.run.putRight, found.run.unsettled};
+    }
+    static std::vector<std::string> sentences(const OrdovanReconciliation& found) {
+        std::vector<std::string> result;
+        for (const auto& outcome : found.run.outcomes) result.push_back(outcome.message);
+        return result;
+    }
+    OrdovanJournalEntry entry(bool sameVolume, std::string_view content, std::string_view identity) const {
+        return {"/r/a",  "/r/ordovan+/a", sameVolume, static_cast<std::int64_t>(content.size()), digestOf(content),
+                identity};
+    }
+    [[nodiscard]] std::string identity(std::string_view path) const {
+        return ordovan::test::factsIn(memory, Url::file(path))->identity;
+    }
+
+    MemoryFileSystem memory;
+    FaultyFileSystem fs{memory};
+    OrdovanUnfinishedRun run;
+};
+
+// A move within a volume.
+
+TEST_F(Reconcile, AFileThatStandsWhereItWasIsUntouched) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    const auto before = memory.snapshot();
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_THAT(sentences(found), IsEmpty());
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_TRUE(found.isComplete);
+    EXPECT_EQ(memory.snapshot(), before);
+}
+
+TEST_F(Reconcile, AMovedFileIsRecognisedByItsIdentityAndGetsItsEntry) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    move("/r/a", "/r/ordovan+/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Moved."));
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", identity("/r/ordovan+/a"))));
+    EXPECT_EQ(found.journal.createdAtEpoch, 100);
+}
+
+TEST_F(Reconcile, WhatWasNotedAboutAMovedFileIsNotHashedAgain) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    move("/r/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    memory.write("/r/ordovan+/a", "edited since");
+    const auto found = reconcile();
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", identity("/r/ordovan+/a"))));
+    EXPECT_EQ(fs.callCount(Operation::contentHash), 0U);
+}
+
+TEST_F(Reconcile, AMovedFileIsRecognisedAfterItsDeviceGotAnotherNumber) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    run.intent.items[0].identity = "9" + run.intent.items[0].identity;
+    run.intent.rootIdentity = "9" + run.intent.rootIdentity;
+    move("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(reconcile().journal.entries, ElementsAre(entry(true, "one", identity("/r/ordovan+/a"))));
+}
+
+TEST_F(Reconcile, WithoutAnIdentityAFileIsRecognisedBySizeAndTime) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    run.intent.items[0].identity.clear();
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+    move("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(1, 0, 0, 0));
+    memory.setModified("/r/ordovan+/a", 5);
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 0, 0, 1));
+}
+
+TEST_F(Reconcile, AFileThatWasAnotherWhenItsTurnCameIsRecognisedByTheNote) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.replace("/r/a", "other");
+    note(NoteKind::begun, "other");
+    run.notes[0].identity = identity("/r/a");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+    move("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(reconcile().journal.entries, ElementsAre(entry(true, "other", identity("/r/ordovan+/a"))));
+}
+
+TEST_F(Reconcile, SomebodyElsesFileAtTheDestinationGetsNoEntryAndStays) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.removeTree("/r/a");
+    memory.write("/r/ordovan+/a", "one");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_THAT(sentences(found),
+                ElementsAre("The file was moved or deleted while organizing, and another is at its destination."));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(Reconcile, AFileThatIsNowhereIsSaidAndGetsNoEntry) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(sentences(found), ElementsAre(lost));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_TRUE(found.isComplete);
+}
+
+TEST_F(Reconcile, WhatTheRunHadMovedKeepsItsEntryWhateverBecameOfItSince) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", run.intent.items[0].identity)));
+}
+
+TEST_F(Reconcile, ANoteOfAMoveThatDidNotReachTheDiskProvesNothing) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+}
+
+TEST_F(Reconcile, ASecondNameOfTheFileIsTakenAwayAgain) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.hardLink("/r/ordovan+/a", "/r/a");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Its second name was taken away again; the file is where it was."));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(Reconcile, APlaceThatLeadsToTheVerySameNameIsLeftAlone) {
+    tree({"a = one", "ordovan+/"});
+    intend("/r/a", "/r/ordovan+/a");
+    ordovan::ReconcilePorts aliased = ports();
+    aliased.facts = [this](const Url&) { return ordovan::test::factsIn(memory, Url::file("/r/a")); };
+    const auto found = OrdovanReconciler::reconcile(run, aliased);
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
+TEST_F(Reconcile, ATakenDestinationIsSaidAndBothStay) {
+    tree({"a = one", "ordovan+/a = other"});
+    intend("/r/a", "/r/ordovan+/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("A file already exists at the destination; left untouched."));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "other");
+}
+
+// A move across volumes.
+
+class ReconcileCopies : public Reconcile {
+protected:
+    void SetUp() override {
+        memory.addVolume("/r/ordovan+");
+        tree({"a = one"});
+        intend("/r/a", "/r/ordovan+/a");
+        note(NoteKind::begun, "one", partial, false);
+    }
+};
+
+TEST_F(ReconcileCopies, AnUnfinishedCopyOfAWholeFileIsRemoved) {
+    memory.write(partial, "on");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("An unfinished copy of it was removed; the file is where it was."));
+    EXPECT_FALSE(memory.item(partial));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(ReconcileCopies, OnlyCopiesThatWereNotedAreTouched) {
+    const std::string other = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000001";
+    memory.write(other, "one");
+    reconcile();
+    EXPECT_EQ(memory.read(other), "one");
+}
+
+TEST_F(ReconcileCopies, APublishedCopyWhoseOriginalStandsIsTakenAwayAgain) {
+    copy("/r/a", "/r/ordovan+/a");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was taken away again; the file is where it was."));
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(ReconcileCopies, ACopyThatDiffersFromItsOriginalStays) {
+    memory.write("/r/ordovan+/a", "two");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("A file already exists at the destination; left untouched."));
+    memory.write("/r/ordovan+/a", "one");
+    memory.write("/r/a", "new");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_EQ(memory.read("/r/a"), "new");
+}
+
+TEST_F(ReconcileCopies, AFileBesideItsOwnPartialCopyIsNotTheRunsAndStays) {
+    memory.write(partial, "one");
+    memory.write("/r/ordovan+/a", "one");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_FALSE(memory.item(partial));
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+}
+
+TEST_F(ReconcileCopies, AFileThatWasCarriedOverGetsItsEntry) {
+    copy("/r/a", "/r/ordovan+/a");
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Copied, verified and moved."));
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+}
+
+TEST_F(ReconcileCopies, AVerifiedCopyWithoutItsOriginalIsPutInPlace) {
+    memory.write(partial, "one");
+    memory.removeTree("/r/a");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was put in place."));
+    EXPECT_EQ(found.run.outcomes[0].status, OrdovanExecutionStatus::moved);
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+    EXPECT_EQ(reconcile().journal, found.journal);
+}
+
+TEST_F(ReconcileCopies, AnUnfinishedCopyWithoutItsOriginalStaysAndIsSaid) {
+    memory.write(partial, "on");
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(sentences(found), ElementsAre(std::string("An unfinished copy of it lies at ") + partial + "."));
+    EXPECT_EQ(memory.read(partial), "on");
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+}
+
+TEST_F(ReconcileCopies, AVerifiedCopyThatHasNoPlaceToGoStaysAndIsSaid) {
+    memory.write(partial, "one");
+    memory.removeTree("/r/a");
+    memory.write("/r/ordovan+/a", "other");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
+    EXPECT_EQ(memory.read(partial), "one");
+}
+
+TEST_F(ReconcileCopies, ACopyThatIsOutOfSightWithItsOriginalKeepsAnEntry) {
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(sentences(found), ElementsAre(lost));
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+}
+
+// Scope.
+
+TEST_F(Reconcile, NothingOutsideTheFolderIsTouchedWhateverTheRecordSays) {
+    tree({"a = one"});
+    memory.write("/s/b", "x");
+    memory.write("/s/.b.ordovan-partial-00000000-0000-4000-8000-000000000000", "x");
+    intend("/r/a", "/s/b");
+    note(NoteKind::begun, "x", "/s/.b.ordovan-partial-00000000-0000-4000-8000-000000000000", false);
+    intend("/s/b", "/r/ordovan+/b");
+    const auto before = memory.snapshot();
+    const auto found = reconcile();
+    EXPECT_THAT(sentences(found), ElementsAre("Path no longer within the authorized scope.",
+                                              "Path no longer within the authorized scope."));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_EQ(memory.snapshot(), before);
+}
+
+TEST_F(Reconcile, NothingBehindALinkIsTouched) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/sub/a");
+    note(NoteKind::begun, "one", "/r/ordovan+/sub/.a.ordovan-partial-00000000-0000-4000-8000-000000000000", false);
+    memory.write("/s/.a.ordovan-partial-00000000-0000-4000-8000-000000000000", "one");
+    memory.link("/r/ordovan+/sub", "/s");
+    const auto before = memory.snapshot();
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("A parent folder is a symlink; skipped to stay in scope."));
+    EXPECT_EQ(memory.snapshot(), before);
+}
+
+TEST_F(Reconcile, AFolderThatIsNotThereDecidesNothing) {
+    tree({"a = one", "b = two"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    memory.removeTree("/r");
+    EXPECT_TRUE(reconcile().isElsewhere);
+    memory.makeDirectory("/r");  // the empty mount point of a volume, say
+    const auto found = reconcile();
+    EXPECT_TRUE(found.isElsewhere);
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+}
+
+// Undo.
+
+TEST_F(Reconcile, AnUndoneMoveTakesItsEntryOut) {
+    tree({"ordovan+/a = one", "ordovan+/b = two"});
+    intend("/r/ordovan+/a", "/r/a", Kind::undo, "one");
+    intend("/r/ordovan+/b", "/r/b", Kind::undo, "two");
+    move("/r/ordovan+/a", "/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(1, 1, 0, 0));
+    EXPECT_THAT(found.restored, ElementsAre("/r/ordovan+/a"));
+    EXPECT_THAT(sentences(found), ElementsAre("Restored."));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+}
+
+TEST_F(Reconcile, AFileThatWasToGoBackInTwoStepsIsFollowed) {
+    tree({"ordovan+/c = one"});
+    intend("/r/ordovan+/c", "/r/ordovan+/b", Kind::undo, "one");
+    intend("/r/ordovan+/b", "/r/a", Kind::undo, "one");
+    run.intent.outputRoots = {Url::file("/r/ordovan+")};
+    move("/r/ordovan+/c", "/r/ordovan+/b");
+    EXPECT_THAT(reconcile().restored, ElementsAre("/r/ordovan+/c"));
+    move("/r/ordovan+/b", "/r/a");
+    EXPECT_THAT(reconcile().restored, ElementsAre("/r/ordovan+/c", "/r/ordovan+/b"));
+}
+
+// The Trash.
+
+TEST_F(Reconcile, ATrashedFileIsFoundInTheTrashAndGetsItsEntry) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("Moved to the Trash."));
+    EXPECT_THAT(found.trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
+    EXPECT_EQ(found.run.outcomes[0].destination.path(), inTrash);
+}
+
+TEST_F(Reconcile, ATrashedFileThatWasNotedNeedsNoSearch) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    note(NoteKind::done, "one", inTrash);
+    ordovan::ReconcilePorts blind = ports();
+    blind.findInTrash = [](std::span<const Url>) { return std::unexpected(OrdovanSystemError::posix(EIO)); };
+    const auto found = OrdovanReconciler::reconcile(run, blind);
+    EXPECT_THAT(found.trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
+    EXPECT_TRUE(found.isComplete);
+}
+
+TEST_F(Reconcile, AnotherFileOfThatPlaceInTheTrashIsNotTaken) {
+    tree({"a = older"});
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(found.trashed.entries, IsEmpty());
+    EXPECT_THAT(sentences(found), ElementsAre(lost));
+}
+
+TEST_F(Reconcile, AnInfoFileWithoutAnItemIsRemovedWhileTheFileStands) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre("It had not reached the Trash; the file is where it was."));
+    EXPECT_FALSE(memory.item(info));
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(Reconcile, ASecondNameInTheTrashIsTakenAwayAgain) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
+    memory.hardLink(inTrash, "/r/a");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item(inTrash));
+    EXPECT_FALSE(memory.item(info));
+}
+
+TEST_F(Reconcile, AFilePutBackTakesItsEntryAndItsInfoFileAway) {
+    tree({"a = one"});
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    intend(inTrash, "/r/a", Kind::restoreTrash, "one");
+    const std::string text = *memory.read(info);
+    ASSERT_TRUE(memory.move(Url::file(inTrash), Url::file("/r/a")));
+    memory.write(info, text);
+    const auto found = reconcile();
+    EXPECT_THAT(found.putBack, ElementsAre(inTrash));
+    EXPECT_THAT(sentences(found), ElementsAre("Put back."));
+    EXPECT_FALSE(memory.item(info));
+}
+
+TEST_F(Reconcile, AFileStillInTheTrashKeepsItsEntry) {
+    tree({"a = one"});
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    intend(inTrash, "/r/a", Kind::restoreTrash, "one");
+    const auto found = reconcile();
+    EXPECT_THAT(found.putBack, IsEmpty());
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_TRUE(memory.item(info));
+}
+
+TEST_F(Reconcile, APutBackFromAPlaceThatIsNoTrashIsRefused) {
+    tree({"a = one"});
+    memory.write("/s/x", "one");
+    intend("/s/x", "/r/b", Kind::restoreTrash, "one");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("Path no longer within the authorized scope."));
+}
+
+// What can not be looked at or changed.
+
+TEST_F(Reconcile, WhatCanNotBeLookedAtIsNotDecided) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    move("/r/a", "/r/ordovan+/a");
+    for (const std::string_view blind : {"/r/a", "/r/ordovan+/a"}) {
+        ordovan::ReconcilePorts half = ports();
+        half.facts = [this, blind](const Url& url) -> OrdovanResult<ordovan::FileFacts> {
+            if (url.path() == blind) return std::unexpected(OrdovanSystemError::posix(EACCES));
+            return ordovan::test::factsIn(memory, url);
+        };
+        const auto found = OrdovanReconciler::reconcile(run, half);
+        EXPECT_FALSE(found.isComplete);
+        EXPECT_THAT(sentences(found), ElementsAre(notExamined));
+        EXPECT_THAT(found.journal.entries, IsEmpty());
+    }
+}
+
+TEST_F(Reconcile, AHashThatFailsDecidesNothing) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    move("/r/a", "/r/ordovan+/a");
+    fs.failCall(Operation::contentHash, 1, EIO);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_TRUE(reconcile().isComplete);
+}
+
+TEST_F(ReconcileCopies, EveryCallMayFailAndTheNextTimeMakesItGood) {
+    const std::vector<std::function<void()>> states = {
+        [&] { memory.write(partial, "on"); },
+        [&] { copy("/r/a", "/r/ordovan+/a"); },
+        [&] {
+            memory.write(partial, "one");
+            memory.removeTree("/r/a");
+        },
+        [&] {
+            copy("/r/a", "/r/ordovan+/a");
+            memory.removeTree("/r/a");
+        },
+    };
+    for (const auto& state : states) {
+        for (std::size_t number = 1;; ++number) {
+            memory.removeTree("/r");
+            fs.reset();
+            run = {};
+            memory.addVolume("/r/ordovan+");
+            tree({"a = one"});
+            intend("/r/a", "/r/ordovan+/a");
+            note(NoteKind::begun, "one", partial, false);
+            state();
+            fs.failCall(number, EIO);
+            (void)OrdovanReconciler::reconcile(run, ports());
+            const bool wasHit = fs.faultsDone() > 0;
+            fs.reset();
+            const auto found = reconcile();
+            EXPECT_TRUE(found.isComplete);
+            EXPECT_EQ(memory.contents(), std::multiset<std::string>{digestOf("one")});
+            EXPECT_EQ(found.journal.entries.empty(), memory.read("/r/a").has_value());
+            if (!wasHit) break;
+        }
+    }
+}
+
+// What is said.
+
+TEST(InterruptedRun, IsSummedUpInOneSentence) {
+    const auto summary = [](std::size_t finished, std::size_t untouched, std::size_t putRight, std::size_t unsettled) {
+        OrdovanInterruptedRun run;
+        run.finished = finished;
+        run.untouched = untouched;
+        run.putRight = putRight;
+        run.unsettled = unsettled;
+        return run.summary();
+    };
+    EXPECT_EQ(summary(3, 5, 1, 0),
+              "An earlier run was interrupted. 3 files were finished, 5 were left untouched and 1 was put right.");
+    EXPECT_EQ(summary(1, 0, 0, 0), "An earlier run was interrupted. 1 file was finished.");
+    EXPECT_EQ(summary(0, 1, 2, 0), "An earlier run was interrupted. 1 file was left untouched and 2 were put right.");
+    EXPECT_EQ(summary(1, 1, 1, 2),
+              "An earlier run was interrupted. 1 file was finished, 1 was left untouched, 1 was "
+              "put right and 2 need a look.");
+    EXPECT_EQ(summary(0, 0, 0, 1), "An earlier run was interrupted. 1 file needs a look.");
+    EXPECT_EQ(summary(0, 0, 0, 0), "An earlier run was interrupted.");
+}
+
+TEST(InterruptedRun, SaysThatItsRecordCouldNotBeRead) {
+    OrdovanInterruptedRun run;
+    run.isUnreadable = true;
+    EXPECT_EQ(run.summary(), "An earlier run was interrupted, and its record could not be read. It was set aside.");
+}
+
+TEST_F(Reconcile, CountsItselfInTheHistory) {
+    tree({"a = one", "b = two", "c = three"});
+    intend("/r/a", "/r/ordovan+/a");
+    intend("/r/b", "/r/ordovan+/b");
+    intend("/r/c", "/r/ordovan+/c");
+    run.intent.id = ordovan::Uuid::random();
+    move("/r/a", "/r/ordovan+/a");
+    memory.removeTree("/r/c");
+    const auto record = reconcile().historyRecord(run.intent);
+    EXPECT_EQ(record, (OrdovanRunRecord{run.intent.id, Kind::organize, 100, "r", 1, 1, 1}));
+}
+
+}  // namespace

@@ -1,0 +1,121 @@
+#include "OrdovanCore/platform/TrashSearch.h"
+
+#include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/Results.h"
+#include "tests/support/SecondVolume.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/Unprivileged.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+using ordovan::findInTrash;
+using ordovan::removeTrashInfo;
+using ordovan::TrashedFile;
+using ordovan::test::error;
+using ordovan::test::SecondVolume;
+using ordovan::test::TempFolder;
+using ordovan::testing::describeTree;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+class TrashSearch : public ::testing::Test {
+protected:
+    TrashSearch() { ::setenv("XDG_DATA_HOME", home.path("data").c_str(), 1); }
+    ~TrashSearch() override { ::unsetenv("XDG_DATA_HOME"); }
+
+    /// Where the item of each info file found lies.
+    static std::vector<std::string> items(const std::vector<Url>& originals) {
+        std::vector<std::string> result;
+        const auto found = findInTrash(originals);
+        EXPECT_EQ(error(found), 0);
+        for (const TrashedFile& file : found.value_or(std::vector<TrashedFile>())) {
+            EXPECT_NE(std::ranges::find(originals, file.original), originals.end());
+            result.emplace_back(file.item.path());
+        }
+        std::ranges::sort(result);
+        return result;
+    }
+
+    TempFolder home;
+    SystemFileSystem fs;
+};
+
+TEST_F(TrashSearch, FindsEveryItemOfAPlaceAndOfNoOther) {
+    std::vector<std::string> places;
+    for (const char* content : {"one", "two"}) {
+        places.emplace_back(fs.trash(home.write("sub/a b%.txt", content))->path());
+    }
+    ASSERT_TRUE(fs.trash(home.write("other/a b%.txt", "three")));
+    std::ranges::sort(places);
+    EXPECT_EQ(items({home.url("sub/a b%.txt"), home.url("sub/b")}), places);
+    EXPECT_THAT(items({home.url("sub/b")}), IsEmpty());
+    EXPECT_THAT(items({}), IsEmpty());
+}
+
+TEST_F(TrashSearch, FindsWhatLiesInTheTrashOfAnotherVolume) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume volume(1 << 20);
+    ordovan::testing::buildOnDisk(volume.path(), {"sub/a = one"});
+    const Url file = Url::file(volume.path() + "/sub/a");
+    const auto place = fs.trash(file);
+    ASSERT_TRUE(place);
+    EXPECT_EQ(items({file}), std::vector{std::string(place->path())});
+}
+
+TEST_F(TrashSearch, FindsAPlaceThatIsReachedByALink) {
+    home.makeFolder("real");
+    home.makeLink("link", "real");
+    const auto place = fs.trash(home.write("real/a", "one"));
+    ASSERT_TRUE(place);
+    EXPECT_EQ(items({home.url("link/a")}), std::vector{std::string(place->path())});
+}
+
+TEST_F(TrashSearch, PassesOverWhatIsNoInfoFile) {
+    home.write("data/Trash/info/a.trashinfo", "Path=" + home.path("a"));
+    home.write("data/Trash/info/b.trashinfo", "");
+    home.write("data/Trash/info/c.trashinfo.1A2B", "[Trash Info]\nPath=" + home.path("a") + "\n");
+    home.makeFolder("data/Trash/info/d.trashinfo");
+    home.makeLink("data/Trash/info/e.trashinfo", home.path("data/Trash/info/c.trashinfo.1A2B"));
+    ASSERT_EQ(::mkfifo(home.path("data/Trash/info/f.trashinfo").c_str(), 0600), 0);
+    EXPECT_THAT(items({home.url("a")}), IsEmpty());
+}
+
+TEST_F(TrashSearch, MakesAndChangesNothing) {
+    home.write("a", "one");
+    const auto before = describeTree(home.path());
+    EXPECT_THAT(items({home.url("a")}), IsEmpty());
+    EXPECT_EQ(describeTree(home.path()), before);
+}
+
+TEST_F(TrashSearch, SaysWhenATrashCanNotBeRead) {
+    ASSERT_TRUE(fs.trash(home.write("a", "one")));
+    ASSERT_EQ(::chmod(home.path("data/Trash/info").c_str(), 0), 0);
+    ordovan::test::giveToUnprivileged(home.path());
+    const std::vector<Url> originals = {home.url("a")};
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return error(findInTrash(originals)); }), EACCES);
+}
+
+TEST_F(TrashSearch, RemovesTheInfoFileOfAnItemThatIsGone) {
+    const auto place = fs.trash(home.write("a", "one"));
+    ASSERT_TRUE(place);
+    const auto found = findInTrash(std::vector{home.url("a")});
+    ASSERT_EQ(error(found), 0);
+    ASSERT_THAT(*found, SizeIs(1));
+    EXPECT_EQ(error(removeTrashInfo(found->front())), ENOTEMPTY);
+    EXPECT_TRUE(home.has("data/Trash/info/a.trashinfo"));
+    ASSERT_TRUE(fs.remove(*place));
+    EXPECT_EQ(error(removeTrashInfo(found->front())), 0);
+    EXPECT_FALSE(home.has("data/Trash/info/a.trashinfo"));
+    EXPECT_EQ(error(removeTrashInfo(found->front())), 0);
+}
+
+}  // namespace
