@@ -140,7 +140,7 @@ int main(int argc, char** argv) {
 
     QCoreApplication::setApplicationName(u"ordovan+"_s);
     QCoreApplication::setApplicationVersion(QStringLiteral(ORDOVAN_VERSION));
-    QGuiApplication::setDesktopFileName(u"ordovan"_s);
+    QGuiApplication::setDesktopFileName(QStringLiteral(ORDOVAN_APPLICATION_ID));
     int noArguments = 1;  // none of ours is for the toolkit
 
     SingleInstance instance(
