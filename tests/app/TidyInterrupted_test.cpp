@@ -1,0 +1,462 @@
+// A program that ends in the middle of a run, and the one that is started after it.
+
+#include "tests/support/QtTestMain.h"
+#include "tests/support/TidyWorld.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+using ordovan::test::SignalCount;
+using ordovan::test::TidyWorld;
+using ordovan::testing::FaultyFileSystem;
+using ordovan::testing::Operation;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+namespace {
+
+using Kind = OrdovanRunRecord::Kind;
+
+/// Thrown out of a run where the program shall end.
+struct Killed {};
+
+enum class Moment { before, after };
+
+/// What has left the program of the notes that a run gathers.
+enum class Notes { all, none };
+
+/// A folder with three files and the program that works in it.
+class World : public TidyWorld {
+public:
+    World() { tree({"x.pdf = 1", "y.jpg = 2", "z.txt = 2"}); }
+    void TestBody() override {}
+
+    /// The program is started and previews the folder.
+    void start() { model = previewed({.repreviewsAfterRuns = false}); }
+    void organize() {
+        model->organize();
+        tasks.finish();
+    }
+    void undo() {
+        model->undo();
+        tasks.finish();
+    }
+    void search() {
+        model->findDuplicates();
+        tasks.finish();
+    }
+    void trash() {
+        model->trashExtras();
+        tasks.finish();
+    }
+    void restore() {
+        model->restore();
+        tasks.finish();
+    }
+
+    /// Does something, and ends the program at the n-th call of the disk or of the storage of records. False when
+    /// there are fewer.
+    bool isKilledAt(std::size_t number, Moment moment, Notes notes, const std::function<void(World&)>& act) {
+        std::size_t count = 0;
+        const auto die = [&] {
+            if (++count != number) return;
+            if (notes == Notes::none) runStorage.failAll("append", EIO);
+            throw Killed();
+        };
+        const auto onCall = [&](const FaultyFileSystem::Call&) { die(); };
+        moment == Moment::before ? fs.setBeforeCall(onCall) : fs.setAfterCall(onCall);
+        records.observer = runStorage.observer = [&](const std::string& call) {
+            if (!call.starts_with("append")) die();  // the last ones are handed over by a program that goes on
+        };
+        bool killed = false;
+        try {
+            act(*this);
+        } catch (const Killed&) {
+            killed = true;
+        }
+        fs.setBeforeCall({});
+        fs.setAfterCall({});
+        records.observer = runStorage.observer = [](const std::string&) {};
+        runStorage.failAll("", 0);
+        return killed;
+    }
+
+    [[nodiscard]] bool hasRunRecord() const {
+        return memory.item(locations.runRecord(Url::file("/r")).path()).has_value();
+    }
+    /// Files in the folder, by their path below it.
+    [[nodiscard]] std::vector<std::string> files() const {
+        std::vector<std::string> found;
+        for (const auto& [path, description] : memory.snapshot("/r")) {
+            if (description.starts_with("file")) found.push_back(path);
+        }
+        return found;
+    }
+    /// What the user's files hold, in the folder and in the Trash, each name counted.
+    [[nodiscard]] std::vector<std::string> contents() const {
+        std::vector<std::string> found;
+        for (const auto& [path, description] : memory.snapshot()) {
+            const bool isUsers = !path.starts_with("records/") && !path.ends_with(".trashinfo");
+            if (isUsers && description.starts_with("file")) found.push_back(*memory.read("/" + path));
+        }
+        std::ranges::sort(found);
+        return found;
+    }
+    [[nodiscard]] std::ptrdiff_t runsOf(Kind kind) const {
+        return std::ranges::count(model->history().records, kind, &OrdovanRunRecord::kind);
+    }
+
+    std::unique_ptr<TidyViewModel> model;
+};
+
+/// A run: what comes before it, the run itself, and what takes all of it back.
+struct Flow {
+    const char* name;
+    Kind kind;
+    std::function<void(World&)> prepare;
+    std::function<void(World&)> run;
+    std::function<void(World&)> takeBack;
+};
+
+void onTwoVolumes(World& world) {
+    world.memory.addVolume("/r/ordovan+");
+    world.start();
+}
+
+const std::vector<Flow> flows = {
+    {"organize", Kind::organize, &World::start, &World::organize, &World::undo},
+    {"organize across volumes", Kind::organize, onTwoVolumes, &World::organize, &World::undo},
+    {"undo", Kind::undo,
+     [](World& world) {
+         world.start();
+         world.organize();
+     },
+     &World::undo, &World::undo},
+    {"undo across volumes", Kind::undo,
+     [](World& world) {
+         onTwoVolumes(world);
+         world.organize();
+     },
+     &World::undo, &World::undo},
+    {"trash", Kind::trash,
+     [](World& world) {
+         world.start();
+         world.search();
+     },
+     &World::trash, &World::restore},
+    {"restore", Kind::restoreTrash,
+     [](World& world) {
+         world.start();
+         world.search();
+         world.trash();
+     },
+     &World::restore, &World::restore},
+};
+
+/// What has to be true once the program was started again: each file is in one known place, and all can go back.
+void expectAllIsWell(World& world, const Flow& flow) {
+    EXPECT_THAT(world.contents(), ElementsAre("1", "2", "2"));
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_LE(world.runsOf(flow.kind), 1);
+    for (const std::string& file : world.files()) EXPECT_FALSE(OrdovanPartialName::isPartial("/" + file)) << file;
+    EXPECT_EQ(world.model->journalWarning(), std::nullopt);
+    flow.takeBack(world);
+    EXPECT_THAT(world.files(), ElementsAre("x.pdf", "y.jpg", "z.txt"));
+    EXPECT_THAT(World::recoverable(*world.model), IsEmpty());
+    EXPECT_THAT(world.model->trashRecord()->entries, IsEmpty());
+    EXPECT_THAT(world.contents(), ElementsAre("1", "2", "2"));
+}
+
+TEST(TidyInterrupted, AtAnyCallOfAnyRunLeavesEveryFileInOneKnownPlace) {
+    std::size_t points = 0;
+    for (const Flow& flow : flows) {
+        for (const Moment moment : {Moment::before, Moment::after}) {
+            for (const Notes notes : {Notes::all, Notes::none}) {
+                for (std::size_t number = 1;; ++number, ++points) {
+                    World world;
+                    flow.prepare(world);
+                    if (!world.isKilledAt(number, moment, notes, flow.run)) break;
+                    SCOPED_TRACE(std::string(flow.name) + (moment == Moment::before ? " before " : " after ") +
+                                 std::to_string(number) + (notes == Notes::all ? "" : " without notes"));
+                    const bool hadRecord = world.hasRunRecord();
+                    world.start();
+                    EXPECT_EQ(world.model->interruptedRun() != nullptr, hadRecord);
+                    expectAllIsWell(world, flow);
+                    if (::testing::Test::HasFailure()) return;
+                }
+            }
+        }
+    }
+    EXPECT_GT(points, 500U);
+}
+
+TEST(TidyInterrupted, AndAgainWhileThatIsBroughtToAnEndComesToTheSame) {
+    std::size_t points = 0;
+    for (const Flow& flow : flows) {
+        for (std::size_t first = 1;; first += 7) {
+            World probe;
+            flow.prepare(probe);
+            if (!probe.isKilledAt(first, Moment::after, Notes::none, flow.run)) break;
+            for (std::size_t second = 1;; ++second, ++points) {
+                World world;
+                flow.prepare(world);
+                (void)world.isKilledAt(first, Moment::after, Notes::none, flow.run);
+                if (!world.isKilledAt(second, Moment::after, Notes::none, &World::start)) break;
+                SCOPED_TRACE(std::string(flow.name) + " after " + std::to_string(first) + " and " +
+                             std::to_string(second));
+                world.start();
+                expectAllIsWell(world, flow);
+                if (::testing::Test::HasFailure()) return;
+            }
+        }
+    }
+    EXPECT_GT(points, 200U);
+}
+
+// What is told.
+
+TEST(TidyInterrupted, IsToldOnceWithItsCountsAndItsPlaceInTheHistory) {
+    World world;
+    world.start();
+    const double startedAt = world.now;
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++moves == 3) throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setBeforeCall({});
+    world.now += 1000;
+    world.start();
+    const auto told = world.model->interruptedRun();
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->summary(), "An earlier run was interrupted. 2 files were finished and 1 was left untouched.");
+    EXPECT_EQ(told->kind, Kind::organize);
+    EXPECT_EQ(told->startedAtEpoch, startedAt);
+    EXPECT_EQ(told->root, Url::file("/r"));
+    EXPECT_THAT(told->outcomes, SizeIs(2));
+    EXPECT_THAT(World::recoverable(*world.model),
+                ElementsAre("x.pdf -> ordovan+/Documents/x.pdf", "z.txt -> ordovan+/Documents/z.txt"));
+    EXPECT_THAT(World::proposed(*world.model), SizeIs(1));
+    ASSERT_THAT(world.model->history().records, SizeIs(1));
+    EXPECT_EQ(world.model->history().records[0].summary(), "Organized 2 files in r");
+    EXPECT_EQ(world.model->history().records[0].epoch, startedAt);
+    EXPECT_EQ(world.model->history().records[0].skipped, 1);
+
+    const SignalCount changes(*world.model, &TidyViewModel::interruptedRunChanged);
+    world.model->preview();
+    world.tasks.finish();
+    EXPECT_EQ(world.model->interruptedRun(), told);
+    world.model->dismissInterruptedRun();
+    world.model->dismissInterruptedRun();
+    EXPECT_FALSE(world.model->interruptedRun());
+    EXPECT_EQ(changes, 1);
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+}
+
+/// A world in which an organize run was interrupted after its first move.
+class InterruptedWorld : public World {
+public:
+    InterruptedWorld() {
+        start();
+        std::size_t moves = 0;
+        fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+            if (call.operation == Operation::move && ++moves == 2) throw Killed();
+        });
+        EXPECT_THROW(organize(), Killed);
+        fs.setBeforeCall({});
+    }
+};
+
+TEST(TidyInterrupted, IsSettledByAPreviewOfAnyDepth) {
+    for (const PreviewDepth depth : {PreviewDepth::records, PreviewDepth::files, PreviewDepth::plan}) {
+        InterruptedWorld world;
+        const auto model = world.make();
+        model->chooseFolder(Url::file("/r"), depth);
+        world.tasks.finish();
+        EXPECT_TRUE(model->interruptedRun());
+        EXPECT_THAT(World::recoverable(*model), SizeIs(1));
+    }
+}
+
+TEST(TidyInterrupted, IsToldAlsoWhenThePreviewThatFoundItIsDropped) {
+    InterruptedWorld world;
+    const auto model = world.make();
+    model->chooseFolder(Url::file("/r"));
+    world.tasks.work();
+    model->cancelPreview();
+    world.tasks.finish();
+    EXPECT_TRUE(model->interruptedRun());
+    EXPECT_THAT(World::recoverable(*model), SizeIs(1));
+}
+
+TEST(TidyInterrupted, IsSettledBeforeTheNextRunWhereNoPreviewCameBetween) {
+    World world;
+    world.start();
+    auto other = world.previewed({.repreviewsAfterRuns = false});  // a second program
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++moves == 2) throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setBeforeCall({});
+    EXPECT_TRUE(other->organize());
+    world.tasks.finish();
+    EXPECT_EQ(other->interruptedRun()->summary(),
+              "An earlier run was interrupted. 1 file was finished and 2 were left untouched.");
+    EXPECT_EQ(other->lastReport()->movedCount(), 2U);
+    EXPECT_THAT(World::recoverable(*other), SizeIs(3));
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
+    EXPECT_THAT(other->history().records, SizeIs(2));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+TEST(TidyInterrupted, IsLeftAloneWhileItGoesOnElsewhere) {
+    InterruptedWorld world;
+    world.heldElsewhere = {"/r"};
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+    EXPECT_TRUE(world.hasRunRecord());
+    world.heldElsewhere.clear();
+    world.start();
+    EXPECT_TRUE(world.model->interruptedRun());
+}
+
+TEST(TidyInterrupted, IsSettledUnderTheLockOfItsFolder) {
+    InterruptedWorld world;
+    world.events.clear();
+    world.start();
+    EXPECT_THAT(world.events, ElementsAre("lock /r", "lock /records", "unlock /records", "lock /records",
+                                          "unlock /records", "unlock /r"));
+}
+
+TEST(TidyInterrupted, WaitsForItsVolume) {
+    InterruptedWorld world;
+    const std::string record = *world.memory.read(world.locations.runRecord(Url::file("/r")).path());
+    world.memory.removeTree("/r");
+    world.memory.makeDirectory("/r");
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+    EXPECT_EQ(world.memory.read(world.locations.runRecord(Url::file("/r")).path()), record);
+}
+
+// When records can not be stored.
+
+TEST(TidyInterrupted, StaysRecordedWhileTheJournalCanNotBeStored) {
+    InterruptedWorld world;
+    world.records.failAll("write", ENOSPC);
+    world.start();
+    EXPECT_EQ(
+        world.model->journalWarning(),
+        "Files were organized, but the undo record could not be saved to disk. Undo is available until you quit.");
+    EXPECT_THAT(World::recoverable(*world.model), SizeIs(1));
+    EXPECT_TRUE(world.model->journalUnsaved());
+    EXPECT_TRUE(world.hasRunRecord());
+    world.records.failAll("", 0);
+    world.start();
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(1));
+    EXPECT_THAT(world.model->history().records, SizeIs(1));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+TEST(TidyInterrupted, ARunWhoseRecordCouldNotBeSavedIsKnownAfterQuitting) {
+    World world;
+    world.start();
+    world.records.failAll("write", ENOSPC);
+    world.organize();
+    EXPECT_TRUE(world.hasRunRecord());
+    world.model->preview();
+    world.tasks.finish();
+    EXPECT_FALSE(world.model->interruptedRun());  // it is this program's own
+    world.records.failAll("", 0);
+    world.start();
+    EXPECT_THAT(World::recoverable(*world.model), SizeIs(3));
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
+    EXPECT_THAT(world.model->history().records, SizeIs(1));
+}
+
+TEST(TidyInterrupted, ARunThatCanNotBeRecordedGoesOnAsEver) {
+    for (const char* kind : {"write", "openNotes", "append", "sync", "remove"}) {
+        World world;
+        world.memory.addVolume("/r/ordovan+");
+        world.start();
+        world.runStorage.failAll(kind, ENOSPC);
+        world.organize();
+        EXPECT_EQ(world.model->lastReport()->movedCount(), 3U) << kind;
+        EXPECT_EQ(world.model->journalWarning(), std::nullopt) << kind;
+        EXPECT_THAT(world.storedJournal()->entries, SizeIs(3)) << kind;
+        world.runStorage.failAll("", 0);
+        world.model->preview();
+        world.tasks.finish();
+        EXPECT_FALSE(world.model->interruptedRun()) << kind;
+        world.undo();
+        EXPECT_EQ(world.model->lastReport()->movedCount(), 3U) << kind;
+        EXPECT_FALSE(world.hasRunRecord()) << kind;
+    }
+}
+
+TEST(TidyInterrupted, ADamagedRecordIsSetAsideAndSaid) {
+    World world;
+    const Url record = world.locations.runRecord(Url::file("/r"));
+    world.memory.write(record.path(), "garbage");
+    world.start();
+    EXPECT_EQ(world.model->interruptedRun()->summary(),
+              "An earlier run was interrupted, and its record could not be read. It was set aside.");
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_EQ(world.memory.read(world.locations.unusableRunRecord(Url::file("/r"), world.now).path()), "garbage");
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+}
+
+TEST(TidyInterrupted, ARecordThatCanNotBeSetAsideIsNotWrittenOver) {
+    World world;
+    const Url record = world.locations.runRecord(Url::file("/r"));
+    world.start();
+    world.memory.write(record.path(), "garbage");
+    world.runStorage.failAll("setAside", EIO);
+    world.organize();
+    EXPECT_EQ(world.model->lastReport()->movedCount(), 3U);
+    EXPECT_EQ(world.memory.read(record.path()), "garbage");
+    EXPECT_FALSE(world.model->interruptedRun());
+}
+
+// Identities.
+
+TEST(TidyInterrupted, VolumesThatDoNotKeepIdentitiesGetNoneInTheJournal) {
+    World world;
+    std::vector<std::string> asked;
+    world.keepsIdentities = [&](const Url& item) {
+        asked.emplace_back(item.path());
+        return false;
+    };
+    world.start();
+    world.organize();
+    const OrdovanJournal journal = *world.storedJournal();
+    for (const auto& entry : journal.entries) EXPECT_EQ(entry.fileID(), "");
+    EXPECT_THAT(asked, SizeIs(2));  // once for the record of the run, once for the journal
+    EXPECT_EQ(world.model->lastReport()->journal, journal);
+    world.memory.replace("/r/ordovan+/Documents/x.pdf", "1");  // as after a remount: another number, the same file
+    world.undo();
+    EXPECT_EQ(world.model->lastReport()->movedCount(), 3U);
+}
+
+TEST(TidyInterrupted, OnVolumesThatDoNotKeepIdentitiesIsSettledAsWell) {
+    World world;
+    world.keepsIdentities = [](const Url&) { return false; };
+    world.start();
+    ASSERT_TRUE(world.isKilledAt(30, Moment::after, Notes::none, &World::organize));
+    world.start();
+    EXPECT_THAT(world.contents(), ElementsAre("1", "2", "2"));
+    for (const auto& entry : world.model->recoverableJournal()->entries) EXPECT_EQ(entry.fileID(), "");
+    world.undo();
+    EXPECT_THAT(world.files(), ElementsAre("x.pdf", "y.jpg", "z.txt"));
+}
+
+}  // namespace
