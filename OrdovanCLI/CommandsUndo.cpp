@@ -2,7 +2,6 @@
 
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/PlanView.h"
-#include "OrdovanCore/Proposals.h"
 
 #include <algorithm>
 #include <iterator>
@@ -123,15 +122,12 @@ Outcome runRestore(Context& context) {
 Outcome runRecovery(Context& context) {
     const auto folder = chosenFolder(context.invocation);
     if (!folder) return folder.error();
+    if (auto end = context.preview(*folder, {}, PreviewDepth::records)) return std::move(*end);
     if (auto end = interruptibleFromHere()) return std::move(*end);
-    const TidyPorts ports = context.session.ports();
-    const Url root = ports.resolveExisting(*folder);
-    Journal journal = ports.journals.load(root, nullptr, ports.clock(), ports.fileSystem).journal;
-    std::vector<OrdovanTrashEntry> trashed;
-    const auto record = ports.trashRecords.load({}).record;
-    std::ranges::copy_if(record->entries, std::back_inserter(trashed), [&](const OrdovanTrashEntry& entry) {
-        return OrdovanProposalPlanner::contains(Url::file(entry.original()), root);
-    });
+    const TidyViewModel& model = context.session.model();
+    const Url root = *model.rootURL();
+    Journal journal = model.recoverableJournal();
+    std::vector<OrdovanTrashEntry> trashed = model.restorableEntries();
     const bool isUnreadable = !journal && isJournalUnreadable(context, root);
     context.put(recovery(context, root, std::move(journal), std::move(trashed)));
     if (isUnreadable) context.console.warn(unreadableJournal);
