@@ -41,10 +41,10 @@ std::optional<Verdict> refusal(const OrdovanFileProposal& proposal, const Execut
 }
 
 OrdovanResult<Fingerprint> fingerprint(const Url& file, OrdovanFileSystem& fs) {
-    const auto size = fs.fileSize(file);
-    if (!size) return std::unexpected(size.error());
     auto hash = fs.contentHash(file);
     if (!hash) return std::unexpected(hash.error());
+    const auto size = fs.fileSize(file);
+    if (!size) return std::unexpected(size.error());
     auto identity = fs.fileIdentity(file);
     if (!identity) return std::unexpected(identity.error());
     return Fingerprint{*size, std::move(*hash), std::move(*identity)};

@@ -34,17 +34,23 @@ public:
                                                        return mayRead(file, root, fs);
                                                    })
                                  : nullptr),
-          port_(ahead_ == nullptr ? disk_ : *ahead_) {}
+          port_(ahead_ == nullptr ? disk_ : *ahead_),
+          contents_(dynamic_cast<OrdovanContentReading*>(own_.get())) {
+        if (contents_ == nullptr) contents_ = ports.contents;
+    }
     FileSystem(const FileSystem&) = delete;
     FileSystem& operator=(const FileSystem&) = delete;
 
     OrdovanFileSystem& port() { return port_; }
+    /// Reads the files of the run in pieces, by the rules of its disk where that has its own; null for none.
+    [[nodiscard]] OrdovanContentReading* contents() const { return contents_; }
 
 private:
     std::unique_ptr<OrdovanFileSystem> own_;  // null where the ports' own serves
     OrdovanFileSystem& disk_;
     std::unique_ptr<OrdovanFileSystem> ahead_;
     OrdovanFileSystem& port_;
+    OrdovanContentReading* contents_;
 };
 
 /// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.

@@ -68,7 +68,7 @@ public:
         : inputs_(inputs),
           files_(files),
           disk_(ports, inputs.root, files.toBeHashed()),
-          fs_(disk_.port(), ports.contents, *inputs.flag),
+          fs_(disk_.port(), disk_.contents(), *inputs.flag),
           record_(record),
           recorded_(begun(record, files, fs_)),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },

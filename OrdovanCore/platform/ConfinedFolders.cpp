@@ -54,7 +54,7 @@ std::string_view ConfinedFolders::behindRoot(std::string_view path) const noexce
 }
 
 std::expected<const ConfinedFolders::Folder*, int> ConfinedFolders::open(std::string_view path) {
-    if (isRoot(path)) {
+    if (behindRoot(path).empty()) {
         const int error = openRoot();
         if (error != 0) return std::unexpected(error);
         return &root_;
@@ -76,7 +76,7 @@ std::expected<const ConfinedFolders::Folder*, int> ConfinedFolders::open(std::st
 }
 
 const ConfinedFolders::Folder* ConfinedFolders::held(std::string_view path) {
-    if (isRoot(path)) return root_.descriptor ? &root_ : nullptr;
+    if (path == root_.path) return root_.descriptor ? &root_ : nullptr;
     Slot* const slot = find(path);
     if (slot == nullptr) return nullptr;
     slot->usedAt = ++uses_;
@@ -146,7 +146,7 @@ int ConfinedFolders::make(std::string_view path, ::mode_t mode) {
     if (there) return 0;
     if (there.error() == ENOENT) {
         const std::string_view above = parentPath(path);
-        const int error = isRoot(above) ? (open(above) ? 0 : makeFolders(root_.path, mode)) : make(above, mode);
+        const int error = leadsBelow(above) ? make(above, mode) : open(above) ? 0 : makeFolders(root_.path, mode);
         return error == 0 ? makeOne(path, mode) : error;
     }
     // What is no folder stands on the way, or has the very name.

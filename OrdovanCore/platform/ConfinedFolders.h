@@ -44,7 +44,7 @@ public:
     /// end, EXDEV for a ".." that leads out of the root, ENOTDIR, ENOENT, EACCES and the system's other ones.
     [[nodiscard]] std::expected<const Folder*, int> open(std::string_view path);
 
-    /// The same for one that is held, without a look whether the path leads to it still; null when it is not held.
+    /// The folder of this path that is held, without a look whether the path leads to it still; null when none is.
     [[nodiscard]] const Folder* held(std::string_view path);
 
     /// Makes a folder that `leadsBelow` the root and every missing one above it, with `mode` less the umask. An
@@ -59,7 +59,6 @@ private:
     };
 
     [[nodiscard]] std::string_view behindRoot(std::string_view path) const noexcept;
-    [[nodiscard]] bool isRoot(std::string_view path) const noexcept { return behindRoot(path).empty(); }
     Slot* find(std::string_view path);
     [[nodiscard]] bool leadsTo(const Folder& folder) const;
     int openRoot();

@@ -20,16 +20,19 @@ struct Hashing {
 
 }  // namespace
 
-OrdovanResult<std::string> hashOfOpenFile(int descriptor, const std::function<bool()>& shouldContinue) {
+OrdovanResult<std::string> hashOfOpenFile(int descriptor, const std::function<bool()>& shouldContinue,
+                                          std::optional<std::int64_t> size) {
     thread_local Hashing hashing;
     bool digested = hashing.digest.begin();
-    while (digested) {
+    std::int64_t total = 0;
+    while (digested && (!size || total < *size)) {
         if (shouldContinue && !shouldContinue()) return std::unexpected(OrdovanSystemError::posix(ECANCELED));
         const ::ssize_t got = ::read(descriptor, hashing.piece.get(), pieceSize);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return std::unexpected(OrdovanSystemError::posix(errno));
         if (got == 0) break;
         digested = hashing.digest.add(hashing.piece.get(), static_cast<std::size_t>(got));
+        total += got;
     }
     std::string text = digested ? hashing.digest.finish() : std::string();
     if (text.empty()) return std::unexpected(OrdovanSystemError::posix(ENOTSUP));

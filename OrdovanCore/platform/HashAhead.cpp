@@ -75,7 +75,7 @@ public:
         if (file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
         if (now() - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
         if (writers_.isWrittenAtStart(file)) return std::nullopt;
-        auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue);
+        auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue, file.facts.st_size);
         struct ::stat after;
         if (!hash || ::fstat(file.descriptor.get(), &after) != 0) return std::nullopt;
         if (!isUnwritten(file.facts, after) || writers_.isWrittenAtEnd(file)) return std::nullopt;

@@ -93,7 +93,6 @@ OrdovanResult<std::string> RunFileSystem::fileIdentity(const Url& url) {
 std::optional<::dev_t> RunFileSystem::knownDevice(const Url& url) {
     const SystemPath path(url);
     if (const struct ::stat* const facts = vouchedFor(path.view())) return facts->st_dev;
-    if (!folders_.leadsBelow(path.view())) return std::nullopt;
     const ConfinedFolders::Folder* const folder = folders_.held(path.view());
     return folder == nullptr ? std::nullopt : std::optional(folder->facts.st_dev);
 }
@@ -151,22 +150,27 @@ RunFileSystem::Entry RunFileSystem::entryOf(const SystemPath& path) {
     return FolderEntry((*folder)->descriptor.get(), nameIn(path));
 }
 
-/// The same for an item that is acted on: if it was hashed, it is the one that was hashed.
+/// The same for an item that is acted on for good: if it was hashed, it is the one that was hashed.
 RunFileSystem::Entry RunFileSystem::provenEntryOf(const SystemPath& path) {
-    const struct ::stat* const was = vouchedFor(path.view());
-    if (was == nullptr) return entryOf(path);
-    struct ::stat now;
-    if (folders_.leadsBelow(path.view())) {
-        // The very file in a folder that is held proves more than that a path leads to this folder.
-        const auto* const folder = folders_.held(parentPath(path.view()));
-        const FolderEntry entry(folder == nullptr ? -1 : folder->descriptor.get(), nameIn(path));
-        if (folder != nullptr && entry.examine(now) && isUntouched(*was, now)) return entry;
-    }
     Entry entry = entryOf(path);
-    if (!entry) return entry;
+    const struct ::stat* const was = vouchedFor(path.view());
+    if (!entry || was == nullptr) return entry;
+    struct ::stat now;
     if (!entry->examine(now)) return std::unexpected(errno);
     if (!isUntouched(*was, now)) return std::unexpected(EBUSY);
     return entry;
+}
+
+/// The same for an item that is renamed. What arrives is looked at as well, and so one look by the path, which finds
+/// what was hashed, is proof enough that the folder held is the one that the path leads to.
+RunFileSystem::Entry RunFileSystem::sourceEntryOf(const SystemPath& path) {
+    const struct ::stat* const was = vouchedFor(path.view());
+    const auto* const folder = was == nullptr ? nullptr : folders_.held(parentPath(path.view()));
+    struct ::stat now;
+    if (folder != nullptr && FolderEntry(path.text()).examine(now) && isUntouched(*was, now)) {
+        return FolderEntry(folder->descriptor.get(), nameIn(path));
+    }
+    return provenEntryOf(path);
 }
 
 OrdovanResult<void> RunFileSystem::createDirectory(const Url& url) {
@@ -189,7 +193,7 @@ OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
 }
 
 int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
-    const auto old = provenEntryOf(source);
+    const auto old = sourceEntryOf(source);
     if (!old) return old.error();
     const auto fresh = entryOf(target);
     if (!fresh) return fresh.error();
@@ -198,8 +202,8 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
     unvouch(target.view());
     if (const struct ::stat* const was = vouchedFor(source.view())) {
         error = checkLanding(target, *fresh, *old, *was);
+        unvouch(source.view());  // also where it was moved back: a rename is a change
         if (error != 0) return error;
-        unvouch(source.view());
     }
     if (!OrdovanPartialName::isPartial(source.view())) return 0;
     error = syncFolderOf(*fresh);
@@ -259,25 +263,72 @@ OrdovanResult<void> RunFileSystem::remove(const Url& url) {
     return {};
 }
 
-OrdovanResult<std::string> RunFileSystem::contentHash(const Url& url) {
+/// Opens a file that is going to be hashed, unless another program is writing it. Returns 0 or the errno.
+int RunFileSystem::openToHash(const SystemPath& path, RegularFile& file) {
     forgetLook();
-    const SystemPath path(url);
-    if (path.error() != 0) return failure(path.error());
+    if (path.error() != 0) return path.error();
     unvouch(path.view());
     const Entry entry = entryOf(path);
-    if (!entry) return failure(entry.error());
-    RegularFile file;
+    if (!entry) return entry.error();
     const int error = file.open(*entry);
-    if (error != 0) return failure(error);
-    if (writers_.isWrittenAtStart(file)) return failure(EBUSY);
-    auto hash = hashOfOpenFile(file.descriptor.get());
-    if (!hash) return hash;
+    if (error != 0) return error;
+    return writers_.isWrittenAtStart(file) ? EBUSY : 0;
+}
+
+/// Looks whether the file is what it was when it was opened, and the one that the path leads to. Returns 0 or the
+/// errno.
+int RunFileSystem::endHashing(const SystemPath& path, const RegularFile& file) {
+    forgetLook();
     struct ::stat now;
     const bool isStill = FolderEntry(path.text()).examine(now) && isUntouched(file.facts, now);
-    if (!isStill || writers_.isWrittenAtEnd(file)) return failure(EBUSY);
+    if (!isStill || writers_.isWrittenAtEnd(file)) return EBUSY;
     vouchFor(path.view(), now);
     remember(path.view(), now);
+    return 0;
+}
+
+OrdovanResult<std::string> RunFileSystem::contentHash(const Url& url) {
+    const SystemPath path(url);
+    RegularFile file;
+    int error = openToHash(path, file);
+    if (error != 0) return failure(error);
+    auto hash = hashOfOpenFile(file.descriptor.get(), {}, file.facts.st_size);
+    if (!hash) return hash;
+    error = endHashing(path, file);
+    if (error != 0) return failure(error);
     return hash;
+}
+
+/// A file that is read in pieces.
+class RunFileSystem::Content final : public OrdovanOpenContent {
+public:
+    Content(RunFileSystem& run, Url url, RegularFile file) : run_(run), url_(std::move(url)), file_(std::move(file)) {}
+
+    [[nodiscard]] Identity identity() const override { return {file_.facts.st_dev, file_.facts.st_ino}; }
+    [[nodiscard]] std::uint64_t linkCount() const override { return file_.facts.st_nlink; }
+
+    OrdovanResult<std::size_t> read(std::int64_t offset, std::span<char> into) override {
+        ::ssize_t got = -1;
+        do {
+            got = ::pread(file_.descriptor.get(), into.data(), into.size(), offset);
+        } while (got < 0 && errno == EINTR);
+        if (got < 0) return failure(errno);
+        const int error = got == 0 && !into.empty() ? run_.endHashing(SystemPath(url_), file_) : 0;
+        if (error != 0) return failure(error);
+        return static_cast<std::size_t>(got);
+    }
+
+private:
+    RunFileSystem& run_;
+    Url url_;
+    RegularFile file_;
+};
+
+OrdovanResult<std::unique_ptr<OrdovanOpenContent>> RunFileSystem::open(const Url& url) {
+    RegularFile file;
+    const int error = openToHash(SystemPath(url), file);
+    if (error != 0) return failure(error);
+    return std::make_unique<Content>(*this, url, std::move(file));
 }
 
 OrdovanResult<Url> RunFileSystem::trash(const Url& url) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanCore/ContentReading.h"
 #include "OrdovanCore/platform/ConfinedFolders.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/Trash.h"
@@ -11,6 +12,7 @@
 #include <cstddef>
 #include <expected>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -39,7 +41,7 @@ class SystemPath;
 ///
 /// **One look for one item.** Different questions about one item that directly follow one another (does it exist, is it
 /// regular, how large is it, which is it) are answered from one look at it, which the call before may have made.
-class RunFileSystem final : public SystemFileSystem {
+class RunFileSystem final : public SystemFileSystem, public OrdovanContentReading {
 public:
     /// `root` is the absolute path of the folder. Nothing is opened yet.
     explicit RunFileSystem(const Url& root, ConfinedFolders::Entering entering = ConfinedFolders::Entering::atOnce);
@@ -57,6 +59,8 @@ public:
     OrdovanResult<std::string> fileIdentity(const Url& url) override;
     OrdovanResult<Url> trash(const Url& url) override;
 
+    OrdovanResult<std::unique_ptr<OrdovanOpenContent>> open(const Url& url) override;
+
     /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read, and were seen
     /// at the path right before this call.
     void vouch(const Url& file, const struct ::stat& facts);
@@ -65,6 +69,7 @@ public:
     static std::function<void(const Url& file, const struct ::stat& facts)> voucher(OrdovanFileSystem& port);
 
 private:
+    class Content;
     enum Question : unsigned { existing = 1, regular = 2, link = 4, size = 8, identity = 16 };
 
     /// The item at a path as it was found last, or why it was not.
@@ -91,6 +96,9 @@ private:
 
     Entry entryOf(const SystemPath& path);
     Entry provenEntryOf(const SystemPath& path);
+    Entry sourceEntryOf(const SystemPath& path);
+    int openToHash(const SystemPath& path, RegularFile& file);
+    int endHashing(const SystemPath& path, const RegularFile& file);
     int moveTo(const SystemPath& target, const SystemPath& source);
     int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
     [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);

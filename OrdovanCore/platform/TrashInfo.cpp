@@ -125,7 +125,8 @@ void forgetTrashInfo(std::string_view item, std::optional<std::string_view> move
     if (info.open(path->c_str()) != 0) return;
     const auto original = originalPlace(*path, textOf(info));
     if (!original) return;
-    const bool isBack = movedTo ? resolved(*original) == resolved(*movedTo) : isRegularFile(*original);
+    const bool isBack =
+        !movedTo ? isRegularFile(*original) : *original == *movedTo || resolved(*original) == resolved(*movedTo);
     if (isBack) ::unlink(path->c_str());
 }
 

@@ -187,6 +187,39 @@ TEST_F(OpenFiles, AreNoConcernOfPreviewsAndSearches) {
     EXPECT_EQ(error(disk.copy(at("a"), at("b"))), 0);
 }
 
+TEST_F(OpenFiles, AreNotReadInPieces) {
+    char piece[4];
+    {
+        const Descriptor open = writer();
+        EXPECT_EQ(error(fs.open(at("a"))), EBUSY);
+    }
+    const auto file = fs.open(at("a")).value();
+    EXPECT_EQ(file->read(0, piece), 4u);
+    EXPECT_EQ(file->read(4, piece), 3u);
+    const Descriptor open = writer();
+    EXPECT_EQ(error(file->read(7, piece)), EBUSY);
+}
+
+TEST_F(FilesInMotion, AreKnownWhenTheyWereReadInPieces) {
+    char piece[16];
+    const auto file = fs.open(at("a")).value();
+    EXPECT_EQ(file->read(0, piece), 7u);
+    EXPECT_EQ(file->read(7, piece), 0u);
+    t.write("root/fresh", "another");
+    ASSERT_EQ(::rename(t.path("root/fresh").c_str(), t.path("root/a").c_str()), 0);
+    EXPECT_EQ(error(fs.move(at("a"), at("b"))), EBUSY);
+    EXPECT_EQ(error(fs.open(at("missing"))), ENOENT);
+}
+
+TEST_F(FilesInMotion, AreNotReadInPiecesWhileTheyGrow) {
+    char piece[16];
+    const auto file = fs.open(at("a")).value();
+    EXPECT_EQ(file->read(0, piece), 7u);
+    append("more");
+    EXPECT_EQ(file->read(7, piece), 4u);
+    EXPECT_EQ(error(file->read(11, piece)), EBUSY);
+}
+
 TEST_F(FilesInMotion, AreNotHashedWhileTheyGrow) {
     duringRead = [&] { append(" and more"); };
     EXPECT_EQ(error(fs.contentHash(at("a"))), EBUSY);

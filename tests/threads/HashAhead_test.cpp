@@ -1,8 +1,10 @@
 #include "OrdovanCore/platform/HashAhead.h"
 
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/Writers.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +18,7 @@
 #include <vector>
 
 using ordovan::HashAheadFileSystem;
+using ordovan::RunFileSystem;
 using ordovan::test::TempFolder;
 
 namespace {
@@ -127,6 +130,33 @@ TEST(HashAhead, NoticesThatAnotherFileTookThePlace) {
     static_cast<void>(ahead.contentHash(files[0]));
     ASSERT_EQ(::rename(other.c_str(), std::string(files[20].path()).c_str()), 0);
     EXPECT_EQ(ahead.contentHash(files[20]).value(), disk.contentHash(files[20]).value());
+}
+
+TEST(HashAhead, LetsTheDiskOfARunKnowWhatWasHashed) {
+    const TempFolder folder;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    RunFileSystem disk(folder.url());
+    auto options = trusting();
+    options.vouch = RunFileSystem::voucher(disk);
+    HashAheadFileSystem ahead(disk, files, options);
+    ASSERT_GT(handedOut(ahead, files), 0U);
+    const std::string last(files.back().path());
+    folder.write("other", "something else");
+    ASSERT_EQ(::rename(folder.path("other").c_str(), last.c_str()), 0);
+    EXPECT_EQ(ahead.move(files.back(), folder.url("moved")).error(), OrdovanSystemError::posix(EBUSY));
+    EXPECT_TRUE(ahead.move(files[files.size() - 2], folder.url("moved")));
+}
+
+TEST(HashAhead, LeavesAFileThatIsBeingWrittenToTheDisk) {
+    const TempFolder folder;
+    if (!ordovan::test::hasLeases(folder.path())) GTEST_SKIP() << ordovan::test::withoutLeases;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    const std::string path(files[150].path());
+    const ordovan::Descriptor writer = ordovan::Descriptor::open(path.c_str(), O_WRONLY);
+    RunFileSystem disk(folder.url());
+    HashAheadFileSystem ahead(disk, files, trusting());
+    EXPECT_LT(handedOut(ahead, files), files.size());
+    EXPECT_EQ(ahead.contentHash(files[150]).error(), OrdovanSystemError::posix(EBUSY));
 }
 
 TEST(HashAhead, ReportsAFileThatCanNotBeHashedAsTheDiskDoes) {

@@ -40,6 +40,11 @@ class Attacker {
 public:
     using Pair = std::pair<std::string, std::string>;
 
+    /// True when the file system can exchange these.
+    static bool works(const std::vector<Pair>& pairs) {
+        return std::ranges::all_of(pairs, [](const Pair& pair) { return exchange(pair) && exchange(pair); });
+    }
+
     explicit Attacker(std::vector<Pair> pairs)
         : thread_([pairs = std::move(pairs)](const std::stop_token& stop) {
               while (!stop.stop_requested()) {
@@ -51,8 +56,8 @@ public:
           }) {}
 
 private:
-    static void exchange(const Pair& pair) {
-        ::renameat2(AT_FDCWD, pair.first.c_str(), AT_FDCWD, pair.second.c_str(), RENAME_EXCHANGE);
+    static bool exchange(const Pair& pair) {
+        return ::renameat2(AT_FDCWD, pair.first.c_str(), AT_FDCWD, pair.second.c_str(), RENAME_EXCHANGE) == 0;
     }
 
     std::jthread thread_;
@@ -60,7 +65,7 @@ private:
 
 class RunRace : public testing::Test {
 protected:
-    RunRace() {
+    void SetUp() override {
         t.makeFolder("root/out");
         t.makeFolder("decoy/out");
         for (int i = 0; i < fileCount; ++i) {
@@ -68,14 +73,16 @@ protected:
             t.write("root/in/" + name, "content of " + name);
             t.write("decoy/in/" + name, "decoy " + name);
         }
+        t.makeLink("root/.in", t.path("decoy/in"));
+        t.makeLink("root/.out", t.path("decoy/out"));
+        if (!Attacker::works(linkPairs()))
+            GTEST_SKIP() << "NOT TESTED: this file system exchanges no folders for links";
     }
     [[nodiscard]] Url at(const char* folder, const std::string& name) const {
         return t.url("root/" + std::string(folder) + "/" + name);
     }
     /// Exchanges both folders for links to the decoys.
     [[nodiscard]] std::vector<Attacker::Pair> linkPairs() const {
-        t.makeLink("root/.in", t.path("decoy/in"));
-        t.makeLink("root/.out", t.path("decoy/out"));
         return {{t.path("root/out"), t.path("root/.out")}, {t.path("root/in"), t.path("root/.in")}};
     }
     /// How many files left the root or came from outside.
@@ -136,7 +143,8 @@ protected:
         EXPECT_TRUE(done == moves || wrong > 0) << done;
         return wrong;
     }
-    [[nodiscard]] std::vector<Attacker::Pair> filePair() const { return {{t.path("root/in/0"), t.path("root/in/1")}}; }
+    /// Two files of two sizes.
+    [[nodiscard]] std::vector<Attacker::Pair> filePair() const { return {{t.path("root/in/0"), t.path("root/in/10")}}; }
 
     TempFolder t;
 };
