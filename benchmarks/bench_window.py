@@ -2,8 +2,9 @@
 
     bench_window.py BUILD_FOLDER [--rounds N] [--only WORD] [--cold]
 
-The times are those of the interface thread, drawing included, without a screen; each is the median of the rounds. The
-start is measured on a display of its own where there is one (Xvfb, xdotool). Does nothing with a word that is not in
+Of the other sections likewise, with the most that they may hold. The times are those of the interface thread, drawing
+included, without a screen; each is the median of the rounds. The start is measured on a display of its own where there
+is one (Xvfb, xdotool). Does nothing with a word that is not in
 "window", and nothing for --cold.
 """
 import argparse
@@ -28,6 +29,39 @@ ROWS = (("scanning, a disk that takes 50 ms a folder: longest wait", "slowScanGa
         ("tick one file", "tickMs", FRAME),
         ("tick by age", "tickByAgeMs", FRAME),
         ("tick all", "tickAllMs", FRAME))
+
+WAIT = 100  # milliseconds: what is felt as at once
+SECTIONS = (
+    ("start, records of 150,000 files: longest wait", "startMs", WAIT),
+    ("preview of 25,000 files with them: longest wait", "previewMs", WAIT),
+    ("duplicates, 10,000 groups: longest wait while they are searched for", "duplicatesSearchMs", WAIT),
+    ("first shown", "duplicatesOpenMs", WAIT), ("scroll a page", "duplicatesScrollMs", FRAME),
+    ("a letter typed into the search, median", "duplicatesKeyMedianMs", FRAME),
+    ("the same, the slowest", "duplicatesKeyWorstMs", FRAME), ("keep another copy", "duplicatesKeepMs", WAIT),
+    ("auto-pick", "duplicatesAutoPickMs", WAIT), ("preview again: longest wait", "duplicatesPreviewMs", WAIT),
+    ("big files: first shown", "bigFilesOpenMs", WAIT), ("scroll a page", "bigFilesScrollMs", FRAME),
+    ("a letter typed into the search, the slowest", "bigFilesKeyWorstMs", FRAME),
+    ("recovery, 50,000 organized and 100,000 trashed files: first shown", "recoveryOpenMs", WAIT),
+    ("longest wait while the files are looked up", "recoverySurveyMs", WAIT),
+    ("scroll a page", "recoveryScrollMs", FRAME),
+    ("a letter typed into the search, median", "recoveryKeyMedianMs", FRAME),
+    ("the same, the slowest", "recoveryKeyWorstMs", FRAME),
+    ("window activated, records read again: longest wait", "recoveryAgainMs", WAIT),
+    ("history, 200 runs: first shown", "historyOpenMs", WAIT), ("scroll a page", "historyScrollMs", FRAME))
+
+
+def sections(build, rounds):
+    results = []
+    for _ in range(rounds):
+        with tempfile.TemporaryDirectory(prefix="ordovan-bench-", dir=DATA) as scratch:
+            results.append(json.loads(subprocess.check_output([os.path.join(build, "benchmarks/sections_bench"), scratch])))
+    wanted = {"groups": 10_000, "organized": 50_000, "trashed": 100_000, "duplicatesRows": 35_000,
+              "recoveryRows": 150_002, "bigFilesRows": 51}
+    for result in results:
+        if any(result[key] != value for key, value in wanted.items()):
+            sys.exit("a section does not hold what it should: %s" % result)
+    for work, key, limit in SECTIONS:
+        row(work, statistics.median(result[key] for result in results), limit)
 
 
 def inbox(build, rounds):
@@ -107,6 +141,7 @@ def main():
     print("\n| Window, 50,000 files | time | at most |\n|---|---|---|")
     inbox(options.build, options.rounds)
     lists(options.build, options.rounds)
+    sections(options.build, options.rounds)
     start(options.build, options.rounds)
 
 

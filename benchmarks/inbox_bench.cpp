@@ -11,14 +11,13 @@
 #include "OrdovanApp/theme/Announcer.h"
 #include "OrdovanApp/theme/RowsView.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
+#include "benchmarks/WindowTimes.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QEventLoop>
 #include <QImage>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTimer>
 
 #include <algorithm>
@@ -31,42 +30,11 @@
 #include <vector>
 
 using namespace Qt::StringLiterals;
+using namespace WindowTimes;
 
 namespace {
 
 constexpr int slowFolders = 20;
-
-template <class Work>
-double milliseconds(Work work) {
-    QElapsedTimer timer;
-    timer.start();
-    work();
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-/// The longest time between two turns of the event loop.
-class Heartbeat {
-public:
-    Heartbeat() {
-        timer_.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { beat(); });
-        clock_.start();
-        timer_.start(1);
-    }
-    double longestMilliseconds() {
-        beat();
-        return static_cast<double>(longest_) / 1e6;
-    }
-
-private:
-    void beat() {
-        longest_ = std::max(longest_, clock_.nsecsElapsed());
-        clock_.restart();
-    }
-    QTimer timer_;
-    QElapsedTimer clock_;
-    qint64 longest_ = 0;
-};
 
 /// Waits 50 ms before each of the first folders.
 class SlowReader final : public OrdovanDirectoryReading {
@@ -110,24 +78,6 @@ Waits preview(TidyViewModel& model, const Url& folder) {
     loop.exec();
     waits.takingOver = heart->longestMilliseconds();
     return waits;
-}
-
-/// The times of each of these texts typed letter by letter and taken away again, sorted.
-template <class Draw>
-std::vector<double> keystrokes(QLineEdit& search, Draw draw) {
-    std::vector<double> times;
-    const auto type = [&](const QString& text) {
-        times.push_back(milliseconds([&] {
-            search.setText(text);
-            draw();
-        }));
-    };
-    for (const QString& text : {u"invoice 2024"_s, u"résumé"_s, u"e"_s, u"zzzz"_s}) {
-        for (qsizetype length = 1; length <= text.size(); ++length) type(text.left(length));
-        for (qsizetype length = text.size(); length-- > 0;) type(text.left(length));
-    }
-    std::ranges::sort(times);
-    return times;
 }
 
 /// In days.
@@ -190,17 +140,10 @@ int main(int argc, char** argv) {
     std::ranges::sort(again);
     if (!model.plan()) return 1;
 
-    const auto typed = keystrokes(*view.findChild<QLineEdit*>(u"search"_s), draw);
+    const Times typed =
+        keystrokes(*view.findChild<QLineEdit*>(u"search"_s), {u"invoice 2024"_s, u"résumé"_s, u"e"_s, u"zzzz"_s}, draw);
     auto* list = view.findChild<RowsView*>(u"planList"_s);
-    std::vector<double> pages;
-    for (int i = 0; i < 51; ++i) {
-        pages.push_back(milliseconds([&] {
-            list->verticalScrollBar()->setValue(list->verticalScrollBar()->value() +
-                                                list->verticalScrollBar()->pageStep());
-            draw();
-        }));
-    }
-    std::ranges::sort(pages);
+    const Times scrolled = pages(*list->verticalScrollBar(), draw);
     const double tick = milliseconds([&] {
         list->rows()->toggle(1);
         draw();
@@ -221,7 +164,7 @@ int main(int argc, char** argv) {
         "\"keystrokeMedianMs\": %.2f, \"keystrokeWorstMs\": %.2f, \"scrollPageMs\": %.2f, \"tickMs\": %.2f, "
         "\"tickByAgeMs\": %.2f, \"tickedByAge\": %zu, \"tickAllMs\": %.2f, \"excluded\": %zu, \"memoryMiB\": %.1f}\n",
         model.plan()->proposals.size(), model.plan()->conflicts.size(), list->rows()->rowCount(), slowScan,
-        again[again.size() / 2], typed[typed.size() / 2], typed.back(), pages[pages.size() / 2], tick, byAge, ticked,
-        all, model.exclusion().count(), memory() - before);
+        again[again.size() / 2], typed.median(), typed.worst(), scrolled.median(), tick, byAge, ticked, all,
+        model.exclusion().count(), memory() - before);
     return 0;
 }

@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <array>
+#include <ranges>
+#include <string>
+#include <string_view>
 
 namespace ordovan {
 namespace {
@@ -57,9 +60,27 @@ private:
 
 }  // namespace
 
+SearchIndex RecoverySurvey::namesOf(const std::optional<Url>& folder, const OrdovanJournal* journal,
+                                    const OrdovanTrashRecord& trash) {
+    SearchIndex names;
+    names.reset((journal != nullptr ? journal->entries.size() : 0) + trash.entries.size());
+    // What the folder's own path holds would find every file.
+    const std::string root = folder ? std::string(folder->path()) + '/' : std::string();
+    const auto add = [&](std::string_view path) {
+        if (path.starts_with(root)) path.remove_prefix(root.size());
+        names.add(path);
+    };
+    if (journal != nullptr) {
+        for (const OrdovanJournalEntry& entry : std::views::reverse(journal->entries)) add(entry.destination());
+    }
+    for (const OrdovanTrashEntry& entry : std::views::reverse(trash.entries)) add(entry.original());
+    return names;
+}
+
 RecoverySurvey RecoverySurvey::of(const std::optional<Url>& folder, std::shared_ptr<const OrdovanJournal> journal,
                                   std::shared_ptr<const OrdovanTrashRecord> trash, OrdovanFileSystem& fs) {
-    RecoverySurvey survey{.journal = std::move(journal), .trash = std::move(trash), .organized = {}, .trashed = {}};
+    RecoverySurvey survey = {
+        .journal = std::move(journal), .trash = std::move(trash), .organized = {}, .trashed = {}, .names = {}};
     if (!folder) {
         if (survey.journal) survey.organized.assign(survey.journal->entries.size(), State::elsewhere);
         survey.trashed.assign(survey.trash->entries.size(), State::elsewhere);

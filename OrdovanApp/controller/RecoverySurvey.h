@@ -1,5 +1,6 @@
 #pragma once
 
+#include "OrdovanApp/controller/SearchIndex.h"
 #include "OrdovanCore/FileSystem.h"
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/TrashRecord.h"
@@ -25,7 +26,12 @@ struct RecoverySurvey {
     std::shared_ptr<const OrdovanTrashRecord> trash;  ///< never null
     std::vector<State> organized;                     ///< of each entry of the journal
     std::vector<State> trashed;                       ///< of each entry of the trash record
+    SearchIndex names{};                              ///< as `namesOf` makes it; empty unless asked for
 
+    /// The paths below the folder by which the files are searched: where the organized ones are, from the last to the
+    /// first, then where the trashed ones were, likewise. For 150,000 files some hundred milliseconds. Any thread.
+    [[nodiscard]] static SearchIndex namesOf(const std::optional<Url>& folder, const OrdovanJournal* journal,
+                                             const OrdovanTrashRecord& trash);
     /// Looks at every file of both records; some microseconds each. Any thread.
     [[nodiscard]] static RecoverySurvey of(const std::optional<Url>& folder,
                                            std::shared_ptr<const OrdovanJournal> journal,

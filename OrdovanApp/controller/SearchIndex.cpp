@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
+#include <span>
+#include <utility>
 
 namespace {
 
@@ -59,7 +61,7 @@ std::string_view SearchIndex::text(std::uint32_t row) const {
 }
 
 std::vector<std::uint32_t> SearchIndex::rowsMatching(const QString& query) const {
-    const std::vector<std::string> words = wordsOf(query);
+    std::vector<std::string> words = wordsOf(query);
     std::vector<std::uint32_t> rows;
     if (words.empty()) {
         rows.resize(size());
@@ -67,19 +69,21 @@ std::vector<std::uint32_t> SearchIndex::rowsMatching(const QString& query) const
         return rows;
     }
     // The longest word is the rarest as a rule; the others are looked for only where it occurs.
-    const auto rarest = std::ranges::max_element(words, {}, &std::string::size);
+    std::ranges::iter_swap(words.begin(), std::ranges::max_element(words, {}, &std::string::size));
+    const std::string& rarest = words.front();
+    const std::span others = std::span(words).subspan(1);
     const char* const end = texts_.data() + texts_.size();
     auto next = ends_.begin();
     for (const char* from = texts_.data(); from < end;) {
         const auto* const hit = static_cast<const char*>(
-            ::memmem(from, static_cast<std::size_t>(end - from), rarest->data(), rarest->size()));
+            ::memmem(from, static_cast<std::size_t>(end - from), rarest.data(), rarest.size()));
         if (hit == nullptr) break;
         const auto place = static_cast<std::uint32_t>(hit - texts_.data());
         // Where hits are many, the next one is in the next row.
         if (*next < place) next = std::lower_bound(next + 1, ends_.end(), place);
         const auto row = static_cast<std::uint32_t>(next - ends_.begin());
         const bool all = std::ranges::all_of(
-            words, [&](const std::string& word) { return text(row).find(word) != std::string_view::npos; });
+            others, [&](const std::string& word) { return text(row).find(word) != std::string_view::npos; });
         if (all) rows.push_back(row);
         from = texts_.data() + *next + 1;
         ++next;

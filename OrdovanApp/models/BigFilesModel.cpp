@@ -28,12 +28,14 @@ void BigFilesModel::reload() {
     std::erase_if(ticks_, [this](const std::string& path) {
         return std::ranges::none_of(all_, [&](const OrdovanInventoryEntry& entry) { return entry.url.path() == path; });
     });
+    collect();
     narrow();
     endResetModel();
     Q_EMIT tickedChanged();
 }
 
-void BigFilesModel::narrow() {
+/// The largest files of the chosen size: looked for among all files, as they need not be among the largest of any size.
+void BigFilesModel::collect() {
     largest_ = minimum_ > 0 ? model_.largeFiles(limit, minimum_) : all_;
     const std::size_t rootLength = root_.path() == "/" ? 0 : root_.path().size();
     names_.reset(largest_.size());
@@ -42,6 +44,9 @@ void BigFilesModel::narrow() {
         path.remove_prefix(std::min(path.size(), rootLength + 1));
         names_.add(path);
     }
+}
+
+void BigFilesModel::narrow() {
     shown_ = names_.rowsMatching(query_);
     if (kind_) std::erase_if(shown_, [this](std::uint32_t file) { return kindOf(largest_[file]) != *kind_; });
     heads_.assign(shown_.empty() ? 0 : 1, 0);
@@ -57,7 +62,11 @@ void BigFilesModel::refilter(Change change) {
 }
 
 void BigFilesModel::setMinimumBytes(std::int64_t bytes) {
-    if (bytes != minimum_) refilter([&] { minimum_ = bytes; });
+    if (bytes == minimum_) return;
+    refilter([&] {
+        minimum_ = bytes;
+        collect();
+    });
 }
 
 void BigFilesModel::setKind(std::optional<OrdovanFileCategory> kind) {
@@ -143,6 +152,12 @@ std::vector<OrdovanFileCategory> BigFilesModel::kinds() const {
     for (const OrdovanFileCategory kind : OrdovanFileCategories::allCases) {
         if (std::ranges::find(largest_, kind, kindOf) != largest_.end()) result.push_back(kind);
     }
+    return result;
+}
+
+BigFilesModel::Total BigFilesModel::total() const {
+    Total result = {.files = static_cast<int>(all_.size())};
+    for (const OrdovanInventoryEntry& file : all_) result.bytes += file.byteSize;
     return result;
 }
 

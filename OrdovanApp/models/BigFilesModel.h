@@ -50,6 +50,12 @@ public:
 
     /// The kinds among the largest files of the chosen size, in the order of categories.
     [[nodiscard]] std::vector<OrdovanFileCategory> kinds() const;
+    /// The largest files whatever is filtered, and their bytes.
+    struct Total {
+        int files = 0;
+        qint64 bytes = 0;
+    };
+    [[nodiscard]] Total total() const;
     /// Whether installers are among the largest files, whatever is filtered.
     [[nodiscard]] bool hasInstallers() const;
     /// Whether there is any file of the chosen size, whatever its kind or name.
@@ -65,6 +71,7 @@ Q_SIGNALS:
     void tickedChanged();
 
 private:
+    void collect();
     void narrow();
     template <class Change>
     void refilter(Change change);

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -38,16 +39,17 @@ void RecoveryModel::reload() {
 
 void RecoveryModel::survey() {
     const std::uint64_t number = ++surveys_;
-    model_.surveyRecovery([self = QPointer(this), number](const ordovan::RecoverySurvey& found) {
-        if (self && number == self->surveys_) self->adopt(found);
+    model_.surveyRecovery([self = QPointer(this), number](ordovan::RecoverySurvey found) {
+        if (self && number == self->surveys_) self->adopt(std::move(found));
     });
 }
 
-void RecoveryModel::adopt(const ordovan::RecoverySurvey& survey) {
+void RecoveryModel::adopt(ordovan::RecoverySurvey survey) {
     // Records that changed meanwhile are being surveyed again.
     if (survey.journal != journal_ || survey.trash != trash_) return;
-    organizedStates_ = survey.organized;
-    trashedStates_ = survey.trashed;
+    organizedStates_ = std::move(survey.organized);
+    trashedStates_ = std::move(survey.trashed);
+    names_ = std::move(survey.names);
     count();
     if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
@@ -64,26 +66,16 @@ void RecoveryModel::count() {
     Q_EMIT countsChanged();
 }
 
-void RecoveryModel::indexNames() {
-    names_.reset(organized() + trashed());
-    // What the folder's own path holds would find every file.
-    const std::string root = std::string(root_.path()) + '/';
-    const auto add = [&](std::string_view path) {
-        if (path.starts_with(root)) path.remove_prefix(root.size());
-        names_.add(path);
-    };
-    for (std::uint32_t item = 0; item < organized(); ++item) add(organizedEntry(item).destination());
-    for (std::uint32_t item = 0; item < trashed(); ++item) add(trashedEntry(organized() + item).original());
-}
-
 void RecoveryModel::narrow() {
     const std::uint32_t items = organized() + trashed();
     if (query_.trimmed().isEmpty()) {
         shown_.resize(items);
         std::iota(shown_.begin(), shown_.end(), std::uint32_t{0});
     } else {
-        // Only who searches waits for the names.
-        if (names_.size() != items) indexNames();
+        // Only who searches before the survey is there waits for the names.
+        if (names_.size() != items) {
+            names_ = ordovan::RecoverySurvey::namesOf(model_.rootURL(), journal_.get(), *trash_);
+        }
         shown_ = names_.rowsMatching(query_);
     }
     shownOrganized_ = static_cast<int>(std::ranges::lower_bound(shown_, organized()) - shown_.begin());

@@ -58,10 +58,9 @@ private:
     using State = ordovan::RecoverySurvey::State;
 
     void reload();
-    void indexNames();
     void narrow();
     void count();
-    void adopt(const ordovan::RecoverySurvey& survey);
+    void adopt(ordovan::RecoverySurvey survey);
     [[nodiscard]] std::uint32_t organized() const;
     [[nodiscard]] std::uint32_t trashed() const;
     [[nodiscard]] bool isOrganizedHead(int row) const { return row == 0 && shownOrganized_ > 0; }

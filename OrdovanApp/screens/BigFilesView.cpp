@@ -112,11 +112,10 @@ void BigFilesView::refreshKinds() {
 }
 
 void BigFilesView::refreshFigures() {
-    const auto largest = context_.model.largeFiles(BigFilesModel::limit, 0);
-    qint64 bytes = 0;
-    for (const OrdovanInventoryEntry& file : largest) bytes += file.byteSize;
-    QList<StatRow::Stat> stats = {{Formats::count(static_cast<qint64>(largest.size())), u"largest files"_s},
-                                  {Formats::byteSize(bytes), u"in the largest files"_s}};
+    const BigFilesModel::Total total = model_.total();
+    QList<StatRow::Stat> stats = {
+        {Formats::count(total.files), total.files == 1 ? u"largest file"_s : u"largest files"_s},
+        {Formats::byteSize(total.bytes), total.files == 1 ? u"in the largest file"_s : u"in the largest files"_s}};
     const auto& report = context_.model.duplicateReport();
     if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), u"in duplicate copies"_s, true});
     stats_->setStats(stats);

@@ -1,6 +1,8 @@
 #include "OrdovanApp/screens/ContentNotices.h"
 
+#include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/theme/Announcer.h"
 #include "OrdovanApp/theme/Banner.h"
 
@@ -12,8 +14,12 @@ ContentNotices::ContentNotices(const AppContext& context, QWidget* parent) : QWi
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(28, 14, 28, 0);
     layout->setSpacing(8);
+    interrupted_ = addBanner(u"interruptedRun"_s);
+    interrupted_->setDetailsNoun(u"Files"_s);
     notOpened_ = addBanner(u"folderNotOpened"_s);
-    refreshRoom();
+    connect(interrupted_, &Banner::closed, &context_.model, &TidyViewModel::dismissInterruptedRun);
+    connect(&context_.model, &TidyViewModel::interruptedRunChanged, this, &ContentNotices::followInterruptedRun);
+    followInterruptedRun();
 }
 
 Banner* ContentNotices::addBanner(const QString& name) {
@@ -26,7 +32,21 @@ Banner* ContentNotices::addBanner(const QString& name) {
 }
 
 void ContentNotices::refreshRoom() {
-    setVisible(!notOpened_->isHidden());
+    setVisible(!interrupted_->isHidden() || !notOpened_->isHidden());
+}
+
+/// Stays until its user has seen it, whatever folder is opened meanwhile.
+void ContentNotices::followInterruptedRun() {
+    const auto& run = context_.model.interruptedRun();
+    interrupted_->setVisible(run != nullptr);
+    refreshRoom();
+    if (!run) return;
+    const bool needsALook = run->isUnreadable || run->unsettled > 0;
+    interrupted_->setKind(needsALook ? Banner::Kind::warning : Banner::Kind::info);
+    const QString where = u" It worked in “%1”."_s.arg(Formats::fileName(run->root));
+    interrupted_->setText(Formats::text(run->summary()) + (run->root == context_.model.rootURL() ? QString() : where));
+    interrupted_->setDetails(RunTexts::sentences(run->outcomes));
+    context_.announcer.say(interrupted_->text());
 }
 
 void ContentNotices::tellNotOpened(const Url& folder, const QString& reason) {

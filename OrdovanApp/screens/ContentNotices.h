@@ -7,7 +7,8 @@
 
 class Banner;
 
-/// The lines above every section: why a folder was not opened. Takes no room without a line.
+/// The lines above every section: what became of a run that had been interrupted, and why a folder was not opened.
+/// Takes no room without a line.
 class ContentNotices : public QWidget {
     Q_OBJECT
 
@@ -20,8 +21,10 @@ public:
 
 private:
     Banner* addBanner(const QString& name);
+    void followInterruptedRun();
     void refreshRoom();
 
     AppContext context_;
+    Banner* interrupted_;
     Banner* notOpened_;
 };

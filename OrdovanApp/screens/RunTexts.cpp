@@ -5,6 +5,13 @@
 using namespace Qt::StringLiterals;
 
 namespace RunTexts {
+namespace {
+
+QString line(const OrdovanExecutionOutcome& outcome) {
+    return Formats::fileName(outcome.source) + u" — "_s + Formats::text(outcome.message);
+}
+
+}  // namespace
 
 QString done(quint64 files, quint64 total) {
     return Formats::count(static_cast<qint64>(files)) + u" of "_s + Formats::files(static_cast<qint64>(total));
@@ -22,11 +29,16 @@ QString sentenceEnd(const OrdovanExecutionReport& report) {
     return rest.isEmpty() ? u"."_s : u"; "_s + rest + u'.';
 }
 
+QStringList sentences(std::span<const OrdovanExecutionOutcome> outcomes) {
+    QStringList lines;
+    for (const OrdovanExecutionOutcome& outcome : outcomes) lines += line(outcome);
+    return lines;
+}
+
 QStringList problems(std::span<const OrdovanExecutionOutcome> outcomes) {
     QStringList lines;
     for (const OrdovanExecutionOutcome& outcome : outcomes) {
-        if (outcome.status == OrdovanExecutionStatus::moved) continue;
-        lines += Formats::fileName(outcome.source) + u" — "_s + Formats::text(outcome.message);
+        if (outcome.status != OrdovanExecutionStatus::moved) lines += line(outcome);
     }
     return lines;
 }

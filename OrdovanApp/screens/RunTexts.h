@@ -17,7 +17,9 @@ namespace RunTexts {
 [[nodiscard]] QString leftBehind(std::size_t skipped, std::size_t failed);
 /// The end of a sentence about a run: "; 1 skipped, 2 failed." or ".".
 [[nodiscard]] QString sentenceEnd(const OrdovanExecutionReport& report);
-/// A line for each file that was not moved: its name and the reason.
+/// A line for each file: its name and what became of it.
+[[nodiscard]] QStringList sentences(std::span<const OrdovanExecutionOutcome> outcomes);
+/// The same of the files that were not moved.
 [[nodiscard]] QStringList problems(std::span<const OrdovanExecutionOutcome> outcomes);
 
 }  // namespace RunTexts

@@ -20,7 +20,7 @@ namespace {
 
 constexpr int contentWidth = 500;
 /// Where a tick box's text begins, so that what explains it stands below.
-constexpr int textIndent = 26;
+constexpr int textIndent = 24;
 
 /// A label that follows the theme.
 QLabel* themedLabel(const ThemeEnvironment& theme, ThemeEnvironment::Type type, QColor ThemeColors::* color,

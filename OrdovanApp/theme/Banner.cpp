@@ -21,6 +21,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int linesInSight = 6;
+constexpr int linesAtOnce = 200;
 
 Glyph glyphOf(Banner::Kind kind) {
     switch (kind) {
@@ -56,7 +57,7 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
     text_->setTextFormat(Qt::PlainText);
     text_->setWordWrap(true);
     StyleSheet::setType(text_, StyleSheet::LabelType::body);
-    toggle_ = Buttons::link(u"Show Problems"_s, this);
+    toggle_ = Buttons::link(QString(), this);
     toggle_->setObjectName(u"bannerToggle"_s);
     toggle_->hide();
     close_ = Buttons::glyphOnly(theme, Glyph::close, u"Close"_s, this);
@@ -64,11 +65,14 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
     lines_ = new QStringListModel(this);
     details_ = new QListView(this);
     details_->setObjectName(u"bannerDetails"_s);
-    details_->setAccessibleName(u"Problems"_s);
     details_->setModel(lines_);
-    details_->setUniformItemSizes(true);
     details_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    details_->setTextElideMode(Qt::ElideMiddle);
+    details_->setWordWrap(true);
+    details_->setTextElideMode(Qt::ElideNone);
+    details_->setResizeMode(QListView::Adjust);
+    // There may be one for each of 50,000 files.
+    details_->setLayoutMode(QListView::Batched);
+    details_->setBatchSize(linesAtOnce);
     details_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     details_->hide();
 
@@ -94,6 +98,7 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
         Q_EMIT closed();
     });
     connect(&theme, &ThemeEnvironment::changed, this, &Banner::recolour);
+    setDetailsNoun(u"Problems"_s);
     recolour();
 }
 
@@ -117,10 +122,15 @@ void Banner::addButton(QPushButton* button) {
 
 void Banner::setDetails(const QStringList& lines) {
     lines_->setStringList(lines);
+    detailsWidth_ = 0;
     toggle_->setVisible(!lines.isEmpty());
-    const int count = std::min(linesInSight, static_cast<int>(lines.size()));
-    details_->setFixedHeight(count * theme_.scaled(26) + 10);
     setDetailsShown(false);
+}
+
+void Banner::setDetailsNoun(const QString& noun) {
+    noun_ = noun;
+    details_->setAccessibleName(noun);
+    setDetailsShown(detailsShown());
 }
 
 bool Banner::detailsShown() const {
@@ -130,7 +140,24 @@ bool Banner::detailsShown() const {
 void Banner::setDetailsShown(bool shown) {
     const bool show = shown && lines_->rowCount() > 0;
     details_->setVisible(show);
-    toggle_->setText(show ? u"Hide Problems"_s : u"Show Problems"_s);
+    if (show) fitDetails();
+    toggle_->setText((show ? u"Hide "_s : u"Show "_s) + noun_);
+}
+
+/// As high as the first lines, which may wrap.
+void Banner::fitDetails() {
+    if (width() == detailsWidth_ || lines_->rowCount() == 0) return;
+    detailsWidth_ = width();
+    layout()->activate();
+    details_->doItemsLayout();
+    details_->scrollToTop();
+    const QRect last = details_->visualRect(lines_->index(std::min(linesInSight, lines_->rowCount()) - 1));
+    const int around = details_->height() - details_->viewport()->height();
+    details_->setFixedHeight(last.bottom() + 1 + around);
+}
+
+void Banner::resizeEvent(QResizeEvent*) {
+    if (detailsShown()) fitDetails();
 }
 
 void Banner::setClosable(bool closable) {

@@ -25,8 +25,10 @@ public:
     [[nodiscard]] QString text() const;
     /// Adds a button beside the text. Takes it.
     void addButton(QPushButton* button);
-    /// Lines to unfold with "Show Problems"; any number. Empty: no such button. Folds up again.
+    /// Lines to unfold with a button; any number. Empty: no such button. Folds up again.
     void setDetails(const QStringList& lines);
+    /// What the lines are: the button says "Show NOUN", then "Hide NOUN". Default: "Problems".
+    void setDetailsNoun(const QString& noun);
     [[nodiscard]] bool detailsShown() const;
     void setDetailsShown(bool shown);
     /// Whether it can be closed by its user. Default: it can.
@@ -38,9 +40,11 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void recolour();
+    void fitDetails();
 
     const ThemeEnvironment& theme_;
     Kind kind_;
@@ -51,4 +55,6 @@ private:
     QPushButton* close_;
     QListView* details_;
     QStringListModel* lines_;
+    QString noun_;
+    int detailsWidth_ = 0;  ///< that they were fitted for
 };

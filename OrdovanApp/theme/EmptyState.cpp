@@ -13,7 +13,7 @@ using StyleSheet::LabelType;
 
 namespace {
 
-constexpr int widest = 640;
+constexpr int widest = 720;
 constexpr int pictureSize = 44;
 
 QLabel* centred(QWidget* parent, LabelType type, const QString& name) {

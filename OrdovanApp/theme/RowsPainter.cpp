@@ -67,13 +67,11 @@ void RowsPainter::paintSurface(QPainter& painter, const RowContent& content, con
                                const State& state) const {
     const ThemeColors& colors = theme_.colors();
     const bool chosen = content.mark == RowContent::Mark::radio && content.marked;
+    const int bar = static_cast<int>(std::min(1.0, content.share) * row.width());
     if (head == Head::band) {
         fill(painter, row, colors.groupHead, state.card);
     } else if (head == Head::none) {
-        if (content.share > 0) {
-            const int width = static_cast<int>(std::min(1.0, content.share) * row.width());
-            fill(painter, QRect(row.left(), row.top(), width, row.height()), colors.tint, state.card);
-        }
+        if (bar > 0) fill(painter, QRect(row.left(), row.top(), bar, row.height()), colors.tint, state.card);
         const bool showsSelection = state.selected && content.mark != RowContent::Mark::radio;
         if (chosen || showsSelection) {
             fill(painter, row, content.share > 0 ? colors.tintStrong : colors.tint, state.card);
@@ -81,7 +79,10 @@ void RowsPainter::paintSurface(QPainter& painter, const RowContent& content, con
             fill(painter, row, colors.hover, state.card);
         }
     }
-    if (state.lined) painter.fillRect(QRect(row.left(), row.bottom(), row.width(), 1), colors.hairline);
+    if (!state.lined) return;
+    painter.fillRect(QRect(row.left(), row.bottom(), row.width(), 1), colors.hairline);
+    // On dark surfaces the line is no other than the bar.
+    if (colors.dark) painter.fillRect(QRect(row.left(), row.bottom(), bar, 1), colors.card);
 }
 
 void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const QRect& rect) const {

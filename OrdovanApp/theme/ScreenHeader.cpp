@@ -4,6 +4,7 @@
 #include "OrdovanApp/theme/Glyph.h"
 #include "OrdovanApp/theme/StyleSheet.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -14,7 +15,7 @@ using StyleSheet::LabelType;
 
 namespace {
 
-constexpr int narrow = 560;
+constexpr int gap = 16;
 
 }  // namespace
 
@@ -86,7 +87,7 @@ ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, 
     whole_->setContentsMargins(0, 22, 0, 14);
     whole_->setSpacing(4);
     auto* layout = new QHBoxLayout;
-    layout->setSpacing(16);
+    layout->setSpacing(gap);
     texts_ = new QVBoxLayout;
     texts_->setSpacing(4);
     texts_->addWidget(title_);
@@ -105,6 +106,7 @@ ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, 
 void ScreenHeader::setLede(const QString& text) {
     lede_->setText(text);
     lede_->setVisible(!text.isEmpty());
+    placeLede();
 }
 
 void ScreenHeader::setFolder(const std::optional<QString>& path) {
@@ -115,9 +117,20 @@ void ScreenHeader::setFolder(const std::optional<QString>& path) {
     }
 }
 
-/// Where it is narrow the lede has a line of its own, below the buttons: beside them it would become a column of words.
+/// Buttons come and go.
+bool ScreenHeader::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) placeLede();
+    return QWidget::event(event);
+}
+
 void ScreenHeader::resizeEvent(QResizeEvent*) {
-    const bool ownLine = width() < theme_.scaled(narrow);
+    placeLede();
+}
+
+/// Where it does not fit beside the buttons in one line, the lede has the whole width below them.
+void ScreenHeader::placeLede() {
+    const int besides = width() - (right_->isEmpty() ? 0 : right_->sizeHint().width() + gap);
+    const bool ownLine = lede_->fontMetrics().horizontalAdvance(lede_->text()) > besides;
     if (ownLine == ledeHasOwnLine_) return;
     ledeHasOwnLine_ = ownLine;
     if (ownLine) {

@@ -26,10 +26,13 @@ public:
     void addButton(QPushButton* button);
 
 protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     class Pill;
+
+    void placeLede();
 
     const ThemeEnvironment& theme_;
     QLabel* title_;

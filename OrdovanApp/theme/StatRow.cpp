@@ -6,6 +6,7 @@
 #include "OrdovanApp/theme/StyleSheet.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QVBoxLayout>
 
 using StyleSheet::LabelType;
@@ -20,12 +21,15 @@ public:
         layout->setContentsMargins(16, 11, 16, 12);
         layout->setSpacing(2);
         figure_ = new ElidedLabel(this);
-        label_ = new ElidedLabel(this);
-        for (ElidedLabel* label : {figure_, label_}) {
-            label->setElideMode(Qt::ElideRight);
-            label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-            layout->addWidget(label);
-        }
+        figure_->setElideMode(Qt::ElideRight);
+        figure_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+        label_ = new QLabel(this);
+        label_->setTextFormat(Qt::PlainText);
+        label_->setWordWrap(true);
+        label_->setMinimumWidth(1);
+        layout->addWidget(figure_);
+        layout->addWidget(label_);
+        layout->addStretch(1);
         StyleSheet::setType(figure_, LabelType::figure);
         StyleSheet::setType(label_, LabelType::caption);
     }
@@ -41,7 +45,7 @@ public:
 private:
     Stat stat_;
     ElidedLabel* figure_;
-    ElidedLabel* label_;
+    QLabel* label_;
 };
 
 StatRow::StatRow(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent), theme_(theme) {

@@ -6,7 +6,8 @@
 #include <QString>
 #include <QWidget>
 
-/// A row of figures, each on a card of its own. A card reads "FIGURE LABEL" to assistive technologies.
+/// A row of figures, each on a card of its own; where it is narrow, what they count takes a second line. A card reads
+/// "FIGURE LABEL" to assistive technologies.
 class StatRow : public QWidget {
     Q_OBJECT
 

@@ -76,6 +76,20 @@ TEST_F(RecoverySurveyTest, WithoutAFolderEverythingIsFromElsewhere) {
     EXPECT_THAT(found.trashed, ElementsAre(elsewhere));
 }
 
+TEST_F(RecoverySurveyTest, HasTheNamesFromTheLastToTheFirstWithoutTheFolder) {
+    organized("/r/a.pdf", "/r/ordovan+/Documents/a.pdf");
+    organized("/r/b.pdf", "/r/ordovan+/Documents/b.pdf");
+    trashed("/r/sub/c.mov", "/t/Trash/files/c.mov");
+    trashed("/other/r/d.mov", "/t/Trash/files/d.mov");
+    const SearchIndex names = RecoverySurvey::namesOf(root, &journal, trash);
+    EXPECT_EQ(names.size(), 4U);
+    EXPECT_THAT(names.rowsMatching(QStringLiteral("b.pdf")), ElementsAre(0));
+    EXPECT_THAT(names.rowsMatching(QStringLiteral("ordovan+/documents")), ElementsAre(0, 1));
+    EXPECT_THAT(names.rowsMatching(QStringLiteral("/r/")), ElementsAre(2));
+    EXPECT_THAT(names.rowsMatching(QStringLiteral("sub")), ElementsAre(3));
+    EXPECT_EQ(RecoverySurvey::namesOf(root, nullptr, {}).size(), 0U);
+}
+
 TEST_F(RecoverySurveyTest, OfNoJournalAndAnEmptyRecordIsEmpty) {
     const auto found = RecoverySurvey::of(root, nullptr, std::make_shared<const OrdovanTrashRecord>(trash), memory);
     EXPECT_THAT(found.organized, IsEmpty());

@@ -10,7 +10,9 @@
 #include <QDragLeaveEvent>
 #include <QDropEvent>
 #include <QLabel>
+#include <QListView>
 #include <QMimeData>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 #include <QUrl>
@@ -21,6 +23,9 @@ namespace {
 
 using namespace ordovan::test;
 using namespace Qt::StringLiterals;
+
+/// Thrown out of a run where the program shall end.
+struct Killed {};
 
 class ContentViews : public WindowWorld {
 protected:
@@ -44,6 +49,7 @@ protected:
         const auto* banner = view().findChild<Banner*>(u"folderNotOpened"_s);
         return banner->isVisible() ? banner->text() : QString();
     }
+    Banner& interrupted() { return *view().findChild<Banner*>(u"interruptedRun"_s); }
     void drag(const QMimeData& data) {
         QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, {});
         QCoreApplication::sendEvent(&view(), &enter);
@@ -229,6 +235,44 @@ TEST_F(ContentViews, GivesAQuestionUpWhenAnotherFolderIsPreviewed) {
     view().previewFolder(Url::file("/other"));
     EXPECT_EQ(cancelled.count(), 1);
     EXPECT_EQ(model->rootURL(), Url::file("/other"));
+}
+
+TEST_F(ContentViews, TellsInEverySectionOfARunThatWasInterrupted) {
+    tree({"a.pdf = 1", "b.pdf = 2"});
+    model = previewed();
+    fs.setAfterCall([](const ordovan::testing::FaultyFileSystem::Call& call) {
+        if (call.operation == ordovan::testing::Operation::move) throw Killed();
+    });
+    model->organize();
+    EXPECT_THROW(tasks.finish(), Killed);
+    fs.setAfterCall({});
+    model = make();
+    preview({});
+    view().show();
+    const QString sentence = QString::fromStdString(model->interruptedRun()->summary());
+    EXPECT_TRUE(sentence.startsWith(u"An earlier run was interrupted."_s));
+    EXPECT_EQ(interrupted().text(), sentence);
+    EXPECT_EQ(interrupted().findChild<QPushButton*>(u"bannerToggle"_s)->text(), u"Show Files"_s);
+    EXPECT_EQ(interrupted().findChild<QListView*>()->model()->rowCount(),
+              static_cast<int>(model->interruptedRun()->outcomes.size()));
+    for (const Section section : Sections::allCases) {
+        view().showSection(section);
+        EXPECT_TRUE(interrupted().isVisible());
+    }
+    view().previewFolder(Url::file("/other"));
+    EXPECT_TRUE(interrupted().isVisible());
+    interrupted().findChild<QPushButton*>(u"bannerClose"_s)->click();
+    EXPECT_EQ(model->interruptedRun(), nullptr);
+    EXPECT_FALSE(interrupted().isVisible());
+}
+
+TEST_F(ContentViews, SaysThatTheRecordOfARunCouldNotBeRead) {
+    memory.write(locations.runRecord(Url::file("/r")).path(), "garbage");
+    view().show();
+    preview({"a.pdf"});
+    EXPECT_EQ(interrupted().text(),
+              u"An earlier run was interrupted, and its record could not be read. It was set aside."_s);
+    EXPECT_TRUE(interrupted().findChild<QPushButton*>(u"bannerToggle"_s)->isHidden());
 }
 
 TEST_F(ContentViews, OpensNoFolderWhileFilesAreBeingMoved) {

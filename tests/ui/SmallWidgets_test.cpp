@@ -185,6 +185,14 @@ TEST_F(SmallWidgets, StatsOfLongerTextsTakeNoMoreRoom) {
     EXPECT_EQ(row.minimumSizeHint(), before);
 }
 
+TEST_F(SmallWidgets, StatsWrapWhatTheyCountWhereItIsNarrow) {
+    StatRow row(*theme);
+    row.setStats({{u"124"_s, u"proposed, 121 ticked"_s}, {u"9"_s, u"folders"_s}});
+    const int oneLine = row.heightForWidth(600);
+    EXPECT_GT(row.heightForWidth(240), oneLine);
+    EXPECT_EQ(row.heightForWidth(900), oneLine);
+}
+
 // EmptyState
 
 TEST_F(SmallWidgets, AnEmptyStateShowsWhatItIsGiven) {
@@ -269,6 +277,22 @@ TEST_F(SmallWidgets, ABannerUnfoldsItsProblems) {
     banner.setDetails({});
     EXPECT_FALSE(banner.detailsShown());
     EXPECT_TRUE(toggle->isHidden());
+}
+
+TEST_F(SmallWidgets, ABannerShowsItsProblemsWhole) {
+    Banner banner(*theme, Banner::Kind::warning);
+    const QString sentence = u"The file changed since the preview, or another program has it open; left untouched."_s;
+    banner.setDetails({u"a.pdf — "_s + sentence, u"b.pdf — short"_s});
+    banner.resize(900, banner.sizeHint().height());
+    banner.show();
+    banner.setDetailsShown(true);
+    const auto* list = banner.findChild<QListView*>();
+    const auto heightOf = [list](int row) { return list->visualRect(list->model()->index(row, 0)).height(); };
+    EXPECT_EQ(heightOf(0), heightOf(1));
+    banner.resize(360, banner.height());
+    QCoreApplication::processEvents();
+    EXPECT_GT(heightOf(0), heightOf(1));
+    EXPECT_GE(list->viewport()->height(), heightOf(0) + heightOf(1));
 }
 
 TEST_F(SmallWidgets, ABannerIsANotificationThatCanBeClosed) {
