@@ -221,15 +221,16 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
                                 const struct ::stat& was) {
     const FolderEntry place(target.text());
     struct ::stat there;
-    if (place.examine(there) && isMoved(was, there, place)) {
-        vouchFor(target.view(), there);
-        remember(target.view(), there);
-        return 0;
+    if (place.examine(there)) {
+        if (isMoved(was, there, place)) {
+            vouchFor(target.view(), there);
+            remember(target.view(), there);
+            return 0;
+        }
+    } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
+        return 0;  // no sight is no proof of anything; the caller will look as well
     }
-    const bool isSeen = fresh.examine(there);
-    if (!isSeen && errno != ENOENT)
-        return 0;  // nothing to be seen is no proof of anything; the caller will look as well
-    const bool isIt = isSeen && isMoved(was, there, fresh);
+    const bool isIt = fresh.examine(there) && isMoved(was, there, fresh);
     static_cast<void>(moveExclusively(fresh, old));
     if (!isIt) return EBUSY;
     // Its folder was exchanged: by what, the next attempt to enter it tells.

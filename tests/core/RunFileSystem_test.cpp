@@ -36,8 +36,9 @@ std::function<void()> beforeRename;
 int renameRefusal = 0;
 int linkRefusal = 0;
 
-/// How many times an item was looked at.
+/// How many times an item was looked at, and the path that can not be looked at, if any.
 int looks = 0;
+std::string hidden;
 
 int refusedOr(int refusal, const std::function<long()>& call) {
     if (refusal == 0) return static_cast<int>(call());
@@ -57,6 +58,10 @@ extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char
 }
 extern "C" int fstatat(int folder, const char* path, struct stat* facts, int flags) noexcept {
     ++looks;
+    if (hidden == path) {
+        errno = EIO;
+        return -1;
+    }
     return static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
 }
 
@@ -74,6 +79,7 @@ protected:
         ::unsetenv("XDG_DATA_HOME");
         beforeRename = nullptr;
         renameRefusal = linkRefusal = 0;
+        hidden.clear();
         Flushes::reset();
     }
 
@@ -340,6 +346,15 @@ TEST_P(Run, TakesBackAFileWhoseNewFolderWentAtTheLastInstant) {
     beforeRename = [&] { std::filesystem::rename(t.path("root/sub"), t.path("root/aside")); };
     EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), ENOENT);
     EXPECT_EQ(read("a"), "hashed");
+}
+
+TEST_P(Run, TakesNoSightForNoProofThatAFileDidNotArrive) {
+    write("a", "hashed");
+    hash("a");
+    beforeRename = [&] { hidden = t.path("root/b"); };
+    EXPECT_EQ(error(fs.move(at("a"), at("b"))), 0);
+    EXPECT_FALSE(fs.isRegularFile(at("b"))) << "looked at anew";
+    EXPECT_EQ(read("b"), "hashed");
 }
 
 TEST_P(Run, LeavesTheTrashAloneWhenAnotherFileSlipsIn) {
