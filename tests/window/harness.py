@@ -71,7 +71,7 @@ class Desk:
         self.runtime.chmod(0o700)
         self._start_display(size)
         self._start_buses()
-        self._spawn("openbox", "--sm-disable")
+        self._start_window_manager()
         import gi
         gi.require_version("Atspi", "2.0")
         from gi.repository import Atspi
@@ -92,6 +92,12 @@ class Desk:
             os.environ["DISPLAY"] = ":" + number.readline().strip()
         os.environ.pop("WAYLAND_DISPLAY", None)
         os.environ["XDG_RUNTIME_DIR"] = str(self.runtime)
+
+    def _start_window_manager(self):
+        """Nothing can be activated before it is there."""
+        self._spawn("openbox", "--sm-disable")
+        asked = ["xdotool", "get_num_desktops"]
+        until(lambda: subprocess.run(asked, capture_output=True).returncode == 0, "no window manager")
 
     def _start_buses(self):
         """The accessibility bus is started by the session bus as soon as it is asked for."""
