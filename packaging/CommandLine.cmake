@@ -12,7 +12,13 @@ install(TARGETS ordovan-cli RUNTIME COMPONENT cli)
 install(FILES ${made}/ordovan-cli.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT cli)
 install(FILES ${reference}/ordovan-cli.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
         RENAME ordovan-cli COMPONENT cli)
-install(FILES ${reference}/_ordovan-cli DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT cli)
+# zsh looks into vendor-completions below /usr alone, and into site-functions below /usr/local.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(functions vendor-completions)
+else()
+  set(functions site-functions)
+endif()
+install(FILES ${reference}/_ordovan-cli DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${functions} COMPONENT cli)
 install(FILES ${reference}/ordovan-cli.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d
         COMPONENT cli)
 install(FILES systemd/ordovan-preview.service systemd/ordovan-preview.timer

@@ -109,6 +109,7 @@ private:
 
 std::string names(const std::vector<const OptionSpec*>& options) {
     std::vector<std::string_view> found;
+    found.reserve(options.size());
     for (const OptionSpec* option : options) found.push_back(option->name);
     return joined(found, " ");
 }

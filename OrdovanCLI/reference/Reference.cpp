@@ -21,6 +21,7 @@ constexpr std::array<Example, 8> exampleTable = {{
 
 std::vector<std::string_view> categoryFolders() {
     std::vector<std::string_view> names;
+    names.reserve(OrdovanFileCategories::allCases.size());
     for (const OrdovanFileCategory category : OrdovanFileCategories::allCases) names.push_back(rawValue(category));
     return names;
 }

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     namespace reference = ordovan::cli::reference;
     const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
     if (arguments.size() != 5) {
-        std::fputs("usage: ordovan-cli-docs FOLDER VERSION DATE HOMEPAGE\n", stderr);
+        static_cast<void>(std::fputs("usage: ordovan-cli-docs FOLDER VERSION DATE HOMEPAGE\n", stderr));
         return 2;
     }
     const std::string folder = arguments[1];
@@ -22,7 +22,7 @@ int main(int argc, char** argv) {
         file << text;
         file.close();
         if (file) return;
-        std::fprintf(stderr, "ordovan-cli-docs: can not write %s/%s\n", folder.c_str(), name);
+        static_cast<void>(std::fprintf(stderr, "ordovan-cli-docs: can not write %s/%s\n", folder.c_str(), name));
         isWritten = false;
     };
     write("ordovan-cli.1",

@@ -24,6 +24,7 @@ int main(int argc, char** argv) {
     const bool caseInsensitive = !ordovan::supportsCaseSensitiveNames(root).value_or(false);
     const auto plan = OrdovanPlanner::plan(found.files, root, output, taken, caseInsensitive, OrdovanRuleSet(),
                                            /*groupByMonth=*/false, ordovan::text::TimeZone::current());
-    for (const auto& file : plan.proposals) std::cout << file.source.path() << " -> " << file.destination.path() << '\n';
+    for (const auto& file : plan.proposals)
+        std::cout << file.source.path() << " -> " << file.destination.path() << '\n';
     for (const auto& file : plan.conflicts) std::cout << file.source.path() << ": " << message(file.kind) << '\n';
 }

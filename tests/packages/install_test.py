@@ -187,6 +187,33 @@ class Desktop(Installed):
                 other.unlink(missing_ok=True)
 
 
+class CommandLine(Installed):
+    """ordovan-cli, as a script or a terminal finds it."""
+
+    @needs("readelf")
+    def test_uses_no_graphical_library(self):
+        told = run("readelf", "--dynamic", "--wide", self.prefix / "bin/ordovan-cli")
+        used = re.findall(r"\(NEEDED\).*\[(lib.*?)\.so", told)
+        self.assertEqual([name for name in used if name.startswith("libQt")], ["libQt6Core"])
+        self.assertEqual([name for name in used if re.match("libX|libxcb|libGL|libEGL|libwayland", name)], [])
+
+    @needs("fish")
+    def test_is_completed_by_fish_without_being_asked_to(self):
+        self.assertEqual(run("fish", "-c", "complete -C 'ordovan-cli previ' | cut -f1", env=self.environment()),
+                         "preview\n")
+
+    @needs("zsh")
+    def test_is_completed_by_zsh_from_where_it_looks(self):
+        function = next((self.share / "zsh").rglob("_ordovan-cli"))
+        self.assertIn(function.parent.name, ("site-functions", "vendor-completions"))
+        self.assertEqual(run("zsh", "-f", HERE / "tests/reference/complete.zsh", function.parent, "ordovan-cli previ",
+                             env=self.environment()), "preview\n")
+
+    def test_is_completed_by_bash_under_its_own_name(self):
+        script = ". %s; complete -p ordovan-cli" % (self.share / "bash-completion/completions/ordovan-cli")
+        self.assertIn(" ordovan-cli", run("bash", "-c", script, env=self.environment()))
+
+
 class Manual(Installed):
     def page(self, name):
         with gzip.open(self.share / "man/man1" / (name + ".1.gz"), "rt") as file:
