@@ -44,6 +44,7 @@ private:
             const int room = context_.theme.scaled(widestName);
             const QString shown = pill->fontMetrics().elidedText(name, Qt::ElideMiddle, room);
             pill->setText(QString(shown).replace(u'&', u"&&"_s));
+            Buttons::setGlyph(context_.theme, pill, Glyph::folder);  // with room before the text
             pill->setObjectName(u"recentFolder"_s);
             pill->setAccessibleName(name);
             pill->setProperty("path", Formats::path(folder).toHtmlEscaped());

@@ -5,12 +5,13 @@
 #include <QHBoxLayout>
 #include <QPainter>
 #include <QPushButton>
+#include <QTextLayout>
 
 #include <algorithm>
 
 using Type = ThemeEnvironment::Type;
 
-/// One line in two weights.
+/// One line in two weights, or two where there is no room for it.
 class BottomBar::Summary : public QWidget {
 public:
     Summary(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
@@ -28,26 +29,41 @@ public:
         update();
     }
     [[nodiscard]] QSize sizeHint() const override {
-        return {theme_.scaled(200), QFontMetrics(theme_.font(Type::body)).height()};
+        return {theme_.scaled(200), 2 * QFontMetrics(theme_.font(Type::body)).height()};
     }
 
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        const QFont strongFont = theme_.font(Type::bodyStrong);
-        const QFontMetrics strongMetrics(strongFont);
-        painter.setFont(strongFont);
-        painter.setPen(theme_.colors().text);
-        const int align = Qt::AlignVCenter | Qt::AlignLeft;
-        painter.drawText(rect(), align, strongMetrics.elidedText(strong_, Qt::ElideRight, width()));
-        const int gap = strong_.isEmpty() ? 0 : strongMetrics.horizontalAdvance(strong_ + u' ');
-        const QRect room = rect().adjusted(std::min(gap, width()), 0, 0, 0);
-        painter.setFont(theme_.font(Type::body));
-        painter.setPen(theme_.colors().secondText);
-        painter.drawText(room, align, painter.fontMetrics().elidedText(rest_, Qt::ElideRight, room.width()));
+        QTextLayout text(accessibleName(), theme_.font(Type::body));
+        text.setFormats(
+            {format(0, strong_.size(), Type::bodyStrong, theme_.colors().text),
+             format(strong_.size(), accessibleName().size() - strong_.size(), Type::body, theme_.colors().secondText)});
+        text.beginLayout();
+        qreal height = 0;
+        const int lineHeight = QFontMetrics(theme_.font(Type::body)).height();
+        while (height + lineHeight <= this->height()) {
+            QTextLine line = text.createLine();
+            if (!line.isValid()) break;
+            line.setLineWidth(width());
+            line.setPosition({0, height});
+            height += line.height();
+        }
+        text.endLayout();
+        text.draw(&painter, QPointF(0, std::max(0.0, (this->height() - height) / 2)));
     }
 
 private:
+    [[nodiscard]] QTextLayout::FormatRange format(qsizetype start, qsizetype length, Type type,
+                                                  const QColor& color) const {
+        QTextLayout::FormatRange range;
+        range.start = static_cast<int>(start);
+        range.length = static_cast<int>(length);
+        range.format.setFont(theme_.font(type));
+        range.format.setForeground(color);
+        return range;
+    }
+
     const ThemeEnvironment& theme_;
     QString strong_;
     QString rest_;

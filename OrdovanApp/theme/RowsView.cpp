@@ -143,7 +143,7 @@ void RowsView::updateGeometries() {
 void RowsView::layOut() {
     const RowsModel* model = rows();
     geometry_.set(model ? model->heads() : std::span<const int>(), model ? model->rowCount() : 0,
-                  {.width = width() - 2 * frameWidth(),
+                  {.width = style_ == Style::cards ? viewport()->width() : width() - 2 * frameWidth(),
                    .rowHeight = rowHeight(),
                    .headHeight = headHeight(),
                    .cards = style_ == Style::cards,

@@ -148,6 +148,18 @@ TEST_F(RowsViewTest, PutsCardsBesideEachOther) {
     EXPECT_EQ(current(), 1);
 }
 
+TEST_F(RowsViewTest, LeavesTheScrollBarRoomBesideCards) {
+    show(twoGroups(20), RowsView::Style::cards);
+    view->resize(500, 2400);
+    QCoreApplication::processEvents();
+    const int whole = rect(0).width();
+    view->resize(500, 400);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(view->verticalScrollBar()->isVisible());
+    EXPECT_LT(rect(0).width(), whole);
+    EXPECT_LT(rect(0).right(), view->viewport()->width());
+}
+
 TEST_F(RowsViewTest, GivesEveryRowTheSameColumns) {
     auto line = ListRows::tick(u"A name of some length"_s);
     line.content.columns = {u"1.2 MB"_s, u"12 Nov 2026"_s};
