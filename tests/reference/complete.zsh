@@ -15,7 +15,7 @@ await() { # reads up to a mark, and keeps what came before it
 }
 ask 'PROMPT= RPROMPT=; unsetopt zle prompt_cr prompt_sp beep; TERM=dumb; stty -echo; print READ""Y'
 await READY
-ask "fpath=(${(q)folder} \$fpath); autoload -Uz compinit && compinit -u -D"
+ask "fpath=(${(q)folder} \$fpath); autoload -Uz compinit && compinit -u -d ${(q)folder}/.dump"
 ask 'compadd() {
     if [[ ${@[1,(i)(-|--)]} == *-(O|A|D)\ * ]]; then builtin compadd "$@"; return $?; fi
     local -a hits; builtin compadd -O hits "$@"
