@@ -13,7 +13,8 @@ namespace OrdovanPartialDownloads {
 /// endings, in upper or lower case. Only the name is looked at. Any thread.
 [[nodiscard]] bool isPartialDownload(std::string_view name);
 
-/// What is said of one that is proposed, as a sentence for the user.
+/// What is said of one that is proposed: the reason alone, and as a sentence for the user.
+inline constexpr std::string_view reason = "This looks like an unfinished download";
 inline constexpr std::string_view sentence =
     "This looks like an unfinished download; it is left out unless you tick it.";
 

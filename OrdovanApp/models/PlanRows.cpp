@@ -92,11 +92,10 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
     content.glyphColor = theme_.colors().kind(proposal.category);
     content.detail = proposal.ruleFolder ? where + u" · "_s + ruleText(proposal) : where;
     const bool isPartial = OrdovanPartialDownloads::isPartialDownload(proposal.source.lastPathComponent());
-    const QString caution = isPartial ? sentence(OrdovanPartialDownloads::sentence) : QString();
-    if (isPartial) content.detail = caution + u" · "_s + content.detail;
+    if (isPartial) content.detail = sentence(OrdovanPartialDownloads::reason) + u" · "_s + content.detail;
     content.chip = RowContent::Chip{goal(proposal.destination), content.glyphColor};
     content.description = sentence(proposal.explanation);
-    if (isPartial) content.description = caution + u' ' + content.description;
+    if (isPartial) content.description = sentence(OrdovanPartialDownloads::sentence) + u' ' + content.description;
     content.toolTip = Formats::path(proposal.source) + u'\n' + content.description + u'\n' + u"Goes to "_s +
                       Formats::folderOf(proposal.destination, root_);
     content.actions.append(

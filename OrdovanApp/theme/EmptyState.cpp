@@ -14,6 +14,9 @@ using StyleSheet::LabelType;
 namespace {
 
 constexpr int widest = 720;
+constexpr int narrow = 660;
+constexpr QMargins usualMargins(40, 48, 40, 44);
+constexpr QMargins narrowMargins(32, 24, 32, 24);
 constexpr int pictureSize = 44;
 
 QLabel* centred(QWidget* parent, LabelType type, const QString& name) {
@@ -77,16 +80,16 @@ EmptyState::EmptyState(const ThemeEnvironment& theme, Glyph glyph, QWidget* pare
     message_ = centred(card_, LabelType::second, QStringLiteral("emptyMessage"));
     points_ = new QWidget(card_);
     points_->hide();
-    auto* pointLayout = new QHBoxLayout(points_);
-    pointLayout->setContentsMargins(0, 22, 0, 0);
-    pointLayout->setSpacing(12);
+    pointLayout_ = new QHBoxLayout(points_);
+    pointLayout_->setContentsMargins(0, 22, 0, 0);
+    pointLayout_->setSpacing(12);
     buttons_ = new QHBoxLayout;
     buttons_->setSpacing(8);
     footnote_ = centred(card_, LabelType::second, QStringLiteral("emptyFootnote"));
     footnote_->setContentsMargins(0, 10, 0, 0);
 
     auto* inside = new QVBoxLayout(card_);
-    inside->setContentsMargins(40, 48, 40, 44);
+    inside->setContentsMargins(usualMargins);
     inside->setSpacing(0);
     inside->addWidget(picture_);
     inside->addSpacing(14);
@@ -130,9 +133,17 @@ void EmptyState::setPoints(const QList<std::pair<Glyph, QString>>& points) {
     for (const auto& [glyph, text] : points) {
         auto* box = new PointBox(theme_, glyph, text, points_);
         box->setOnCard(card_->dashed());
-        static_cast<QHBoxLayout*>(points_->layout())->addWidget(box, 1);
+        pointLayout_->addWidget(box, 1);
     }
     points_->setVisible(!points.isEmpty());
+}
+
+/// Where it is narrow the points stand below each other, nearer together: beside each other they would be cut off.
+void EmptyState::resizeEvent(QResizeEvent*) {
+    const bool isNarrow = width() < theme_.scaled(narrow);
+    pointLayout_->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    pointLayout_->setSpacing(isNarrow ? 6 : 12);
+    card_->layout()->setContentsMargins(isNarrow ? narrowMargins : usualMargins);
 }
 
 void EmptyState::addButton(QPushButton* button) {

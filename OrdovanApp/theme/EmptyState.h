@@ -33,6 +33,9 @@ public:
     /// Whether something is held over it: the outline and the surface turn to the accent.
     void setDropHovering(bool hovering);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     class DropCard;
 
@@ -45,6 +48,7 @@ private:
     QLabel* title_;
     QLabel* message_;
     QWidget* points_;
+    QHBoxLayout* pointLayout_;
     QHBoxLayout* buttons_;
     QLabel* footnote_;
     QList<std::pair<Glyph, QString>> pointTexts_;
