@@ -200,10 +200,16 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
     int error = moveExclusively(*old, *fresh);
     if (error != 0) return error;
     unvouch(target.view());
-    if (const struct ::stat* const was = vouchedFor(source.view())) {
-        error = checkLanding(target, *fresh, *old, *was);
-        unvouch(source.view());  // also where it was moved back: a rename is a change
-        if (error != 0) return error;
+    if (const struct ::stat* const vouched = vouchedFor(source.view())) {
+        const struct ::stat was = *vouched;
+        unvouch(source.view());
+        error = checkLanding(target, *fresh, *old, was);
+        if (error != 0) {
+            // Back under its old name it is still what was hashed, with another time of status change.
+            struct ::stat now;
+            if (old->examine(now) && isMoved(was, now, *old)) vouchFor(source.view(), now);
+            return error;
+        }
     }
     if (!OrdovanPartialName::isPartial(source.view())) return 0;
     error = syncFolderOf(*fresh);

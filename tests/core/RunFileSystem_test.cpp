@@ -348,6 +348,23 @@ TEST_P(Run, TakesBackAFileWhoseNewFolderWentAtTheLastInstant) {
     EXPECT_EQ(read("a"), "hashed");
 }
 
+TEST_P(Run, MovesAFileThatItTookBackAtTheNextAttempt) {
+    write("a", "hashed");
+    t.makeFolder("root/sub");
+    hash("a");
+    beforeRename = [&] { std::filesystem::rename(t.path("root/sub"), t.path("root/aside")); };
+    EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), ENOENT);
+    EXPECT_EQ(error(fs.createDirectory(at("sub"))), 0);
+    touch("a");
+    EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), EBUSY) << "changed meanwhile";
+    hash("a");
+    beforeRename = [&] { std::filesystem::rename(t.path("root/sub"), t.path("root/aside too")); };
+    EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), ENOENT);
+    EXPECT_EQ(error(fs.createDirectory(at("sub"))), 0);
+    EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), 0);
+    EXPECT_EQ(read("sub/a"), "hashed");
+}
+
 TEST_P(Run, TakesNoSightForNoProofThatAFileDidNotArrive) {
     write("a", "hashed");
     hash("a");
