@@ -92,7 +92,8 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
     content.glyphColor = theme_.colors().kind(proposal.category);
     content.detail = proposal.ruleFolder ? where + u" · "_s + ruleText(proposal) : where;
     const bool isPartial = OrdovanPartialDownloads::isPartialDownload(proposal.source.lastPathComponent());
-    if (isPartial) content.detail = sentence(OrdovanPartialDownloads::reason) + u" · "_s + content.detail;
+    // Beside where it is, the reason would not fit into a small window.
+    if (isPartial) content.detail = sentence(OrdovanPartialDownloads::reason);
     content.chip = RowContent::Chip{goal(proposal.destination), content.glyphColor};
     content.description = sentence(proposal.explanation);
     if (isPartial) content.description = sentence(OrdovanPartialDownloads::sentence) + u' ' + content.description;

@@ -271,7 +271,7 @@ TEST_F(PlanModelTest, ShowsWhyAnUnfinishedDownloadIsNotTicked) {
     PlanModel& model = show({"film.mkv.part = 1"});
     const QString reason = u"This looks like an unfinished download; it is left out unless you tick it."_s;
     EXPECT_THAT(text(model), ElementsAre("# Proposed — safe, no conflict (1)",
-                                         "[ ] film.mkv.part | This looks like an unfinished download · r | Other"));
+                                         "[ ] film.mkv.part | This looks like an unfinished download | Other"));
     EXPECT_TRUE(model.content(1).description.startsWith(reason));
     EXPECT_TRUE(model.content(1).toolTip.contains(reason));
     model.toggle(1);
