@@ -49,10 +49,10 @@ OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
 OrdovanResult<void> RecordedFileSystem::copy(const Url& from, const Url& to) {
     const Examined* file = examined(from);
     if (file == nullptr || !OrdovanPartialName::isPartial(to.path())) return notIntended();
-    const OrdovanRunItem& item = intent_.items[file->item];
+    const OrdovanRunItem& item = intent_.items[file->note.item];
     if (item.destination.empty() || parentPath(to.path()) != parentPath(item.destination)) return notIntended();
-    copying_ = {file->item, to.sharedPath()};
-    note(OrdovanRunNote::Kind::begun, file->item, false, to.sharedPath());
+    copying_ = {file->note.item, to.sharedPath()};
+    note(OrdovanRunNote::Kind::begun, file->note.item, false, to.sharedPath());
     handOver();
     if (takesNotes_ && !notes_.sync()) takesNotes_ = false;
     return fs_.copy(from, to);
@@ -70,19 +70,22 @@ OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
 
 OrdovanResult<std::int64_t> RecordedFileSystem::fileSize(const Url& url) {
     auto size = fs_.fileSize(url);
-    if (Examined* file = size ? examined(url) : nullptr) file->byteSize = *size;
+    if (Examined* file = size ? examined(url) : nullptr) {
+        file->note.byteSize = *size;
+        file->isSized = true;
+    }
     return size;
 }
 
 OrdovanResult<std::string> RecordedFileSystem::contentHash(const Url& url) {
     auto hash = fs_.contentHash(url);
-    if (Examined* file = hash ? examined(url) : nullptr) file->contentHash = *hash;
+    if (Examined* file = hash ? examined(url) : nullptr) file->note.contentHash = *hash;
     return hash;
 }
 
 OrdovanResult<std::string> RecordedFileSystem::fileIdentity(const Url& url) {
     auto identity = fs_.fileIdentity(url);
-    if (Examined* file = identity ? examined(url) : nullptr) file->identity = *identity;
+    if (Examined* file = identity ? examined(url) : nullptr) file->note.identity = *identity;
     return identity;
 }
 
@@ -143,14 +146,18 @@ RecordedFileSystem::Examined* RecordedFileSystem::examined(const Url& url) {
     if (!examined_.path.empty() && examined_.path == url.path()) return &examined_;
     const auto item = itemAt(url.path());
     if (!item) return nullptr;
-    examined_ = {.path = url.sharedPath(), .item = *item, .byteSize = std::nullopt, .contentHash = {}, .identity = {}};
+    examined_.path = url.sharedPath();
+    examined_.isSized = false;
+    examined_.note.item = *item;
+    examined_.note.contentHash.clear();
+    examined_.note.identity.clear();
     return &examined_;
 }
 
 /// True when what the run found at an item's source is not the file of which the intent tells, or that tells too
 /// little to recognise it.
 bool RecordedFileSystem::isOther(std::size_t item) const {
-    return examined_.path == intent_.items[item].source && examined_.identity != intent_.items[item].identity;
+    return examined_.path == intent_.items[item].source && examined_.note.identity != intent_.items[item].identity;
 }
 
 void RecordedFileSystem::noteOther(std::size_t item) {
@@ -160,17 +167,14 @@ void RecordedFileSystem::noteOther(std::size_t item) {
 }
 
 /// Only of a file that was examined whole: a note is to prove something.
-void RecordedFileSystem::note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, const SharedText& path) {
-    if (!takesNotes_ || examined_.path != intent_.items[item].source) return;
-    if (!examined_.byteSize || examined_.contentHash.empty()) return;
-    const OrdovanRunNote note = {.kind = kind,
-                                 .item = item,
-                                 .byteSize = *examined_.byteSize,
-                                 .contentHash = examined_.contentHash,
-                                 .identity = examined_.identity,
-                                 .sameVolume = sameVolume,
-                                 .path = path};
-    note.appendTo(gathered_, intent_.root);
+void RecordedFileSystem::note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path) {
+    if (!takesNotes_ || examined_.path != intent_.items[item].source || !examined_.isWhole()) return;
+    OrdovanRunNote& note = examined_.note;
+    note.kind = kind;
+    note.item = item;
+    note.sameVolume = sameVolume;
+    note.path = std::move(path);
+    note.appendTo(gathered_, intent_);
     if (gathered_.size() >= notesAtATime) handOver();
 }
 

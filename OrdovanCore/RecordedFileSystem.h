@@ -50,13 +50,12 @@ public:
     OrdovanResult<Url> trash(const Url& url) override;
 
 private:
-    /// What the run has found out about the file in work.
+    /// What the run has found out about the file in work: what can be noted of it.
     struct Examined {
         SharedText path;
-        std::size_t item = 0;
-        std::optional<std::int64_t> byteSize;
-        std::string contentHash;
-        std::string identity;
+        bool isSized = false;
+        OrdovanRunNote note;
+        [[nodiscard]] bool isWhole() const { return isSized && !note.contentHash.empty(); }
     };
 
     [[nodiscard]] std::optional<std::size_t> itemAt(std::string_view source);
@@ -66,7 +65,7 @@ private:
     [[nodiscard]] Examined* examined(const Url& url);
     [[nodiscard]] bool isOther(std::size_t item) const;
 
-    void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, const SharedText& path);
+    void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path);
     void noteOther(std::size_t item);
     void handOver();
 

@@ -69,11 +69,18 @@ constexpr std::array<json::Member, 7> noteMembers{{
     {"sameVolume", json::Type::boolean},
 }};
 
+constexpr std::array<json::Member, 3> renamedMembers{{
+    {"bytes", json::Type::integer},
+    {"hash", json::Type::text},
+    {"renamed", json::Type::integer},
+}};
+
 constexpr json::Schema versionSchema{versionMembers, {}, {}};
 constexpr json::Schema headSchema{headMembers, {}, {}};
 constexpr json::Schema itemSchema{itemMembers, {}, {}};
 constexpr json::Schema endSchema{endMembers, {}, {}};
 constexpr json::Schema noteSchema{noteMembers, {}, {}};
+constexpr json::Schema renamedSchema{renamedMembers, {}, {}};
 
 /// Hands the members of a line to a function, which says whether it takes them.
 template <class Take>
@@ -200,6 +207,17 @@ bool takeNote(std::size_t index, const json::Value& value, OrdovanRunNote& note,
     }
 }
 
+/// One member of the line of a file that was renamed.
+bool takeRenamed(std::size_t index, const json::Value& value, OrdovanRunNote& note, const OrdovanRunIntent& intent) {
+    constexpr std::size_t itemIndex = 3;  // as among the members of other notes
+    if (index < 2) return takeNote(index, value, note, intent);
+    if (!takeNote(itemIndex, value, note, intent)) return false;
+    note.kind = OrdovanRunNote::Kind::done;
+    note.identity = intent.items[note.item].identity;
+    note.sameVolume = true;
+    return true;
+}
+
 /// Whether a run of this intent can have made a note: partial copies stand beside the item's destination, and only the
 /// Trash chooses a place.
 bool isPossible(const OrdovanRunNote& note, const OrdovanRunIntent& intent) {
@@ -208,6 +226,18 @@ bool isPossible(const OrdovanRunNote& note, const OrdovanRunIntent& intent) {
     if (note.path.empty()) return true;
     return !isTrash && OrdovanPartialName::isPartial(note.path) &&
            ordovan::parentPath(note.path) == ordovan::parentPath(intent.items[note.item].destination);
+}
+
+/// The note that a line tells, or nothing where a run of this intent can not have made it.
+std::optional<OrdovanRunNote> noteOf(std::string_view line, const OrdovanRunIntent& intent) {
+    OrdovanRunNote note;
+    const bool isRenamed = line.contains("\"renamed\"");
+    const auto read =
+        readLine(line, isRenamed ? renamedSchema : noteSchema, [&](std::size_t index, const json::Value& value) {
+            return isRenamed ? takeRenamed(index, value, note, intent) : takeNote(index, value, note, intent);
+        });
+    if (!read || !isPossible(note, intent)) return std::nullopt;
+    return note;
 }
 
 }  // namespace
@@ -259,11 +289,17 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     return sink(piece);
 }
 
-void OrdovanRunNote::appendTo(std::string& out, const Url& root) const {
+void OrdovanRunNote::appendTo(std::string& out, const OrdovanRunIntent& intent) const {
     out += "{\"bytes\":";
     appendInteger(out, byteSize);
     out += ",\"hash\":";
     json::appendText(out, contentHash);
+    if (kind == Kind::done && sameVolume && path.empty() && identity == intent.items[item].identity) {
+        out += ",\"renamed\":";
+        appendInteger(out, static_cast<std::int64_t>(item));
+        out += "}\n";
+        return;
+    }
     out += ",\"identity\":";
     json::appendText(out, identity);
     out += ",\"item\":";
@@ -271,7 +307,7 @@ void OrdovanRunNote::appendTo(std::string& out, const Url& root) const {
     out += ",\"note\":";
     json::appendText(out, nameOf(kind));
     out += ",\"path\":";
-    json::appendText(out, relative(path, root.path()));
+    json::appendText(out, relative(path, intent.root.path()));
     out += sameVolume ? ",\"sameVolume\":true}\n" : ",\"sameVolume\":false}\n";
 }
 
@@ -360,15 +396,12 @@ struct OrdovanRunRecordDecoder::State {
     }
 
     void readNote(std::string_view line) {
-        OrdovanRunNote note;
-        const auto read = readLine(line, noteSchema, [&](std::size_t index, const json::Value& value) {
-            return takeNote(index, value, note, run.intent);
-        });
-        if (!read || !isPossible(note, run.intent)) {
+        auto note = noteOf(line, run.intent);
+        if (note) {
+            run.notes.push_back(std::move(*note));
+        } else {
             place = Place::behindNotes;
-            return;
         }
-        run.notes.push_back(std::move(note));
     }
 
     /// A line so long can be none of ours.

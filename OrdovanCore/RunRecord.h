@@ -69,8 +69,8 @@ struct OrdovanRunNote {
     bool sameVolume = false;  ///< moved within a volume, not copied
     ordovan::SharedText path;
 
-    /// Appends the note's line, its end included. `root`: the intent's.
-    void appendTo(std::string& out, const Url& root) const;
+    /// Appends the note's line, its end included.
+    void appendTo(std::string& out, const OrdovanRunIntent& intent) const;
 
     friend bool operator==(const OrdovanRunNote&, const OrdovanRunNote&) = default;
 };
@@ -80,8 +80,9 @@ struct OrdovanRunNote {
 /// UTF-8, one JSON object a line. First what the run is about to do, written whole or not at all: a line about the run
 /// ("id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version"), one for
 /// each item ("bytes", "from", "hash", "identity", "modified", "to") and one that ends this ("end": the number again).
-/// Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path", "sameVolume"). Paths below the
-/// root are told relative to it.
+/// Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path", "sameVolume"). The most common
+/// one, of an intended file that was renamed, says no more than it has to ("bytes", "hash", "renamed": its item). Paths
+/// below the root are told relative to it.
 struct OrdovanUnfinishedRun {
     OrdovanRunIntent intent;
     std::vector<OrdovanRunNote> notes;  ///< in the order in which they were made

@@ -160,6 +160,10 @@ def organizing(bench):
               median(r[0] for r in rounds), median(r[1] for r in rounds), median(r[0] / r[1] for r in rounds), 1.15)
     bench.row("`ordovan-cli undo` of them (whole process)", "SHA-256 of all, bare renames",
               median(r[2] for r in rounds), median(r[3] for r in rounds), median(r[2] / r[3] for r in rounds), 1.15)
+    pairs = json.loads(bench.run([bench.tool("run_record_bench"), folder, str(bench.rounds)], subprocess.PIPE)[2])
+    pairs = pairs["withAndWithout"]
+    bench.row("organize %s files with the run record" % format(len(plan["proposals"]), ","), "without it",
+              median(a for a, _ in pairs), median(b for _, b in pairs), median(a / b for a, b in pairs), 1.05)
 
 
 def journals(bench):

@@ -100,7 +100,7 @@ inline std::string runRecord(std::string_view input) {
         again += piece;
         return true;
     });
-    for (const OrdovanRunNote& note : whole->notes) note.appendTo(again, intent.root);
+    for (const OrdovanRunNote& note : whole->notes) note.appendTo(again, intent);
     return OrdovanUnfinishedRun::decoded(again) == whole ? "" : "a run's record is not read back equal";
 }
 

@@ -26,6 +26,7 @@ Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& r
     intent_.root = root;
     intent_.startedAtEpoch = nowEpoch;
     if (!isWanted_) return;
+    facts_ = ports.recording.makeFacts ? ports.recording.makeFacts() : ports.recording.facts;
     if (auto facts = ports.recording.facts(root)) intent_.rootIdentity = std::move(facts->identity);
 }
 
@@ -49,20 +50,23 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
                            .contentHash = std::string(knownHash)};
     // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it does.
     const bool mayLook = source.path().starts_with(below_) || ordovan::isInTrash(source.path());
-    if (auto facts = mayLook ? ports_.recording.facts(source) : std::unexpected(OrdovanSystemError{})) {
+    if (auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{})) {
         item.byteSize = facts->byteSize;
         item.modifiedNs = facts->modifiedNs;
         const std::string_view identity = facts->identity;
-        const auto [device, isNew] =
-            keepsIdentities_.try_emplace(std::string(identity.substr(0, identity.find(':'))), true);
-        if (isNew && ports_.recording.keepsIdentities) device->second = ports_.recording.keepsIdentities(source);
-        if (device->second) item.identity = std::move(facts->identity);
+        const std::string_view device = identity.substr(0, identity.find(':'));
+        if (device != device_) {
+            device_ = device;
+            keepsIdentities_ = !ports_.recording.keepsIdentities || ports_.recording.keepsIdentities(source);
+        }
+        if (keepsIdentities_) item.identity = std::move(facts->identity);
     }
     intent_.items.push_back(std::move(item));
 }
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
     if (!isWanted_) return fs;
+    facts_ = {};
     auto notes = ports_.recording.runRecords->begin(intent_);
     if (!notes) return fs;
     isStored_ = true;

@@ -14,7 +14,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 /// What all runs that change a folder have in common. On background threads.
 namespace FolderRun {
@@ -87,8 +86,10 @@ private:
     bool isWanted_;
     bool isStored_ = false;
     OrdovanRunIntent intent_;
-    std::string below_;                                      // what the paths in the run's folder begin with
-    std::unordered_map<std::string, bool> keepsIdentities_;  // by the device
+    ordovan::FactsFunction facts_;
+    std::string below_;            // what the paths in the run's folder begin with
+    std::string device_;           // the last file's, as identities name it
+    bool keepsIdentities_ = true;  // what that device does
     std::unique_ptr<ordovan::RunNotes> notes_;
     std::optional<ordovan::RecordedFileSystem> recorded_;
 };

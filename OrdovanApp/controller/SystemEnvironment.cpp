@@ -101,6 +101,7 @@ TidyPorts SystemEnvironment::ports() {
             .rules = state_->rules,
             .recording = {.runRecords = &state_->runRecords,
                           .facts = ordovan::factsOf,
+                          .makeFacts = ordovan::factsOfMany,
                           .findInTrash = ordovan::findInTrash,
                           .removeTrashInfo = ordovan::removeTrashInfo,
                           .forgetTrashInfo =

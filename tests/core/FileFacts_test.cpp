@@ -75,6 +75,25 @@ TEST(FileFacts, PinTimesBeyondTheirRange) {
     EXPECT_GT(factsOf(t.url("a"))->modifiedNs, 1'600'000'000'000'000'000);
 }
 
+TEST(FileFacts, OfManyAreWhatEachOfThemTells) {
+    const TempFolder t;
+    t.write("a", "1");
+    t.write("sub/b", "22");
+    t.write("sub/c", "333");
+    t.makeLink("sub/link", "b");
+    t.makeLink("way", "sub");
+    const auto look = ordovan::factsOfMany();
+    for (const char* name : {"a", "sub/b", "sub/c", "sub/link", "sub/gone", "sub", "a/b", "gone/a", "way/b", "sub/",
+                             ".", "sub/.", "sub/..", "sub//b", "a"}) {
+        EXPECT_EQ(look(t.url(name)), factsOf(t.url(name))) << name;
+    }
+    for (const char* path : {"/", "", "relative", "/.", "//"}) {
+        EXPECT_EQ(look(Url::file(path)), factsOf(Url::file(path))) << path;
+    }
+    EXPECT_EQ(look(Url::file(std::string_view("/a\0b", 4))), factsOf(Url::file(std::string_view("/a\0b", 4))));
+    EXPECT_EQ(look(Url::parse("https://host/x")), factsOf(Url::parse("https://host/x")));
+}
+
 // Identities that last.
 
 TEST(StableIdentity, IsOfTheOrdinaryVolumesAndOfWhatCanNotBeTold) {

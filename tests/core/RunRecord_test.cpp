@@ -69,7 +69,7 @@ std::string encoded(const OrdovanRunIntent& intent, const std::vector<OrdovanRun
         text += piece;
         return true;
     });
-    for (const OrdovanRunNote& note : notes) note.appendTo(text, intent.root);
+    for (const OrdovanRunNote& note : notes) note.appendTo(text, intent);
     return text;
 }
 
@@ -95,7 +95,9 @@ TEST(RunRecord, ReadsBackWhatWasWritten) {
 TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
     OrdovanRunIntent one = intent();
     one.items.pop_back();
-    EXPECT_EQ(encoded(one, {notes().front()}),
+    OrdovanRunNote other = notes().front();
+    other.identity = "40:99";
+    EXPECT_EQ(encoded(one, {notes().front(), other}),
               "{\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
               "\"outputRoots\":[\"/r/ordovan+\"],\"root\":\"/r\",\"rootIdentity\":\"40:2\","
               "\"startedAtEpoch\":1700000000.5,\"version\":1}\n"
@@ -104,7 +106,10 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
               "{\"end\":1}\n"
               "{\"bytes\":5,\"hash\":\"" +
                   hashA +
-                  "\",\"identity\":\"40:12\",\"item\":0,\"note\":\"done\",\"path\":\"\","
+                  "\",\"renamed\":0}\n"
+                  "{\"bytes\":5,\"hash\":\"" +
+                  hashA +
+                  "\",\"identity\":\"40:99\",\"item\":0,\"note\":\"done\",\"path\":\"\","
                   "\"sameVolume\":true}\n");
 }
 
@@ -145,7 +150,7 @@ TEST(RunRecord, CutAnywhereInItsNotesItLosesOnlyThoseThatAreNotWhole) {
     std::string text = head;
     std::vector<std::size_t> ends;
     for (const OrdovanRunNote& note : notes()) {
-        note.appendTo(text, intent().root);
+        note.appendTo(text, intent());
         ends.push_back(text.size());
     }
     for (std::size_t size = head.size(); size <= text.size(); ++size) {
@@ -222,9 +227,9 @@ TEST(RunRecord, RefusesALineThatIsTooLongToBeItsOwn) {
 TEST(RunRecord, EndsItsNotesAtTheFirstThatCanNotBe) {
     const std::string head = encoded(intent());
     std::string good;
-    notes()[0].appendTo(good, intent().root);
+    notes()[0].appendTo(good, intent());
     std::string bad;
-    notes()[1].appendTo(bad, intent().root);
+    notes()[1].appendTo(bad, intent());
     for (const auto& [from, to] : std::vector<std::pair<std::string_view, std::string_view>>{
              {"\"item\":1", "\"item\":2"},
              {"\"item\":1", "\"item\":-1"},
@@ -241,6 +246,32 @@ TEST(RunRecord, EndsItsNotesAtTheFirstThatCanNotBe) {
         ASSERT_TRUE(run) << from;
         EXPECT_THAT(run->notes, ElementsAre(notes()[0])) << from << " -> " << to;
     }
+}
+
+TEST(RunRecord, EndsItsNotesAtARenameThatCanNotBe) {
+    const std::string head = encoded(intent(), {notes()[0]});
+    for (const char* line : {"{\"bytes\":5,\"hash\":\"aa\",\"renamed\":1}\n", "{\"bytes\":5,\"renamed\":1}\n"}) {
+        const auto run = OrdovanUnfinishedRun::decoded(head + line + head);
+        ASSERT_TRUE(run);
+        EXPECT_THAT(run->notes, SizeIs(1)) << line;
+    }
+    for (const char* item : {"2", "-1", "\"0\"", "0.5"}) {
+        const auto run =
+            OrdovanUnfinishedRun::decoded(head + "{\"bytes\":5,\"hash\":\"" + hashA + "\",\"renamed\":" + item + "}\n");
+        ASSERT_TRUE(run);
+        EXPECT_THAT(run->notes, SizeIs(1)) << item;
+    }
+}
+
+TEST(RunRecord, DoesNotTakeANameForARename) {
+    OrdovanRunIntent odd = intent();
+    odd.items[0].destination = "/r/ordovan+/\"renamed\"/a.pdf";
+    OrdovanRunNote begun = notes()[1];
+    begun.item = 0;
+    begun.path = "/r/ordovan+/\"renamed\"/.a.pdf.ordovan-partial-00000000-0000-4000-8000-000000000000";
+    const auto run = OrdovanUnfinishedRun::decoded(encoded(odd, {begun}));
+    ASSERT_TRUE(run);
+    EXPECT_THAT(run->notes, ElementsAre(begun));
 }
 
 TEST(RunRecord, EndsItsNotesAtALineThatIsTooLong) {
