@@ -6,6 +6,7 @@
 #include "OrdovanCore/TrashPlace.h"
 
 #include <utility>
+#include <vector>
 
 namespace FolderRun {
 
@@ -75,8 +76,21 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
 }
 
 void Record::endNotes() {
+    if (notes_ != nullptr) syncArrivals();
     recorded_.reset();
     notes_.reset();
+}
+
+/// What was renamed has to be on the disk before a record that says so: the record may lie on another volume, and not
+/// every file system keeps the order. (The Trash need not be: a record of what is not there yet does no harm.)
+void Record::syncArrivals() const {
+    if (!ports_.recording.syncFoldersOf) return;
+    std::vector<Url> places;
+    places.reserve(intent_.items.size());
+    for (const OrdovanRunItem& item : intent_.items) {
+        if (item.destination.view().starts_with(below_)) places.push_back(Url::file(item.destination));
+    }
+    ports_.recording.syncFoldersOf(places);
 }
 
 bool Record::remove() {

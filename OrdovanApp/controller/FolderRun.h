@@ -82,6 +82,8 @@ public:
     [[nodiscard]] bool isStored() const { return isStored_; }
 
 private:
+    void syncArrivals() const;
+
     const TidyPorts& ports_;
     bool isWanted_;
     bool isStored_ = false;

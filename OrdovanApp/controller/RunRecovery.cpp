@@ -49,9 +49,20 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
                                          ports.fileSystem);
 }
 
+/// Puts what the run has moved on the disk before a record says that it was.
+void syncArrivals(const TidyPorts& ports, const OrdovanReconciliation& found) {
+    if (!ports.recording.syncFoldersOf) return;
+    std::vector<Url> places;
+    for (const OrdovanExecutionOutcome& outcome : found.run.outcomes) {
+        if (outcome.status == OrdovanExecutionStatus::moved) places.push_back(outcome.destination);
+    }
+    ports.recording.syncFoldersOf(places);
+}
+
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
 bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run, OrdovanReconciliation& found,
            RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
+    syncArrivals(ports, found);
     if (!found.journal.entries.empty() || !found.restored.empty()) {
         result.journal = storeJournal(ports, root, run, found, memory, nowEpoch);
         memory.journal = result.journal->journal;

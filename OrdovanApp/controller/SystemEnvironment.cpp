@@ -9,6 +9,7 @@
 #include "OrdovanCore/platform/DocumentWriter.h"
 #include "OrdovanCore/platform/FileFacts.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
+#include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/HashAhead.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/StableIdentity.h"
@@ -108,6 +109,7 @@ TidyPorts SystemEnvironment::ports() {
                               [](const Url& item, const Url& putBackTo) {
                                   ordovan::forgetTrashInfo(item.path(), putBackTo.path());
                               },
+                          .syncFoldersOf = ordovan::syncFoldersOf,
                           .keepsIdentities = ordovan::keepsIdentities}};
 }
 

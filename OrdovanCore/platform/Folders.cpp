@@ -2,10 +2,14 @@
 
 #include "OrdovanCore/Url.h"
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/SystemPath.h"
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 
 #include <string>
+#include <unordered_set>
 
 namespace ordovan {
 
@@ -55,6 +59,25 @@ int syncFolderOf(FolderEntry item) {
     if (errno != EACCES) return errno;
     const Descriptor inside = Descriptor::openAt(item.folder, item.name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
+}
+
+void syncFoldersOf(std::span<const Url> items) {
+    std::unordered_set<std::string_view> done;
+    std::unordered_set<::dev_t> whole;
+    for (const Url& item : items) {
+        if (!done.insert(parentPath(item.path())).second) continue;
+        const SystemPath path(Url::file(parentPath(item.path())));
+        const Descriptor folder = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+        struct ::stat facts;
+        struct ::statfs volume;
+        if (!folder || ::fstat(folder.get(), &facts) != 0 || ::fstatfs(folder.get(), &volume) != 0) continue;
+        if (volume.f_type != BTRFS_SUPER_MAGIC) {
+            static_cast<void>(::fsync(folder.get()));
+        } else if (whole.insert(facts.st_dev).second) {
+            // It would keep the new name and, where the old one's folder is not flushed as well, the old one too.
+            static_cast<void>(::syncfs(folder.get()));
+        }
+    }
 }
 
 }  // namespace ordovan

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "OrdovanCore/Url.h"
 #include "OrdovanCore/platform/FolderEntry.h"
 
 #include <sys/types.h>
 
+#include <span>
 #include <string_view>
 
 namespace ordovan {
@@ -17,5 +19,9 @@ int makeFolders(std::string_view path, ::mode_t mode);
 /// read, the whole volume is flushed instead. Returns 0 or the errno; a file system that can not flush folders at all
 /// counts as having done so.
 int syncFolderOf(FolderEntry item);
+
+/// Puts the names of items that were moved here on the disk, folder by folder, as far as that can be done, so that after
+/// a power cut each item has its new name and no other.
+void syncFoldersOf(std::span<const Url> items);
 
 }  // namespace ordovan

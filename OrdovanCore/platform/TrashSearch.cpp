@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
@@ -41,6 +42,22 @@ std::string volumeTop(std::string path) {
     return path;
 }
 
+/// A name in a Trash without the number in front of the extension ("report 2.pdf"); empty where it has none.
+std::string withoutNumber(std::string_view item) {
+    const std::string_view extension = pathExtension(item);
+    const std::string_view tail = extension.empty() ? extension : item.substr(item.size() - extension.size() - 1);
+    const std::string_view stem = item.substr(0, item.size() - tail.size());
+    const std::size_t end = stem.find_last_not_of("0123456789");
+    if (end == std::string_view::npos || end + 1 == stem.size() || stem[end] != ' ') return {};
+    return std::string(stem.substr(0, end)).append(tail);
+}
+
+bool isThere(const Url& url) {
+    const SystemPath path(url);
+    struct ::stat facts;
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0;
+}
+
 /// The places asked for, by their paths with all links resolved, and the folders of Trash that may tell of them.
 class Places {
 public:
@@ -61,6 +78,7 @@ public:
                 }
             }
             originals_.emplace(joined(resolvedFolder, original.lastPathComponent()), original);
+            byName_.emplace(trashedName(original.lastPathComponent(), 1), original);
         }
     }
 
@@ -70,11 +88,21 @@ public:
         const auto found = originals_.find(path);
         return found == originals_.end() ? nullptr : &found->second;
     }
+    /// The places asked for from which an item of this name in a Trash may have come.
+    [[nodiscard]] std::vector<Url> thatMayBe(std::string_view item) const {
+        std::vector<Url> result;
+        for (const std::string& name : {std::string(item), withoutNumber(item)}) {
+            const auto [begin, end] = byName_.equal_range(name);
+            std::transform(begin, end, std::back_inserter(result), [](const auto& each) { return each.second; });
+        }
+        return result;
+    }
 
 private:
     std::set<std::string> trashes_;
     std::set<std::string> folders_;
     std::unordered_map<std::string, Url> originals_;
+    std::unordered_multimap<std::string, Url> byName_;  // by the name that a Trash gives first
 };
 
 /// The beginning of an info file, which holds all that programs write into one; empty for what is none.
@@ -104,11 +132,17 @@ int search(const std::string& trash, const Places& places, std::vector<TrashedFi
         const std::string_view name = entry->d_name;
         if (!name.ends_with(trashInfoSuffix)) continue;
         const std::string info = joined(infoFolder, name);
-        const auto place = originalPlace(info, textOf(folder, entry->d_name));
-        const Url* original = place ? places.find(*place) : nullptr;
-        if (original == nullptr) continue;
+        const std::string text = textOf(folder, entry->d_name);
         const std::string_view item = name.substr(0, name.size() - trashInfoSuffix.size());
-        found.push_back({*original, Url::file(info), Url::file(joined(joined(trash, "files"), item))});
+        const Url there = Url::file(joined(joined(trash, "files"), item));
+        // Names reach the disk before contents do: after a power cut an item may stand beside an info file without a
+        // text. What it is, its identity has to tell.
+        if (text.empty() && isThere(there)) {
+            for (const Url& original : places.thatMayBe(item)) found.push_back({original, Url::file(info), there});
+        }
+        const auto place = originalPlace(info, text);
+        const Url* original = place ? places.find(*place) : nullptr;
+        if (original != nullptr) found.push_back({*original, Url::file(info), there});
     }
 }
 

@@ -9,7 +9,8 @@
 namespace ordovan {
 
 /// All info files of the user's Trash that tell of one of these places: in the home Trash and in those at the top of
-/// the volumes that hold the places. Each Trash is read once; nothing is made or changed. An error when a Trash that
+/// the volumes that hold the places. An item beside an info file without a text is told of each place whose name it may
+/// bear. Each Trash is read once; nothing is made or changed. An error when a Trash that
 /// is there can not be read. Any thread.
 [[nodiscard]] OrdovanResult<std::vector<TrashedFile>> findInTrash(std::span<const Url> originals);
 

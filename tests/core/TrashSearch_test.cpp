@@ -49,6 +49,22 @@ protected:
     SystemFileSystem fs;
 };
 
+TEST_F(TrashSearch, OffersItemsWhoseInfoFilesLostTheirTextsByTheirNames) {
+    ASSERT_TRUE(fs.trash(home.write("a.pdf", "one")));
+    ASSERT_TRUE(fs.trash(home.write("sub/a.pdf", "two")));
+    ASSERT_TRUE(fs.trash(home.write("b 7", "three")));
+    for (const char* item : {"a.pdf", "a 2.pdf", "b 7"}) {
+        std::filesystem::resize_file(home.path("data/Trash/info/" + std::string(item) + ".trashinfo"), 0);
+    }
+    const std::string files = home.path("data/Trash/files/");
+    EXPECT_THAT(items({home.url("a.pdf")}), ::testing::ElementsAre(files + "a 2.pdf", files + "a.pdf"));
+    EXPECT_THAT(items({home.url("b 7")}), ::testing::ElementsAre(files + "b 7"));
+    EXPECT_THAT(items({home.url("b")}), ::testing::ElementsAre(files + "b 7"));
+    EXPECT_THAT(items({home.url("c.pdf"), home.url("a")}), IsEmpty());
+    std::filesystem::remove(files + "b 7");
+    EXPECT_THAT(items({home.url("b 7")}), IsEmpty()) << "an empty info file alone is nobody's";
+}
+
 TEST_F(TrashSearch, FindsEveryItemOfAPlaceAndOfNoOther) {
     std::vector<std::string> places;
     for (const char* content : {"one", "two"}) {

@@ -9,6 +9,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -32,12 +33,10 @@ public:
         if (test::SecondVolume::available()) volume_ = std::make_unique<test::SecondVolume>(bytes, "tmpfs", options);
         begin(volume_ ? volume_->path() : folder_->path());
     }
-    /// In a folder that is there.
+    /// In a folder of a volume that is there.
     explicit Disk(const std::string& base) : folder_(nullptr) { begin(base); }
     ~Disk() {
-        for (auto mount = mounts_.rbegin(); mount != mounts_.rend(); ++mount) {
-            test::detail::MountNamespace::get().unmount(*mount);
-        }
+        unmountAll();
         ::unsetenv("XDG_DATA_HOME");
     }
     Disk(const Disk&) = delete;
@@ -75,6 +74,39 @@ public:
         mounts_.push_back(path(name));
     }
 
+    /// Gives a volume mounted so another size and other options.
+    void remount(std::string_view name, std::size_t bytes, const std::string& options) const {
+        const std::string all = "size=" + std::to_string(bytes) + "," + options;
+        if (!test::detail::MountNamespace::get().remount(path(name), 0, all)) {
+            throw std::system_error(errno, std::generic_category(), "can not remount " + path(name));
+        }
+    }
+    /// Shows a folder of another volume at a folder, which is made.
+    void bind(const std::string& from, std::string_view name) {
+        std::filesystem::create_directories(path(name));
+        if (!test::detail::MountNamespace::get().bind(from, path(name))) {
+            throw std::system_error(errno, std::generic_category(), "can not bind " + from);
+        }
+        mounts_.push_back(path(name));
+    }
+    /// Takes away what was mounted so.
+    void unmountAll() {
+        for (auto mount = mounts_.rbegin(); mount != mounts_.rend(); ++mount) {
+            test::detail::MountNamespace::get().unmount(*mount);
+        }
+        mounts_.clear();
+    }
+    /// Makes all volumes of this disk read-only, or writable again. False when one of them is being written to.
+    bool setReadOnly(bool on) const {
+        bool isDone = true;
+        const auto set = [&](const std::string& at) {
+            isDone = test::detail::MountNamespace::get().remount(at, on ? MS_RDONLY : 0, "") && isDone;
+        };
+        for (const std::string& at : mounts_) set(at);
+        if (volume_) set(volume_->path());
+        return isDone;
+    }
+
     /// Everything in the chosen folder, described, without the output folder itself, which stays when it is empty.
     [[nodiscard]] std::map<std::string, std::string> described() const {
         auto items = testing::describeTree(tree());
@@ -87,10 +119,12 @@ public:
     [[nodiscard]] std::map<std::string, std::string> files() const {
         namespace fs = std::filesystem;
         std::map<std::string, std::string> found;
-        for (const auto& entry : fs::recursive_directory_iterator(base_)) {
+        // The whole volume, since its own Trash may serve as well.
+        for (const auto& entry : fs::recursive_directory_iterator(top_)) {
             const std::string name = entry.path().lexically_relative(base_);
             if (!entry.is_regular_file() || entry.is_symlink() || name.starts_with("data/ordovan/") ||
-                name.starts_with("decoy/") || name.ends_with(".trashinfo")) {
+                name.starts_with("decoy/") || name.starts_with("../person-settings") || name.ends_with("/.filler") ||
+                name.ends_with(".trashinfo")) {
                 continue;
             }
             found.emplace(name, contentOf(entry.path()));
@@ -111,6 +145,7 @@ public:
 private:
     void begin(const std::string& base) {
         ::umask(022);
+        top_ = base;
         base_ = base + "/person";
         std::filesystem::create_directories(tree());
         std::filesystem::create_directories(path("data"));
@@ -121,6 +156,7 @@ private:
 
     std::unique_ptr<test::TempFolder> folder_ = std::make_unique<test::TempFolder>();
     std::unique_ptr<test::SecondVolume> volume_;
+    std::string top_;
     std::string base_;
     std::vector<std::string> mounts_;
 };
@@ -160,8 +196,10 @@ public:
     /// Trashes these files of the chosen folder.
     bool trash(const std::vector<std::string>& paths) {
         std::vector<OrdovanFileTrasher::Item> items;
-        for (const std::string& path : paths) {
-            items.push_back({Url::file(path), static_cast<std::int64_t>(std::filesystem::file_size(path))});
+        if (!model_->inventory()) return false;
+        for (const OrdovanInventoryEntry& entry : model_->inventory()->files) {
+            const bool isTicked = std::ranges::find(paths, entry.url.path()) != paths.end();
+            if (isTicked) items.push_back({entry.url, entry.byteSize});
         }
         return run([&](TidyViewModel& model) { return model.trashBigFiles(items); });
     }
@@ -188,7 +226,8 @@ private:
                 .trashRecords = real.trashRecords,
                 .recentFolders = real.recentFolders,
                 .settings = real.settings,
-                .rules = real.rules};
+                .rules = real.rules,
+                .recording = real.recording};
     }
 
     SystemEnvironment environment_;

@@ -37,7 +37,9 @@ struct SystemCallPlan {
     std::function<void()> after = {};   ///< done after it
     int error = 0;                      ///< with which that call fails
     bool afterEffect = false;           ///< it fails after it was done: its reply was lost
-    bool isShort = false;               ///< it reads or writes half of what it was told to, at least one byte
+    /// Whether that can happen to a call of this name; empty: to every one.
+    std::function<bool(std::string_view name)> applies = {};
+    bool isShort = false;  ///< it reads or writes half of what it was told to, at least one byte
 };
 
 /// The system calls of this program about files, with what can befall one of them. Included by one source file of a
@@ -122,6 +124,7 @@ private:
         calls_.push_back(std::string(subject.name) + " " + path);
         const std::size_t number = calls_.size();
         if (plan_.at == 0 || number < plan_.at || (number > plan_.at && !plan_.forGood)) return {};
+        if (plan_.applies && !plan_.applies(subject.name)) return {};
         ++happened_;
         return {plan_.before, plan_.after, plan_.error, plan_.afterEffect, plan_.isShort};
     }
@@ -254,11 +257,20 @@ int ioctl(int file, unsigned long request, ...) noexcept {
                                   [&](bool) { return real(file, request, argument); });
 }
 
-/// Closing a file that was written to may be when its last error is told; it is closed all the same.
+/// Closing a file that was written to may be when its last error is told; it is closed all the same (close(2)).
 int close(int file) {
     ORDOVAN_REAL(close);
-    return SystemCalls::pass<int>({"close", (::fcntl(file, F_GETFL) & O_ACCMODE) != O_RDONLY, file, nullptr},
-                                  [&](bool) { return real(file); });
+    bool isClosed = false;
+    const bool isWritten = (::fcntl(file, F_GETFL) & O_ACCMODE) != O_RDONLY;
+    const int result = SystemCalls::pass<int>({"close", isWritten, file, nullptr}, [&](bool) {
+        isClosed = true;
+        return real(file);
+    });
+    if (isClosed) return result;
+    const int error = errno;
+    real(file);
+    errno = error;
+    return result;
 }
 
 #define ORDOVAN_DESCRIPTOR_CALL(name, isChange)                                                            \

@@ -56,9 +56,12 @@ public:
     [[nodiscard]] bool bind(const std::string& from, const std::string& at) const {
         return privileged([&] { return ::mount(from.c_str(), at.c_str(), nullptr, MS_BIND, nullptr) == 0; });
     }
-    [[nodiscard]] bool remountReadOnly(const std::string& at) const {
-        return privileged(
-            [&] { return ::mount(nullptr, at.c_str(), nullptr, MS_REMOUNT | MS_RDONLY | MS_NOSUID, nullptr) == 0; });
+    [[nodiscard]] bool remountReadOnly(const std::string& at) const { return remount(at, MS_RDONLY, ""); }
+    /// Gives a mounted volume other flags and options.
+    [[nodiscard]] bool remount(const std::string& at, unsigned long flags, const std::string& options) const {
+        return privileged([&] {
+            return ::mount(nullptr, at.c_str(), nullptr, MS_REMOUNT | MS_NOSUID | flags, options.c_str()) == 0;
+        });
     }
     void unmount(const std::string& at) const {
         (void)privileged([&] { return ::umount2(at.c_str(), MNT_DETACH) == 0; });
