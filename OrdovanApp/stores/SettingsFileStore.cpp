@@ -109,8 +109,8 @@ bool SettingsFileStore::write(const Values& values) {
     if (!content) return false;
     const auto nameAt = [&](double epoch) { return StorageLocations::unreadableSettings(target, epoch); };
     const auto now = static_cast<double>(QDateTime::currentSecsSinceEpoch());
+    const Stamp before = stamp();  // of a file that is set aside as well: it is what was read
     if (state_ == State::damaged && !setAside(storage_, target, nameAt, now)) return false;
-    const Stamp before = stamp();
     const auto produce = [&](const RecordStorage::Sink& sink) {
         return sink({content->constData(), static_cast<std::size_t>(content->size())});
     };
