@@ -85,7 +85,8 @@ class Desk:
 
     def _start_display(self, size):
         read, write = os.pipe()
-        self._spawn("Xvfb", "-screen", "0", size + "x24", "-nolisten", "tcp", "-displayfd", str(write),
+        # Otherwise it starts anew, and takes its clients with it, whenever the last of them has gone.
+        self._spawn("Xvfb", "-screen", "0", size + "x24", "-nolisten", "tcp", "-noreset", "-displayfd", str(write),
                     pass_fds=[write])
         os.close(write)
         with os.fdopen(read) as number:
