@@ -34,9 +34,11 @@ int moveByLink(FolderEntry from, FolderEntry to, ::nlink_t names) {
     int error = to.examine(fresh) ? 0 : errno;
     if (error == 0) {
         // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
-        // theirs.
-        if (!from.examine(old) || !isSameItem(old, fresh)) return 0;
-        if (from.unlink() == 0 || errno == ENOENT) return 0;
+        // theirs. A look that fails otherwise proves no such thing.
+        const bool isSeen = from.examine(old);
+        if (isSeen && !isSameItem(old, fresh)) return 0;
+        if (isSeen && from.unlink() == 0) return 0;
+        if (errno == ENOENT) return 0;
         error = errno;
     }
     takeBackLink(from, to, names);

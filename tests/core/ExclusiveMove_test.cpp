@@ -358,6 +358,27 @@ TEST_F(ExclusiveMoveInTheDark, KeepsAFileThatTookThePlaceOfTheLink) {
     EXPECT_EQ(t.read("a"), "content");
 }
 
+TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackWhenTheOldNameCanNotBeSeenForAMoment) {
+    for (const int error : {EIO, ESTALE, EACCES}) {
+        atExamination = [&, error] {
+            examination = {t.path("a"), error};
+            atExamination = [] { examination = {}; };
+            skip = 0;
+        };
+        skip = 2;  // looked at: a, b, then a once more
+        EXPECT_EQ(move(t, "a", "b", byLink), error);
+        expectOnlyTheOldName();
+    }
+}
+
+TEST_F(ExclusiveMoveInTheDark, ClaimsNoSuccessWhileTheOldNameCanNotBeSeen) {
+    atExamination = [&] { examination = {t.path("a"), EIO}; };
+    skip = 2;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(t.read("b"), "content");
+}
+
 TEST_F(ExclusiveMoveInTheDark, TakesThePlaceholderBackThatItCanNotSee) {
     EXPECT_EQ(moveBlind(byPlaceholder, 0), EIO);
     expectOnlyTheOldName();
