@@ -9,8 +9,10 @@ namespace ordovan {
 
 namespace {
 
-/// Takes the lease; true when a writer is why it is refused.
+/// Takes the lease; true when a writer is why it is refused. The signal that tells of a lease being broken would by
+/// default end the program; where it can not be exchanged for one that is ignored by default, none is taken.
 bool isRefusedForAWriter(int file) {
+    if (::fcntl(file, F_SETSIG, SIGURG) != 0) return false;
     return ::fcntl(file, F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
 }
 
@@ -48,8 +50,7 @@ bool WriterProbe::isWrittenAtStart(const RegularFile& file) {
             ::fstatfs(descriptor, &volume) == 0 && knowsWriters(static_cast<unsigned long>(volume.f_type) & 0xffffffff);
         device_ = file.facts.st_dev;
     }
-    // The signal that tells of a lease being broken would by default end the program; this one is ignored by default.
-    if (!isTold_ || ::fcntl(descriptor, F_SETSIG, SIGURG) != 0) return false;
+    if (!isTold_) return false;
     if (isRefusedForAWriter(descriptor)) return true;
     ::fcntl(descriptor, F_SETLEASE, F_UNLCK);
     return false;

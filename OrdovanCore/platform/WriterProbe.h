@@ -10,8 +10,8 @@ namespace ordovan {
 /// lease on it (fcntl(2), F_SETLEASE) and giving it back at once. Whoever opens the file for writing in that instant
 /// waits no longer than that. Used by one thread.
 ///
-/// Says no as well where that can not be told: for a file of another user, on file systems without leases, and on
-/// network volumes, whose answer means nothing.
+/// Says no as well where that can not be told: for a file of another user, on file systems without leases, in a sandbox
+/// that refuses what makes a lease harmless, and on network volumes, whose answer means nothing.
 class WriterProbe {
 public:
     /// Before a file is read.

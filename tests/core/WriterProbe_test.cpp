@@ -7,11 +7,36 @@
 #include <gtest/gtest.h>
 
 #include <linux/magic.h>
+#include <sys/syscall.h>
+
+#include <cstdarg>
 
 using ordovan::Descriptor;
 using ordovan::RegularFile;
 using ordovan::WriterProbe;
 using ordovan::test::TempFolder;
+
+namespace {
+
+/// Whether a sandbox keeps the signals of leases as they are, and how many leases were asked for.
+bool refusesSignals = false;
+int leases = 0;
+
+}  // namespace
+
+// Takes the place of the C library's.
+extern "C" int fcntl(int file, int command, ...) {
+    std::va_list arguments;
+    va_start(arguments, command);
+    const long argument = va_arg(arguments, long);
+    va_end(arguments);
+    if (command == F_SETLEASE && argument == F_RDLCK) ++leases;
+    if (command != F_SETSIG || !refusesSignals) {
+        return static_cast<int>(::syscall(SYS_fcntl, file, command, argument));
+    }
+    errno = EPERM;
+    return -1;
+}
 
 namespace {
 
@@ -69,6 +94,16 @@ TEST_F(WriterProbeTest, KeepsNoWriterWaiting) {
     ASSERT_EQ(file.open(t.path("file").c_str()), 0);
     EXPECT_FALSE(probe.isWrittenAtStart(file));
     EXPECT_TRUE(opened(O_WRONLY | O_NONBLOCK)) << "EWOULDBLOCK if the lease were still held";
+}
+
+TEST_F(WriterProbeTest, TakesNoLeaseWhoseSignalWouldEndTheProgram) {
+    const Descriptor writer = opened(O_WRONLY);
+    leases = 0;
+    refusesSignals = true;
+    EXPECT_EQ(asked(), no);
+    refusesSignals = false;
+    EXPECT_EQ(leases, 0);
+    EXPECT_EQ(asked(), yes);
 }
 
 TEST_F(WriterProbeTest, CanNotTellOfAnotherUsersFile) {
