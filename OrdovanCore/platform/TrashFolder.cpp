@@ -31,13 +31,6 @@ bool storesNoOwners(const Descriptor& folder) {
     return ::fstatfs(folder.get(), &volume) == 0 && (volume.f_type == MSDOS_SUPER_MAGIC || volume.f_type == exfatMagic);
 }
 
-bool isPrivate(const Descriptor& folder) {
-    struct ::stat facts{};
-    if (::fstat(folder.get(), &facts) != 0) return false;
-    const bool ours = facts.st_uid == ::geteuid() && (facts.st_mode & S_IWOTH) == 0;
-    return ours || storesNoOwners(folder);
-}
-
 /// Opens a folder of ours, made first where it is missing.
 std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name) {
     bool made = false;
@@ -128,6 +121,13 @@ std::expected<std::string, int> pathOf(const Descriptor& folder, const std::stri
 }
 
 }  // namespace
+
+bool isPrivate(const Descriptor& folder) {
+    struct ::stat facts{};
+    if (::fstat(folder.get(), &facts) != 0) return false;
+    const bool ours = facts.st_uid == ::geteuid() && (facts.st_mode & S_IWOTH) == 0;
+    return ours || storesNoOwners(folder);
+}
 
 std::optional<Mount> Mount::of(const Descriptor& folder) {
     struct ::statx facts{};

@@ -59,6 +59,10 @@ enum class TrashKind {
 };
 inline constexpr std::array trashKinds = {TrashKind::home, TrashKind::shared, TrashKind::own};
 
+/// Whether an open folder may be part of a Trash of the user's: it belongs to him and is not open to everybody's
+/// changes. On file systems that give every file the same owner, ownership tells nothing and every folder may be.
+[[nodiscard]] bool isPrivate(const Descriptor& folder);
+
 /// A Trash that may be used: its folders are no links, belong to the user and are not open to everybody's changes.
 struct TrashFolder {
     Descriptor files;  ///< opened with O_PATH, as the next one

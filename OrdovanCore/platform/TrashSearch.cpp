@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <expected>
 #include <iterator>
 #include <memory>
 #include <set>
@@ -40,6 +41,15 @@ std::string volumeTop(std::string path) {
         path = std::move(above);
     }
     return path;
+}
+
+/// Whether there may be a Trash in an administrator's ".Trash": that is a sticky folder which lets the user in, and no
+/// link.
+bool mayHoldOurs(const std::string& shared) {
+    struct ::stat facts;
+    if (::lstat(shared.c_str(), &facts) != 0) return errno != ENOENT;
+    return S_ISDIR(facts.st_mode) && (facts.st_mode & S_ISVTX) != 0 &&
+           ::faccessat(AT_FDCWD, shared.c_str(), X_OK, AT_EACCESS) == 0;
 }
 
 /// A name in a Trash without the number in front of the extension ("report 2.pdf"); empty where it has none.
@@ -74,7 +84,8 @@ public:
                 if (folders_.insert(resolvedFolder).second) {
                     const std::string top = volumeTop(resolvedFolder);
                     trashes_.insert(joined(top, ".Trash-" + user));
-                    trashes_.insert(joined(joined(top, ".Trash"), user));
+                    const std::string shared = joined(top, ".Trash");
+                    if (mayHoldOurs(shared)) trashes_.insert(joined(shared, user));
                 }
             }
             originals_.emplace(joined(resolvedFolder, original.lastPathComponent()), original);
@@ -117,14 +128,29 @@ std::string textOf(int folder, const char* name) {
     return text;
 }
 
+/// Opens the info folder of a Trash of ours. ENOENT where there is none, which is also what a link or a folder of
+/// another user amounts to: nothing of ours was ever put there.
+std::expected<Descriptor, int> openInfoFolder(const std::string& trash) {
+    Descriptor above;  // none at first: the path of a Trash is absolute
+    for (const char* const name : {trash.c_str(), "info"}) {
+        Descriptor folder = Descriptor::openAt(above.get(), name, O_PATH | O_DIRECTORY | O_NOFOLLOW);
+        if (!folder) return std::unexpected(errno == ENOTDIR || errno == ELOOP ? ENOENT : errno);
+        if (!isPrivate(folder)) return std::unexpected(ENOENT);
+        above = std::move(folder);
+    }
+    Descriptor opened = Descriptor::openAt(above.get(), ".", O_RDONLY | O_DIRECTORY);
+    if (!opened) return std::unexpected(errno);
+    return opened;
+}
+
 /// Reads one Trash; 0 or the errno. One that is not there holds nothing.
 int search(const std::string& trash, const Places& places, std::vector<TrashedFile>& found) {
     const std::string infoFolder = joined(trash, "info");
-    Descriptor opened = Descriptor::open(infoFolder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-    if (!opened) return errno == ENOENT || errno == ENOTDIR || errno == ELOOP ? 0 : errno;
-    const std::unique_ptr<::DIR, int (*)(::DIR*)> listing(::fdopendir(opened.get()), ::closedir);
+    auto opened = openInfoFolder(trash);
+    if (!opened) return opened.error() == ENOENT ? 0 : opened.error();
+    const std::unique_ptr<::DIR, int (*)(::DIR*)> listing(::fdopendir(opened->get()), ::closedir);
     if (listing == nullptr) return errno;
-    const int folder = opened.release();
+    const int folder = opened->release();
     for (;;) {
         errno = 0;
         const ::dirent* entry = ::readdir(listing.get());

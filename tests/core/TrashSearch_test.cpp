@@ -12,6 +12,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,58 @@ TEST_F(TrashSearch, SaysWhenATrashCanNotBeRead) {
     ordovan::test::giveToUnprivileged(home.path());
     const std::vector<Url> originals = {home.url("a")};
     EXPECT_EQ(ordovan::test::unprivileged([&] { return error(findInTrash(originals)); }), EACCES);
+}
+
+/// A volume with a place of a file that was trashed, and what a Trash would tell of it.
+class TrashSearchAtATop : public TrashSearch {
+protected:
+    void SetUp() override {
+        if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+        volume.emplace(1 << 20);
+        file = Url::file(volume->path() + "/a");
+    }
+    void put(const std::string& trash) const {
+        const TempFolder& top = volume->root();
+        top.makeFolder(trash + "/files");
+        top.write(trash + "/info/a.trashinfo", "[Trash Info]\nPath=" + top.path("a") + "\n");
+    }
+
+    std::optional<SecondVolume> volume;
+    Url file;
+    const std::string user = std::to_string(::geteuid());
+};
+
+TEST_F(TrashSearchAtATop, PassesOverATrashOfAnotherUser) {
+    if (::geteuid() != 0) GTEST_SKIP() << "NOT TESTED: wants root, to be two users";
+    const std::string trash = ".Trash-" + std::to_string(ordovan::test::unprivilegedUser);
+    put(trash);
+    home.write("data/Trash/info/a.trashinfo", "[Trash Info]\nPath=" + std::string(file.path()) + "\n");
+    ordovan::test::giveToUnprivileged(home.path());
+    for (const std::string& closed : {trash + "/info", trash}) {
+        ASSERT_EQ(::chmod(volume->path(closed).c_str(), 0700), 0);
+        EXPECT_EQ(ordovan::test::unprivileged([&] { return items({file}).size(); }), 1u) << closed;
+    }
+}
+
+TEST_F(TrashSearchAtATop, PassesOverAFolderForAllThatIsNotSticky) {
+    put(".Trash/" + user);
+    ASSERT_EQ(::chmod(volume->path(".Trash").c_str(), 0777), 0);
+    EXPECT_THAT(items({file}), IsEmpty());
+    ASSERT_EQ(::chmod(volume->path(".Trash").c_str(), 01777), 0);
+    EXPECT_THAT(items({file}), SizeIs(1));
+}
+
+TEST_F(TrashSearchAtATop, PassesOverAFolderForAllThatLetsNobodyIn) {
+    if (::geteuid() != 0) GTEST_SKIP() << "NOT TESTED: wants root, to be two users";
+    put(".Trash/" + std::to_string(ordovan::test::unprivilegedUser));
+    ASSERT_EQ(::chmod(volume->path(".Trash").c_str(), 01700), 0);
+    EXPECT_EQ(ordovan::test::unprivileged([&] { return error(findInTrash(std::vector{file})); }), 0);
+}
+
+TEST_F(TrashSearchAtATop, PassesOverALink) {
+    put("elsewhere");
+    volume->root().makeLink(".Trash-" + user, "elsewhere");
+    EXPECT_THAT(items({file}), IsEmpty());
 }
 
 TEST_F(TrashSearch, RemovesTheInfoFileOfAnItemThatIsGone) {
