@@ -14,6 +14,7 @@ namespace ordovan {
 
 /// True for the types (statfs(2)) of file systems that are known to leave a renamed file its inode number. Not so FUSE,
 /// whose servers may number by name, FAT, an overlay that copies the file to its upper layer, and what is unknown.
+/// (Whether a number outlives an unmount is another question: `keepsIdentities`.)
 [[nodiscard]] bool keepsInodeNumbers(unsigned long fileSystemType);
 
 }  // namespace ordovan

@@ -8,6 +8,11 @@ namespace ordovan {
 /// (statfs(2)). False for those whose numbers are made up when a file is first looked at: FAT and exFAT, FUSE (which
 /// file system works behind it can not be told) and network shares of the SMB kind (whose servers need not give any).
 /// True where the type can not be found out. Any thread.
+///
+/// True for overlays too: they number by what lies below them. Where the layers are different file systems a file may
+/// get another number when it is first changed, but by that change and not by an unmount; who compares identities then
+/// finds a different file and leaves it alone. (What a rename may do to a number is another question:
+/// `keepsInodeNumbers`.)
 [[nodiscard]] bool keepsIdentities(const Url& item);
 
 }  // namespace ordovan

@@ -13,10 +13,12 @@
 
 #include <cerrno>
 #include <string>
+#include <vector>
 
 using ordovan::factsOf;
 using ordovan::keepsIdentities;
 using ordovan::test::error;
+using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
 
 namespace {
@@ -101,6 +103,27 @@ TEST(StableIdentity, IsOfTheOrdinaryVolumesAndOfWhatCanNotBeTold) {
     EXPECT_TRUE(keepsIdentities(t.url()));
     EXPECT_TRUE(keepsIdentities(t.url("missing")));
     EXPECT_TRUE(keepsIdentities(Url::file("relative")));
+}
+
+TEST(StableIdentity, IsKeptByAnOverlayAsContainersHaveForTheirRoot) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume layers;
+    for (const char* const name : {"lower", "upper", "work"}) layers.root().makeFolder(name);
+    const std::string options =
+        "lowerdir=" + layers.path("lower") + ",upperdir=" + layers.path("upper") + ",workdir=" + layers.path("work");
+    const TempFolder t;
+    const auto& space = ordovan::test::detail::MountNamespace::get();
+    std::vector<::ino_t> numbers;
+    for (int mounted = 0; mounted < 2; ++mounted) {
+        if (!space.mount(t.path(), "overlay", options)) GTEST_SKIP() << "NOT TESTED: no overlay can be mounted here";
+        if (mounted == 0) t.write("a", "content");
+        struct ::stat facts{};
+        EXPECT_EQ(::lstat(t.path("a").c_str(), &facts), 0);
+        numbers.push_back(facts.st_ino);
+        EXPECT_TRUE(keepsIdentities(t.url("a")));
+        space.unmount(t.path());
+    }
+    EXPECT_EQ(numbers.front(), numbers.back());
 }
 
 }  // namespace
