@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
+#include <cstddef>
 #include <string>
 #include <unordered_set>
 
@@ -15,9 +16,18 @@ namespace ordovan {
 
 namespace {
 
+/// A flush of one folder waits for the device, and so does one of its whole volume: from here on the latter is quicker.
+constexpr std::size_t mostFoldersOneByOne = 32;
+
 bool isFolder(const char* path) {
     struct ::stat facts;
     return ::stat(path, &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+bool isThere(const Url& item) {
+    const SystemPath path(item);
+    struct ::stat facts;
+    return path.error() == 0 && ::lstat(path.text(), &facts) == 0;
 }
 
 int makeOne(const char* path, ::mode_t mode) {
@@ -62,19 +72,24 @@ int syncFolderOf(FolderEntry item) {
 }
 
 void syncFoldersOf(std::span<const Url> items) {
-    std::unordered_set<std::string_view> done;
-    std::unordered_set<::dev_t> whole;
+    std::unordered_set<std::string_view> folders;
     for (const Url& item : items) {
-        if (!done.insert(parentPath(item.path())).second) continue;
-        const SystemPath path(Url::file(parentPath(item.path())));
+        const std::string_view folder = parentPath(item.path());
+        if (!folders.contains(folder) && isThere(item)) folders.insert(folder);
+    }
+    std::unordered_set<::dev_t> whole;
+    for (const std::string_view each : folders) {
+        const SystemPath path(Url::file(each));
         const Descriptor folder = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
         struct ::stat facts;
         struct ::statfs volume;
         if (!folder || ::fstat(folder.get(), &facts) != 0 || ::fstatfs(folder.get(), &volume) != 0) continue;
-        if (volume.f_type != BTRFS_SUPER_MAGIC) {
+        // Where folders are flushed one by one, btrfs would keep the new name and, where the old one's folder is not
+        // flushed as well, the old one too. The server of a FUSE volume is told of flushed folders only.
+        const bool isMany = folders.size() > mostFoldersOneByOne && volume.f_type != FUSE_SUPER_MAGIC;
+        if (!isMany && volume.f_type != BTRFS_SUPER_MAGIC) {
             static_cast<void>(::fsync(folder.get()));
         } else if (whole.insert(facts.st_dev).second) {
-            // It would keep the new name and, where the old one's folder is not flushed as well, the old one too.
             static_cast<void>(::syncfs(folder.get()));
         }
     }

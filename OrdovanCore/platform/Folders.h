@@ -20,8 +20,9 @@ int makeFolders(std::string_view path, ::mode_t mode);
 /// counts as having done so.
 int syncFolderOf(FolderEntry item);
 
-/// Puts the names of items that were moved here on the disk, folder by folder, as far as that can be done, so that after
-/// a power cut each item has its new name and no other.
+/// Puts the names of items that were moved here on the disk, as far as that can be done, so that after a power cut each
+/// item has its new name and no other. A few folders one by one (fsync(2)); many, and those of btrfs, by flushing their
+/// volumes, each once (syncfs(2)); those of FUSE always one by one. Nothing for an item that is not there.
 void syncFoldersOf(std::span<const Url> items);
 
 }  // namespace ordovan
