@@ -54,9 +54,11 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Fingerprint& w
     const Url partial = OrdovanPartialName::beside(to);
     const auto copied = inFolder(to.deletingLastPathComponent(), mayTryAgain, [&] { return fs_.copy(from, partial); });
     if (!copied) {
-        // A name that was taken is not ours to remove, unless it was the reply to our own success that got lost.
+        // What has taken the name is not ours to remove, unless it was the reply to our own success that got lost: it
+        // is then our whole copy, or the empty file that was to become it, since nobody else makes up such a name.
         const bool taken = copied.error() == OrdovanSystemError::posix(EEXIST);
-        if (!taken || fs_.contentHash(partial) == was.contentHash) discardPartial(partial, from);
+        if (!taken || isEmptyFile(partial) || fs_.contentHash(partial) == was.contentHash)
+            discardPartial(partial, from);
         return {End::copyFailed, false, copied.error()};
     }
     const auto hash = fs_.contentHash(partial);
@@ -113,6 +115,10 @@ bool Relocator::mayBeThere(const Url& url, const std::string& identity) {
 bool Relocator::hasMoved(const Url& from, const Url& to, const std::string& identityBefore,
                          const std::string& identityAfter) {
     return mayBeThere(to, identityAfter) && !mayBeThere(from, identityBefore);
+}
+
+bool Relocator::isEmptyFile(const Url& url) {
+    return fs_.isRegularFile(url) && fs_.fileSize(url) == 0;
 }
 
 void Relocator::discardPartial(const Url& partial, const Url& original) {

@@ -66,6 +66,7 @@ private:
     /// A regular file is there, and its identity says nothing against its being this one.
     bool mayBeThere(const Url& url, const std::string& identity);
     bool hasMoved(const Url& from, const Url& to, const std::string& identityBefore, const std::string& identityAfter);
+    bool isEmptyFile(const Url& url);
     void discardPartial(const Url& partial, const Url& original);
 
     OrdovanFileSystem& fs_;

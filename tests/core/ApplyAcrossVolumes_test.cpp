@@ -88,6 +88,18 @@ TEST_F(ApplyAcrossVolumes, NeverRemovesAPartialNameThatWasTaken) {
     EXPECT_EQ(fs.callCount(Operation::remove), 0u);
 }
 
+TEST_F(ApplyAcrossVolumes, RemovesTheEmptyFileThatItMadeWhileTheReplySaysTheNameIsTaken) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::copy) memory.write(call.second.path(), "");
+    });
+    EXPECT_EQ(fate(toDocuments("a")),
+              "failed: Could not move this file; it was left in place. The system reported an error (code 17).");
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_THAT(memory.snapshot("/r/ordovan+/Documents"), IsEmpty());
+}
+
 TEST_F(ApplyAcrossVolumes, DiscardsACopyThatDiffers) {
     tree({"a = hello"});
     documentsOnAnotherVolume();
