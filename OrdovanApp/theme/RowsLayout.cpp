@@ -83,12 +83,8 @@ RowsPainter::Layout RowsPainter::layout(const RowContent& content, const QRect& 
         layout.glyph = centred(row, edges.left, size, size);
         edges.left += size + (head == Head::none ? gap : gap - 2);
     }
-    for (const RowContent::Chip& tag : content.tags) {
-        const int width = pillWidth(tag);
-        layout.tags.push_back(centred(row, edges.left, width, theme_.scaled(pillHeight)));
-        edges.left += width + buttonGap;
-    }
     placeButtons(content, row, layout, edges);
+    placeTags(content, row, layout, edges);
     placeColumns(content, row, layout, edges);
     placeTexts(content, row, head, layout, edges);
     return layout;
@@ -110,6 +106,29 @@ void RowsPainter::placeButtons(const RowContent& content, const QRect& row, Layo
         edges.right -= width + buttonGap;
     }
     if (!layout.buttons.empty()) edges.right -= gap - buttonGap;
+}
+
+RowContent::Chip RowsPainter::moreTags(qsizetype count) {
+    return {u'+' + QString::number(count), QColor()};
+}
+
+void RowsPainter::placeTags(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
+    const auto place = [&](int width) {
+        const QRect pill = centred(row, edges.left, width, theme_.scaled(pillHeight));
+        edges.left += width + buttonGap;
+        return pill;
+    };
+    const int end = edges.right - gap - theme_.scaled(shortestTitle);
+    for (qsizetype shown = 0; shown < content.tags.size(); ++shown) {
+        const int width = pillWidth(content.tags[shown]);
+        const qsizetype behind = content.tags.size() - shown - 1;
+        const int rest = behind > 0 ? buttonGap + pillWidth(moreTags(behind)) : 0;
+        if (edges.left + width + rest > end) {
+            layout.moreTags = place(pillWidth(moreTags(behind + 1)));
+            return;
+        }
+        layout.tags.push_back(place(width));
+    }
 }
 
 void RowsPainter::placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const {
@@ -167,5 +186,5 @@ bool RowsPainter::isElided(const RowContent& content, const Layout& layout) cons
     return exceeds(title_.metrics, content.title, layout.title) ||
            exceeds(detail_.metrics, content.detail, layout.detail) ||
            (content.chip && pillPadding * 2 + ceilWidth(strong_.metrics, content.chip->text) > layout.chip.width()) ||
-           static_cast<qsizetype>(layout.columns.size()) < content.columns.size();
+           !layout.moreTags.isEmpty() || static_cast<qsizetype>(layout.columns.size()) < content.columns.size();
 }

@@ -28,6 +28,10 @@ void RowsPainter::paint(QPainter& painter, const RowContent& content, const QRec
     for (std::size_t i = 0; i < layout.tags.size(); ++i) {
         paintPill(painter, content.tags[static_cast<qsizetype>(i)], layout.tags[i], tinted);
     }
+    if (!layout.moreTags.isEmpty()) {
+        const auto shown = static_cast<qsizetype>(layout.tags.size());
+        paintPill(painter, moreTags(content.tags.size() - shown), layout.moreTags, tinted);
+    }
     const bool quietHead = head == Head::band || head == Head::outside;
     const QColor title = content.dimmed ? colors.faintText : quietHead ? colors.secondText : colors.text;
     paintText(painter, titleType(head), title, layout.title, content.title);

@@ -23,7 +23,8 @@ public:
     struct Layout {
         QRect mark;
         QRect glyph;
-        std::vector<QRect> tags;
+        std::vector<QRect> tags;  ///< fewer than the row has where they would leave its title no room
+        QRect moreTags;           ///< says how many there are besides; empty where all are shown
         QRect title;
         QRect detail;
         QRect count;
@@ -69,9 +70,12 @@ private:
         int right;
     };
     void placeButtons(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const;
+    void placeTags(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const;
     void placeColumns(const RowContent& content, const QRect& row, Layout& layout, Edges& edges) const;
     void placeTexts(const RowContent& content, const QRect& row, Head head, Layout& layout, Edges edges) const;
     [[nodiscard]] int pillWidth(const RowContent::Chip& chip) const;
+    /// The pill in place of so many tags.
+    [[nodiscard]] static RowContent::Chip moreTags(qsizetype count);
     [[nodiscard]] int buttonWidth(const RowAction& action) const;
     [[nodiscard]] int columnWidth(int column) const { return theme_.scaled(columnWidths_[column]); }
     [[nodiscard]] const Type& titleType(Head head) const {
