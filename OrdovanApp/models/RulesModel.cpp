@@ -40,7 +40,9 @@ std::optional<Move> oneMove(const std::vector<OrdovanRule>& before, const std::v
 RulesModel::RulesModel(TidyViewModel& model, RuleStore& store, const ThemeEnvironment& theme, QObject* parent)
     : RowsModel(parent), model_(model), store_(store), theme_(theme) {
     connect(&store_, &RuleStore::ruleSetChanged, this, &RulesModel::followRules);
-    connect(&model_, &TidyViewModel::planChanged, this, &RulesModel::followPlan);
+    for (const auto signal : {&TidyViewModel::planChanged, &TidyViewModel::rootURLChanged}) {
+        connect(&model_, signal, this, &RulesModel::followPlan);
+    }
     followRules();
 }
 
@@ -74,16 +76,23 @@ void RulesModel::followPlan() {
 }
 
 void RulesModel::countMatches() {
-    matches_.assign(rules_.size(), 0);
-    if (!model_.plan() || rules_.empty()) return;
+    matches_.reset();
+    // While another folder is scanned, or could not be read, the plan is the last folder's.
+    if (!model_.plan() || model_.planRoot() != model_.rootURL()) return;
+    matches_.emplace(rules_.size(), 0);
+    if (rules_.empty()) return;
     std::unordered_map<std::string_view, std::size_t> takenBy;
     for (std::size_t rule = 0; rule < rules_.size(); ++rule) {
         for (const std::string& extension : rules_[rule].extensions) takenBy.emplace(extension, rule);
     }
     for (const OrdovanFileProposal& proposal : model_.plan()->proposals) {
         const auto rule = takenBy.find(ordovan::text::lowercased(proposal.source.pathExtension()));
-        if (rule != takenBy.end()) ++matches_[rule->second];
+        if (rule != takenBy.end()) ++(*matches_)[rule->second];
     }
+}
+
+std::optional<int> RulesModel::matches(int row) const {
+    return matches_ ? std::optional((*matches_)[position(row)]) : std::nullopt;
 }
 
 int RulesModel::rowCount(const QModelIndex& parent) const {
@@ -102,18 +111,21 @@ RowContent RulesModel::content(int row) const {
     const OrdovanRule& rule = rules_[position(row)];
     const QString folder = Formats::text(rule.folderName);
     content.mark = RowContent::Mark::grip;
+    QStringList extensions;
     QStringList unknown;
     for (const std::string& extension : rule.extensions) {
         const QString text = u"."_s + Formats::text(extension);
         const bool known = isBuiltIn(extension);
         content.tags.append({text, known ? theme_.colors().secondText : theme_.colors().warning});
+        extensions.append(text);
         if (!known) unknown.append(text);
     }
-    const QString matched = u"Files in the folder you're previewing that this rule would send to "_s + folder;
-    content.detail = matched + u": "_s + Formats::count(matches(row));
+    content.detail = u"Files in the folder you're previewing that this rule would send to "_s + folder;
+    if (const auto count = matches(row)) content.detail += u": "_s + Formats::count(*count);
     if (!unknown.isEmpty()) content.chip = {u"not a built-in type"_s, theme_.colors().warning};
-    content.toolTip = unknown.isEmpty() ? content.detail
-                                        : content.detail + u"\n"_s + unknown.join(u", "_s) + u": not a built-in type"_s;
+    QStringList lines{extensions.join(u", "_s), content.detail};
+    if (!unknown.isEmpty()) lines.append(unknown.join(u", "_s) + u": not a built-in type"_s);
+    content.toolTip = lines.join(u'\n');
     content.description = content.toolTip;
     content.actions = {RowAction{.id = deleteRule,
                                  .text = u"Delete rule for "_s + folder,

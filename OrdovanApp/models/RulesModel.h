@@ -4,6 +4,7 @@
 #include "OrdovanCore/Rules.h"
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -31,8 +32,8 @@ public:
     bool move(int row, int before);
     /// Deletes the rule of a row. False when that could not be stored.
     bool remove(int row);
-    /// Files of the preview that a row's rule would take.
-    [[nodiscard]] int matches(int row) const { return matches_[position(row)]; }
+    /// Files of the preview that a row's rule would take; nothing while the chosen folder has no preview.
+    [[nodiscard]] std::optional<int> matches(int row) const;
 
     /// Whether a built-in category knows an extension, given as rules store it.
     [[nodiscard]] static bool isBuiltIn(std::string_view extension);
@@ -47,6 +48,6 @@ private:
     RuleStore& store_;
     const ThemeEnvironment& theme_;
     std::vector<OrdovanRule> rules_;
-    std::vector<int> matches_;
+    std::optional<std::vector<int>> matches_;  // nothing: there is no preview of the chosen folder
     std::vector<int> heads_;
 };

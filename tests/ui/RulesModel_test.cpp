@@ -94,7 +94,7 @@ TEST_F(RulesModelTest, MarksWhatNoBuiltInCategoryKnows) {
     EXPECT_FALSE(model.content(1).chip.has_value());
     EXPECT_EQ(model.content(2).chip->text, u"not a built-in type"_s);
     EXPECT_TRUE(model.content(2).toolTip.contains(u".qqq: not a built-in type"_s));
-    EXPECT_FALSE(model.content(2).toolTip.contains(u".pdf"_s));
+    EXPECT_FALSE(model.content(2).toolTip.contains(u".pdf: not"_s));
 }
 
 TEST_F(RulesModelTest, CountsAnewAfterAPreview) {
@@ -104,6 +104,29 @@ TEST_F(RulesModelTest, CountsAnewAfterAPreview) {
     controller->preview();
     tasks.finish();
     EXPECT_EQ(model.matches(1), 2);
+}
+
+TEST_F(RulesModelTest, NamesEveryExtensionInItsToolTipAndDescription) {
+    rules.add("pdf, txt, zip", "Papers");
+    const auto& model = show({"a.pdf = 1"});
+    EXPECT_EQ(model.content(1).toolTip,
+              u".pdf, .txt, .zip\nFiles in the folder you're previewing that this rule would send to Papers: 1"_s);
+    EXPECT_EQ(model.content(1).description, model.content(1).toolTip);
+}
+
+TEST_F(RulesModelTest, CountsNothingOfTheFolderBefore) {
+    rules.add("pdf", "Papers");
+    const auto& model = show({"a.pdf = 1"});
+    unreadable.insert("/other");
+    controller->chooseFolder(Url::file("/other"));
+    EXPECT_EQ(model.matches(1), std::nullopt);
+    tasks.finish();
+    EXPECT_THAT(rowTexts(model),
+                ElementsAre("# Your rules, in order",
+                            ":: → Papers | Files in the folder you're previewing that this rule would send to Papers"));
+    controller->chooseFolder(Url::file("/r"));
+    tasks.finish();
+    EXPECT_EQ(model.matches(1), 1);
 }
 
 TEST_F(RulesModelTest, FollowsTheStore) {
