@@ -12,6 +12,28 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+/// Values of the entries of an earlier record for those that are still there, in their new places; those of new entries
+/// are empty. Records lose entries anywhere and get new ones at their end.
+template <class Entry, class Value>
+std::vector<Value> carriedOver(const std::vector<Value>& values, const std::vector<Entry>& earlier,
+                               const std::vector<Entry>& entries) {
+    std::vector<Value> result(entries.size());
+    std::size_t next = 0;
+    for (std::size_t place = 0; place < earlier.size() && next < entries.size(); ++place) {
+        if (entries[next] == earlier[place]) result[next++] = values[place];
+    }
+    return result;
+}
+
+const std::vector<OrdovanJournalEntry>& entriesOf(const OrdovanJournal* journal) {
+    static const std::vector<OrdovanJournalEntry> none;
+    return journal != nullptr ? journal->entries : none;
+}
+
+}  // namespace
+
 RecoveryModel::RecoveryModel(TidyViewModel& model, const ThemeEnvironment& theme, QObject* parent)
     : RowsModel(parent), model_(model), theme_(theme) {
     for (const auto signal : {&TidyViewModel::recoverableJournalChanged, &TidyViewModel::trashRecordChanged,
@@ -25,15 +47,37 @@ RecoveryModel::RecoveryModel(TidyViewModel& model, const ThemeEnvironment& theme
 
 void RecoveryModel::reload() {
     beginResetModel();
-    journal_ = model_.recoverableJournal();
-    trash_ = model_.trashRecord();
-    root_ = model_.rootURL().value_or(Url());
-    organizedStates_.clear();
-    trashedStates_.clear();
-    names_.reset(0);
+    std::vector<char> shownOrganized(organized());
+    std::vector<char> shownTrashed(trashed());
+    for (const std::uint32_t item : shown_) {
+        if (item < organized())
+            shownOrganized[organized() - 1 - item] = 1;
+        else
+            shownTrashed[trashed() - 1 - (item - organized())] = 1;
+    }
+    const auto journal = std::exchange(journal_, model_.recoverableJournal());
+    const auto trash = std::exchange(trash_, model_.trashRecord());
+    const Url root = std::exchange(root_, model_.rootURL().value_or(Url()));
+    // In another folder, other files can be put back.
+    if (root != root_) {
+        organizedStates_.assign(organizedStates_.size(), std::nullopt);
+        trashedStates_.assign(trashedStates_.size(), std::nullopt);
+    }
+    organizedStates_ = carriedOver(organizedStates_, entriesOf(journal.get()), entriesOf(journal_.get()));
+    trashedStates_ = carriedOver(trashedStates_, trash->entries, trash_->entries);
+    shownOrganized = carriedOver(shownOrganized, entriesOf(journal.get()), entriesOf(journal_.get()));
+    shownTrashed = carriedOver(shownTrashed, trash->entries, trash_->entries);
+    shown_.clear();
+    for (std::uint32_t item = 0; item < organized() + trashed(); ++item) {
+        const bool isShown = item < organized() ? shownOrganized[organized() - 1 - item] != 0
+                                                : shownTrashed[trashed() - 1 - (item - organized())] != 0;
+        if (isShown) shown_.push_back(item);
+    }
+    names_.reset();
     narrow();
-    endResetModel();
     count();
+    endResetModel();
+    Q_EMIT countsChanged();
     survey();
 }
 
@@ -47,36 +91,40 @@ void RecoveryModel::survey() {
 void RecoveryModel::adopt(ordovan::RecoverySurvey survey) {
     // Records that changed meanwhile are being surveyed again.
     if (survey.journal != journal_ || survey.trash != trash_) return;
-    organizedStates_ = std::move(survey.organized);
-    trashedStates_ = std::move(survey.trashed);
+    organizedStates_.assign(survey.organized.begin(), survey.organized.end());
+    trashedStates_.assign(survey.trashed.begin(), survey.trashed.end());
+    const bool awaitedNames = !names_ && isNarrowed();
     names_ = std::move(survey.names);
     count();
-    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+    if (awaitedNames) {
+        beginResetModel();
+        narrow();
+        endResetModel();
+    } else if (rowCount() > 0) {
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+    }
+    Q_EMIT countsChanged();
 }
 
 void RecoveryModel::count() {
     recoverableOrganized_ = 0;
     recoverableTrashed_ = 0;
     elsewhere_ = 0;
+    unknown_ = 0;
     for (std::uint32_t item = 0; item < organized() + trashed(); ++item) {
-        const State state = stateOf(item);
-        if (state == State::present) ++(item < organized() ? recoverableOrganized_ : recoverableTrashed_);
+        const std::optional<State> state = stateOf(item);
+        if (!state) ++unknown_;
+        if (!state || state == State::present) ++(item < organized() ? recoverableOrganized_ : recoverableTrashed_);
         if (state == State::elsewhere && item >= organized()) ++elsewhere_;
     }
-    Q_EMIT countsChanged();
 }
 
 void RecoveryModel::narrow() {
-    const std::uint32_t items = organized() + trashed();
-    if (query_.trimmed().isEmpty()) {
-        shown_.resize(items);
+    if (!isNarrowed()) {
+        shown_.resize(organized() + trashed());
         std::iota(shown_.begin(), shown_.end(), std::uint32_t{0});
-    } else {
-        // Only who searches before the survey is there waits for the names.
-        if (names_.size() != items) {
-            names_ = ordovan::RecoverySurvey::namesOf(model_.rootURL(), journal_.get(), *trash_);
-        }
-        shown_ = names_.rowsMatching(query_);
+    } else if (names_) {
+        shown_ = names_->rowsMatching(query_);
     }
     shownOrganized_ = static_cast<int>(std::ranges::lower_bound(shown_, organized()) - shown_.begin());
     heads_.clear();
@@ -131,9 +179,9 @@ const OrdovanTrashEntry& RecoveryModel::trashedEntry(std::uint32_t item) const {
     return trash_->entries[trashed() - 1 - (item - organized())];
 }
 
-RecoveryModel::State RecoveryModel::stateOf(std::uint32_t item) const {
-    if (item < organized()) return organizedStates_.empty() ? State::present : organizedStates_[organized() - 1 - item];
-    return trashedStates_.empty() ? State::present : trashedStates_[trashed() - 1 - (item - organized())];
+std::optional<RecoveryModel::State> RecoveryModel::stateOf(std::uint32_t item) const {
+    return item < organized() ? organizedStates_[organized() - 1 - item]
+                              : trashedStates_[trashed() - 1 - (item - organized())];
 }
 
 std::string RecoveryModel::entryID(int row) const {
@@ -178,7 +226,7 @@ RowContent RecoveryModel::content(int row) const {
     return content;
 }
 
-RowContent RecoveryModel::row(std::string_view path, std::int64_t bytes, State state) const {
+RowContent RecoveryModel::row(std::string_view path, std::int64_t bytes, std::optional<State> state) const {
     const auto kind = OrdovanFileCategories::forExtension(ordovan::pathExtension(path));
     const bool isLost = state == State::missing || state == State::refused;
     RowContent content;
@@ -190,6 +238,13 @@ RowContent RecoveryModel::row(std::string_view path, std::int64_t bytes, State s
     return content;
 }
 
+QString RecoveryModel::putBackHelp(std::optional<State> state) const {
+    if (!locked_.isEmpty()) return locked_;
+    if (!state) return u"Looking whether it is still there…"_s;
+    if (state == State::elsewhere) return u"Choose the folder that it came from first."_s;
+    return u"Put just this file back"_s;
+}
+
 QString RecoveryModel::folderBelowRoot(std::string_view file) const {
     const QString folder = Formats::folderOf(file, root_.path());
     const QString root = Formats::fileName(root_) + u" / "_s;
@@ -198,27 +253,21 @@ QString RecoveryModel::folderBelowRoot(std::string_view file) const {
 
 RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
     const OrdovanJournalEntry& entry = organizedEntry(item);
-    const State state = stateOf(item);
+    const std::optional<State> state = stateOf(item);
     RowContent content = row(entry.destination(), entry.byteSize(), state);
-    switch (state) {
-        case State::present:
-        case State::elsewhere:
-            content.detail = folderBelowRoot(entry.destination()) + u" · Undo returns it to "_s +
-                             Formats::folderOf(entry.source(), root_.path());
-            break;
-        case State::missing:
-            content.detail =
-                u"This file is no longer there. Missing: deleted or moved since organizing. Undo will "
-                "skip it."_s;
-            break;
-        case State::refused:
-            content.detail = u"The record names a place outside this folder or behind a link. Undo will refuse it."_s;
-            break;
+    if (state == State::missing) {
+        content.detail =
+            u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s;
+    } else if (state == State::refused) {
+        content.detail = u"The record names a place outside this folder or behind a link. Undo will refuse it."_s;
+    } else {
+        content.detail = folderBelowRoot(entry.destination()) + u" · Undo returns it to "_s +
+                         Formats::folderOf(entry.source(), root_.path());
     }
     content.description = content.detail;
     content.actions = {RowAction{.id = putBack,
                                  .text = u"Put Just This File Back"_s,
-                                 .help = locked_.isEmpty() ? u"Put just this file back"_s : locked_,
+                                 .help = putBackHelp(state),
                                  .glyph = Glyph::undo,
                                  .enabled = state == State::present && locked_.isEmpty(),
                                  .glyphOnly = compact_},
@@ -234,30 +283,21 @@ RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
 
 RowContent RecoveryModel::trashedRow(std::uint32_t item) const {
     const OrdovanTrashEntry& entry = trashedEntry(item);
-    const State state = stateOf(item);
+    const std::optional<State> state = stateOf(item);
     RowContent content = row(entry.original(), entry.byteSize(), state);
-    QString help = u"Put just this file back"_s;
-    switch (state) {
-        case State::elsewhere:
-            help = u"Choose the folder that it came from first."_s;
-            [[fallthrough]];
-        case State::present:
-            content.detail = u"In the Trash · "_s + Formats::byteSize(entry.byteSize()) +
-                             u" · Put Back returns it to "_s + Formats::folderOf(entry.original(), root_.path());
-            break;
-        case State::missing:
-            content.detail = u"No longer in the Trash (emptied or moved), so it can't be put back from here."_s;
-            break;
-        case State::refused:
-            content.detail =
-                u"The record names a place that is in no Trash or behind a link. Restore will refuse it."_s;
-            break;
+    if (state == State::missing) {
+        content.detail = u"No longer in the Trash (emptied or moved), so it can't be put back from here."_s;
+    } else if (state == State::refused) {
+        content.detail = u"The record names a place that is in no Trash or behind a link. Restore will refuse it."_s;
+    } else {
+        content.detail = u"In the Trash · "_s + Formats::byteSize(entry.byteSize()) + u" · Put Back returns it to "_s +
+                         Formats::folderOf(entry.original(), root_.path());
     }
     content.columns = {QString()};
     content.description = content.detail;
     content.actions = {RowAction{.id = putBackFromTrash,
                                  .text = u"Put Back from Trash"_s,
-                                 .help = locked_.isEmpty() ? help : locked_,
+                                 .help = putBackHelp(state),
                                  .glyph = Glyph::undo,
                                  .enabled = state == State::present && locked_.isEmpty(),
                                  .glyphOnly = compact_},

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,8 @@ class ThemeEnvironment;
 class TidyViewModel;
 
 /// What can be taken back: the organized files of the chosen folder, and the files in the Trash, the latest first.
-/// Follows the controller's records. Whether a file is still there is found out in the background; until that is
-/// known, it is taken to be.
+/// Follows the controller's records. Whether a file is still there is found out in the background. Until that is known
+/// its row puts nothing back; what is known of a file is kept while its entry stays in the record.
 class RecoveryModel : public RowsModel {
     Q_OBJECT
 
@@ -39,11 +40,13 @@ public:
 
     /// Whether there is nothing at all to recover, whatever is searched for.
     [[nodiscard]] bool isEmpty() const { return organized() == 0 && trashed() == 0; }
-    /// How many can go back, as far as is known.
+    /// How many can go back, with those of which nothing is known yet.
     [[nodiscard]] int recoverableOrganized() const { return recoverableOrganized_; }
     [[nodiscard]] int recoverableTrashed() const { return recoverableTrashed_; }
     /// How many files in the Trash came from other folders than the chosen one, as far as is known.
     [[nodiscard]] int elsewhere() const { return elsewhere_; }
+    /// Whether it is known of every file whether it is still there.
+    [[nodiscard]] bool isSurveyed() const { return unknown_ == 0; }
 
     /// What undo and restore of the controller call a row's entry; empty for a head.
     [[nodiscard]] std::string entryID(int row) const;
@@ -56,9 +59,13 @@ Q_SIGNALS:
 
 private:
     using State = ordovan::RecoverySurvey::State;
+    /// Of each entry, in the record's order; nothing where it is not known yet.
+    using States = std::vector<std::optional<State>>;
 
     void reload();
+    /// Shows what the query finds. Where the names are not known yet, that is what is shown already.
     void narrow();
+    [[nodiscard]] bool isNarrowed() const { return !query_.trimmed().isEmpty(); }
     void count();
     void adopt(ordovan::RecoverySurvey survey);
     [[nodiscard]] std::uint32_t organized() const;
@@ -68,25 +75,27 @@ private:
     [[nodiscard]] std::uint32_t itemAt(int row) const;
     [[nodiscard]] const OrdovanJournalEntry& organizedEntry(std::uint32_t item) const;
     [[nodiscard]] const OrdovanTrashEntry& trashedEntry(std::uint32_t item) const;
-    [[nodiscard]] State stateOf(std::uint32_t item) const;
+    [[nodiscard]] std::optional<State> stateOf(std::uint32_t item) const;
+    [[nodiscard]] QString putBackHelp(std::optional<State> state) const;
     [[nodiscard]] QString folderBelowRoot(std::string_view file) const;
 
     [[nodiscard]] QString headTitle(int row) const;
     [[nodiscard]] RowContent organizedRow(std::uint32_t item) const;
     [[nodiscard]] RowContent trashedRow(std::uint32_t item) const;
-    [[nodiscard]] RowContent row(std::string_view path, std::int64_t bytes, State state) const;
+    [[nodiscard]] RowContent row(std::string_view path, std::int64_t bytes, std::optional<State> state) const;
 
     TidyViewModel& model_;
     const ThemeEnvironment& theme_;
     std::shared_ptr<const OrdovanJournal> journal_;
-    std::shared_ptr<const OrdovanTrashRecord> trash_;
+    std::shared_ptr<const OrdovanTrashRecord> trash_ = std::make_shared<const OrdovanTrashRecord>();
     Url root_;
-    std::vector<State> organizedStates_;  // empty: not known yet
-    std::vector<State> trashedStates_;
+    States organizedStates_;
+    States trashedStates_;
     int recoverableOrganized_ = 0;
     int recoverableTrashed_ = 0;
     int elsewhere_ = 0;
-    SearchIndex names_;
+    int unknown_ = 0;
+    std::optional<SearchIndex> names_;  // nothing: not known yet
     QString query_;
     QString locked_;
     bool compact_ = false;

@@ -180,7 +180,9 @@ void RecoveryView::refreshActions() {
     }
     Buttons::setAvailable(undo_, againstUndo, u"Puts every organized file of this folder back where it came from"_s);
     QString againstRestore = running;
-    if (againstRestore.isEmpty() && model_.recoverableTrashed() == 0) {
+    if (againstRestore.isEmpty() && !model_.isSurveyed()) {
+        againstRestore = u"Looking whether the files are still there…"_s;
+    } else if (againstRestore.isEmpty() && model_.recoverableTrashed() == 0) {
         againstRestore = u"No file in the Trash can go back to this folder."_s;
     }
     Buttons::setAvailable(restore_, againstRestore,

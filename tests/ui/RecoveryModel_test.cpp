@@ -82,6 +82,82 @@ TEST_F(RecoveryModelTest, SaysWhichOrganizedFileIsGoneBeforeItIsTried) {
     EXPECT_FALSE(rows->content(1).dimmed);
 }
 
+TEST_F(RecoveryModelTest, PutsNothingBackOfWhichItIsNotKnownWhetherItIsThere) {
+    organized({"a.pdf = 1", "c.mov = 12345"});
+    trash("ordovan+/Videos/c.mov", 5);
+    show();
+    EXPECT_FALSE(rows->isSurveyed());
+    for (const int row : {1, 4}) {
+        EXPECT_FALSE(rows->content(row).actions.front().enabled) << row;
+        EXPECT_EQ(rows->content(row).actions.front().help, u"Looking whether it is still there…"_s) << row;
+    }
+    tasks.finish();
+    EXPECT_TRUE(rows->isSurveyed());
+    EXPECT_TRUE(rows->content(4).actions.front().enabled);
+}
+
+TEST_F(RecoveryModelTest, KeepsWhatItKnowsOfOtherFilesWhenOneGoesBack) {
+    organized({"a.pdf = 1", "b.pdf = 22", "c.pdf = 333"});
+    ASSERT_TRUE(memory.remove(Url::file("/r/ordovan+/Documents/a.pdf")));
+    auto& model = surveyed();
+    std::vector<std::string> atOnce;
+    QObject::connect(&model, &RecoveryModel::modelReset, &model, [&] { atOnce = rowTexts(model); });
+    controller->undo({model.entryID(2)});
+    tasks.finish();
+    EXPECT_THAT(atOnce, ElementsAre("# 1 organized file can go back to where they came from.",
+                                    "c.pdf | ordovan+ / Documents · Undo returns it to r | 3 bytes",
+                                    "a.pdf | This file is no longer there. Missing: deleted or moved since organizing. "
+                                    "Undo will skip it. | 1 byte ~"));
+    EXPECT_EQ(rowTexts(model), atOnce);
+}
+
+TEST_F(RecoveryModelTest, KnowsOnlyOfNewFilesNothing) {
+    tree({"a.mov = 1", "b.mov = 2"});
+    trash("a.mov", 1);
+    auto& model = surveyed();
+    controller->trashBigFiles({{Url::file("/r/b.mov"), 1}});
+    bool wasKnown = false;
+    QObject::connect(&model, &RecoveryModel::modelReset, &model, [&] {
+        EXPECT_FALSE(model.content(1).actions.front().enabled) << "the new one";
+        wasKnown = model.content(2).actions.front().enabled;
+    });
+    tasks.finish();
+    EXPECT_TRUE(wasKnown);
+}
+
+TEST_F(RecoveryModelTest, ForgetsInAnotherFolderWhatCouldGoBack) {
+    tree({"a.mov = 12345"});
+    trash("a.mov", 5);
+    auto& model = surveyed();
+    memory.makeDirectory("/other");
+    controller->chooseFolder(Url::file("/other"));
+    EXPECT_THAT(actionTexts(model, 1), ElementsAre("(Put Back from Trash)", "(Show in the Trash)"));
+}
+
+TEST_F(RecoveryModelTest, ShowsWhatTheSearchFoundUntilItIsLookedUpAnew) {
+    organized({"a.pdf = 1", "b.pdf = 22", "c.mov = 12345"});
+    auto& model = surveyed();
+    model.setQuery(u"pdf"_s);
+    std::vector<std::vector<std::string>> shown;
+    QObject::connect(&model, &RecoveryModel::modelReset, &model, [&] {
+        shown.emplace_back();
+        for (int row = 1; row < model.rowCount(); ++row) shown.back().push_back(model.title(row).toStdString());
+    });
+    controller->undo({model.entryID(1)});
+    tasks.finish();
+    ASSERT_FALSE(shown.empty());
+    for (const auto& titles : shown) EXPECT_THAT(titles, ElementsAre("a.pdf"));
+}
+
+TEST_F(RecoveryModelTest, SearchesOnceItKnowsTheNames) {
+    organized({"a.pdf = 1", "b.pdf = 22"});
+    auto& model = show();
+    model.setQuery(u"b.pdf"_s);
+    EXPECT_EQ(model.rowCount(), 3) << "not searched on this thread";
+    tasks.finish();
+    EXPECT_EQ(model.rowCount(), 2);
+}
+
 TEST_F(RecoveryModelTest, ListsFilesInTheTrash) {
     tree({"old/a.mov = 12345"});
     trash("old/a.mov", 5);
