@@ -238,11 +238,15 @@ RowContent RecoveryModel::row(std::string_view path, std::int64_t bytes, std::op
     return content;
 }
 
-QString RecoveryModel::putBackHelp(std::optional<State> state) const {
-    if (!locked_.isEmpty()) return locked_;
+QString RecoveryModel::reasonAgainst(std::optional<State> state, const QString& detail) {
     if (!state) return u"Looking whether it is still there…"_s;
     if (state == State::elsewhere) return u"Choose the folder that it came from first."_s;
-    return u"Put just this file back"_s;
+    return state == State::present ? QString() : detail;
+}
+
+QString RecoveryModel::putBackHelp(const QString& reason) const {
+    if (!locked_.isEmpty()) return locked_;
+    return reason.isEmpty() ? u"Put just this file back"_s : reason;
 }
 
 QString RecoveryModel::folderBelowRoot(std::string_view file) const {
@@ -258,24 +262,29 @@ RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
     if (state == State::missing) {
         content.detail =
             u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s;
+        content.toolTip += u'\n' + content.detail;
     } else if (state == State::refused) {
         content.detail = u"The record names a place outside this folder or behind a link. Undo will refuse it."_s;
+        content.toolTip += u'\n' + content.detail;
     } else {
-        content.detail = folderBelowRoot(entry.destination()) + u" · Undo returns it to "_s +
-                         Formats::folderOf(entry.source(), root_.path());
+        const QString returns = u" · Undo returns it to "_s;
+        content.detail =
+            folderBelowRoot(entry.destination()) + returns + Formats::folderOf(entry.source(), root_.path());
+        content.toolTip += returns + Formats::text(entry.source());
     }
     content.description = content.detail;
+    const QString reason = reasonAgainst(state, content.detail);
     content.actions = {RowAction{.id = putBack,
                                  .text = u"Put Just This File Back"_s,
-                                 .help = putBackHelp(state),
+                                 .help = putBackHelp(reason),
                                  .glyph = Glyph::undo,
-                                 .enabled = state == State::present && locked_.isEmpty(),
+                                 .enabled = reason.isEmpty() && locked_.isEmpty(),
                                  .glyphOnly = compact_},
                        RowAction{.id = reveal,
                                  .text = u"Reveal in Finder"_s,
-                                 .help = u"Reveal in Finder"_s,
+                                 .help = reason.isEmpty() ? u"Reveal in Finder"_s : reason,
                                  .glyph = Glyph::reveal,
-                                 .enabled = state == State::present,
+                                 .enabled = reason.isEmpty(),
                                  .glyphOnly = true,
                                  .activates = false}};
     return content;
@@ -287,25 +296,31 @@ RowContent RecoveryModel::trashedRow(std::uint32_t item) const {
     RowContent content = row(entry.original(), entry.byteSize(), state);
     if (state == State::missing) {
         content.detail = u"No longer in the Trash (emptied or moved), so it can't be put back from here."_s;
+        content.toolTip += u'\n' + content.detail;
     } else if (state == State::refused) {
         content.detail = u"The record names a place that is in no Trash or behind a link. Restore will refuse it."_s;
+        content.toolTip += u'\n' + content.detail;
     } else {
-        content.detail = u"In the Trash · "_s + Formats::byteSize(entry.byteSize()) + u" · Put Back returns it to "_s +
-                         Formats::folderOf(entry.original(), root_.path());
+        const QString returns =
+            u"In the Trash · "_s + Formats::byteSize(entry.byteSize()) + u" · Put Back returns it to "_s;
+        content.detail = returns + Formats::folderOf(entry.original(), root_.path());
+        content.toolTip = returns + Formats::text(entry.original());
     }
     content.columns = {QString()};
     content.description = content.detail;
+    const QString reason = reasonAgainst(state, content.detail);
+    const bool isInTrash = state == State::present || state == State::elsewhere;
     content.actions = {RowAction{.id = putBackFromTrash,
                                  .text = u"Put Back from Trash"_s,
-                                 .help = putBackHelp(state),
+                                 .help = putBackHelp(reason),
                                  .glyph = Glyph::undo,
-                                 .enabled = state == State::present && locked_.isEmpty(),
+                                 .enabled = reason.isEmpty() && locked_.isEmpty(),
                                  .glyphOnly = compact_},
                        RowAction{.id = showInTrash,
                                  .text = u"Show in the Trash"_s,
-                                 .help = u"Show in the Trash"_s,
+                                 .help = isInTrash ? u"Show in the Trash"_s : reason,
                                  .glyph = Glyph::reveal,
-                                 .enabled = state == State::present || state == State::elsewhere,
+                                 .enabled = isInTrash,
                                  .glyphOnly = true,
                                  .activates = false}};
     return content;

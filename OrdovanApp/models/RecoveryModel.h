@@ -76,7 +76,9 @@ private:
     [[nodiscard]] const OrdovanJournalEntry& organizedEntry(std::uint32_t item) const;
     [[nodiscard]] const OrdovanTrashEntry& trashedEntry(std::uint32_t item) const;
     [[nodiscard]] std::optional<State> stateOf(std::uint32_t item) const;
-    [[nodiscard]] QString putBackHelp(std::optional<State> state) const;
+    /// Why a file in this state, as its row's detail tells it, can not be got hold of; empty where it can.
+    [[nodiscard]] static QString reasonAgainst(std::optional<State> state, const QString& detail);
+    [[nodiscard]] QString putBackHelp(const QString& reason) const;
     [[nodiscard]] QString folderBelowRoot(std::string_view file) const;
 
     [[nodiscard]] QString headTitle(int row) const;

@@ -179,6 +179,31 @@ TEST_F(RecoveryModelTest, SaysWhatIsNoLongerInTheTrash) {
     EXPECT_THAT(actionTexts(*rows, 1), ElementsAre("(Put Back from Trash)", "(Show in the Trash)"));
 }
 
+TEST_F(RecoveryModelTest, TellsInItsToolTipWhatDoesNotFitIntoARow) {
+    organized({"work/a.pdf = 1", "c.mov = 12345"});
+    trash("ordovan+/Videos/c.mov", 5);
+    surveyed();
+    EXPECT_EQ(rows->content(2).toolTip, u"/r/ordovan+/Documents/a.pdf · Undo returns it to /r/work/a.pdf"_s);
+    EXPECT_EQ(rows->content(4).toolTip, u"In the Trash · 5 bytes · Put Back returns it to /r/ordovan+/Videos/c.mov"_s);
+    const QString gone =
+        u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s;
+    EXPECT_EQ(rows->content(1).toolTip, u"/r/ordovan+/Videos/c.mov\n"_s + gone);
+}
+
+TEST_F(RecoveryModelTest, SaysOfEachDisabledButtonWhy) {
+    organized({"c.mov = 12345"});
+    trash("ordovan+/Videos/c.mov", 5);
+    ASSERT_TRUE(memory.remove(Url::file(controller->trashRecord()->entries.front().trashed())));
+    surveyed();
+    for (const int row : {1, 3}) {
+        const RowContent content = rows->content(row);
+        for (const RowAction& action : content.actions) {
+            EXPECT_FALSE(action.enabled) << row;
+            EXPECT_EQ(action.help, content.detail) << row;
+        }
+    }
+}
+
 TEST_F(RecoveryModelTest, PutsNothingBackOutsideOfTheChosenFolder) {
     tree({"a.mov = 12345"});
     trash("a.mov", 5);
