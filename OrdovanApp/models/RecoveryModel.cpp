@@ -190,6 +190,11 @@ std::string RecoveryModel::entryID(int row) const {
     return std::string(item < organized() ? organizedEntry(item).id() : trashedEntry(item).id());
 }
 
+bool RecoveryModel::holds(std::string_view entryID) const {
+    const auto isIt = [&](const auto& entry) { return entry.id() == entryID; };
+    return std::ranges::any_of(entriesOf(journal_.get()), isIt) || std::ranges::any_of(trash_->entries, isIt);
+}
+
 Url RecoveryModel::url(int row) const {
     if (isHead(row)) return {};
     const std::uint32_t item = itemAt(row);

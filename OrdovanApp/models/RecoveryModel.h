@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class ThemeEnvironment;
@@ -50,6 +51,8 @@ public:
 
     /// What undo and restore of the controller call a row's entry; empty for a head.
     [[nodiscard]] std::string entryID(int row) const;
+    /// Whether the records have an entry, shown or not.
+    [[nodiscard]] bool holds(std::string_view entryID) const;
     /// Where the file of a row lies now, as the record says; an empty URL for a head.
     [[nodiscard]] Url url(int row) const;
 

@@ -213,13 +213,14 @@ void RecoveryView::keepSight() {
               .scroll = list_->verticalScrollBar()->value()};
 }
 
-/// The current file stays it; where it went, the one that took its place is.
+/// The current file stays it; where it went, the one that took its place is. None is where the search hides it.
 void RecoveryView::restoreSight() {
     if (sight_.current.empty()) return;
     int row = -1;
     for (int candidate = 0; row < 0 && candidate < model_.rowCount(); ++candidate) {
         if (model_.entryID(candidate) == sight_.current) row = candidate;
     }
+    if (row < 0 && model_.holds(sight_.current)) return;
     if (row < 0) row = std::min(sight_.row, model_.rowCount() - 1);
     if (row >= 0 && model_.isHead(row)) row = row + 1 < model_.rowCount() ? row + 1 : row - 1;
     if (row < 0) return;

@@ -152,6 +152,16 @@ TEST_F(RecoveryViewTest, SearchesBothLists) {
     EXPECT_TRUE(list().isVisible());
 }
 
+TEST_F(RecoveryViewTest, MakesNoOtherFileCurrentWhenTheSearchHidesIt) {
+    organized({"a.pdf = 1", "b.pdf = 1", "c.pdf = 1"});
+    view();
+    list().setCurrentIndex(list().rows()->index(2));
+    QTest::keyClicks(widget<QLineEdit>(u"search"), u"b.pdf"_s);
+    EXPECT_EQ(list().rows()->title(list().currentIndex().row()), u"b.pdf"_s);
+    widget<QLineEdit>(u"search")->setText(u"a.pdf"_s);
+    EXPECT_FALSE(list().currentIndex().isValid());
+}
+
 // Single files.
 
 TEST_F(RecoveryViewTest, PutsJustOneOrganizedFileBack) {
