@@ -115,6 +115,7 @@ RowContent BigFilesModel::content(int row) const {
     const double largest = std::max(1.0, static_cast<double>(largest_.front().byteSize));
     content.mark = RowContent::Mark::tick;
     content.marked = ticks_.contains(std::string(file.url.path()));
+    content.enabled = locked_.isEmpty();
     content.glyph = Glyphs::forCategory(kind);
     content.glyphColor = theme_.colors().kind(kind);
     content.detail = Formats::folderOf(file.url, root_);

@@ -132,6 +132,7 @@ RowContent DuplicatesModel::content(int row) const {
     RowContent content;
     content.mark = RowContent::Mark::radio;
     content.marked = model_.keeper(place.group) == file;
+    content.enabled = locked_.isEmpty();
     content.dimmed = !content.marked || !locked_.isEmpty();
     content.title = Formats::fileName(file);
     content.detail = Formats::folderOf(file, root_);

@@ -88,6 +88,7 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
     RowContent content;
     content.mark = RowContent::Mark::tick;
     content.marked = ticks_[item];
+    content.enabled = locked_.isEmpty();
     content.glyph = Glyphs::forCategory(proposal.category);
     content.glyphColor = theme_.colors().kind(proposal.category);
     content.detail = proposal.ruleFolder ? where + u" · "_s + ruleText(proposal) : where;

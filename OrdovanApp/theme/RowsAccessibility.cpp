@@ -210,7 +210,7 @@ public:
         state.focusable = !head;
         state.selected = view_->selectionModel()->isSelected(index);
         state.focused = view_->hasFocus() && view_->currentIndex() == index;
-        state.disabled = !view_->isEnabled();
+        state.disabled = !view_->isEnabled() || !shown.enabled;
         state.invisible = !view_->isVisible();
         state.offscreen = !inSight();
         return state;
@@ -225,8 +225,10 @@ public:
         QStringList names;
         const RowContent shown = content();
         if (shown.mark == RowContent::Mark::tick) {
-            names.append(toggleAction());
-        } else if (shown.mark == RowContent::Mark::radio || (shown.actions.isEmpty() && view_->canActivate(row_))) {
+            if (shown.enabled) names.append(toggleAction());
+        } else if (shown.mark == RowContent::Mark::radio) {
+            if (shown.enabled) names.append(pressAction());
+        } else if (shown.actions.isEmpty() && view_->canActivate(row_)) {
             names.append(pressAction());
         }
         if (!shown.actions.isEmpty()) names.append(showMenuAction());

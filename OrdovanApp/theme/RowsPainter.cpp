@@ -95,10 +95,10 @@ void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const 
         case RowContent::Mark::none:
             return;
         case RowContent::Mark::tick:
-            ThemeStyle::paintTick(painter, rect, theme_, content.marked, true, false);
+            ThemeStyle::paintTick(painter, rect, theme_, content.marked, content.enabled, false);
             return;
         case RowContent::Mark::radio:
-            ThemeStyle::paintRadio(painter, rect, theme_, content.marked, true, false);
+            ThemeStyle::paintRadio(painter, rect, theme_, content.marked, content.enabled, false);
             return;
         case RowContent::Mark::warning:
             Glyphs::paint(painter, Glyph::warning, rect, colors.warning);

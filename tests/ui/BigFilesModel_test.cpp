@@ -114,7 +114,9 @@ TEST_F(BigFilesModelTest, KnowsOfInstallers) {
 
 TEST_F(BigFilesModelTest, KeepsTicksWhileLocked) {
     auto& model = show({"a.mov = 12"});
+    EXPECT_TRUE(model.content(1).enabled);
     model.setLocked(u"Files are being moved to the Trash."_s);
+    EXPECT_FALSE(model.content(1).enabled);
     model.toggle(1);
     EXPECT_EQ(model.ticked().files, 0);
     EXPECT_EQ(model.content(1).toolTip, u"Files are being moved to the Trash."_s);

@@ -93,7 +93,9 @@ TEST_F(DuplicatesModelTest, ShowsWholeGroupsForASearch) {
 
 TEST_F(DuplicatesModelTest, KeepsTheChoiceWhileLocked) {
     auto& model = show({"a.mov = same", "b.mov = same"});
+    EXPECT_TRUE(model.content(1).enabled);
     model.setLocked(u"Files are being moved to the Trash."_s);
+    EXPECT_FALSE(model.content(1).enabled);
     model.toggle(2);
     EXPECT_TRUE(model.content(1).marked);
     EXPECT_EQ(model.content(2).toolTip, u"Files are being moved to the Trash."_s);

@@ -111,6 +111,19 @@ TEST_F(RowsAccessibilityTest, TogglesATickRow) {
     EXPECT_EQ(model.toggled, std::vector{0});
 }
 
+TEST_F(RowsAccessibilityTest, OffersNoChangeOfALockedMark) {
+    std::vector<ListRows::Line> lines{ListRows::tick(u"a"_s), ListRows::radio(u"b"_s)};
+    for (ListRows::Line& line : lines) line.content.enabled = false;
+    show(lines);
+    for (const int locked : {0, 1}) {
+        EXPECT_TRUE(row(locked)->state().disabled) << locked;
+        EXPECT_EQ(row(locked)->actionInterface()->actionNames(), QStringList{focus}) << locked;
+    }
+    EXPECT_FALSE(act(row(0), toggle));
+    EXPECT_FALSE(act(row(1), press));
+    EXPECT_TRUE(model.toggled.empty());
+}
+
 TEST_F(RowsAccessibilityTest, ChoosesARadioRow) {
     show({ListRows::radio(u"a"_s)});
     EXPECT_TRUE(act(row(0), press));
