@@ -19,9 +19,10 @@ struct RowAction {
     QString help{};
     std::optional<Glyph> glyph{};
     bool enabled = true;
-    bool menuOnly = false;   ///< in the context menu alone
-    bool glyphOnly = false;  ///< drawn as its glyph, with the text as its accessible name
-    bool activates = true;   ///< Return and a double click may trigger it; false for what is not lightly done
+    bool menuOnly = false;    ///< in the context menu alone
+    bool glyphOnly = false;   ///< drawn as its glyph, with the text as its accessible name
+    bool activates = true;    ///< Return and a double click may trigger it; false for what is not lightly done
+    bool returnOnly = false;  ///< of these two, only Return: for what moves files without a question
     friend bool operator==(const RowAction&, const RowAction&) = default;
 };
 

@@ -13,6 +13,16 @@
 #include <algorithm>
 #include <cstdlib>
 
+namespace {
+
+const RowAction* actionToActivate(const RowContent& content) {
+    const auto action = std::ranges::find_if(
+        content.actions, [](const RowAction& candidate) { return candidate.enabled && candidate.activates; });
+    return action == content.actions.end() ? nullptr : &*action;
+}
+
+}  // namespace
+
 // The pointer.
 
 RowsView::Spot RowsView::spotAt(const QPoint& point) const {
@@ -109,7 +119,9 @@ void RowsView::mouseDoubleClickEvent(QMouseEvent* event) {
     if (spot.action >= 0 || spot.mark) {
         mousePressEvent(event);
     } else if (!rows()->isHead(spot.row)) {
-        activate(spot.row);
+        const RowContent content = rows()->content(spot.row);
+        const RowAction* action = actionToActivate(content);
+        if (action == nullptr || !action->returnOnly) activate(spot.row);
     }
 }
 
@@ -146,16 +158,6 @@ QString RowsView::toolTipAt(const QPoint& point) const {
 }
 
 // Actions.
-
-namespace {
-
-const RowAction* actionToActivate(const RowContent& content) {
-    const auto action = std::ranges::find_if(
-        content.actions, [](const RowAction& candidate) { return candidate.enabled && candidate.activates; });
-    return action == content.actions.end() ? nullptr : &*action;
-}
-
-}  // namespace
 
 void RowsView::activate(int row) {
     if (row < 0 || row >= geometry_.rowCount() || rows()->isHead(row)) return;

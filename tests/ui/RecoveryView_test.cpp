@@ -201,6 +201,19 @@ TEST_F(RecoveryViewTest, GoesOnToTheNextFileWhenOneWasPutBackWithTheKeyboard) {
     EXPECT_EQ(list().rows()->title(list().currentIndex().row()), u"a.pdf"_s);
 }
 
+TEST_F(RecoveryViewTest, MovesNothingByADoubleClickOnARow) {
+    organized({"a.pdf = 1"});
+    trashed({"c.mov"});
+    view();
+    for (const int row : {1, 3}) {
+        const QRect place = list().visualRect(list().rows()->index(row));
+        QTest::mouseDClick(list().viewport(), Qt::LeftButton, {}, place.center());
+    }
+    EXPECT_FALSE(model->isApplying());
+    EXPECT_FALSE(model->isTrashing());
+    EXPECT_FALSE(exists("a.pdf"));
+}
+
 TEST_F(RecoveryViewTest, ShowsFilesWhereTheyAre) {
     organized({"a.pdf = 1"});
     trashed({"c.mov"});
