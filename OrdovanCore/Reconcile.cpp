@@ -14,23 +14,13 @@ using Kind = OrdovanRunRecord::Kind;
 
 namespace {
 
-/// Whether anything that a run was to move is in sight, before or behind its move.
-bool seesAnything(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
-    const auto isThere = [&](const ordovan::SharedText& path) {
-        return !path.empty() && ports.facts(Url::file(path)).has_value();
-    };
-    return std::ranges::any_of(
-               run.intent.items,
-               [&](const OrdovanRunItem& item) { return isThere(item.source) || isThere(item.destination); }) ||
-           std::ranges::any_of(run.notes, [&](const OrdovanRunNote& note) { return isThere(note.path); });
-}
-
-/// Whether the folder can not be told to be the one in which the run worked. The number of its device may have changed
-/// since; that of its inode changes on some volumes, and there what lies in it has to tell.
-bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
+/// Whether the folder can not be told to be the one in which the run worked. Its inode tells that only together with
+/// its device, of which the number may have changed since: the tops of volumes are alike. Then what lies in it has to
+/// tell.
+bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports, const ItemReconciler& reconciler) {
     const auto root = ports.facts(run.intent.root);
-    const bool isSame = root && ordovan::inodeOf(root->identity) == ordovan::inodeOf(run.intent.rootIdentity);
-    return !isSame && !seesAnything(run, ports);
+    const bool isSame = root && !run.intent.rootIdentity.empty() && root->identity == run.intent.rootIdentity;
+    return !isSame && !run.intent.items.empty() && !reconciler.seesAnything();
 }
 
 /// Records what became of one item.
@@ -124,16 +114,17 @@ OrdovanRunRecord OrdovanReconciliation::historyRecord(const OrdovanRunIntent& in
 
 OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
     OrdovanReconciliation result;
+    result.run.id = run.intent.id;
     result.run.kind = run.intent.kind;
     result.run.startedAtEpoch = run.intent.startedAtEpoch;
     result.run.root = run.intent.root;
     result.journal.createdAtEpoch = run.intent.startedAtEpoch;
-    if (isElsewhere(run, ports)) {
+    ItemReconciler reconciler(run, ports);
+    if (isElsewhere(run, ports, reconciler)) {
         result.isComplete = false;
         result.isElsewhere = true;
         return result;
     }
-    ItemReconciler reconciler(run, ports);
     std::vector<Settled> settled(run.intent.items.size());
     // Backwards: where a file was to be moved twice, the second move tells of the first.
     for (std::size_t i = settled.size(); i > 0; --i) settled[i - 1] = reconciler.settle(i - 1);

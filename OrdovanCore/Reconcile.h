@@ -38,6 +38,7 @@ struct ReconcilePorts {
 
 /// What the user is told about a run that was interrupted.
 struct OrdovanInterruptedRun {
+    ordovan::Uuid id;  ///< the run's
     OrdovanRunRecord::Kind kind = OrdovanRunRecord::Kind::organize;
     double startedAtEpoch = 0;  ///< seconds since 1970-01-01 UTC
     Url root;                   ///< the folder it worked in

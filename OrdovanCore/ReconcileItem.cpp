@@ -22,6 +22,8 @@ constexpr const char* notExamined = "The file could not be looked at after the i
 constexpr const char* notRemoved =
     "What the interrupted run left of this file could not be removed; the file is whole.";
 constexpr const char* nameTakenBack = "Its second name was taken away again; the file is where it was.";
+constexpr const char* otherName = "The file has another name at the destination; left untouched.";
+constexpr const char* otherNameInTrash = "The file has another name in the Trash; left untouched.";
 constexpr const char* copyTakenBack = "Its verified copy was taken away again; the file is where it was.";
 constexpr const char* leftoverRemoved = "An unfinished copy of it was removed; the file is where it was.";
 constexpr const char* infoRemoved = "It had not reached the Trash; the file is where it was.";
@@ -64,6 +66,24 @@ ItemReconciler::ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcileP
     for (const OrdovanRunNote& note : run.notes) notes_.push_back(&note);
     std::ranges::stable_sort(notes_, {}, &OrdovanRunNote::item);
     if (run.intent.kind == Kind::trash) searchTrash();
+}
+
+bool ItemReconciler::seesAnything() const {
+    const auto isIt = [this](const Item& item, const Url& url) {
+        return !url.path().empty() && isTheFile(item, url, look(url)) == Proof::proved;
+    };
+    for (std::size_t i = 0; i < run_.intent.items.size(); ++i) {
+        const Item item = itemOf(i);
+        if (refusal(item)) continue;
+        // Nothing else bears the name of a partial copy.
+        const auto stands = [this](const OrdovanRunNote* copy) { return look(Url::file(copy->path)).isRegular(); };
+        if (std::ranges::any_of(item.copies, stands) || isIt(item, item.from) || isIt(item, item.to)) return true;
+        if (item.done != nullptr && isIt(item, Url::file(item.done->path))) return true;
+        if (std::ranges::any_of(inTrash(item), [&](const TrashedFile* file) { return isIt(item, file->item); })) {
+            return true;
+        }
+    }
+    return false;
 }
 
 Settled ItemReconciler::settle(std::size_t index) {
@@ -140,6 +160,19 @@ ItemReconciler::Proof ItemReconciler::isTheFile(const Item& item, const Url& url
                                         : hasContent(url, sight, intended.byteSize, intended.contentHash);
 }
 
+/// Whether the file, which stands where it was, has got one name since the run began, as a move without a rename gives
+/// it. A name that it had before is the user's.
+bool ItemReconciler::hasOneNameMore(const Item& item, const Sight& from) const {
+    const OrdovanRunItem& intended = item.intended;
+    return intended.names > 0 && from.facts.names == intended.names + 1 && !intended.identity.empty() &&
+           inodeOf(intended.identity) == inodeOf(from.facts.identity);
+}
+
+/// Whether there was no file when the run began, nor when it came to it.
+bool ItemReconciler::wasNeverThere(const Item& item) {
+    return item.intended.modifiedNs == OrdovanRunItem::unknownTime && item.begun == nullptr && item.done == nullptr;
+}
+
 /// Removes a file that the run has made. True when it is gone.
 bool ItemReconciler::remove(const Url& url) const {
     return ports_.fs.remove(url).has_value() || look(url).kind == Sight::Case::absent;
@@ -165,37 +198,68 @@ Settled ItemReconciler::settleMove(const Item& item) const {
 /// The file stands where it was: whatever else the run has made of it goes.
 Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, const Sight& to) const {
     Settled result = untouched();
-    const auto takeAway = [&](const Url& url, const char* sentence) {
-        const bool isGone = remove(url);
-        if (isGone && result.isCertain) result = {.end = End::putRight, .sentence = sentence};
-        if (!isGone) result = uncertain(notRemoved);
+    Sight destination = to;
+    const auto takeAway = [&](const char* sentence) {
+        if (!remove(item.to)) return false;
+        destination = {};
+        result = {.end = End::putRight, .sentence = sentence};
+        return true;
     };
     if (to.isRegular() && to.facts.identity == from.facts.identity) {
-        // With a single name, both paths lead to that one.
-        if (from.facts.names > 1) takeAway(item.to, nameTakenBack);
+        if (hasOneNameMore(item, from)) {
+            if (!takeAway(nameTakenBack)) return uncertain(notRemoved);
+        } else if (from.facts.names > 1) {  // with a single name, both paths lead to that one
+            result.sentence = otherName;
+        }
     } else if (to.isThere()) {
         const Proof ours = isOurCopy(item, from, to);
         if (ours == Proof::unknown) return uncertain(notExamined);
-        if (ours == Proof::proved) takeAway(item.to, copyTakenBack);
+        if (ours == Proof::proved && !takeAway(copyTakenBack)) return uncertain(notRemoved);
         if (ours == Proof::refuted) result.sentence = occupied;
     }
     for (const OrdovanRunNote* copy : item.copies) {
-        const Url partial = Url::file(copy->path);
-        const Sight sight = look(partial);
-        if (!sight.isKnown()) result = uncertain(notExamined);
-        if (sight.isRegular()) takeAway(partial, leftoverRemoved);
+        Settled partial = settlePartial(item, *copy, from, destination);
+        if (!partial.isCertain) return partial;
+        if (!partial.sentence.empty()) result = std::move(partial);
     }
     return result;
 }
 
-/// Whether the file at the destination is the verified copy that the run has published: the partial name is free again,
-/// and both files have the content that was noted.
+/// A partial copy of a file that stands where it was goes, if that one is whole.
+Settled ItemReconciler::settlePartial(const Item& item, const OrdovanRunNote& copy, const Sight& from,
+                                      const Sight& to) const {
+    const Url url = Url::file(copy.path);
+    const Sight sight = look(url);
+    if (!sight.isKnown()) return uncertain(notExamined);
+    if (!sight.isRegular()) return untouched();
+    // Without it, the file at the destination could be taken for what became of it.
+    const bool isWitness =
+        to.isRegular() && to.facts.modifiedNs == from.facts.modifiedNs && to.facts.identity != from.facts.identity;
+    const Proof whole = isWitness ? Proof::refuted : isWhole(item, from, copy);
+    const Proof verified =
+        whole == Proof::refuted ? hasContent(url, sight, copy.byteSize, copy.contentHash) : Proof::refuted;
+    if (whole == Proof::unknown || verified == Proof::unknown) return uncertain(notExamined);
+    if (whole == Proof::refuted) return unsettled(copyLies(copy, verified == Proof::proved));
+    if (!remove(url)) return uncertain(notRemoved);
+    return {.end = End::putRight, .sentence = leftoverRemoved};
+}
+
+/// Whether a file that stands where it was has all that its copy was to have: by its size and time, or its content.
+ItemReconciler::Proof ItemReconciler::isWhole(const Item& item, const Sight& from, const OrdovanRunNote& copy) const {
+    const OrdovanRunItem& intended = item.intended;
+    const bool isUnchanged = intended.modifiedNs != OrdovanRunItem::unknownTime &&
+                             from.facts.modifiedNs == intended.modifiedNs && from.facts.byteSize == intended.byteSize;
+    return isUnchanged ? Proof::proved : hasContent(item.from, from, copy.byteSize, copy.contentHash);
+}
+
+/// Whether the file at the destination is the verified copy that the run has published: the partial name is free again
+/// or another name of it, it kept the time of the file, and both have the content that was noted.
 ItemReconciler::Proof ItemReconciler::isOurCopy(const Item& item, const Sight& from, const Sight& to) const {
-    if (item.copies.empty()) return Proof::refuted;
+    if (item.copies.empty() || to.facts.modifiedNs != from.facts.modifiedNs) return Proof::refuted;
     const OrdovanRunNote& copy = *item.copies.back();
     const Sight partial = look(Url::file(copy.path));
     if (!partial.isKnown()) return Proof::unknown;
-    if (partial.isThere()) return Proof::refuted;
+    if (partial.isThere() && partial.facts.identity != to.facts.identity) return Proof::refuted;
     const Proof isCopy = hasContent(item.to, to, copy.byteSize, copy.contentHash);
     return isCopy == Proof::proved ? hasContent(item.from, from, copy.byteSize, copy.contentHash) : isCopy;
 }
@@ -257,8 +321,8 @@ Settled ItemReconciler::settleCopies(const Item& item, const Sight& from, const 
 }
 
 Settled ItemReconciler::settleLost(const Item& item, const Sight& from, const Sight& to) const {
-    // The user has put another file there since.
-    if (from.isThere()) return untouched();
+    // The user has put another file there since; or none was there when the run began.
+    if (from.isThere() || wasNeverThere(item)) return untouched();
     Settled result = unsettled(to.isThere() ? replaced : lost);
     // The run removes an original only when its copy stands verified at the destination. The entry does no harm where
     // somebody else removed it.
@@ -303,10 +367,8 @@ Settled ItemReconciler::settleTrash(const Item& item) const {
     if (isStanding == Proof::unknown) return uncertain(notExamined);
     if (isStanding == Proof::proved) return settleNotTrashed(item, from);
     if (item.done != nullptr) {
-        const Url place = Url::file(item.done->path);
-        const Sight there = look(place);
-        const bool isOther = there.isRegular() && isTheFile(item, place, there) == Proof::refuted;
-        return isOther ? trashedAsFound(item, place, there) : trashed(item, place, noted(*item.done));
+        // Putting it back refuses another file that has come to lie there.
+        return trashed(item, Url::file(item.done->path), noted(*item.done));
     }
     if (!isTrashKnown_) return uncertain(notExamined);
     for (const TrashedFile* file : inTrash(item)) {
@@ -315,13 +377,15 @@ Settled ItemReconciler::settleTrash(const Item& item) const {
         if (isThis == Proof::unknown) return uncertain(notExamined);
         if (isThis == Proof::proved) return trashedAsFound(item, file->item, there);
     }
-    return from.isThere() ? untouched() : unsettled(lost);
+    return from.isThere() || wasNeverThere(item) ? untouched() : unsettled(lost);
 }
 
 /// The file stands where it was: what the Trash has of it goes.
 Settled ItemReconciler::settleNotTrashed(const Item& item, const Sight& from) const {
     if (!isTrashKnown_) return uncertain(notExamined);
     Settled result = untouched();
+    const TrashedFile* otherPlace = nullptr;
+    std::size_t otherPlaces = 0;
     for (const TrashedFile* file : inTrash(item)) {
         const Sight there = look(file->item);
         if (!there.isKnown()) return uncertain(notExamined);
@@ -330,11 +394,16 @@ Settled ItemReconciler::settleNotTrashed(const Item& item, const Sight& from) co
                 return uncertain(notRemoved);
             }
             result = {.end = End::putRight, .sentence = infoRemoved};
-        } else if (there.isRegular() && there.facts.identity == from.facts.identity && from.facts.names > 1) {
-            if (!remove(file->item)) return uncertain(notRemoved);
-            result = {.end = End::putRight, .sentence = nameTakenBack};
+        } else if (there.isRegular() && there.facts.identity == from.facts.identity) {
+            otherPlace = file;
+            ++otherPlaces;
         }
     }
+    if (otherPlaces == 1 && hasOneNameMore(item, from)) {
+        if (!remove(otherPlace->item)) return uncertain(notRemoved);
+        return {.end = End::putRight, .sentence = nameTakenBack};
+    }
+    if (otherPlaces > 0 && result.sentence.empty()) result.sentence = otherNameInTrash;
     return result;
 }
 

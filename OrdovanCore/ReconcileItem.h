@@ -38,6 +38,8 @@ public:
     /// Both outlive this object.
     ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports);
 
+    /// Whether a file is in sight, before or behind its move, that is proved to be one of the run's.
+    [[nodiscard]] bool seesAnything() const;
     [[nodiscard]] Settled settle(std::size_t index);
 
 private:
@@ -66,11 +68,16 @@ private:
     [[nodiscard]] Proof hasContent(const Url& url, const Sight& sight, std::int64_t byteSize,
                                    const std::string& contentHash) const;
     [[nodiscard]] Proof isTheFile(const Item& item, const Url& url, const Sight& sight) const;
+    [[nodiscard]] static bool wasNeverThere(const Item& item);
+    [[nodiscard]] bool hasOneNameMore(const Item& item, const Sight& from) const;
     [[nodiscard]] bool remove(const Url& url) const;
 
     [[nodiscard]] Settled settleMove(const Item& item) const;
     [[nodiscard]] Settled settleStanding(const Item& item, const Sight& from, const Sight& to) const;
     [[nodiscard]] Proof isOurCopy(const Item& item, const Sight& from, const Sight& to) const;
+    [[nodiscard]] Proof isWhole(const Item& item, const Sight& from, const OrdovanRunNote& copy) const;
+    [[nodiscard]] Settled settlePartial(const Item& item, const OrdovanRunNote& copy, const Sight& from,
+                                        const Sight& to) const;
     [[nodiscard]] Settled settleGone(const Item& item, const Sight& from, const Sight& to) const;
     [[nodiscard]] Settled settleCopies(const Item& item, const Sight& from, const Sight& to) const;
     [[nodiscard]] Settled settleLost(const Item& item, const Sight& from, const Sight& to) const;

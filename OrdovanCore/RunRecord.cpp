@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/Json.h"
 #include "OrdovanCore/Text.h"
+#include "OrdovanCore/TrashPlace.h"
 
 #include <algorithm>
 #include <array>
@@ -50,12 +51,13 @@ constexpr std::array<json::Member, 7> headMembers{{
     {"rootIdentity", json::Type::text},
     {"startedAtEpoch", json::Type::number},
 }};
-constexpr std::array<json::Member, 6> itemMembers{{
+constexpr std::array<json::Member, 7> itemMembers{{
     {"bytes", json::Type::integer},
     {"from", json::Type::text},
     {"hash", json::Type::text},
     {"identity", json::Type::text},
     {"modified", json::Type::integer},
+    {"names", json::Type::integer},
     {"to", json::Type::text},
 }};
 constexpr std::array<json::Member, 1> endMembers{{{"end", json::Type::integer}}};
@@ -171,6 +173,11 @@ bool takeItem(std::size_t index, const json::Value& value, OrdovanRunItem& item,
         case 4:
             item.modifiedNs = std::get<std::int64_t>(value);
             return true;
+        case 5: {
+            const std::int64_t names = std::get<std::int64_t>(value);
+            item.names = static_cast<std::uint64_t>(names);
+            return names >= 0;
+        }
         default:
             item.destination = absolute(textOf(value), root);
             return true;
@@ -219,10 +226,10 @@ bool takeRenamed(std::size_t index, const json::Value& value, OrdovanRunNote& no
 }
 
 /// Whether a run of this intent can have made a note: partial copies stand beside the item's destination, and only the
-/// Trash chooses a place.
+/// Trash chooses a place, its own.
 bool isPossible(const OrdovanRunNote& note, const OrdovanRunIntent& intent) {
     const bool isTrash = intent.kind == OrdovanRunIntent::Kind::trash;
-    if (note.kind == OrdovanRunNote::Kind::done) return note.path.empty() != isTrash;
+    if (note.kind == OrdovanRunNote::Kind::done) return isTrash ? ordovan::isInTrash(note.path) : note.path.empty();
     if (note.path.empty()) return true;
     return !isTrash && OrdovanPartialName::isPartial(note.path) &&
            ordovan::parentPath(note.path) == ordovan::parentPath(intent.items[note.item].destination);
@@ -276,6 +283,8 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
         json::appendText(piece, item.identity);
         piece += ",\"modified\":";
         appendInteger(piece, item.modifiedNs);
+        piece += ",\"names\":";
+        appendInteger(piece, static_cast<std::int64_t>(item.names));
         piece += ",\"to\":";
         json::appendText(piece, relative(item.destination, root.path()));
         piece += "}\n";

@@ -25,6 +25,7 @@ struct OrdovanRunItem {
     std::int64_t modifiedNs = unknownTime;  ///< nanoseconds since 1970-01-01 UTC
     std::string identity;     ///< as `OrdovanFileSystem::fileIdentity` tells it; empty where none is known to last
     std::string contentHash;  ///< where a journal or a Trash record tells it, else empty
+    std::uint64_t names = 0;  ///< how many hard links there are, the destination not among them; 0 where not known
 
     static constexpr std::int64_t unknownSize = -1;
     static constexpr std::int64_t unknownTime = std::numeric_limits<std::int64_t>::min();
@@ -79,7 +80,8 @@ struct OrdovanRunNote {
 ///
 /// UTF-8, one JSON object a line. First what the run is about to do, written whole or not at all: a line about the run
 /// ("id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version"), one for
-/// each item ("bytes", "from", "hash", "identity", "modified", "to") and one that ends this ("end": the number again).
+/// each item ("bytes", "from", "hash", "identity", "modified", "names", "to") and one that ends this ("end": the number
+/// again).
 /// Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path", "sameVolume"). The most common
 /// one, of an intended file that was renamed, says no more than it has to ("bytes", "hash", "renamed": its item). Paths
 /// below the root are told relative to it.

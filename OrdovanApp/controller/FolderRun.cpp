@@ -1,5 +1,6 @@
 #include "OrdovanApp/controller/FolderRun.h"
 
+#include "OrdovanApp/stores/RecordErrors.h"
 #include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Text.h"
@@ -54,6 +55,7 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
     if (auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{})) {
         item.byteSize = facts->byteSize;
         item.modifiedNs = facts->modifiedNs;
+        if (!isAnotherName(*facts, destination)) item.names = facts->names;
         const std::string_view identity = facts->identity;
         const std::string_view device = identity.substr(0, identity.find(':'));
         if (device != device_) {
@@ -63,6 +65,13 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
         if (keepsIdentities_) item.identity = std::move(facts->identity);
     }
     intent_.items.push_back(std::move(item));
+}
+
+/// Whether a file may be one with what lies at its destination already. With a single name it can not.
+bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destination) const {
+    if (file.names <= 1 || !destination.path().starts_with(below_)) return false;
+    const auto there = facts_(destination);
+    return there ? there->identity == file.identity : !ordovan::isAbsent(there.error());
 }
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {

@@ -82,6 +82,7 @@ public:
     [[nodiscard]] bool isStored() const { return isStored_; }
 
 private:
+    [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const;
     void syncArrivals() const;
 
     const TidyPorts& ports_;

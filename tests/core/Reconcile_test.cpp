@@ -46,6 +46,8 @@ protected:
             item.byteSize = facts->byteSize;
             item.modifiedNs = facts->modifiedNs;
             item.identity = facts->identity;
+            const auto there = ordovan::test::factsIn(memory, Url::file(to));
+            if (!there || there->identity != facts->identity) item.names = facts->names;
         }
         if (!content.empty()) {
             item.byteSize = static_cast<std::int64_t>(content.size());
@@ -200,6 +202,17 @@ TEST_F(Reconcile, AFileThatIsNowhereIsSaidAndGetsNoEntry) {
     EXPECT_TRUE(found.isComplete);
 }
 
+TEST_F(Reconcile, AFileThatWasNotThereWhenTheRunBeganIsNotSpokenOf) {
+    for (const auto& [destination, kind] : {std::pair{"/r/ordovan+/a", Kind::organize}, std::pair{"", Kind::trash}}) {
+        tree({"b = two"});
+        run = {};
+        intend("/r/a", destination, kind);
+        const auto found = reconcile();
+        EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+        EXPECT_THAT(sentences(found), IsEmpty());
+    }
+}
+
 TEST_F(Reconcile, WhatTheRunHadMovedKeepsItsEntryWhateverBecameOfItSince) {
     tree({"a = one"});
     intend("/r/a", "/r/ordovan+/a");
@@ -229,6 +242,19 @@ TEST_F(Reconcile, ASecondNameOfTheFileIsTakenAwayAgain) {
     EXPECT_EQ(memory.read("/r/a"), "one");
     EXPECT_FALSE(memory.item("/r/ordovan+/a"));
     EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(Reconcile, AHardLinkThatTheUserMadeStaysWhereverItIs) {
+    constexpr const char* sentence = "The file has another name at the destination; left untouched.";
+    tree({"a = one"});
+    memory.hardLink("/r/ordovan+/a", "/r/a");
+    intend("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(sentence));
+    memory.hardLink("/r/b", "/r/a");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(sentence));
+    run.intent.items[0].names = 1;  // two names more
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(sentence));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
 }
 
 TEST_F(Reconcile, APlaceThatLeadsToTheVerySameNameIsLeftAlone) {
@@ -300,12 +326,29 @@ TEST_F(ReconcileCopies, ACopyThatDiffersFromItsOriginalStays) {
 }
 
 TEST_F(ReconcileCopies, AFileBesideItsOwnPartialCopyIsNotTheRunsAndStays) {
+    copy("/r/a", "/r/ordovan+/a");
     memory.write(partial, "one");
-    memory.write("/r/ordovan+/a", "one");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
     EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    memory.setModified("/r/ordovan+/a", 5);
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 0, 1, 0));
     EXPECT_FALSE(memory.item(partial));
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileCopies, AnEqualFileOfAnotherTimeIsNotTheRunsAndStays) {
+    copy("/r/a", "/r/ordovan+/a");
+    memory.setModified("/r/ordovan+/a", 5);
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("A file already exists at the destination; left untouched."));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileCopies, ACopyOfAFileThatWasEmptiedSinceStaysAndIsSaid) {
+    memory.write(partial, "one");
+    memory.write("/r/a", "");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
+    EXPECT_EQ(memory.read(partial), "one");
 }
 
 TEST_F(ReconcileCopies, AFileThatWasCarriedOverGetsItsEntry) {
@@ -394,6 +437,18 @@ TEST_F(Reconcile, AFolderThatIsNotThereDecidesNothing) {
     EXPECT_THAT(found.journal.entries, IsEmpty());
 }
 
+TEST_F(Reconcile, AnotherVolumeAtThatPlaceDecidesNothing) {
+    tree({"a = one", "ordovan+/a = two"});
+    intend("/r/a", "/r/ordovan+/a");
+    run.intent.rootIdentity = "9" + run.intent.rootIdentity;  // the top of a volume has the same inode on each
+    run.intent.items[0].identity = "9" + run.intent.items[0].identity;
+    memory.write("/r/a", "of another size");
+    EXPECT_TRUE(reconcile().isElsewhere);
+    memory.write(partial, "on");
+    note(NoteKind::begun, "one", partial, false);
+    EXPECT_FALSE(reconcile().isElsewhere);
+}
+
 // Undo.
 
 TEST_F(Reconcile, AnUndoneMoveTakesItsEntryOut) {
@@ -444,6 +499,15 @@ TEST_F(Reconcile, ATrashedFileThatWasNotedNeedsNoSearch) {
     EXPECT_TRUE(found.isComplete);
 }
 
+TEST_F(Reconcile, OfATrashedFileThatAnotherReplacedTheNoteIsRecorded) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
+    note(NoteKind::done, "one", inTrash);
+    memory.replace(inTrash, "somebody else's");
+    EXPECT_THAT(reconcile().trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
+}
+
 TEST_F(Reconcile, AnotherFileOfThatPlaceInTheTrashIsNotTaken) {
     tree({"a = older"});
     ASSERT_TRUE(memory.trash(Url::file("/r/a")));
@@ -476,6 +540,15 @@ TEST_F(Reconcile, ASecondNameInTheTrashIsTakenAwayAgain) {
     EXPECT_EQ(memory.read("/r/a"), "one");
     EXPECT_FALSE(memory.item(inTrash));
     EXPECT_FALSE(memory.item(info));
+}
+
+TEST_F(Reconcile, AHardLinkThatWasInTheTrashBeforeStaysThere) {
+    tree({"a = one"});
+    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
+    memory.hardLink(inTrash, "/r/a");
+    intend("/r/a", "", Kind::trash);
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("The file has another name in the Trash; left untouched."));
+    EXPECT_EQ(memory.read(inTrash), "one");
 }
 
 TEST_F(Reconcile, AFilePutBackTakesItsEntryAndItsInfoFileAway) {

@@ -25,7 +25,8 @@ OrdovanRunItem item(std::string_view source, std::string_view destination) {
             .byteSize = 5,
             .modifiedNs = 1'600'000'000'000'000'001,
             .identity = "40:12",
-            .contentHash = {}};
+            .contentHash = {},
+            .names = 1};
 }
 
 OrdovanRunIntent intent() {
@@ -102,7 +103,7 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
               "\"outputRoots\":[\"/r/ordovan+\"],\"root\":\"/r\",\"rootIdentity\":\"40:2\","
               "\"startedAtEpoch\":1700000000.5,\"version\":1}\n"
               "{\"bytes\":5,\"from\":\"a.pdf\",\"hash\":\"\",\"identity\":\"40:12\",\"modified\":1600000000000000001,"
-              "\"to\":\"ordovan+/Documents/a.pdf\"}\n"
+              "\"names\":1,\"to\":\"ordovan+/Documents/a.pdf\"}\n"
               "{\"end\":1}\n"
               "{\"bytes\":5,\"hash\":\"" +
                   hashA +
@@ -211,6 +212,7 @@ TEST(RunRecord, RefusesAnIntentThatContradictsItself) {
              {"\"from\":\"a.pdf\"", "\"from\":\"\""},
              {"\"to\":\"ordovan+/Documents/a.pdf\"", "\"to\":\"\""},
              {"\"bytes\":5", "\"bytes\":-2"},
+             {"\"names\":1", "\"names\":-1"},
              {"\"hash\":\"\"", "\"hash\":\"ABC\""},
              {"01234567-89AB", "01234567-89AX"},
          }) {
@@ -292,6 +294,10 @@ TEST(RunRecord, TellsOfPlacesInTheTrash) {
     ASSERT_TRUE(run);
     EXPECT_EQ(run->intent, trash);
     EXPECT_THAT(run->notes, ElementsAre(done));
+    done.path = "/home/user/Documents/a.pdf";
+    const auto elsewhere = OrdovanUnfinishedRun::decoded(encoded(trash, {done}));
+    ASSERT_TRUE(elsewhere);
+    EXPECT_THAT(elsewhere->notes, IsEmpty());
 }
 
 TEST(RunRecord, OfNothingIsReadAsSuch) {
