@@ -111,8 +111,9 @@ RecoveredRun RunRecovery::settle(const TidyPorts& ports, const Url& root, Record
     const Found stored = store->read(root);
     if (stored.state == Found::State::none) return result;
     if (stored.state == Found::State::unreadable) return settleUnreadable(ports, root, nowEpoch);
-    const OrdovanRunIntent& intent = stored.run.intent;
     result.standsThere = true;
+    if (stored.state == Found::State::unknown) return result;
+    const OrdovanRunIntent& intent = stored.run.intent;
     if (!isOf(ports, root, intent)) return result;
     const bool isOwn = std::ranges::find(memory.ownRuns, intent.id) != memory.ownRuns.end();
     if (isOwn && occasion == Occasion::preview) return result;
@@ -120,19 +121,14 @@ RecoveredRun RunRecovery::settle(const TidyPorts& ports, const Url& root, Record
     const auto disk = ports.makeRunFileSystem ? ports.makeRunFileSystem(intent.root) : nullptr;
     OrdovanFileSystem& fs = disk == nullptr ? ports.fileSystem : *disk;
     OrdovanReconciliation found = OrdovanReconciler::reconcile(stored.run, reconcilePorts(ports, fs));
-    const bool isLast = occasion == Occasion::run;
     const bool isStored =
         !found.isElsewhere && ::store(ports, root, stored.run, found, memory, nowEpoch, result) && found.isComplete;
     if (!found.isElsewhere) {
         // A run of this program is in the history, or in memory until it can be.
         if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
-        if (!isOwn && (isStored || isLast)) addToHistory(ports, found.historyRecord(intent), memory, nowEpoch, result);
+        if (!isOwn && isStored) addToHistory(ports, found.historyRecord(intent), memory, nowEpoch, result);
     }
-    if (isStored) {
-        result.standsThere = !store->remove(root);
-    } else if (isLast) {
-        result.standsThere = !store->setAside(root, nowEpoch);
-    }
+    if (isStored) result.standsThere = !store->remove(root);
     return result;
 }
 

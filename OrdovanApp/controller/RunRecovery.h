@@ -35,12 +35,12 @@ namespace RunRecovery {
 
 enum class Occasion {
     preview,
-    run,  ///< another run is about to begin: what can not be settled is set aside
+    run,  ///< another run is about to begin; it goes without a record of its own where this one has to stay
 };
 
 /// Reconciles the run whose record stands for the folder, if there is one; stores what it did where runs store that;
-/// and then removes the record. It stays while something could not be looked at or stored: doing all this again comes
-/// to the same. `memory` is brought up to date.
+/// and then removes the record. It stays while it can not be read, or something not be looked at or stored: doing all
+/// this again comes to the same. One that is damaged is set aside. `memory` is brought up to date.
 [[nodiscard]] RecoveredRun settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
                                   Occasion occasion);
 

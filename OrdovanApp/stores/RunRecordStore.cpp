@@ -14,7 +14,10 @@ OrdovanResult<std::unique_ptr<RunNotes>> RunRecordStore::begin(const OrdovanRunI
     if (intent.items.size() > OrdovanRunIntent::maxItems) return std::unexpected(OrdovanSystemError::posix(EFBIG));
     const Url file = locations_.runRecord(intent.root);
     const auto written = storage_.write(file, [&](const RecordStorage::Sink& sink) { return intent.encode(sink); });
-    if (!written) return std::unexpected(written.error());
+    if (!written) {
+        static_cast<void>(storage_.remove(file));  // it stands there when only the flush of its folder failed
+        return std::unexpected(written.error());
+    }
     auto notes = storage_.openNotes(file);
     if (!notes) static_cast<void>(storage_.remove(file));
     return notes;
@@ -30,6 +33,9 @@ RunRecordStore::Found RunRecordStore::read(const Url& root) const {
     const auto result =
         storage_.read(locations_.runRecord(root), [&](std::string_view piece) { return decoder.feed(piece); });
     if (!result && isAbsent(result.error())) return {};
+    // Only that it is refused, or no regular file, is due to the record itself.
+    const auto isError = [&](int error) { return result.error() == OrdovanSystemError::posix(error); };
+    if (!result && !isError(ECANCELED) && !isError(EINVAL)) return {.state = Found::State::unknown};
     auto run = decoder.finish();
     if (!result || !run) return {.state = Found::State::unreadable};
     return {.state = Found::State::readable, .run = std::move(*run)};

@@ -16,7 +16,12 @@ class RunRecordStore {
 public:
     /// A stored record as it was found.
     struct Found {
-        enum class State { none, readable, unreadable };
+        enum class State {
+            none,
+            readable,
+            unreadable,  ///< what stands there can not be used
+            unknown,     ///< it could not be read this time
+        };
         State state = State::none;
         OrdovanUnfinishedRun run = {};  ///< only when readable
     };

@@ -24,8 +24,8 @@ public:
         failing_ = calls_ + number;
         error_ = errnoValue;
     }
-    /// Makes every call of one kind ("read", "write", "openNotes", "append", "sync", "remove",
-    /// "setAside") fail; the empty text ends that.
+    /// Makes every call of one kind ("read", "write", "flush": after the writing, "openNotes", "append", "sync",
+    /// "remove", "setAside") fail; the empty text ends that.
     void failAll(std::string_view kind, int errnoValue) {
         failingKind_ = kind;
         error_ = errnoValue;
@@ -57,6 +57,7 @@ public:
         });
         if (!produced) return refusal(ECANCELED);
         fs_.write(file.path(), content);
+        if (failingKind_ == "flush") return refusal(error_);
         return {};
     }
 
