@@ -18,10 +18,10 @@ using OrdovanProposalPlanner::containsCanonical;
 /// What every run ends with, once the record of what it did is stored or could not be.
 void finish(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
             RunResult& result) {
-    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
     result.run = OrdovanRunRecord::make(kind, *result.report, inputs.root, inputs.nowEpoch);
     result.run.id = record.id();
     result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
+    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
 }
 
 /// One folder and the entries that lie in it.

@@ -110,10 +110,10 @@ private:
 /// What every run ends with, once the record of what it did is stored or could not be.
 void finish(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
             TrashResult& result) {
-    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
     result.run = OrdovanRunRecord::make(kind, result.report->asExecutionReport(), inputs.root, inputs.nowEpoch);
     result.run.id = record.id();
     result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
+    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
 }
 
 /// Moves files to the Trash by `work` and records what was moved. Under the folder's lock.
