@@ -101,7 +101,8 @@ void adopt(PreviewedFolder& found, const PreviewInputs& inputs, OrdovanInventory
 }
 
 /// The records of the folder that are in memory, after a run that was interrupted in it was brought to its end. While
-/// the folder is locked, a run goes on in it, and what it does is that run's to record.
+/// the folder is locked, a run goes on in it, and what it does is that run's to record; where it can not be locked, no
+/// one can tell that none does.
 RecordsInMemory recordsAfterRecovery(const TidyPorts& ports, const PreviewInputs& inputs) {
     const Url& root = inputs.root;
     const auto unsaved = inputs.unsavedJournals.find(std::string(root.path()));
@@ -113,7 +114,7 @@ RecordsInMemory recordsAfterRecovery(const TidyPorts& ports, const PreviewInputs
     memory.journal = memory.unsavedJournal;
     if (ports.recording.runRecords == nullptr || !ports.recording.runRecords->mayStand(root)) return memory;
     const auto lock = ports.tryLockFolder(root);
-    if (ordovan::isHeldElsewhere(lock)) return memory;
+    if (!lock) return memory;
     RecoveredRun recovered = RunRecovery::settle(ports, root, memory, ports.clock(), RunRecovery::Occasion::preview);
     // Told while the folder is still locked, so that it comes before what any later run has to tell.
     if (inputs.recovered) inputs.recovered(root, std::move(recovered));

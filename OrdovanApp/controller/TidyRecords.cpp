@@ -30,14 +30,35 @@ RecordsInMemory TidyViewModel::recordsInMemory() const {
 void TidyViewModel::adoptRecovered(const Url& root, RecoveredRun recovered) {
     if (recovered.journal) {
         adoptJournal(root, std::move(recovered.journal->journal), std::move(recovered.journal->unsaved));
-        set(journalWarning_, std::move(recovered.journal->warning), &TidyViewModel::journalWarningChanged);
+        warnOfRecord(false, std::move(recovered.journal->warning));
     }
     if (recovered.trash) {
         adoptTrashRecord(std::move(recovered.trash->known));
-        set(journalWarning_, std::move(recovered.trash->warning), &TidyViewModel::journalWarningChanged);
+        warnOfRecord(false, std::move(recovered.trash->warning));
     }
     if (recovered.run) adoptHistory(*recovered.run, std::move(recovered.history));
-    if (recovered.told) publish(interruptedRun_, std::move(recovered.told), &TidyViewModel::interruptedRunChanged);
+    if (recovered.told && isNews(recovered.told)) {
+        publish(interruptedRun_, std::move(recovered.told), &TidyViewModel::interruptedRunChanged);
+    }
+}
+
+/// False for a run that was told in this way before: its record still stands, and each preview finds it again.
+bool TidyViewModel::isNews(const std::shared_ptr<const OrdovanInterruptedRun>& told) {
+    if (told->isUnreadable) return true;
+    const auto idOf = [](const auto& run) { return run->id; };
+    const auto known = std::ranges::find(toldRuns_, told->id, idOf);
+    if (known == toldRuns_.end()) {
+        toldRuns_.push_back(told);
+        return true;
+    }
+    return *std::exchange(*known, told) != *told;
+}
+
+/// Warns of a record that could not be stored. Without a warning, the one from bringing an earlier run to its end
+/// stays, but for the case that what could not be stored then is stored now.
+void TidyViewModel::warnOfRecord(bool wasUnsaved, std::optional<std::string> warning) {
+    if (!warning && !(wasUnsaved && !journalUnsaved())) return;
+    set(journalWarning_, std::move(warning), &TidyViewModel::journalWarningChanged);
 }
 
 void TidyViewModel::dismissInterruptedRun() {

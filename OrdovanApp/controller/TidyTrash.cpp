@@ -201,9 +201,10 @@ void TidyViewModel::completeTrashRun(const Url& root, TrashResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
         adoptRecovered(root, std::move(result.recovered));
+        const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
         adoptTrashRecord(std::move(result.record.known));
-        set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
+        warnOfRecord(wasUnsaved, std::move(result.record.warning));
         publish(lastTrashReport_, std::move(result.report), &TidyViewModel::lastTrashReportChanged);
         adoptHistory(result.run, std::move(result.history));
     }

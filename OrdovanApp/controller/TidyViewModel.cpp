@@ -347,10 +347,11 @@ void TidyViewModel::completeRun(const Url& root, RunResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
         adoptRecovered(root, std::move(result.recovered));
+        const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
         publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
         adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
-        set(journalWarning_, std::move(result.record.warning), &TidyViewModel::journalWarningChanged);
+        warnOfRecord(wasUnsaved, std::move(result.record.warning));
         adoptHistory(result.run, std::move(result.history));
     }
     set(isApplying_, false, &TidyViewModel::isApplyingChanged);

@@ -305,6 +305,8 @@ private:
     void beginAnyRun();
     void endAnyRun(bool refused);
     void adoptRecovered(const Url& root, RecoveredRun recovered);
+    [[nodiscard]] bool isNews(const std::shared_ptr<const OrdovanInterruptedRun>& told);
+    void warnOfRecord(bool wasUnsaved, std::optional<std::string> warning);
     void keepRecord(bool isKept, const ordovan::Uuid& run);
     [[nodiscard]] RecordsInMemory recordsInMemory() const;
     void adoptHistory(const OrdovanRunRecord& run, ordovan::HistoryStore::Result result);
@@ -360,6 +362,7 @@ private:
     std::optional<std::string> journalWarning_;
     std::optional<std::string> runRefusal_;
     std::shared_ptr<const OrdovanInterruptedRun> interruptedRun_;
+    std::vector<std::shared_ptr<const OrdovanInterruptedRun>> toldRuns_;  // each as it was told last
     std::vector<ordovan::Uuid> ownRuns_;  // of which the record still stands, though they came to their end
     OrdovanRuleSet rules_;
     bool groupByMonth_ = false;

@@ -347,7 +347,70 @@ TEST(TidyInterrupted, WaitsForItsVolume) {
     EXPECT_EQ(world.memory.read(world.locations.runRecord(Url::file("/r")).path()), record);
 }
 
+TEST(TidyInterrupted, IsLeftAloneByAPreviewThatCanNotLockItsFolder) {
+    InterruptedWorld world;
+    world.lockError = EACCES;
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+    EXPECT_TRUE(world.hasRunRecord());
+    world.lockError = 0;
+    world.start();
+    EXPECT_TRUE(world.model->interruptedRun());
+}
+
+TEST(TidyInterrupted, IsToldAgainOnlyWhenThereIsMoreToTell) {
+    InterruptedWorld world;
+    world.records.failAll("write", ENOSPC);
+    world.start();
+    world.model->dismissInterruptedRun();
+    world.model->preview();
+    world.tasks.finish();
+    EXPECT_FALSE(world.model->interruptedRun());
+    world.memory.removeTree("/r/y.jpg");
+    world.model->preview();
+    world.tasks.finish();
+    ASSERT_TRUE(world.model->interruptedRun());
+    EXPECT_EQ(world.model->interruptedRun()->unsettled, 1U);
+}
+
+TEST(TidyInterrupted, ARunIsInTheHistoryBeforeItsRecordGoes) {
+    World world;
+    world.start();
+    world.search();
+    std::vector<std::string> calls;
+    world.records.observer = world.runStorage.observer = [&](const std::string& call) { calls.push_back(call); };
+    const std::string removal = "remove " + std::string(world.locations.runRecord(Url::file("/r")).path());
+    world.organize();
+    EXPECT_EQ(calls.back(), removal);
+    world.undo();
+    EXPECT_EQ(calls.back(), removal);
+    world.search();
+    world.trash();
+    EXPECT_EQ(calls.back(), removal);
+}
+
 // When records can not be stored.
+
+TEST(TidyInterrupted, ItsWarningOutlastsARunThatHasNone) {
+    World world;
+    world.start();
+    const auto other = world.previewed({.repreviewsAfterRuns = false});
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++moves == 2) throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setBeforeCall({});
+    world.memory.removeTree("/r/y.jpg");
+    world.memory.removeTree("/r/z.txt");
+    world.records.failAll("write", ENOSPC);
+    EXPECT_TRUE(other->organize());
+    world.tasks.finish();
+    EXPECT_EQ(other->lastReport()->movedCount(), 0U);
+    EXPECT_EQ(
+        other->journalWarning(),
+        "Files were organized, but the undo record could not be saved to disk. Undo is available until you quit.");
+}
 
 TEST(TidyInterrupted, StaysRecordedWhileTheJournalCanNotBeStored) {
     InterruptedWorld world;
@@ -413,6 +476,51 @@ TEST(TidyInterrupted, ADamagedRecordIsSetAsideAndSaid) {
     EXPECT_EQ(world.memory.read(world.locations.unusableRunRecord(Url::file("/r"), world.now).path()), "garbage");
     world.start();
     EXPECT_FALSE(world.model->interruptedRun());
+}
+
+TEST(TidyInterrupted, ARecordThatCanNotBeReadThisTimeStays) {
+    for (const int error : {EMFILE, EIO, ESTALE}) {
+        InterruptedWorld world;
+        world.runStorage.failAll("read", error);
+        world.start();
+        EXPECT_FALSE(world.model->interruptedRun());
+        world.organize();
+        EXPECT_EQ(world.model->lastReport()->movedCount(), 2U);
+        EXPECT_TRUE(world.hasRunRecord());
+        world.runStorage.failAll("", 0);
+        world.start();
+        EXPECT_THAT(World::recoverable(*world.model), SizeIs(3));
+        EXPECT_FALSE(world.hasRunRecord());
+    }
+}
+
+TEST(TidyInterrupted, ARecordThatIsStillNeededStaysUnderTheNextRun) {
+    InterruptedWorld world;
+    const std::string path(world.locations.runRecord(Url::file("/r")).path());
+    const std::string record = *world.memory.read(path);
+    world.records.failAll("write", ENOSPC);
+    world.start();
+    world.organize();
+    EXPECT_EQ(world.model->lastReport()->movedCount(), 2U);
+    EXPECT_EQ(world.memory.read(path), record);
+    world.records.failAll("", 0);
+    world.start();
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+TEST(TidyInterrupted, ARecordThatMayNotBeOnTheDiskIsNotLeftBehind) {
+    World world;
+    world.start();
+    world.runStorage.failAll("flush", EIO);
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move) return;
+        ++moves;
+        EXPECT_FALSE(world.hasRunRecord());
+    });
+    world.organize();
+    EXPECT_EQ(moves, 3U);
 }
 
 TEST(TidyInterrupted, ARecordThatCanNotBeSetAsideIsNotWrittenOver) {
