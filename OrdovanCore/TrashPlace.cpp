@@ -22,7 +22,7 @@ bool holdsTrashPiece(std::string_view normalPath) {
     for (std::size_t begin = 1; begin <= normalPath.size();) {
         const std::size_t end = std::min(normalPath.find('/', begin), normalPath.size());
         const std::string_view piece = normalPath.substr(begin, end - begin);
-        if (piece == ".Trash" || piece == ".Trashes" || isOwnTrash(piece)) return true;
+        if (isTrashName(piece)) return true;
         if (before == "Trash" && piece == "files") return true;
         before = piece;
         begin = end + 1;
@@ -31,6 +31,10 @@ bool holdsTrashPiece(std::string_view normalPath) {
 }
 
 }  // namespace
+
+bool isTrashName(std::string_view name) {
+    return name == ".Trash" || name == ".Trashes" || isOwnTrash(name);
+}
 
 bool isInTrash(std::string_view path) {
     if (!path.contains("Trash")) return false;

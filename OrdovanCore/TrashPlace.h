@@ -6,8 +6,12 @@
 
 namespace ordovan {
 
-/// True for a path that leads into a Trash, judged by its text in normal form: a piece ".Trash", ".Trashes" or
-/// ".Trash-" with a user's number, or the pieces "Trash" and "files" one behind the other.
+/// True for the names that folders of Trash at the top of a volume have: ".Trash", ".Trashes" and ".Trash-" with a
+/// user's number.
+[[nodiscard]] bool isTrashName(std::string_view name);
+
+/// True for a path that leads into a Trash, judged by its text in normal form: a piece that `isTrashName`, or the
+/// pieces "Trash" and "files" one behind the other.
 [[nodiscard]] bool isInTrash(std::string_view path);
 
 /// Where the Trash keeps what it knows about an item that lies directly in its "files" folder (freedesktop.org Trash

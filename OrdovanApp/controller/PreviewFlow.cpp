@@ -3,6 +3,7 @@
 #include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCore/Categories.h"
 #include "OrdovanCore/Proposals.h"
+#include "OrdovanCore/TrashPlace.h"
 
 #include <algorithm>
 #include <functional>
@@ -56,15 +57,19 @@ std::unordered_set<std::string> pathsInOutput(const TidyPorts& ports, const Url&
     return pathsMet(output);
 }
 
-/// A reader that tells how many files and folders it has listed, leaving out what the scan leaves out by its name or
-/// kind. (What a limit or an excluded folder takes away shows at the end.)
+/// A reader that passes over the Trash of every volume, and tells how many files and folders it has listed, leaving out
+/// what the scan leaves out by its name or kind. (What a limit or an excluded folder takes away shows at the end.)
 class CountingReader final : public OrdovanDirectoryReading {
 public:
     CountingReader(OrdovanDirectoryReading& reader, const PreviewInputs& inputs) : reader_(reader), inputs_(inputs) {}
 
     OrdovanResult<std::vector<OrdovanInventoryEntry>> children(const Url& of) override {
         auto found = reader_.children(of);
-        if (!found || !inputs_.progressed) return found;
+        if (!found) return found;
+        std::erase_if(*found, [](const OrdovanInventoryEntry& entry) {
+            return entry.isDirectory && ordovan::isTrashName(entry.url.lastPathComponent());
+        });
+        if (!inputs_.progressed) return found;
         for (const OrdovanInventoryEntry& entry : *found) {
             if (entry.isHidden && !inputs_.includeHidden) continue;
             files_ += entry.isRegularFile() ? 1 : 0;

@@ -16,11 +16,13 @@
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/TrashInfo.h"
 #include "OrdovanCore/platform/TrashSearch.h"
+#include "OrdovanCore/platform/UserDatabase.h"
 #include "OrdovanCore/platform/Volumes.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -40,6 +42,14 @@ struct SystemEnvironment::State {
     [[nodiscard]] std::vector<Url> ownFolders() const {
         return {OrdovanProposalPlanner::resolveExisting(locations.recordsFolder),
                 OrdovanProposalPlanner::resolveExisting(locations.settingsFolder)};
+    }
+
+    [[nodiscard]] std::vector<Url> foldersToPassOver() const {
+        std::vector<Url> folders = ownFolders();
+        if (const std::string data = ordovan::userDataFolder(); !data.empty()) {
+            folders.push_back(OrdovanProposalPlanner::resolveExisting(Url::file(data + "/Trash")));
+        }
+        return folders;
     }
 
     /// The program's own folders count as held: a run in one would wait for itself when it comes to save its record.
@@ -89,7 +99,7 @@ TidyPorts SystemEnvironment::ports() {
             .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
             .writeDocument = ordovan::writeDocument,
             .resolveExisting = OrdovanProposalPlanner::resolveExisting,
-            .ownFolders = [state = state_.get()] { return state->ownFolders(); },
+            .ownFolders = [state = state_.get()] { return state->foldersToPassOver(); },
             .tryLockFolder = [state = state_.get()](const Url& folder) { return state->tryLock(folder); },
             .clock = ordovan::systemTime,
             .timeZone = ordovan::text::TimeZone::current,

@@ -69,7 +69,7 @@ struct TidyPorts {
     std::function<OrdovanResult<void>(const Url& file, std::string_view content)> writeDocument;
     /// `OrdovanProposalPlanner::resolveExisting`, or a stand-in.
     std::function<Url(const Url&)> resolveExisting;
-    /// The program's own folders, which no preview looks into. Called on background threads.
+    /// The program's own folders and the home Trash, which no preview looks into. Called on background threads.
     std::function<std::vector<Url>()> ownFolders;
     /// Takes the lock of an organized folder or fails at once, with EWOULDBLOCK when another run holds it.
     ordovan::LockFunction tryLockFolder;

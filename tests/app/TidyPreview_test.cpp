@@ -1,17 +1,23 @@
+#include "OrdovanApp/controller/SystemEnvironment.h"
 #include "tests/support/QtTestMain.h"
+#include "tests/support/TempFolder.h"
 #include "tests/support/TidyWorld.h"
 
 #include <gmock/gmock.h>
 
 #include <cstddef>
+#include <cstdlib>
 #include <string>
+#include <vector>
 
+using ordovan::test::TempFolder;
 using ordovan::testing::build;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
 using Phase = TidyViewModel::Phase;
 
 namespace {
@@ -334,6 +340,28 @@ TEST_F(TidyPreview, NeverLooksIntoTheProgramsOwnRecords) {
     locations.recordsFolder = Url::file("/r/data");
     tree({"x.pdf = 1", "data/history.json = {}"});
     EXPECT_THAT(proposed(*previewed()), ElementsAre("x.pdf -> ordovan+/Documents/x.pdf"));
+}
+
+TEST_F(TidyPreview, NeverLooksIntoTheTrashOfAVolumeWithHiddenFilesIncluded) {
+    tree({"x.pdf = 1", ".Trash-1000/files/a.pdf = 2", ".Trash/1000/files/b.pdf = 3", ".Trashes/501/c.pdf = 4",
+          "stick/.Trash-1000/info/d.pdf = 5", ".Trash-old/e.pdf = 6"});
+    auto model = make();
+    model->setSettingOverrides({.groupByMonth = {}, .includeHidden = true});
+    model->chooseFolder(Url::file("/r"));
+    tasks.finish();
+    EXPECT_THAT(proposed(*model), UnorderedElementsAre("x.pdf -> ordovan+/Documents/x.pdf",
+                                                       ".Trash-old/e.pdf -> ordovan+/Documents/e.pdf"));
+}
+
+TEST(SystemEnvironment, PassesOverTheHomeTrash) {
+    const TempFolder home;
+    home.makeFolder("real/Trash");
+    home.makeLink("data", "real");
+    ::setenv("XDG_DATA_HOME", home.path("data").c_str(), 1);
+    SystemEnvironment environment({.recordsFolder = home.url("records"), .settingsFolder = home.url("settings")});
+    const std::vector<Url> folders = environment.ports().ownFolders();
+    ::unsetenv("XDG_DATA_HOME");
+    EXPECT_THAT(folders, UnorderedElementsAre(home.url("records"), home.url("settings"), home.url("real/Trash")));
 }
 
 TEST_F(TidyPreview, GoesOnWithoutAJournalThatCanNotBeRead) {
