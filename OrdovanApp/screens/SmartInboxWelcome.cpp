@@ -7,6 +7,7 @@
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/StyleSheet.h"
+#include "OrdovanApp/theme/ToolTips.h"
 
 #include <QLabel>
 #include <QPushButton>
@@ -47,7 +48,7 @@ private:
             Buttons::setGlyph(context_.theme, pill, Glyph::folder);  // with room before the text
             pill->setObjectName(u"recentFolder"_s);
             pill->setAccessibleName(name);
-            pill->setProperty("path", Formats::path(folder).toHtmlEscaped());
+            pill->setProperty("path", Formats::path(folder));
             connect(pill, &QPushButton::clicked, this, [this, folder] { context_.model.chooseFolder(folder); });
             pills_.append(pill);
         }
@@ -58,7 +59,11 @@ private:
     void refreshActions() {
         const QString reason =
             CommandAvailability::reasonAgainst(Commands::chooseFolder, context_.model, context_.desktop);
-        for (QPushButton* pill : pills_) Buttons::setAvailable(pill, reason, pill->property("path").toString());
+        for (QPushButton* pill : pills_) {
+            const QString path = pill->property("path").toString();
+            Buttons::setAvailable(pill, reason, ToolTips::plain(path));
+            pill->setAccessibleDescription(reason.isEmpty() ? path : reason);
+        }
     }
     void place() {
         const auto put = [this](QWidget* widget, int left) {

@@ -1,6 +1,7 @@
 #include "OrdovanApp/theme/BottomBar.h"
 
 #include "OrdovanApp/theme/AccessibleRole.h"
+#include "OrdovanApp/theme/ToolTips.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -25,7 +26,8 @@ public:
         rest_ = rest;
         const QString whole = strong.isEmpty() || rest.isEmpty() ? strong + rest : strong + u' ' + rest;
         setAccessibleName(whole);
-        setToolTip(whole.toHtmlEscaped());
+        setToolTip(ToolTips::plain(whole));
+        updateGeometry();
         update();
     }
     [[nodiscard]] QSize sizeHint() const override {

@@ -1,5 +1,7 @@
 #include "OrdovanApp/theme/ElidedLabel.h"
 
+#include "OrdovanApp/theme/ToolTips.h"
+
 #include <QEvent>
 #include <QHelpEvent>
 #include <QPainter>
@@ -51,7 +53,7 @@ bool ElidedLabel::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip && (!fits() || !fullToolTip_.isEmpty())) {
         const auto* help = static_cast<QHelpEvent*>(event);
         const QString whole = fullToolTip_.isEmpty() ? text() : fullToolTip_;
-        QToolTip::showText(help->globalPos(), whole.toHtmlEscaped(), this);
+        QToolTip::showText(help->globalPos(), ToolTips::plain(whole), this);
         return true;
     }
     return QLabel::event(event);

@@ -1,5 +1,6 @@
 #include "OrdovanApp/theme/RowsAccessibility.h"
 #include "OrdovanApp/theme/RowsView.h"
+#include "OrdovanApp/theme/ToolTips.h"
 
 #include <QApplication>
 #include <QHelpEvent>
@@ -132,7 +133,7 @@ bool RowsView::viewportEvent(QEvent* event) {
         if (text.isEmpty()) {
             QToolTip::hideText();
         } else {
-            QToolTip::showText(help->globalPos(), text, viewport(), rectOf(spotAt(help->pos()).row));
+            QToolTip::showText(help->globalPos(), ToolTips::plain(text), viewport(), rectOf(spotAt(help->pos()).row));
         }
         return true;
     }
@@ -202,9 +203,9 @@ void RowsView::openMenu(int row, const QPoint& point) {
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setToolTipsVisible(true);
     for (const RowAction& action : content.actions) {
-        QAction* item = menu->addAction(action.text);
+        QAction* item = menu->addAction(QString(action.text).replace(u'&', QStringLiteral("&&")));
         if (action.glyph) item->setIcon(Glyphs::icon(*action.glyph, theme_.colors().secondText));
-        item->setToolTip(action.help);
+        item->setToolTip(ToolTips::plain(action.help));
         item->setEnabled(action.enabled);
         connect(item, &QAction::triggered, this, [this, id = action.id, index = menuIndex_] {
             if (index.isValid()) Q_EMIT actionTriggered(index.row(), id);

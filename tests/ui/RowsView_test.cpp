@@ -4,10 +4,13 @@
 #include "tests/support/WidgetTestMain.h"
 
 #include <QAbstractItemModelTester>
+#include <QHelpEvent>
 #include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextDocumentFragment>
+#include <QToolTip>
 
 #include <memory>
 
@@ -419,4 +422,23 @@ TEST_F(RowsViewOrder, GivesADragUpByEscape) {
     press(Qt::Key_Escape);
     QTest::mouseRelease(view->viewport(), Qt::LeftButton, {}, text(3));
     EXPECT_TRUE(moves.isEmpty());
+}
+
+// Names that look like something else.
+
+TEST_F(RowsViewTest, ShowsMarkUpInANameAsItIs) {
+    ListRows::Line row = ListRows::tick(u"<b>x</b>.txt"_s);
+    row.content.toolTip = u"/r/<b>x</b>.txt\nGoes to R&D"_s;
+    show({row});
+    QHelpEvent help(QEvent::ToolTip, text(0), view->viewport()->mapToGlobal(text(0)));
+    QCoreApplication::sendEvent(view->viewport(), &help);
+    EXPECT_EQ(QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText(), u"/r/<b>x</b>.txt\nGoes to R&D"_s);
+}
+
+TEST_F(RowsViewTest, KeepsAnAmpersandInTheMenuOfARow) {
+    ListRows::Line row = ListRows::tick(u"dmg"_s);
+    row.content.actions = {RowAction{.id = 1, .text = u"Delete rule for R&D"_s}};
+    show({row});
+    view->openMenu(0, text(0));
+    EXPECT_EQ(menu()->actions().front()->text(), u"Delete rule for R&&D"_s);
 }

@@ -8,15 +8,19 @@
 #include "OrdovanApp/theme/ProgressStrip.h"
 #include "OrdovanApp/theme/ScreenHeader.h"
 #include "OrdovanApp/theme/StatRow.h"
+#include "OrdovanApp/theme/ToolTips.h"
 #include "tests/support/WidgetTestMain.h"
 
 #include <QAccessible>
+#include <QHelpEvent>
 #include <QListView>
 #include <QMenu>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextDocumentFragment>
+#include <QToolTip>
 
 #include <memory>
 
@@ -37,6 +41,27 @@ protected:
 
     std::unique_ptr<ThemeEnvironment> theme;
 };
+
+// ToolTips
+
+TEST_F(SmallWidgets, AToolTipShowsANameLetterForLetter) {
+    for (const QString& text : {u"R&D"_s, u"old & tired"_s, u"<b>x</b>.txt"_s, u"<img src=a.png>"_s, u"a &lt; b"_s,
+                                u"/r/<b>x</b>.txt\nGoes  to R&D"_s}) {
+        const QString tip = ToolTips::plain(text);
+        const bool isMarkup = Qt::mightBeRichText(tip);
+        EXPECT_EQ(isMarkup ? QTextDocumentFragment::fromHtml(tip).toPlainText() : tip, text);
+    }
+    EXPECT_EQ(ToolTips::plain({}), QString());
+}
+
+TEST_F(SmallWidgets, AnElidedLabelShowsItsTextLetterForLetterAsItsToolTip) {
+    ElidedLabel label(u"a folder with a long name for R&D"_s);
+    label.resize(80, 20);
+    label.show();
+    QHelpEvent help(QEvent::ToolTip, {5, 5}, label.mapToGlobal(QPoint(5, 5)));
+    QCoreApplication::sendEvent(&label, &help);
+    EXPECT_EQ(QToolTip::text(), u"a folder with a long name for R&D"_s);
+}
 
 // ElidedLabel
 
