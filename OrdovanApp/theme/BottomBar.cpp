@@ -9,16 +9,19 @@
 #include <QTextLayout>
 
 #include <algorithm>
+#include <cmath>
 
 using Type = ThemeEnvironment::Type;
 
-/// One line in two weights, or two where there is no room for it.
+/// One line in two weights, or as many as it takes where there is no room for it.
 class BottomBar::Summary : public QWidget {
 public:
     Summary(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
         setObjectName(QStringLiteral("summary"));
         setAccessibleRole(this, QAccessible::StaticText);
-        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        policy.setHeightForWidth(true);
+        setSizePolicy(policy);
     }
     void show(const QString& strong, const QString& rest) {
         if (strong == strong_ && rest == rest_) return;
@@ -33,29 +36,37 @@ public:
     [[nodiscard]] QSize sizeHint() const override {
         return {theme_.scaled(200), 2 * QFontMetrics(theme_.font(Type::body)).height()};
     }
+    /// Never less than two lines take, so that nothing jumps where it need not.
+    [[nodiscard]] int heightForWidth(int width) const override {
+        QTextLayout text(accessibleName());
+        return std::max(sizeHint().height(), static_cast<int>(std::ceil(layOut(text, width))));
+    }
 
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        QTextLayout text(accessibleName(), theme_.font(Type::body));
+        QTextLayout text(accessibleName());
+        const qreal height = layOut(text, width());
+        text.draw(&painter, QPointF(0, std::max(0.0, (this->height() - height) / 2)));
+    }
+
+private:
+    /// Breaks the summary into lines of this width. Returns their height.
+    qreal layOut(QTextLayout& text, int width) const {
+        text.setFont(theme_.font(Type::body));
         text.setFormats(
             {format(0, strong_.size(), Type::bodyStrong, theme_.colors().text),
              format(strong_.size(), accessibleName().size() - strong_.size(), Type::body, theme_.colors().secondText)});
         text.beginLayout();
         qreal height = 0;
-        const int lineHeight = QFontMetrics(theme_.font(Type::body)).height();
-        while (height + lineHeight <= this->height()) {
-            QTextLine line = text.createLine();
-            if (!line.isValid()) break;
-            line.setLineWidth(width());
+        for (QTextLine line = text.createLine(); line.isValid(); line = text.createLine()) {
+            line.setLineWidth(width);
             line.setPosition({0, height});
             height += line.height();
         }
         text.endLayout();
-        text.draw(&painter, QPointF(0, std::max(0.0, (this->height() - height) / 2)));
+        return height;
     }
-
-private:
     [[nodiscard]] QTextLayout::FormatRange format(qsizetype start, qsizetype length, Type type,
                                                   const QColor& color) const {
         QTextLayout::FormatRange range;

@@ -344,6 +344,19 @@ TEST_F(SmallWidgets, ABottomBarsSummaryIsOneText) {
     EXPECT_EQ(name(summary), u"Recent"_s);
 }
 
+TEST_F(SmallWidgets, ABottomBarGrowsWhereItsSummaryTakesMoreLines) {
+    BottomBar bar(*theme);
+    bar.addButton(Buttons::primary(u"Move to Trash…"_s));
+    bar.setSummary(u"3 files"_s, u"ticked · 1.2 GB"_s);
+    const int usual = bar.heightForWidth(800);
+    EXPECT_EQ(bar.heightForWidth(360), usual);
+    bar.setSummary(
+        u"3 files"_s,
+        u"ticked · 1.2 GB. Tick files to clean up. Trashed files can be put back from the Recovery Center."_s);
+    EXPECT_EQ(bar.heightForWidth(1400), usual);
+    EXPECT_GT(bar.heightForWidth(360), usual);
+}
+
 // Announcer
 
 TEST_F(SmallWidgets, AnAnnouncementIsANameWithoutFocus) {
