@@ -134,6 +134,7 @@ RowContent BigFilesModel::content(int row) const {
                   .glyphOnly = true},
         RowAction{.id = selectForTrash,
                   .text = content.marked ? u"Leave Out of Trash"_s : u"Select for Trash"_s,
+                  .help = locked_,
                   .enabled = locked_.isEmpty(),
                   .menuOnly = true,
                   .activates = false}};

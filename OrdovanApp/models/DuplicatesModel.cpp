@@ -145,6 +145,7 @@ RowContent DuplicatesModel::content(int row) const {
     content.actions = {
         RowAction{.id = keepInstead,
                   .text = u"Keep this copy instead"_s,
+                  .help = locked_.isEmpty() && content.marked ? content.description : locked_,
                   .glyph = Glyph::check,
                   .enabled = !content.marked && locked_.isEmpty(),
                   .menuOnly = true},

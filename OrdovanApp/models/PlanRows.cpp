@@ -102,6 +102,7 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
                       Formats::folderOf(proposal.destination, root_);
     content.actions.append(
         menuAction(includeOrLeaveOut, content.marked ? u"Leave This File Out"_s : u"Include This File"_s));
+    content.actions.back().help = locked_;
     content.actions.back().enabled = locked_.isEmpty();
     addFacts(content, item);
     return content;

@@ -120,6 +120,7 @@ TEST_F(BigFilesModelTest, KeepsTicksWhileLocked) {
     model.toggle(1);
     EXPECT_EQ(model.ticked().files, 0);
     EXPECT_EQ(model.content(1).toolTip, u"Files are being moved to the Trash."_s);
+    EXPECT_EQ(model.content(1).actions.back().help, u"Files are being moved to the Trash."_s);
 }
 
 TEST_F(BigFilesModelTest, HasNoRowsWithoutAPreview) {

@@ -99,7 +99,14 @@ TEST_F(DuplicatesModelTest, KeepsTheChoiceWhileLocked) {
     model.toggle(2);
     EXPECT_TRUE(model.content(1).marked);
     EXPECT_EQ(model.content(2).toolTip, u"Files are being moved to the Trash."_s);
+    EXPECT_EQ(model.content(2).actions.front().help, u"Files are being moved to the Trash."_s);
     EXPECT_THAT(actionTexts(model, 2), ElementsAre("(Keep this copy instead)", "Reveal in Finder"));
+}
+
+TEST_F(DuplicatesModelTest, SaysWhyTheKeptCopyCanNotBeChosen) {
+    const auto& model = show({"a.mov = same", "b.mov = same"});
+    EXPECT_EQ(model.content(1).actions.front().help, u"This copy is kept."_s);
+    EXPECT_EQ(model.content(2).actions.front().help, QString());
 }
 
 TEST_F(DuplicatesModelTest, HasNoRowsWithoutDuplicates) {

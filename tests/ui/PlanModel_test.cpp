@@ -220,6 +220,7 @@ TEST_F(PlanModelTest, KeepsTicksWhileARunGoesOn) {
     EXPECT_TRUE(model.content(1).marked);
     EXPECT_EQ(model.content(1).toolTip, u"Wait until the files are organized."_s);
     EXPECT_FALSE(model.content(1).actions.front().enabled);
+    EXPECT_EQ(model.content(1).actions.front().help, u"Wait until the files are organized."_s);
     model.setLocked(QString());
     model.toggle(1);
     EXPECT_FALSE(model.content(1).marked);
