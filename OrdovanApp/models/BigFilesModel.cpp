@@ -5,6 +5,7 @@
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -23,7 +24,8 @@ BigFilesModel::BigFilesModel(TidyViewModel& model, const ThemeEnvironment& theme
 
 void BigFilesModel::reload() {
     beginResetModel();
-    root_ = model_.planRoot().value_or(Url());
+    const Url root = model_.planRoot().value_or(Url());
+    if (std::exchange(root_, root) != root) ticks_.clear();
     all_ = model_.largeFiles(limit, 0);
     std::erase_if(ticks_, [this](const std::string& path) {
         return std::ranges::none_of(all_, [&](const OrdovanInventoryEntry& entry) { return entry.url.path() == path; });
@@ -34,9 +36,11 @@ void BigFilesModel::reload() {
     Q_EMIT tickedChanged();
 }
 
-/// The largest files of the chosen size: looked for among all files, as they need not be among the largest of any size.
+/// The largest files of the chosen size: those at the beginning of the largest of any size.
 void BigFilesModel::collect() {
-    largest_ = minimum_ > 0 ? model_.largeFiles(limit, minimum_) : all_;
+    const auto smaller =
+        std::ranges::find_if(all_, [this](const OrdovanInventoryEntry& entry) { return entry.byteSize < minimum_; });
+    largest_.assign(all_.begin(), smaller);
     const std::size_t rootLength = root_.path() == "/" ? 0 : root_.path().size();
     names_.reset(largest_.size());
     for (const OrdovanInventoryEntry& entry : largest_) {
@@ -123,7 +127,8 @@ RowContent BigFilesModel::content(int row) const {
                        file.modifiedEpoch ? Formats::day(*file.modifiedEpoch) : QString()};
     content.share = static_cast<double>(file.byteSize) / largest;
     content.toolTip = locked_.isEmpty() ? Formats::path(file.url) : locked_;
-    content.description = u"Select for Trash"_s;
+    content.description = content.marked ? u"Leave Out of Trash"_s : u"Select for Trash"_s;
+    content.markHelp = locked_.isEmpty() ? content.description : locked_;
     content.actions = {
         RowAction{
             .id = quickLook, .text = u"Quick Look"_s, .help = u"Quick Look"_s, .glyph = Glyph::eye, .glyphOnly = true},
@@ -133,7 +138,7 @@ RowContent BigFilesModel::content(int row) const {
                   .glyph = Glyph::reveal,
                   .glyphOnly = true},
         RowAction{.id = selectForTrash,
-                  .text = content.marked ? u"Leave Out of Trash"_s : u"Select for Trash"_s,
+                  .text = content.description,
                   .help = locked_,
                   .enabled = locked_.isEmpty(),
                   .menuOnly = true,

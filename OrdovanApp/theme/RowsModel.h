@@ -50,6 +50,7 @@ struct RowContent {
     QStringList columns{};  ///< on the right, aligned right, one a column of the view
     double share = 0;       ///< 0 to 1: the bar behind the row; the first column is what it measures
     QString toolTip{};
+    QString markHelp{};     ///< the tool tip of the mark; none: that of the row
     QString description{};  ///< what assistive technologies say besides the title
     QList<RowAction> actions{};
 };

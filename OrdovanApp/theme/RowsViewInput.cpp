@@ -149,6 +149,7 @@ QString RowsView::toolTipAt(const QPoint& point) const {
     if (spot.action >= 0 && action != content.actions.end()) {
         return action->help.isEmpty() && action->glyphOnly ? action->text : action->help;
     }
+    if (spot.mark && content.mark == RowContent::Mark::tick && !content.markHelp.isEmpty()) return content.markHelp;
     if (!content.toolTip.isEmpty()) return content.toolTip;
     if (!painter_.isElided(content, painter_.layout(content, rectOf(spot.row), headStyle(spot.row)))) return {};
     QStringList lines{content.title, content.detail};

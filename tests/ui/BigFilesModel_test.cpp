@@ -93,6 +93,26 @@ TEST_F(BigFilesModelTest, HoldsTicksThroughPreviewsOfFilesThatAreStillThere) {
     EXPECT_EQ(model.ticked(), (BigFilesModel::Ticked{1, 4, 0}));
 }
 
+TEST_F(BigFilesModelTest, LetsTicksGoWithTheirFolder) {
+    auto& model = show({"a.mov = 123456789", "sub/b.mov = 1234"});
+    model.toggle(2);
+    controller->chooseFolder(Url::file("/r/sub"));
+    tasks.finish();
+    model.reload();
+    EXPECT_THAT(names(model), ElementsAre("b.mov"));
+    EXPECT_EQ(model.ticked(), BigFilesModel::Ticked());
+}
+
+TEST_F(BigFilesModelTest, SaysOfATickWhatItDoes) {
+    auto& model = show({"a.mov = 12"});
+    EXPECT_EQ(model.content(1).description, u"Select for Trash"_s);
+    EXPECT_EQ(model.content(1).markHelp, u"Select for Trash"_s);
+    model.toggle(1);
+    EXPECT_EQ(model.content(1).description, u"Leave Out of Trash"_s);
+    EXPECT_EQ(model.content(1).markHelp, u"Leave Out of Trash"_s);
+    EXPECT_THAT(actionTexts(model, 1), ElementsAre("Quick Look", "Reveal in Finder", "Leave Out of Trash"));
+}
+
 TEST_F(BigFilesModelTest, ShowsFiftyAtMost) {
     for (int i = 0; i < 60; ++i) {
         const std::string item = "f" + std::to_string(i) + " = x";
@@ -121,6 +141,7 @@ TEST_F(BigFilesModelTest, KeepsTicksWhileLocked) {
     EXPECT_EQ(model.ticked().files, 0);
     EXPECT_EQ(model.content(1).toolTip, u"Files are being moved to the Trash."_s);
     EXPECT_EQ(model.content(1).actions.back().help, u"Files are being moved to the Trash."_s);
+    EXPECT_EQ(model.content(1).markHelp, u"Files are being moved to the Trash."_s);
 }
 
 TEST_F(BigFilesModelTest, HasNoRowsWithoutAPreview) {

@@ -435,6 +435,19 @@ TEST_F(RowsViewTest, ShowsMarkUpInANameAsItIs) {
     EXPECT_EQ(QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText(), u"/r/<b>x</b>.txt\nGoes to R&D"_s);
 }
 
+TEST_F(RowsViewTest, TellsOverATickWhatItDoes) {
+    ListRows::Line row = ListRows::tick(u"a.mov"_s);
+    row.content.toolTip = u"/r/a.mov"_s;
+    row.content.markHelp = u"Select for Trash"_s;
+    show({row});
+    for (const auto& [place, tip] :
+         {std::pair(view->markRect(0).center(), row.content.markHelp), std::pair(text(0), row.content.toolTip)}) {
+        QHelpEvent help(QEvent::ToolTip, place, view->viewport()->mapToGlobal(place));
+        QCoreApplication::sendEvent(view->viewport(), &help);
+        EXPECT_EQ(QToolTip::text(), tip);
+    }
+}
+
 TEST_F(RowsViewTest, KeepsAnAmpersandInTheMenuOfARow) {
     ListRows::Line row = ListRows::tick(u"dmg"_s);
     row.content.actions = {RowAction{.id = 1, .text = u"Delete rule for R&D"_s}};
