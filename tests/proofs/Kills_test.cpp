@@ -93,6 +93,31 @@ TEST_P(Kills, AtEveryCallThatChangesSomethingLoseNothing) {
     tell(std::string("kill: ") + GetParam().name, points, "points, each with a new start and everything taken back");
 }
 
+/// Two folders whose names differ only in how an accented letter is put together share the name of their records.
+TEST(KilledRun, IsNotPutInOrderInAFolderWhoseNameIsOnlySpelledAlike) {
+    Disk disk;
+    disk.write("re\u0301sume/a.pdf", "one");
+    disk.write("re\u0301sume/b.pdf", "two");
+    disk.write("r\u00e9sume/c.pdf", "three");
+    const Url own = Url::file(disk.path("re\u0301sume")), other = Url::file(disk.path("r\u00e9sume"));
+    ASSERT_TRUE(wasKilled([&] {
+        SystemCalls::watch(
+            {.below = disk.path(""), .at = 1, .forGood = true, .after = die, .applies = [](std::string_view name) {
+                 return name == "renameat2";
+             }});
+        Program(disk, own).organize();
+    }));
+    {
+        Program program(disk, other);
+        EXPECT_FALSE(program.model().interruptedRun());
+        EXPECT_FALSE(program.model().recoverableJournal());
+    }
+    Program program(disk, own);
+    ASSERT_TRUE(program.model().interruptedRun());
+    EXPECT_EQ(program.model().interruptedRun()->finished, 1U);
+    EXPECT_EQ(program.model().recoverableJournal()->entries.size(), 1U);
+}
+
 INSTANTIATE_TEST_SUITE_P(Of, Kills, ::testing::ValuesIn(allFlows), [](const auto& of) {
     std::string name(of.param.name);
     std::ranges::replace(name, ' ', '_');
