@@ -86,7 +86,7 @@ class Engine(Installed):
             "taken.pdf: A file already exists at the destination. Will not overwrite; left untouched.\n")
 
     def test_is_found_by_cmake_and_plans_a_folder(self):
-        run("cmake", "-S", self.share / "doc/libordovancore-dev/examples/engine", "-B", self.home / "build",
+        run("cmake", "-S", self.share / "doc/libordovancore-dev/examples/engine", "-B", self.home / "build", "-G", "Ninja",
             "-DCMAKE_PREFIX_PATH=%s" % self.prefix, "-DCMAKE_CXX_COMPILER=%s" % CXX,
             "-DCMAKE_CXX_FLAGS=%s" % CXX_FLAGS)
         run("cmake", "--build", self.home / "build")

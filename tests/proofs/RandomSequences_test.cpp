@@ -468,10 +468,8 @@ std::vector<Step> shrunk(std::vector<Step> steps) {
 TEST(RandomSequences, AgreeOnTheDiskAndInMemoryAndLoseNothing) {
     const std::size_t count = rounds(250, 20'000);
     const char* only = std::getenv("ORDOVAN_SEED");
-    std::size_t steps = 0;
     for (std::uint64_t seed = 1; seed <= count; ++seed) {
         const std::vector<Step> all = sequence(only != nullptr ? std::strtoull(only, nullptr, 10) : seed, 24);
-        steps += all.size();
         const std::string wrong = play(all);
         if (!wrong.empty()) {
             std::string text = "seed " + std::to_string(seed) + ": " + wrong + "\nshrunk:\n";
