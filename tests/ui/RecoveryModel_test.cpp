@@ -180,10 +180,10 @@ TEST_F(RecoveryModelTest, SaysWhatIsNoLongerInTheTrash) {
 }
 
 TEST_F(RecoveryModelTest, TellsInItsToolTipWhatDoesNotFitIntoARow) {
-    organized({"work/a.pdf = 1", "c.mov = 12345"});
+    organized({"papers/a.pdf = 1", "c.mov = 12345"});
     trash("ordovan+/Videos/c.mov", 5);
     surveyed();
-    EXPECT_EQ(rows->content(2).toolTip, u"/r/ordovan+/Documents/a.pdf · Undo returns it to /r/work/a.pdf"_s);
+    EXPECT_EQ(rows->content(2).toolTip, u"/r/ordovan+/Documents/a.pdf · Undo returns it to /r/papers/a.pdf"_s);
     EXPECT_EQ(rows->content(4).toolTip, u"In the Trash · 5 bytes · Put Back returns it to /r/ordovan+/Videos/c.mov"_s);
     const QString gone =
         u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s;
