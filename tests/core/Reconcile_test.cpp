@@ -1,13 +1,8 @@
-#include "OrdovanCore/Reconcile.h"
-
-#include "OrdovanCore/testing/FaultyFileSystem.h"
-#include "OrdovanCore/testing/TreeBuilder.h"
-#include "tests/support/MemoryReconcile.h"
+#include "tests/support/ReconcileFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <cerrno>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,92 +20,9 @@ namespace {
 
 constexpr const char* lost = "The file was moved or deleted while organizing.";
 constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
-constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
-constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
 constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
 
-/// A run in "/r" that was interrupted: first the tree and the intent, then what the run came to do.
-class Reconcile : public ::testing::Test {
-protected:
-    void tree(std::initializer_list<std::string_view> items) { ordovan::testing::build(memory, "/r", items); }
-
-    void intend(std::string_view from, std::string_view to, Kind kind = Kind::organize, std::string_view content = {}) {
-        run.intent.kind = kind;
-        run.intent.root = Url::file("/r");
-        run.intent.startedAtEpoch = 100;
-        run.intent.rootIdentity = ordovan::test::factsIn(memory, Url::file("/r"))->identity;
-        run.intent.outputRoots.clear();
-        if (kind == Kind::organize || kind == Kind::undo) run.intent.outputRoots = {Url::file("/r/ordovan+")};
-        OrdovanRunItem item{.source = from, .destination = to, .identity = {}, .contentHash = {}};
-        if (const auto facts = ordovan::test::factsIn(memory, Url::file(from))) {
-            item.byteSize = facts->byteSize;
-            item.modifiedNs = facts->modifiedNs;
-            item.identity = facts->identity;
-            const auto there = ordovan::test::factsIn(memory, Url::file(to));
-            if (!there || there->identity != facts->identity) item.names = facts->names;
-        }
-        if (!content.empty()) {
-            item.byteSize = static_cast<std::int64_t>(content.size());
-            item.contentHash = digestOf(content);
-        }
-        run.intent.items.push_back(item);
-    }
-
-    void note(NoteKind kind, std::string_view content, std::string_view path = {}, bool sameVolume = true,
-              std::size_t item = 0) {
-        run.notes.push_back({.kind = kind,
-                             .item = item,
-                             .byteSize = static_cast<std::int64_t>(content.size()),
-                             .contentHash = digestOf(content),
-                             .identity = run.intent.items[item].identity,
-                             .sameVolume = sameVolume,
-                             .path = path});
-    }
-
-    void move(std::string_view from, std::string_view to) {
-        memory.makeDirectory(ordovan::parentPath(to));
-        ASSERT_TRUE(memory.move(Url::file(from), Url::file(to)));
-    }
-    void copy(std::string_view from, std::string_view to) {
-        memory.makeDirectory(ordovan::parentPath(to));
-        ASSERT_TRUE(memory.copy(Url::file(from), Url::file(to)));
-    }
-
-    /// Reconciles, and once more: the second time tells the same of the records and changes nothing.
-    OrdovanReconciliation reconcile() {
-        auto found = OrdovanReconciler::reconcile(run, ports());
-        const auto after = memory.snapshot();
-        const auto again = OrdovanReconciler::reconcile(run, ports());
-        EXPECT_EQ(again.journal, found.journal);
-        EXPECT_EQ(again.restored, found.restored);
-        EXPECT_EQ(again.trashed, found.trashed);
-        EXPECT_EQ(again.putBack, found.putBack);
-        EXPECT_EQ(memory.snapshot(), after);
-        return found;
-    }
-    ordovan::ReconcilePorts ports() { return ordovan::test::reconcilePorts(memory, fs); }
-
-    /// finished, untouched, put right, unsettled
-    static std::vector<std::size_t> counts(const OrdovanReconciliation& found) {
-        return {found.run.finished, found.run.untouched, found.run.putRight, found.run.unsettled};
-    }
-    static std::vector<std::string> sentences(const OrdovanReconciliation& found) {
-        std::vector<std::string> result;
-        for (const auto& outcome : found.run.outcomes) result.push_back(outcome.message);
-        return result;
-    }
-    OrdovanJournalEntry entry(bool sameVolume, std::string_view content, std::string_view identity) const {
-        return {"/r/a",  "/r/ordovan+/a", sameVolume, static_cast<std::int64_t>(content.size()), digestOf(content),
-                identity};
-    }
-    [[nodiscard]] std::string identity(std::string_view path) const {
-        return ordovan::test::factsIn(memory, Url::file(path))->identity;
-    }
-
-    MemoryFileSystem memory;
-    FaultyFileSystem fs{memory};
-    OrdovanUnfinishedRun run;
-};
+using Reconcile = ordovan::test::ReconcileFixture;
 
 // A move within a volume.
 
@@ -472,113 +384,6 @@ TEST_F(Reconcile, AFileThatWasToGoBackInTwoStepsIsFollowed) {
     EXPECT_THAT(reconcile().restored, ElementsAre("/r/ordovan+/c"));
     move("/r/ordovan+/b", "/r/a");
     EXPECT_THAT(reconcile().restored, ElementsAre("/r/ordovan+/c", "/r/ordovan+/b"));
-}
-
-// The Trash.
-
-TEST_F(Reconcile, ATrashedFileIsFoundInTheTrashAndGetsItsEntry) {
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    const auto found = reconcile();
-    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("Moved to the Trash."));
-    EXPECT_THAT(found.trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
-    EXPECT_EQ(found.run.outcomes[0].destination.path(), inTrash);
-}
-
-TEST_F(Reconcile, ATrashedFileThatWasNotedNeedsNoSearch) {
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    note(NoteKind::done, "one", inTrash);
-    ordovan::ReconcilePorts blind = ports();
-    blind.findInTrash = [](std::span<const Url>) { return std::unexpected(OrdovanSystemError::posix(EIO)); };
-    const auto found = OrdovanReconciler::reconcile(run, blind);
-    EXPECT_THAT(found.trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
-    EXPECT_TRUE(found.isComplete);
-}
-
-TEST_F(Reconcile, OfATrashedFileThatAnotherReplacedTheNoteIsRecorded) {
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    note(NoteKind::done, "one", inTrash);
-    memory.replace(inTrash, "somebody else's");
-    EXPECT_THAT(reconcile().trashed.entries, ElementsAre(OrdovanTrashEntry("/r/a", inTrash, 3, digestOf("one"))));
-}
-
-TEST_F(Reconcile, AnotherFileOfThatPlaceInTheTrashIsNotTaken) {
-    tree({"a = older"});
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    memory.removeTree("/r/a");
-    const auto found = reconcile();
-    EXPECT_THAT(found.trashed.entries, IsEmpty());
-    EXPECT_THAT(sentences(found), ElementsAre(lost));
-}
-
-TEST_F(Reconcile, AnInfoFileWithoutAnItemIsRemovedWhileTheFileStands) {
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("It had not reached the Trash; the file is where it was."));
-    EXPECT_FALSE(memory.item(info));
-    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
-}
-
-TEST_F(Reconcile, ASecondNameInTheTrashIsTakenAwayAgain) {
-    tree({"a = one"});
-    intend("/r/a", "", Kind::trash);
-    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
-    memory.hardLink(inTrash, "/r/a");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
-    EXPECT_EQ(memory.read("/r/a"), "one");
-    EXPECT_FALSE(memory.item(inTrash));
-    EXPECT_FALSE(memory.item(info));
-}
-
-TEST_F(Reconcile, AHardLinkThatWasInTheTrashBeforeStaysThere) {
-    tree({"a = one"});
-    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
-    memory.hardLink(inTrash, "/r/a");
-    intend("/r/a", "", Kind::trash);
-    EXPECT_THAT(sentences(reconcile()), ElementsAre("The file has another name in the Trash; left untouched."));
-    EXPECT_EQ(memory.read(inTrash), "one");
-}
-
-TEST_F(Reconcile, AFilePutBackTakesItsEntryAndItsInfoFileAway) {
-    tree({"a = one"});
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    intend(inTrash, "/r/a", Kind::restoreTrash, "one");
-    const std::string text = *memory.read(info);
-    ASSERT_TRUE(memory.move(Url::file(inTrash), Url::file("/r/a")));
-    memory.write(info, text);
-    const auto found = reconcile();
-    EXPECT_THAT(found.putBack, ElementsAre(inTrash));
-    EXPECT_THAT(sentences(found), ElementsAre("Put back."));
-    EXPECT_FALSE(memory.item(info));
-}
-
-TEST_F(Reconcile, AFileStillInTheTrashKeepsItsEntry) {
-    tree({"a = one"});
-    ASSERT_TRUE(memory.trash(Url::file("/r/a")));
-    intend(inTrash, "/r/a", Kind::restoreTrash, "one");
-    const auto found = reconcile();
-    EXPECT_THAT(found.putBack, IsEmpty());
-    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
-    EXPECT_TRUE(memory.item(info));
-}
-
-TEST_F(Reconcile, APutBackFromAPlaceThatIsNoTrashIsRefused) {
-    tree({"a = one"});
-    memory.write("/s/x", "one");
-    intend("/s/x", "/r/b", Kind::restoreTrash, "one");
-    EXPECT_THAT(sentences(reconcile()), ElementsAre("Path no longer within the authorized scope."));
 }
 
 // What can not be looked at or changed.
