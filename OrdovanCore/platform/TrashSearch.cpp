@@ -161,14 +161,13 @@ int search(const std::string& trash, const Places& places, std::vector<TrashedFi
         const std::string text = textOf(folder, entry->d_name);
         const std::string_view item = name.substr(0, name.size() - trashInfoSuffix.size());
         const Url there = Url::file(joined(joined(trash, "files"), item));
-        // Names reach the disk before contents do: after a power cut an item may stand beside an info file without a
-        // text. What it is, its identity has to tell.
-        if (text.empty() && isThere(there)) {
+        if (const auto place = originalPlace(info, text)) {
+            if (const Url* original = places.find(*place)) found.push_back({*original, Url::file(info), there});
+        } else if (isThere(there)) {
+            // Names and sizes reach the disk before contents do: after a power cut an item may stand beside an info
+            // file that is empty or all zeros. What the item is, its identity has to tell.
             for (const Url& original : places.thatMayBe(item)) found.push_back({original, Url::file(info), there});
         }
-        const auto place = originalPlace(info, text);
-        const Url* original = place ? places.find(*place) : nullptr;
-        if (original != nullptr) found.push_back({*original, Url::file(info), there});
     }
 }
 

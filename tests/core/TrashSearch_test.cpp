@@ -54,9 +54,14 @@ TEST_F(TrashSearch, OffersItemsWhoseInfoFilesLostTheirTextsByTheirNames) {
     ASSERT_TRUE(fs.trash(home.write("a.pdf", "one")));
     ASSERT_TRUE(fs.trash(home.write("sub/a.pdf", "two")));
     ASSERT_TRUE(fs.trash(home.write("b 7", "three")));
-    for (const char* item : {"a.pdf", "a 2.pdf", "b 7"}) {
-        std::filesystem::resize_file(home.path("data/Trash/info/" + std::string(item) + ".trashinfo"), 0);
-    }
+    const auto lose = [&](const std::string& item, std::size_t zerosLeft) {
+        const std::string info = home.path("data/Trash/info/" + item + ".trashinfo");
+        std::filesystem::resize_file(info, 0);
+        std::filesystem::resize_file(info, zerosLeft);
+    };
+    lose("a.pdf", 0);
+    lose("a 2.pdf", 80);  // its size was on the disk already
+    lose("b 7", 0);
     const std::string files = home.path("data/Trash/files/");
     EXPECT_THAT(items({home.url("a.pdf")}), ::testing::ElementsAre(files + "a 2.pdf", files + "a.pdf"));
     EXPECT_THAT(items({home.url("b 7")}), ::testing::ElementsAre(files + "b 7"));
