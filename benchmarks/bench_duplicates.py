@@ -91,11 +91,11 @@ def last_bytes(root):
 
 
 def last_byte_large(root):
-    """24 files of 32 MB that differ in their last byte only."""
+    """240 files of 4 MB that differ in their last byte only."""
     rng = random.Random(25)
-    pieces = [rng.randbytes(10 ** 6) for _ in range(32)]
+    pieces = [rng.randbytes(10 ** 6) for _ in range(4)]
     pieces[-1] = pieces[-1][:-1]
-    for i in range(24):
+    for i in range(240):
         write(root, spread(i), *pieces, bytes([i]))
     return []
 

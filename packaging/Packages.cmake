@@ -27,8 +27,8 @@ set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME ordovan)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SHLIBDEPS ON)
 # The desktop action that previews Downloads asks xdg-user-dir where that folder is.
-set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "hicolor-icon-theme, xdg-user-dirs")
-set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS qt6-wayland)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "hicolor-icon-theme, libssl3, xdg-user-dirs")
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_RECOMMENDS "qt6-translations-l10n, qt6-wayland")
 set(CPACK_DEBIAN_DESKTOP_PACKAGE_SUGGESTS ordovan-cli)
 set(CPACK_COMPONENT_DESKTOP_DESCRIPTION
 "careful folder organizing, with a preview and undo
@@ -42,6 +42,7 @@ them back. This is the window; the package ordovan-cli has the command line.")
 set(CPACK_DEBIAN_CLI_PACKAGE_NAME ordovan-cli)
 set(CPACK_DEBIAN_CLI_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_CLI_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_CLI_PACKAGE_DEPENDS "libssl3")
 set(CPACK_DEBIAN_CLI_PACKAGE_SUGGESTS "libnotify-bin, ordovan")
 set(CPACK_COMPONENT_CLI_DESCRIPTION
 "careful folder organizing, on the command line
@@ -54,7 +55,7 @@ together with the window of the package ordovan.")
 
 set(CPACK_DEBIAN_ENGINE_PACKAGE_NAME libordovancore-dev)
 set(CPACK_DEBIAN_ENGINE_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_ENGINE_PACKAGE_DEPENDS "libboost-json1.81-dev, libicu-dev (>= 72), libssl-dev (>= 3)")
+set(CPACK_DEBIAN_ENGINE_PACKAGE_DEPENDS "libboost-json1.81-dev, libicu-dev (>= 72), libssl3")
 set(CPACK_COMPONENT_ENGINE_DESCRIPTION
 "careful folder organizing (static library)
 The engine of ordovan+ for other programs: it scans a folder, plans where each

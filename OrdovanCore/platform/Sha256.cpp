@@ -2,55 +2,54 @@
 
 #include "OrdovanCore/Hex.h"
 
-#include <openssl/evp.h>
-
-#include <array>
+#include <algorithm>
 #include <cerrno>
+#include <string>
 
 namespace ordovan {
 
-namespace {
-
-/// Looking an algorithm up by name takes longer than hashing a small file, so it is done once and never undone.
-const EVP_MD* algorithm() {
-    static const EVP_MD* const fetched = ::EVP_MD_fetch(nullptr, "SHA256", nullptr);
-    return fetched;
-}
-
-struct FreeContext {
-    void operator()(EVP_MD_CTX* context) const { ::EVP_MD_CTX_free(context); }
-};
-
-}  // namespace
-
-struct Sha256::State {
-    std::unique_ptr<EVP_MD_CTX, FreeContext> context{::EVP_MD_CTX_new()};
-};
-
-Sha256::Sha256() : state_(std::make_unique<State>()) {}
-Sha256::~Sha256() = default;
-
 bool Sha256::begin() {
-    EVP_MD_CTX* const context = state_->context.get();
-    return context != nullptr && algorithm() != nullptr && ::EVP_DigestInit_ex2(context, algorithm(), nullptr) == 1;
-}
-
-bool Sha256::beginAt(const Sha256& other) {
-    EVP_MD_CTX* const context = state_->context.get();
-    return context != nullptr && ::EVP_MD_CTX_copy_ex(context, other.state_->context.get()) == 1;
+    if (!byInstructions_) return library_.begin();
+    state_ = sha256Start;
+    size_ = 0;
+    return true;
 }
 
 bool Sha256::add(const void* bytes, std::size_t size) {
-    return ::EVP_DigestUpdate(state_->context.get(), bytes, size) == 1;
+    if (!byInstructions_) return library_.add(bytes, size);
+    const auto* next = static_cast<const unsigned char*>(bytes);
+    const std::size_t held = size_ % sha256BlockSize;
+    size_ += size;
+    if (held > 0) {
+        const std::size_t some = std::min(size, sha256BlockSize - held);
+        std::copy_n(next, some, rest_.data() + held);
+        if (held + some < sha256BlockSize) return true;
+        compress(rest_.data(), 1);
+        next += some;
+        size -= some;
+    }
+    compress(next, size / sha256BlockSize);
+    std::copy_n(next + size - size % sha256BlockSize, size % sha256BlockSize, rest_.data());
+    return true;
 }
 
 std::string Sha256::finish() {
-    std::array<unsigned char, 32> digest{};
-    if (::EVP_DigestFinal_ex(state_->context.get(), digest.data(), nullptr) != 1) return {};
-    std::string text;
-    text.reserve(2 * digest.size());
-    for (const unsigned char byte : digest) appendHex(text, byte, 2);
-    return text;
+    if (!byInstructions_) {
+        const auto digest = library_.finish();
+        std::string text;
+        if (digest) {
+            for (const unsigned char byte : *digest) appendHex(text, byte, 2);
+        }
+        return text;
+    }
+    std::array<unsigned char, 2 * sha256BlockSize> end{};
+    compress(end.data(), endOfMessage({rest_.data(), size_ % sha256BlockSize}, size_, end.data()));
+    return hexadecimal(state_);
+}
+
+void Sha256::compress(const unsigned char* bytes, std::size_t blocks) {
+    Sha256State* const state = &state_;
+    ShaNi::compress(1, &state, &bytes, blocks);
 }
 
 OrdovanResult<std::string> sha256(std::string_view bytes) {

@@ -1,35 +1,39 @@
 #pragma once
 
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/platform/LibrarySha256.h"
+#include "OrdovanCore/platform/Sha256Blocks.h"
+#include "OrdovanCore/platform/ShaNi.h"
 
+#include <array>
 #include <cstddef>
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace ordovan {
 
-/// SHA-256 (FIPS 180-4) by the system's cryptography library, one digest after the other with one context: making a
-/// context costs more than hashing a small file. One object is not shared between threads.
+/// SHA-256 (FIPS 180-4) of one message after the other, by the processor's own instructions (see `ShaNi`); without them
+/// by the system's cryptography library. One object is not shared between threads.
 class Sha256 {
 public:
-    Sha256();
-    ~Sha256();
-    Sha256(const Sha256&) = delete;
-    Sha256& operator=(const Sha256&) = delete;
+    explicit Sha256(bool byInstructions = ShaNi::isAvailable()) : byInstructions_(byInstructions) {}
 
     /// Starts a digest; what was added before is forgotten. False when the library has no SHA-256 or no memory.
     [[nodiscard]] bool begin();
-    /// Starts where another digest is, which goes on by itself. False when there is no memory.
-    [[nodiscard]] bool beginAt(const Sha256& other);
-    /// Adds bytes to the digest begun.
+    /// Adds bytes to the digest begun. False when the library failed.
     [[nodiscard]] bool add(const void* bytes, std::size_t size);
     /// Ends the digest: 64 lower-case hexadecimal digits, or the empty text when the library failed.
     [[nodiscard]] std::string finish();
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    void compress(const unsigned char* bytes, std::size_t blocks);
+
+    bool byInstructions_;
+    Sha256State state_ = sha256Start;
+    std::uint64_t size_ = 0;
+    std::array<unsigned char, sha256BlockSize> rest_{};  ///< `size_` modulo its size bytes, not yet compressed
+    LibrarySha256 library_;
 };
 
 /// The digest of bytes in memory: 64 lower-case hexadecimal digits. Error: ENOTSUP without a working library.

@@ -1,39 +1,16 @@
 #include "OrdovanCore/platform/Sha256Streams.h"
 
-#include "OrdovanCore/Hex.h"
-
 #include <algorithm>
-#include <charconv>
-#include <cstring>
 
 namespace ordovan {
 
 namespace {
 
-constexpr std::size_t wordDigits = 8;
-
-/// The message's end as whole blocks: what does not fill a block, a one bit, zeros, and the length in bits
-/// (FIPS 180-4, section 5.1.1). Returns how many blocks.
-std::size_t padded(std::span<const char> rest, std::uint64_t messageSize, unsigned char* into) {
-    const std::size_t blocks = rest.size() + 1 + sizeof messageSize <= sha256BlockSize ? 1 : 2;
-    std::memset(into, 0, blocks * sha256BlockSize);
-    std::ranges::copy(rest, into);
-    into[rest.size()] = 0x80;
-    const std::uint64_t bits = messageSize * 8;
-    for (std::size_t i = 0; i < sizeof bits; ++i) {
-        into[blocks * sha256BlockSize - 1 - i] = static_cast<unsigned char>(bits >> (8 * i));
-    }
-    return blocks;
-}
-
-/// The state whose digits these are; false when there are too few.
-bool parse(std::string_view digits, Sha256State& state) {
-    if (digits.size() != wordDigits * state.size()) return false;
-    for (std::size_t i = 0; i < state.size(); ++i) {
-        const char* const word = digits.data() + wordDigits * i;
-        std::from_chars(word, word + wordDigits, state[i], 16);
-    }
-    return true;
+/// A digest in bytes as the words of a state, most significant byte first.
+Sha256State wordsOf(const std::array<unsigned char, 32>& digest) {
+    Sha256State words{};
+    for (std::size_t i = 0; i < digest.size(); ++i) words[i / 4] = words[i / 4] << 8 | digest[i];
+    return words;
 }
 
 }  // namespace
@@ -52,7 +29,8 @@ bool Sha256Streams::add(std::span<const Sha256Job> jobs) {
     for (std::size_t i = 0; i < jobs.size(); ++i) {
         if (!jobs[i].last) continue;
         const std::size_t rest = jobs[i].bytes.size() % sha256BlockSize;
-        const std::size_t blocks = padded(jobs[i].bytes.last(rest), jobs[i].prefix->size_, ends_[i].data());
+        const auto* const end = reinterpret_cast<const unsigned char*>(jobs[i].bytes.data()) + jobs[i].bytes.size();
+        const std::size_t blocks = endOfMessage({end - rest, rest}, jobs[i].prefix->size_, ends_[i].data());
         streams_.push_back({&jobs[i].prefix->state_, ends_[i].data(), blocks});
     }
     runStreams();
@@ -93,18 +71,13 @@ bool Sha256Streams::addByLibrary(const Sha256Job& job) {
     if (!begun || !scratch_.add(job.bytes.data(), job.bytes.size())) return false;
     prefix.library_.reset();
     if (!job.last) {
-        const auto after = std::make_shared<Sha256>();
+        const auto after = std::make_shared<LibrarySha256>();
         if (!after->beginAt(scratch_)) return false;
         prefix.library_ = after;
     }
-    return parse(scratch_.finish(), prefix.state_);
-}
-
-std::string hexadecimal(const Sha256State& digest) {
-    std::string text;
-    text.reserve(wordDigits * digest.size());
-    for (const std::uint32_t word : digest) appendHex(text, word, static_cast<int>(wordDigits));
-    return text;
+    const auto digest = scratch_.finish();
+    if (digest) prefix.state_ = wordsOf(*digest);
+    return digest.has_value();
 }
 
 }  // namespace ordovan

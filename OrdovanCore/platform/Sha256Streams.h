@@ -1,12 +1,12 @@
 #pragma once
 
-#include "OrdovanCore/platform/Sha256.h"
+#include "OrdovanCore/platform/LibrarySha256.h"
+#include "OrdovanCore/platform/Sha256Blocks.h"
 #include "OrdovanCore/platform/ShaNi.h"
 
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace ordovan {
@@ -23,7 +23,7 @@ private:
     friend class Sha256Streams;
     Sha256State state_ = sha256Start;
     std::uint64_t size_ = 0;
-    std::shared_ptr<const Sha256> library_;  // where the library does it; `state_` is the digest so far then
+    std::shared_ptr<const LibrarySha256> library_;  // where the library does it; `state_` is the digest so far then
 };
 
 /// More bytes of one message.
@@ -54,12 +54,9 @@ private:
     bool addByLibrary(const Sha256Job& job);
 
     bool byInstructions_;
-    Sha256 scratch_;
+    LibrarySha256 scratch_;
     std::vector<Stream> streams_;
     std::vector<std::array<unsigned char, 2 * sha256BlockSize>> ends_;
 };
-
-/// A digest as 64 lower-case hexadecimal digits.
-[[nodiscard]] std::string hexadecimal(const Sha256State& digest);
 
 }  // namespace ordovan

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,15 +23,42 @@ TEST(Sha256Digest, IsThatOfTheStandard) {
     EXPECT_EQ(sha256(std::string(1'000'000, 'a')), ofAMillionA);
 }
 
-TEST(Sha256Digest, DoesNotDependOnThePieces) {
-    Sha256 digest;
-    ASSERT_TRUE(digest.begin());
-    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(digest.add(std::string(1000, 'a').data(), 1000));
-    EXPECT_EQ(digest.finish(), ofAMillionA);
+/// By the library, and by the processor's own instructions where it has them.
+class EachWayToDigest : public ::testing::TestWithParam<bool> {
+protected:
+    void SetUp() override {
+        if (GetParam() && !ordovan::ShaNi::isAvailable()) GTEST_SKIP() << "this processor has no instructions for it";
+    }
+
+    Sha256 digest{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Of, EachWayToDigest, ::testing::Bool(),
+                         [](const auto& way) { return way.param ? "Instructions" : "Library"; });
+
+TEST_P(EachWayToDigest, DoesNotDependOnThePieces) {
+    const std::string bytes(1'000'000, 'a');
+    for (const std::size_t piece : {1U, 63U, 64U, 65U, 1000U, 4096U}) {
+        ASSERT_TRUE(digest.begin());
+        for (std::size_t at = 0; at < bytes.size(); at += piece) {
+            ASSERT_TRUE(digest.add(bytes.data() + at, std::min(piece, bytes.size() - at)));
+        }
+        EXPECT_EQ(digest.finish(), ofAMillionA) << piece;
+    }
 }
 
-TEST(Sha256Digest, StartsAfreshEachTime) {
-    Sha256 digest;
+TEST_P(EachWayToDigest, IsThatOfTheLibraryForEveryLength) {
+    Sha256 library(false);
+    std::string bytes;
+    for (int size = 0; size < 300; ++size) {
+        ASSERT_TRUE(digest.begin() && digest.add(bytes.data(), bytes.size()));
+        ASSERT_TRUE(library.begin() && library.add(bytes.data(), bytes.size()));
+        ASSERT_EQ(digest.finish(), library.finish()) << size;
+        bytes += static_cast<char>(size * 7);
+    }
+}
+
+TEST_P(EachWayToDigest, StartsAfreshEachTime) {
     ASSERT_TRUE(digest.begin());
     ASSERT_TRUE(digest.add("forgotten", 9));
     ASSERT_TRUE(digest.begin());
