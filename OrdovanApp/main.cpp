@@ -1,13 +1,13 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/SystemEnvironment.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/ContentView.h"
 #include "OrdovanApp/screens/OrdovanWindow.h"
 #include "OrdovanApp/screens/SingleInstance.h"
 #include "OrdovanApp/screens/StartOptions.h"
 #include "OrdovanApp/screens/SystemDesktop.h"
 #include "OrdovanApp/screens/TrayItem.h"
-#include "OrdovanApp/stores/SettingsFileStore.h"
 #include "OrdovanApp/theme/Glyph.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 #include "OrdovanCore/platform/Interrupts.h"
@@ -51,7 +51,6 @@ class Application {
 public:
     explicit Application(SingleInstance& instance)
         : instance_(instance),
-          values_(environment_.locations().settingsFile()),
           model_(environment_.ports(), {.loadsInBackground = true, .indexesPlans = true}),
           theme_(environment_.settings().theme()),
           desktop_([this] { return model_.rootURL(); }),
@@ -61,9 +60,11 @@ public:
                    .theme = theme_,
                    .commands = commands_,
                    .desktop = desktop_,
-                   .values = values_,
+                   .values = environment_.values(),
+                   .background = environment_.background(),
                    .documentation = QStringLiteral(ORDOVAN_DOCUMENTATION)},
                   Sections::screens()) {
+        environment_.storeInBackground();
         QObject::connect(&instance_, &SingleInstance::wished, &window_, [this](const SingleInstance::Wish& wish) {
             window_.bringForward(wish.activationToken);
             if (wish.folder) window_.previewFolder(*wish.folder);
@@ -100,7 +101,6 @@ private:
 
     SingleInstance& instance_;
     SystemEnvironment environment_;
-    ordovan::SettingsFileStore values_;
     TidyViewModel model_;
     ThemeEnvironment theme_;
     CommandCenter commands_;
@@ -113,6 +113,7 @@ private:
 int run(int& argc, char** argv, SingleInstance& instance, const std::optional<Url>& folder) {
     ordovan::interrupts::install();
     QApplication application(argc, argv);
+    const Language language(Language::wantedByEnvironment());
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Glyphs::application());
     Application ordovan(instance);

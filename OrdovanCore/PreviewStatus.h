@@ -22,6 +22,9 @@ public:
     static OrdovanPreviewStatus failed() { return {Case::failed, 0, 0}; }
 
     [[nodiscard]] Case kind() const noexcept { return kind_; }
+    /// How many files would move, and how many conflict; 0 unless the preview is ready.
+    [[nodiscard]] std::int64_t proposed() const noexcept { return proposed_; }
+    [[nodiscard]] std::int64_t needReview() const noexcept { return needReview_; }
     /// The short line of the window.
     [[nodiscard]] std::string pulseSummary() const;
     /// What a screen reader should say when this state is reached, if anything.

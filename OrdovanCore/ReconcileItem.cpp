@@ -46,7 +46,8 @@ Fingerprint noted(const OrdovanRunNote& note) {
 }
 
 std::string copyLies(const OrdovanRunNote& copy, bool isVerified) {
-    return std::string(isVerified ? "A verified" : "An unfinished") + " copy of it lies at " + copy.path.str() + ".";
+    const std::string what = isVerified ? "A verified copy of it lies at " : "An unfinished copy of it lies at ";
+    return what + copy.path.str() + ".";
 }
 
 bool isAbsence(const OrdovanSystemError& error) {

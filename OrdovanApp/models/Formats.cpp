@@ -1,7 +1,9 @@
 #include "OrdovanApp/models/Formats.h"
 
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanCore/Text.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QRegularExpression>
 
@@ -49,8 +51,14 @@ QLocale locale() {
 }
 
 QString byteSize(qint64 bytes) {
-    if (bytes < 1000) return counted(bytes, u"byte");
-    static constexpr std::array units = {u" KB", u" MB", u" GB", u" TB", u" PB", u" EB"};
+    if (bytes < 1000) {
+        return QCoreApplication::translate("Formats", "%1 bytes", nullptr, pluralOf(bytes)).arg(count(bytes));
+    }
+    static constexpr std::array units = {
+        QT_TRANSLATE_NOOP("Formats", "%1 KB"), QT_TRANSLATE_NOOP("Formats", "%1 MB"),
+        QT_TRANSLATE_NOOP("Formats", "%1 GB"), QT_TRANSLATE_NOOP("Formats", "%1 TB"),
+        QT_TRANSLATE_NOOP("Formats", "%1 PB"), QT_TRANSLATE_NOOP("Formats", "%1 EB"),
+    };
     double size = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;
     while (size >= 999.5) {
@@ -59,7 +67,8 @@ QString byteSize(qint64 bytes) {
     }
     const double tenths = std::round(size * 10);
     const bool decimal = tenths < 1000 && std::fmod(tenths, 10) != 0;
-    return locale().toString(size, 'f', decimal ? 1 : 0).append(QStringView(units[unit]));
+    const QString figure = locale().toString(size, 'f', decimal ? 1 : 0);
+    return QCoreApplication::translate("Formats", units.at(unit)).arg(figure);
 }
 
 QString count(qint64 number) {
@@ -73,7 +82,7 @@ QString counted(qint64 number, QStringView noun) {
 }
 
 QString files(qint64 number) {
-    return counted(number, u"file");
+    return QCoreApplication::translate("Formats", "%1 files", nullptr, pluralOf(number)).arg(count(number));
 }
 
 QString day(double epoch) {
@@ -100,6 +109,11 @@ QString dayOfWeek(double epoch, double nowEpoch) {
 QString time(double epoch) {
     const QDateTime time = localTime(epoch);
     return time.isValid() ? locale().toString(time.time(), QLocale::ShortFormat) : QString();
+}
+
+QString moment(double epoch) {
+    //: A day and a time of day
+    return QCoreApplication::translate("Formats", "%1, %2").arg(day(epoch), time(epoch));
 }
 
 QString text(std::string_view bytes) {

@@ -7,8 +7,8 @@
 
 #include <string_view>
 
-/// How single values look in the window: sizes, numbers, dates, names. In the user's language as far as numbers and
-/// dates go; "C" and "POSIX" stand for English. Main thread.
+/// How single values look in the window: sizes, numbers, dates, names. Numbers and dates by the user's locale, of which
+/// "C" and "POSIX" stand for English; words in the language of the texts. Main thread.
 namespace Formats {
 
 /// The locale of numbers and dates.
@@ -22,6 +22,7 @@ namespace Formats {
 
 /// "1 file", "1,204 files": `noun` with an "s" for every number but one.
 [[nodiscard]] QString counted(qint64 number, QStringView noun);
+/// The same, in the language of the texts.
 [[nodiscard]] QString files(qint64 number);
 
 /// The local day of an instant (seconds since 1970-01-01 00:00 UTC) with its month abbreviated: "12 Nov 2026". Empty
@@ -31,6 +32,8 @@ namespace Formats {
 [[nodiscard]] QString dayOfWeek(double epoch, double nowEpoch);
 /// The local time of day of an instant, in hours and minutes: "14:02".
 [[nodiscard]] QString time(double epoch);
+/// Both: "12 Nov 2026, 14:02".
+[[nodiscard]] QString moment(double epoch);
 
 /// Bytes of a file name or path as text that stays on one line and shows what it holds: what is not UTF-8 becomes
 /// U+FFFD, control characters their pictures (U+2400 and following), and characters that break the line or turn the

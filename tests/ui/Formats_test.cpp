@@ -1,5 +1,6 @@
 #include "OrdovanApp/models/Formats.h"
 
+#include "OrdovanApp/models/Language.h"
 #include "tests/support/QtTestMain.h"
 
 #include <ctime>
@@ -9,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// A language and a time zone for one test.
+/// A locale and a time zone for one test; texts are English.
 class Setting {
 public:
     explicit Setting(const QLocale& locale, const char* zone = "UTC") {
@@ -24,6 +25,9 @@ public:
     }
     Setting(const Setting&) = delete;
     Setting& operator=(const Setting&) = delete;
+
+private:
+    Language texts_{{}};
 };
 
 constexpr double november12th = 1'794'441'600;  // 2026-11-12 00:00 UTC
