@@ -160,10 +160,6 @@ void Banner::resizeEvent(QResizeEvent*) {
     if (detailsShown()) fitDetails();
 }
 
-void Banner::setClosable(bool closable) {
-    close_->setVisible(closable);
-}
-
 void Banner::recolour() {
     const QColor color = colorOf(kind_, theme_.colors());
     glyph_->setPixmap(Glyphs::pixmap(glyphOf(kind_), theme_.scaled(18), color, devicePixelRatioF()));

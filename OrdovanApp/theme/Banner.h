@@ -31,8 +31,6 @@ public:
     void setDetailsNoun(const QString& noun);
     [[nodiscard]] bool detailsShown() const;
     void setDetailsShown(bool shown);
-    /// Whether it can be closed by its user. Default: it can.
-    void setClosable(bool closable);
 
 Q_SIGNALS:
     /// The close button was pressed; the banner has hidden itself.

@@ -83,13 +83,11 @@ private:
 };
 
 BottomBar::BottomBar(const ThemeEnvironment& theme, QWidget* parent)
-    : QWidget(parent), summary_(new Summary(theme, this)), left_(new QHBoxLayout), right_(new QHBoxLayout) {
+    : QWidget(parent), summary_(new Summary(theme, this)), right_(new QHBoxLayout) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 14, 0, 18);
     layout->setSpacing(12);
-    left_->setSpacing(12);
     right_->setSpacing(8);
-    layout->addLayout(left_);
     layout->addWidget(summary_, 1);
     layout->addLayout(right_);
     setMinimumHeight(theme.scaled(34) + 32);
@@ -103,8 +101,4 @@ void BottomBar::setSummary(const QString& strong, const QString& rest) {
 
 void BottomBar::addButton(QPushButton* button) {
     right_->addWidget(button);
-}
-
-void BottomBar::addLeft(QWidget* widget) {
-    left_->addWidget(widget);
 }

@@ -18,13 +18,10 @@ public:
     void setSummary(const QString& strong, const QString& rest = {});
     /// Adds a button at the right end. Takes it.
     void addButton(QPushButton* button);
-    /// Adds any widget on the left, before the summary. Takes it.
-    void addLeft(QWidget* widget);
 
 private:
     class Summary;
 
     Summary* summary_;
-    QHBoxLayout* left_;
     QHBoxLayout* right_;
 };

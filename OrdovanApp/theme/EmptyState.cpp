@@ -48,28 +48,23 @@ public:
         update();
     }
     [[nodiscard]] bool dashed() const { return dashed_; }
-    void setHovering(bool hovering) {
-        hovering_ = hovering;
-        update();
-    }
 
 protected:
     void paintEvent(QPaintEvent*) override {
-        if (!dashed_ && !hovering_) return;
+        if (!dashed_) return;
         const ThemeColors& colors = theme_.colors();
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        QPen pen(hovering_ ? colors.accent : colors.control, hovering_ ? 2 : 1);
+        QPen pen(colors.control, 1);
         pen.setDashPattern({4, 4});
         painter.setPen(pen);
-        painter.setBrush(hovering_ ? colors.tint : colors.card);
+        painter.setBrush(colors.card);
         painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 16, 16);
     }
 
 private:
     const ThemeEnvironment& theme_;
     bool dashed_ = false;
-    bool hovering_ = false;
 };
 
 EmptyState::EmptyState(const ThemeEnvironment& theme, Glyph glyph, QWidget* parent)
@@ -163,10 +158,6 @@ void EmptyState::setFootnote(const QString& text) {
 void EmptyState::setDashed(bool dashed) {
     card_->setDashed(dashed);
     for (PointBox* box : points_->findChildren<PointBox*>()) box->setOnCard(dashed);
-}
-
-void EmptyState::setDropHovering(bool hovering) {
-    card_->setHovering(hovering);
 }
 
 void EmptyState::recolour() {

@@ -30,8 +30,6 @@ public:
     void setFootnote(const QString& text);
     /// Whether it is a drop card: a card with a dashed outline.
     void setDashed(bool dashed);
-    /// Whether something is held over it: the outline and the surface turn to the accent.
-    void setDropHovering(bool hovering);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -8,7 +8,7 @@
 #include <QPushButton>
 
 FilterField::FilterField(const ThemeEnvironment& theme, const QString& placeholder, QWidget* parent)
-    : QLineEdit(parent), theme_(theme), clear_(Buttons::glyphOnly(theme, Glyph::close, QStringLiteral("Clear"), this)) {
+    : QLineEdit(parent), theme_(theme), clear_(Buttons::glyphOnly(theme, Glyph::close, tr("Clear"), this)) {
     setProperty("role", QStringLiteral("filter"));
     setPlaceholderText(placeholder);
     setAccessibleName(placeholder);

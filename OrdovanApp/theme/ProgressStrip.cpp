@@ -144,10 +144,6 @@ void ProgressStrip::setBusy() {
     bar_->setBusy(true);
 }
 
-void ProgressStrip::setCancellable(bool cancellable) {
-    cancel_->setVisible(cancellable);
-}
-
 void ProgressStrip::reset() {
     cancel_->setEnabled(true);
     setDetail({});

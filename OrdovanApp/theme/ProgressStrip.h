@@ -21,8 +21,6 @@ public:
     void setProgress(qint64 done, qint64 total);
     /// How far is not known.
     void setBusy();
-    /// Whether it can be cancelled; without, there is no button. Default: it can.
-    void setCancellable(bool cancellable);
     /// Makes it ready for the next work: busy, no detail, "Cancel" enabled.
     void reset();
 

@@ -329,6 +329,11 @@ void send(RowsView& view, QAccessible::Event type, int row) {
     QAccessible::updateAccessibility(&event);
 }
 
+void sendState(QAccessibleInterface* of, QAccessible::State changed) {
+    QAccessibleStateChangeEvent event(of, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
 }  // namespace
 
 namespace RowsAccessibility {
@@ -354,17 +359,23 @@ void selectionChanged(RowsView& view, const QItemSelection& selected, const QIte
     }
 }
 
-void rowsChanged(RowsView& view, int first, int last) {
+void rowsChanged(RowsView& view, int first, int last, const QList<int>& roles) {
     if (!QAccessible::isActive()) return;
+    QAccessible::State checked, disabled;
+    checked.checked = true;
+    disabled.disabled = true;
     for (const int row : view.rowsInSight()) {
-        if (row < first || row > last) continue;
+        if (row < first || row > last || view.rows()->isHead(row)) continue;
+        QAccessibleInterface* shown = QAccessible::accessibleInterface(idOfRow(&view, row));
+        if (shown == nullptr) continue;
         const RowContent::Mark mark = view.rows()->content(row).mark;
-        if (mark != RowContent::Mark::tick && mark != RowContent::Mark::radio) continue;
-        QAccessible::State changed;
-        changed.checked = true;
-        QAccessibleStateChangeEvent event(&view, changed);
-        event.setChild(row);
-        QAccessible::updateAccessibility(&event);
+        const bool hasState = mark == RowContent::Mark::tick || mark == RowContent::Mark::radio;
+        if (hasState && (roles.isEmpty() || roles.contains(Qt::CheckStateRole))) sendState(shown, checked);
+        if (!roles.isEmpty()) continue;
+        if (hasState) sendState(shown, disabled);
+        for (int part = 0; part < shown->childCount(); ++part) {
+            if (shown->child(part)->role() == QAccessible::Button) sendState(shown->child(part), disabled);
+        }
     }
 }
 

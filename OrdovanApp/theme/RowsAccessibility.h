@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+
 class QItemSelection;
 class RowsView;
 
@@ -12,7 +14,7 @@ void install();
 /// These tell them what happened; where none listens they do nothing.
 void focusMoved(RowsView& view, int row);
 void selectionChanged(RowsView& view, const QItemSelection& selected, const QItemSelection& deselected);
-/// What rows show has changed, their marks perhaps.
-void rowsChanged(RowsView& view, int first, int last);
+/// What rows show has changed: where no roles are named, their marks perhaps and what can be done with them.
+void rowsChanged(RowsView& view, int first, int last, const QList<int>& roles);
 
 }  // namespace RowsAccessibility

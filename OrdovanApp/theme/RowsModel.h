@@ -41,10 +41,9 @@ struct RowContent {
     bool dimmed = false;           ///< quieter than its neighbours, still readable
     std::optional<Glyph> glyph{};  ///< the kind icon, on a surface of its colour; on a head a plain small icon
     QColor glyphColor{};
-    QString title{};   ///< also the accessible name
-    QString detail{};  ///< second line; on a head what stands on its right
-    QString count{};   ///< on a head: quietly behind the title
-    bool detailIsWarning = false;
+    QString title{};     ///< also the accessible name
+    QString detail{};    ///< second line; on a head what stands on its right
+    QString count{};     ///< on a head: quietly behind the title
     QList<Chip> tags{};  ///< small pills before the title
     std::optional<Chip> chip{};
     QStringList columns{};  ///< on the right, aligned right, one a column of the view

@@ -35,9 +35,7 @@ void RowsPainter::paint(QPainter& painter, const RowContent& content, const QRec
     const bool quietHead = head == Head::band || head == Head::outside;
     const QColor title = content.dimmed ? colors.faintText : quietHead ? colors.secondText : colors.text;
     paintText(painter, titleType(head), title, layout.title, content.title);
-    const QColor detail = content.detailIsWarning                ? colors.warning
-                          : content.dimmed || head == Head::card ? colors.faintText
-                                                                 : colors.secondText;
+    const QColor detail = content.dimmed || head == Head::card ? colors.faintText : colors.secondText;
     paintText(painter, detail_, detail, layout.detail, content.detail,
               head == Head::none ? Qt::AlignLeft : Qt::AlignRight);
     paintText(painter, strong_, colors.faintText, layout.count, content.count);

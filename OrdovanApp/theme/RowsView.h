@@ -60,7 +60,7 @@ public:
 
     /// The rows of which something is in sight, ascending; heads as well.
     [[nodiscard]] std::vector<int> rowsInSight() const;
-    /// What Return does: the row's first enabled action that may be triggered so, else `rowActivated`.
+    /// What Return does: the row's first enabled action that may be triggered so.
     void activate(int row);
     /// Whether `activate` would do anything.
     [[nodiscard]] bool canActivate(int row) const;
@@ -75,10 +75,6 @@ public:
 
 Q_SIGNALS:
     void actionTriggered(int row, int actionId);
-    /// A row (no head) was activated where it has no action: double click or Return.
-    void rowActivated(int row);
-    /// Space on a row without a mark: quick look.
-    void quickLookRequested(int row);
     /// Row `from` is to stand before row `before` (as it is numbered now).
     void moveRequested(int from, int before);
 

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QHelpEvent>
 #include <QMenu>
-#include <QMetaMethod>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -164,18 +163,11 @@ QString RowsView::toolTipAt(const QPoint& point) const {
 void RowsView::activate(int row) {
     if (row < 0 || row >= geometry_.rowCount() || rows()->isHead(row)) return;
     const RowContent content = rows()->content(row);
-    if (const RowAction* action = actionToActivate(content)) {
-        Q_EMIT actionTriggered(row, action->id);
-    } else if (content.actions.isEmpty()) {
-        Q_EMIT rowActivated(row);
-    }
+    if (const RowAction* action = actionToActivate(content)) Q_EMIT actionTriggered(row, action->id);
 }
 
 bool RowsView::canActivate(int row) const {
-    if (rows()->isHead(row)) return false;
-    const RowContent content = rows()->content(row);
-    if (!content.actions.isEmpty()) return actionToActivate(content) != nullptr;
-    return isSignalConnected(QMetaMethod::fromSignal(&RowsView::rowActivated));
+    return !rows()->isHead(row) && actionToActivate(rows()->content(row)) != nullptr;
 }
 
 void RowsView::contextMenuEvent(QContextMenuEvent* event) {
@@ -269,11 +261,8 @@ bool RowsView::toggleSelection() {
     const int row = currentIndex().row();
     if (row < 0) return false;
     const RowContent::Mark mark = rows()->content(row).mark;
-    if (mark == RowContent::Mark::tick || mark == RowContent::Mark::radio) {
-        rows()->toggle(row);
-    } else {
-        Q_EMIT quickLookRequested(row);
-    }
+    if (mark != RowContent::Mark::tick && mark != RowContent::Mark::radio) return false;
+    rows()->toggle(row);
     return true;
 }
 
@@ -427,5 +416,5 @@ void RowsView::selectionChanged(const QItemSelection& selected, const QItemSelec
 
 void RowsView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
     QAbstractItemView::dataChanged(first, last, roles);
-    RowsAccessibility::rowsChanged(*this, first.row(), last.row());
+    RowsAccessibility::rowsChanged(*this, first.row(), last.row(), roles);
 }

@@ -86,7 +86,7 @@ private:
 };
 
 Segments::Segments(const ThemeEnvironment& theme, QWidget* parent)
-    : QWidget(parent), theme_(theme), more_(Buttons::quiet(u"More"_s, this)), menu_(new QMenu(this)) {
+    : QWidget(parent), theme_(theme), more_(Buttons::quiet(tr("More"), this)), menu_(new QMenu(this)) {
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     setAccessibleRole(this, QAccessible::Grouping);
     more_->setObjectName(u"moreSegments"_s);
@@ -168,7 +168,7 @@ void Segments::place() {
     const auto menuWidth = [&](const QString& text) {
         return std::min(widestMenuText, metrics.horizontalAdvance(text)) + theme_.scaled(52);
     };
-    const int widestMenu = std::max(menuWidth(u"More"_s), menuWidth(chosen));
+    const int widestMenu = std::max(menuWidth(tr("More")), menuWidth(chosen));
     if (widthOf(count) > width()) {
         while (shown_ > 0 && widthOf(shown_) + widestMenu > width()) --shown_;
     }
@@ -184,11 +184,11 @@ void Segments::place() {
     const bool overflow = shown_ < count;
     more_->setVisible(overflow);
     const bool inMenu = overflow && current_ >= shown_;
-    used_ = overflow ? std::min(width(), x + menuWidth(inMenu ? chosen : u"More"_s)) : x;
+    used_ = overflow ? std::min(width(), x + menuWidth(inMenu ? chosen : tr("More"))) : x;
     update();
     if (!overflow) return;
     more_->setGeometry(x + 1, 1, std::max(0, used_ - x - 2), height() - 2);
-    const QString text = inMenu ? metrics.elidedText(chosen, Qt::ElideRight, widestMenuText) : u"More"_s;
+    const QString text = inMenu ? metrics.elidedText(chosen, Qt::ElideRight, widestMenuText) : tr("More");
     more_->setText(QString(text).replace(u'&', u"&&"_s));
     more_->setAccessibleName(inMenu ? chosen : text);
     if (more_->property("chosen").toBool() != inMenu) {

@@ -153,11 +153,6 @@ void Sheet::open() {
     QAccessible::updateAccessibility(&shown);
 }
 
-bool Sheet::isOpenIn(const QWidget* window) {
-    const QList<Sheet*> sheets = window->window()->findChildren<Sheet*>();
-    return std::ranges::any_of(sheets, [](const Sheet* sheet) { return !sheet->isHidden(); });
-}
-
 void Sheet::fadeIn() {
     fade_->stop();
     shown_ = 1;

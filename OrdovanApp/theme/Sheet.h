@@ -33,8 +33,6 @@ public:
 
     [[nodiscard]] QPushButton* confirmButton() const { return confirm_; }
     [[nodiscard]] QPushButton* cancelButton() const { return cancel_; }
-    /// Whether a sheet is open in a window: commands wait while it is.
-    [[nodiscard]] static bool isOpenIn(const QWidget* window);
 
 Q_SIGNALS:
     void confirmed();

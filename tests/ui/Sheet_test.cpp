@@ -71,9 +71,9 @@ TEST_F(SheetTest, IsADialogNamedByItsTitle) {
 }
 
 TEST_F(SheetTest, CoversItsHostAndFollowsItsSize) {
-    EXPECT_FALSE(Sheet::isOpenIn(window.get()));
+    EXPECT_FALSE(sheet->isVisible());
     sheet->open();
-    EXPECT_TRUE(Sheet::isOpenIn(window.get()));
+    EXPECT_TRUE(sheet->isVisible());
     EXPECT_EQ(sheet->geometry(), window->rect());
     window->resize(900, 500);
     EXPECT_EQ(sheet->geometry(), window->rect());

@@ -234,17 +234,6 @@ TEST_F(SmallWidgets, AnEmptyStateShowsWhatItIsGiven) {
     for (const QLabel* label : state.findChildren<QLabel*>()) EXPECT_NE(label->text(), u"See"_s);
 }
 
-TEST_F(SmallWidgets, AnEmptyStateShowsThatSomethingIsHeldOverIt) {
-    EmptyState state(*theme, Glyph::drop);
-    state.setDashed(true);
-    state.resize(700, 500);
-    const QImage still = state.grab().toImage();
-    state.setDropHovering(true);
-    EXPECT_NE(state.grab().toImage(), still);
-    state.setDropHovering(false);
-    EXPECT_EQ(state.grab().toImage(), still);
-}
-
 // ProgressStrip
 
 TEST_F(SmallWidgets, AProgressStripShowsItsShareAtAnySize) {
