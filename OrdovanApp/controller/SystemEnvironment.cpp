@@ -1,5 +1,6 @@
 #include "OrdovanApp/controller/SystemEnvironment.h"
 
+#include "OrdovanApp/controller/SerialTasks.h"
 #include "OrdovanApp/controller/ThreadTaskRunner.h"
 #include "OrdovanApp/stores/SettingsFileStore.h"
 #include "OrdovanCore/FolderCleanup.h"
@@ -73,6 +74,7 @@ struct SystemEnvironment::State {
     ordovan::RunRecordStore runRecords{records, locations};
     ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); },
                                               OrdovanProposalPlanner::resolveExisting};
+    ordovan::SerialTasks changes{tasks};
     ordovan::ThreadTaskRunner tasks;
 };
 
@@ -89,6 +91,7 @@ TidyPorts SystemEnvironment::ports() {
             .hashAhead =
                 [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
                     ordovan::HashAheadFileSystem::Options options;
+                    options.root = ordovan::RunFileSystem::rootOf(fs);
                     options.mayRead = std::move(mayRead);
                     options.vouch = ordovan::RunFileSystem::voucher(fs);
                     return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
@@ -121,6 +124,21 @@ TidyPorts SystemEnvironment::ports() {
                               },
                           .syncFoldersOf = ordovan::syncFoldersOf,
                           .keepsIdentities = ordovan::keepsIdentities}};
+}
+
+void SystemEnvironment::storeInBackground() {
+    state_->settings.storeThrough(background());
+    state_->rules.storeThrough(background());
+}
+
+ordovan::BackgroundWork SystemEnvironment::background() {
+    return [changes = &state_->changes](ordovan::TaskRunner::Call work, ordovan::TaskRunner::Call done) {
+        changes->run(std::move(work), std::move(done));
+    };
+}
+
+ordovan::KeyValueStore& SystemEnvironment::values() {
+    return state_->values;
 }
 
 AppSettings& SystemEnvironment::settings() {

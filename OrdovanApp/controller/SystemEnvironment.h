@@ -20,6 +20,14 @@ public:
     SystemEnvironment& operator=(const SystemEnvironment&) = delete;
 
     [[nodiscard]] TidyPorts ports();
+    /// From now on changes of the settings, and those of the rules with a `done`, are stored through `background`. For
+    /// a front end whose thread must not wait.
+    void storeInBackground();
+    /// Does one thing after the other on another thread; what it was given is done before the environment is gone.
+    [[nodiscard]] ordovan::BackgroundWork background();
+    /// Where settings and rules are stored.
+    [[nodiscard]] ordovan::KeyValueStore& values();
+
     [[nodiscard]] AppSettings& settings();
     [[nodiscard]] RuleStore& rules();
     [[nodiscard]] const ordovan::StorageLocations& locations() const;

@@ -136,10 +136,10 @@ RowContent RulesModel::content(int row) const {
     return content;
 }
 
-bool RulesModel::move(int row, int before) {
-    return store_.move({position(row)}, position(before));
+void RulesModel::move(int row, int before, std::function<void(bool isDone)> done) {
+    store_.move({position(row)}, position(before), std::move(done));
 }
 
-bool RulesModel::remove(int row) {
-    return store_.remove({position(row)});
+void RulesModel::remove(int row, std::function<void(bool isDone)> done) {
+    store_.remove({position(row)}, std::move(done));
 }

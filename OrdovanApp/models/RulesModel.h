@@ -4,6 +4,7 @@
 #include "OrdovanCore/Rules.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -28,10 +29,10 @@ public:
     [[nodiscard]] RowContent content(int row) const override;
     [[nodiscard]] QString title(int row) const override;
 
-    /// Moves a row before another, as they are numbered now. False when that could not be stored.
-    bool move(int row, int before);
-    /// Deletes the rule of a row. False when that could not be stored.
-    bool remove(int row);
+    /// Moves a row before another, as they are numbered now. `done` hears soon whether that could be stored.
+    void move(int row, int before, std::function<void(bool isDone)> done);
+    /// Deletes the rule of a row. `done` hears soon whether that could be stored.
+    void remove(int row, std::function<void(bool isDone)> done);
     /// Files of the preview that a row's rule would take; nothing while the chosen folder has no preview.
     [[nodiscard]] std::optional<int> matches(int row) const;
 

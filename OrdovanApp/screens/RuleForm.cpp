@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -75,18 +76,32 @@ QPushButton* RuleForm::makeFolderMenu() {
     return button;
 }
 
+/// A rule at a time: pressing Return twice does not add it twice.
 void RuleForm::add() {
-    const bool hasExtensions = BuiltInTypesModel::unknownIn(extensions_->text()).has_value();
-    const auto error = context_.rules.add(extensions_->text().toStdString(), folder_->text().toStdString());
-    if (error) {
-        showMessage(Message::error, Formats::text(*error));
+    if (isAdding_) return;
+    isAdding_ = true;
+    const QString extensions = extensions_->text();
+    const QString folder = folder_->text();
+    context_.rules.add(extensions.toStdString(), folder.toStdString(),
+                       [self = QPointer(this), extensions, folder](const std::optional<std::string>& refusal) {
+                           if (self) self->finishAdding(extensions, folder, refusal);
+                       });
+}
+
+void RuleForm::finishAdding(const QString& extensions, const QString& folder,
+                            const std::optional<std::string>& refusal) {
+    isAdding_ = false;
+    if (refusal) {
+        const bool hasExtensions = BuiltInTypesModel::unknownIn(extensions).has_value();
+        showMessage(Message::error, Formats::text(*refusal));
         (hasExtensions ? folder_ : extensions_)->setFocus();
         context_.announcer.say(message_->text());
         return;
     }
-    context_.announcer.say(u"Rule added: files of the type %1 go to %2."_s.arg(extensions_->text(), folder_->text()));
-    extensions_->clear();
-    folder_->clear();
+    context_.announcer.say(u"Rule added: files of the type %1 go to %2."_s.arg(extensions, folder));
+    // What was typed while it was stored is the beginning of the next one.
+    if (extensions_->text() == extensions) extensions_->clear();
+    if (folder_->text() == folder) folder_->clear();
     extensions_->setFocus();
     Q_EMIT added();
 }

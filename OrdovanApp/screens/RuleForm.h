@@ -4,6 +4,9 @@
 
 #include <QWidget>
 
+#include <optional>
+#include <string>
+
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -28,6 +31,7 @@ private:
     QLineEdit* makeField(const QString& placeholder, const QString& name);
     QPushButton* makeFolderMenu();
     void add();
+    void finishAdding(const QString& extensions, const QString& folder, const std::optional<std::string>& refusal);
     void followText();
     void showMessage(Message kind, const QString& text);
     void recolour();
@@ -38,4 +42,5 @@ private:
     QPushButton* add_;
     QLabel* message_;
     Message kind_ = Message::none;
+    bool isAdding_ = false;
 };

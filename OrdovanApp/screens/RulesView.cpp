@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -164,17 +165,27 @@ void RulesView::showTypesOrNothing() {
 }
 
 void RulesView::moveRule(int row, int before) {
-    const QString rule = model_.title(row);
-    if (!model_.move(row, before)) return tellProblem(u"The rules couldn't be put in another order."_s);
+    const int position = before > row ? before - 1 : before;
+    model_.move(row, before, [self = QPointer(this), rule = model_.title(row), position](bool isDone) {
+        if (self) self->tellMoved(rule, position, isDone);
+    });
+}
+
+void RulesView::tellMoved(const QString& rule, int position, bool isDone) {
+    if (!isDone) return tellProblem(u"The rules couldn't be put in another order."_s);
     problem_->hide();
-    const int now = before > row ? before - 1 : before;
-    context_.announcer.say(u"%1 is now rule %2 of %3."_s.arg(rule).arg(now).arg(model_.rowCount() - 1));
+    context_.announcer.say(u"%1 is now rule %2 of %3."_s.arg(rule).arg(position).arg(model_.rowCount() - 1));
+}
+
+void RulesView::removeRule(int row) {
+    model_.remove(row, [self = QPointer(this), rule = model_.title(row), row](bool isDone) {
+        if (self) self->tellRemoved(rule, row, isDone);
+    });
 }
 
 /// The rule that takes the deleted one's place becomes the current one.
-void RulesView::removeRule(int row) {
-    const QString rule = model_.title(row);
-    if (!model_.remove(row)) return tellProblem(u"The rule couldn't be deleted."_s);
+void RulesView::tellRemoved(const QString& rule, int row, bool isDone) {
+    if (!isDone) return tellProblem(u"The rule couldn't be deleted."_s);
     problem_->hide();
     const int next = std::min(row, model_.rowCount() - 1);
     if (next > 0)

@@ -33,6 +33,8 @@ private:
     void showTypesOrNothing();
     void moveRule(int row, int before);
     void removeRule(int row);
+    void tellMoved(const QString& rule, int position, bool isDone);
+    void tellRemoved(const QString& rule, int row, bool isDone);
     void tellProblem(const QString& text);
 
     AppContext context_;

@@ -49,6 +49,7 @@ SettingsView::SettingsView(const AppContext& context, QWidget* parent)
     setWindowTitle(u"Settings"_s);
     warning_->setText(u"This setting couldn't be saved. It holds until you quit ordovan+."_s);
     warning_->hide();
+    connect(&context.settings, &AppSettings::saved, warning_, &QWidget::setHidden);
 
     auto* header = new ScreenHeader(context.theme, u"Settings"_s, this);
     header->setLede(u"Settings only change the preview. Nothing moves until you choose Organize."_s);
@@ -83,8 +84,7 @@ QWidget* SettingsView::makeOrganizing() {
     QCheckBox* byMonth = addToggle(layout, u"setting-groupByMonth"_s, u"Group files by month"_s,
                                    u"Files go into a dated folder, for example "_s + folder + u"/Images/2026-10."_s);
     byMonth->setChecked(settings->groupByMonth());
-    connect(byMonth, &QCheckBox::toggled, this,
-            [this, settings](bool on) { warnUnless(settings->setGroupByMonth(on)); });
+    connect(byMonth, &QCheckBox::toggled, settings, &AppSettings::setGroupByMonth);
     connect(settings, &AppSettings::groupByMonthChanged, byMonth,
             [byMonth, settings] { byMonth->setChecked(settings->groupByMonth()); });
 
@@ -92,8 +92,7 @@ QWidget* SettingsView::makeOrganizing() {
     QCheckBox* hidden = addToggle(layout, u"setting-includeHidden"_s, u"Include hidden files"_s,
                                   u"Hidden files (names starting with a dot) are left out by default."_s);
     hidden->setChecked(settings->includeHidden());
-    connect(hidden, &QCheckBox::toggled, this,
-            [this, settings](bool on) { warnUnless(settings->setIncludeHidden(on)); });
+    connect(hidden, &QCheckBox::toggled, settings, &AppSettings::setIncludeHidden);
     connect(settings, &AppSettings::includeHiddenChanged, hidden,
             [hidden, settings] { hidden->setChecked(settings->includeHidden()); });
     return card;
@@ -122,17 +121,13 @@ QWidget* SettingsView::makeThemes() {
         auto* choice = new ThemeChoice(context_.theme, theme, card);
         choice->setChecked(settings->theme() == theme);
         layout->addWidget(choice, 1);
-        connect(choice, &ThemeChoice::toggled, this, [this, settings, theme](bool on) {
-            if (on) warnUnless(settings->setTheme(theme));
+        connect(choice, &ThemeChoice::toggled, settings, [settings, theme](bool on) {
+            if (on) settings->setTheme(theme);
         });
         connect(settings, &AppSettings::themeChanged, choice,
                 [choice, settings, theme] { choice->setChecked(settings->theme() == theme); });
     }
     return card;
-}
-
-void SettingsView::warnUnless(bool stored) {
-    warning_->setVisible(!stored);
 }
 
 void SettingsView::keyPressEvent(QKeyEvent* event) {

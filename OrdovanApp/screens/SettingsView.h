@@ -24,7 +24,6 @@ private:
     [[nodiscard]] QWidget* makeOrganizing();
     [[nodiscard]] QWidget* makeThemes();
     QCheckBox* addToggle(QVBoxLayout* layout, const QString& name, const QString& text, const QString& help);
-    void warnUnless(bool stored);
 
     AppContext context_;
     Banner* warning_;

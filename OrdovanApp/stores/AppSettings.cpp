@@ -1,6 +1,9 @@
 #include "OrdovanApp/stores/AppSettings.h"
 
-#include <QString>
+#include <QPointer>
+
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -29,10 +32,28 @@ AppSettings::AppSettings(ordovan::KeyValueStore& store, QObject* parent)
       includeHidden_(boolean(store.value(key("includeHidden")))),
       theme_(::theme(store.value(key("theme")))) {}
 
+void AppSettings::storeThrough(ordovan::BackgroundWork work) {
+    background_ = std::move(work);
+}
+
+bool AppSettings::store(const QString& key, const QVariant& value) {
+    if (!background_) {
+        const bool isSaved = store_.setValue(key, value);
+        Q_EMIT saved(isSaved);
+        return isSaved;
+    }
+    auto isSaved = std::make_shared<bool>(false);
+    background_([&store = store_, key, value, isSaved] { *isSaved = store.setValue(key, value); },
+                [self = QPointer(this), isSaved] {
+                    if (self) Q_EMIT self->saved(*isSaved);
+                });
+    return true;
+}
+
 bool AppSettings::setGroupByMonth(bool on) {
     if (on == groupByMonth_) return true;
     groupByMonth_ = on;
-    const bool stored = store_.setValue(key("groupByMonth"), on);
+    const bool stored = store(key("groupByMonth"), on);
     Q_EMIT groupByMonthChanged();
     return stored;
 }
@@ -40,7 +61,7 @@ bool AppSettings::setGroupByMonth(bool on) {
 bool AppSettings::setIncludeHidden(bool on) {
     if (on == includeHidden_) return true;
     includeHidden_ = on;
-    const bool stored = store_.setValue(key("includeHidden"), on);
+    const bool stored = store(key("includeHidden"), on);
     Q_EMIT includeHiddenChanged();
     return stored;
 }
@@ -49,8 +70,7 @@ bool AppSettings::setTheme(AppTheme theme) {
     if (theme == theme_) return true;
     theme_ = theme;
     const std::string_view name = rawValue(theme);
-    const bool stored =
-        store_.setValue(key("theme"), QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+    const bool stored = store(key("theme"), QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
     Q_EMIT themeChanged();
     return stored;
 }

@@ -1,8 +1,10 @@
 #include "OrdovanApp/stores/RuleStore.h"
 
 #include <QByteArray>
+#include <QPointer>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -72,58 +74,115 @@ std::vector<OrdovanRule> takeOut(std::vector<OrdovanRule>& rules, const std::set
 RuleStore::RuleStore(ordovan::KeyValueStore& store, QObject* parent)
     : QObject(parent), store_(store), ruleSet_(decoded(store.value(key())).set) {}
 
-std::optional<std::string> RuleStore::add(std::string_view extensions, std::string_view folderName) {
-    std::optional<std::string> refusal;
-    const bool stored = change([&](OrdovanRuleSet& set) {
-        if (set.rules.size() >= OrdovanRuleSet::maxRules) {
-            refusal = "You can have up to " + std::to_string(OrdovanRuleSet::maxRules) + " rules.";
-            return;
-        }
-        auto rule = OrdovanRuleSet::make(extensions, folderName, ordovan::Uuid::random());
-        if (rule) {
-            set.rules.push_back(std::move(*rule));
-        } else {
-            refusal = rule.error().message();
-        }
-    });
-    if (!stored) return std::string(notAdded);
-    return refusal;
+void RuleStore::storeThrough(ordovan::BackgroundWork work) {
+    background_ = std::move(work);
 }
 
-bool RuleStore::remove(const std::set<std::size_t>& positions) {
-    return change([&](OrdovanRuleSet& set) { takeOut(set.rules, positionsIn(set, ruleSet_, positions)); });
+// The changes. They are made where and when the rules are stored, so they hold all that they need.
+
+namespace {
+
+std::optional<std::string> append(OrdovanRuleSet& set, std::string_view extensions, std::string_view folderName) {
+    if (set.rules.size() >= OrdovanRuleSet::maxRules) {
+        return "You can have up to " + std::to_string(OrdovanRuleSet::maxRules) + " rules.";
+    }
+    auto rule = OrdovanRuleSet::make(extensions, folderName, ordovan::Uuid::random());
+    if (!rule) return rule.error().message();
+    set.rules.push_back(std::move(*rule));
+    return std::nullopt;
 }
 
-bool RuleStore::move(const std::set<std::size_t>& positions, std::size_t target) {
-    return change([&](OrdovanRuleSet& set) {
-        const std::set<std::size_t> moving = positionsIn(set, ruleSet_, positions);
-        const std::set<std::size_t> before = positionsIn(set, ruleSet_, {target});
+}  // namespace
+
+RuleStore::Edit RuleStore::removal(const std::set<std::size_t>& positions) const {
+    return [seen = ruleSet_, positions](OrdovanRuleSet& set) {
+        takeOut(set.rules, positionsIn(set, seen, positions));
+        return std::nullopt;
+    };
+}
+
+RuleStore::Edit RuleStore::relocation(const std::set<std::size_t>& positions, std::size_t target) const {
+    return [seen = ruleSet_, positions, target](OrdovanRuleSet& set) {
+        const std::set<std::size_t> moving = positionsIn(set, seen, positions);
+        const std::set<std::size_t> before = positionsIn(set, seen, {target});
         const std::size_t end = before.empty() ? set.rules.size() : *before.begin();
         const auto movingFromBefore = std::distance(moving.begin(), moving.lower_bound(end));
         std::vector<OrdovanRule> taken = takeOut(set.rules, moving);
         set.rules.insert(set.rules.begin() + (static_cast<std::ptrdiff_t>(end) - movingFromBefore),
                          std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
-    });
+        return std::nullopt;
+    };
 }
 
-/// Makes one change to the stored rules and adopts the outcome. False when it could not be stored.
-bool RuleStore::change(const std::function<void(OrdovanRuleSet&)>& edit) {
-    OrdovanRuleSet after;
-    const bool stored = store_.update([&](ordovan::KeyValueStore::Values& values) {
+std::optional<std::string> RuleStore::add(std::string_view extensions, std::string_view folderName) {
+    const Outcome outcome = change([&](OrdovanRuleSet& set) { return append(set, extensions, folderName); });
+    return outcome.isStored ? outcome.refusal : std::string(notAdded);
+}
+
+void RuleStore::add(std::string_view extensions, std::string_view folderName,
+                    std::function<void(std::optional<std::string> refusal)> done) {
+    change([extensions = std::string(extensions),
+            folderName = std::string(folderName)](OrdovanRuleSet& set) { return append(set, extensions, folderName); },
+           [done = std::move(done)](const Outcome& outcome) {
+               done(outcome.isStored ? outcome.refusal : std::string(notAdded));
+           });
+}
+
+bool RuleStore::remove(const std::set<std::size_t>& positions) {
+    return change(removal(positions)).isStored;
+}
+
+void RuleStore::remove(const std::set<std::size_t>& positions, std::function<void(bool isDone)> done) {
+    change(removal(positions), [done = std::move(done)](const Outcome& outcome) { done(outcome.isStored); });
+}
+
+bool RuleStore::move(const std::set<std::size_t>& positions, std::size_t target) {
+    return change(relocation(positions, target)).isStored;
+}
+
+void RuleStore::move(const std::set<std::size_t>& positions, std::size_t target,
+                     std::function<void(bool isDone)> done) {
+    change(relocation(positions, target), [done = std::move(done)](const Outcome& outcome) { done(outcome.isStored); });
+}
+
+// Storing them.
+
+/// Makes one change to the stored rules. As thread-safe as the store.
+RuleStore::Outcome RuleStore::change(ordovan::KeyValueStore& store, const Edit& edit) {
+    Outcome outcome;
+    outcome.isStored = store.update([&](ordovan::KeyValueStore::Values& values) {
         const auto document = values.find(key());
         const bool isThere = document != values.end();
         const Decoded before = isThere ? decoded(document->second) : Decoded();
-        after = before.set;
-        edit(after);
-        if (after == before.set) return;
+        outcome.rules = before.set;
+        outcome.refusal = edit(outcome.rules);
+        if (outcome.rules == before.set) return;
         if (!before.isWhole) keepAside(values, document->second);
-        const std::string encoded = after.encoded();
+        const std::string encoded = outcome.rules.encoded();
         values.insert_or_assign(key(), QByteArray(encoded.data(), static_cast<qsizetype>(encoded.size())));
     });
-    if (!stored) return false;
-    if (after != ruleSet_) {
-        ruleSet_ = std::move(after);
-        Q_EMIT ruleSetChanged();
-    }
-    return true;
+    return outcome;
+}
+
+RuleStore::Outcome RuleStore::change(const Edit& edit) {
+    Outcome outcome = change(store_, edit);
+    adopt(outcome);
+    return outcome;
+}
+
+void RuleStore::change(Edit edit, std::function<void(const Outcome&)> done) {
+    if (!background_) return done(change(edit));
+    auto outcome = std::make_shared<Outcome>();
+    background_([&store = store_, edit = std::move(edit), outcome] { *outcome = change(store, edit); },
+                [self = QPointer(this), done = std::move(done), outcome] {
+                    if (!self) return;
+                    self->adopt(*outcome);
+                    done(*outcome);
+                });
+}
+
+void RuleStore::adopt(const Outcome& outcome) {
+    if (!outcome.isStored || outcome.rules == ruleSet_) return;
+    ruleSet_ = outcome.rules;
+    Q_EMIT ruleSetChanged();
 }

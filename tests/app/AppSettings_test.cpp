@@ -4,8 +4,10 @@
 
 #include <QObject>
 
+#include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 using ordovan::MemoryKeyValueStore;
 
@@ -36,6 +38,27 @@ protected:
     }
     CountingStore values;
 };
+
+TEST_F(AppSettingsTest, HoldAtOnceWhatIsStoredInTheBackground) {
+    AppSettings settings(values);
+    std::vector<std::function<void()>> waiting;
+    settings.storeThrough([&](const auto& work, const auto& done) { waiting.insert(waiting.end(), {work, done}); });
+    std::vector<bool> saved;
+    QObject::connect(&settings, &AppSettings::saved, [&](bool isSaved) { saved.push_back(isSaved); });
+    EXPECT_TRUE(settings.setGroupByMonth(true));
+    EXPECT_TRUE(settings.setTheme(AppTheme::candy));
+    EXPECT_TRUE(settings.groupByMonth());
+    EXPECT_EQ(values.writes, 0);
+    EXPECT_EQ(waiting.size(), 4U);
+    for (const auto& call : waiting) {
+        call();
+        values.refuses = true;  // all but the first
+    }
+    EXPECT_EQ(saved, (std::vector{true, false}));
+    EXPECT_EQ(stored("groupByMonth"), QVariant(true));
+    EXPECT_EQ(stored("theme"), QVariant());
+    EXPECT_EQ(settings.theme(), AppTheme::candy);
+}
 
 TEST_F(AppSettingsTest, BeginWithTheirDefaults) {
     const AppSettings settings(values);

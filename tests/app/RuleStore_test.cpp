@@ -211,6 +211,49 @@ TEST_F(RuleStoreTest, StaysAsItWasWhenAChangeCanNotBeStored) {
     EXPECT_EQ(changes, 0);
 }
 
+TEST_F(RuleStoreTest, ChangesInTheBackgroundWhatIsStoredByThen) {
+    fill(rules, {"a", "b"});
+    std::vector<std::function<void()>> waiting;
+    rules.storeThrough([&](const auto& work, const auto& done) { waiting.insert(waiting.end(), {work, done}); });
+    std::vector<std::optional<std::string>> refusals;
+    const auto added = [&](const std::optional<std::string>& refusal) { refusals.push_back(refusal); };
+    std::vector<bool> done;
+    rules.add("pdf", "d", added);
+    rules.add("!", "e", added);
+    rules.remove({0}, [&](bool isDone) { done.push_back(isDone); });
+    rules.move({1}, 0, [&](bool isDone) { done.push_back(isDone); });  // b in front of a, which is gone by then
+    EXPECT_THAT(folders(rules), ElementsAre("a", "b"));
+    RuleStore other(values);  // of another process
+    EXPECT_EQ(other.add("zip", "c"), std::nullopt);
+    for (const auto& call : waiting) call();
+    EXPECT_THAT(refusals, ElementsAre(std::nullopt, testing::Optional(testing::HasSubstr("letters"))));
+    EXPECT_THAT(done, ElementsAre(true, true));
+    EXPECT_THAT(folders(rules), ElementsAre("c", "d", "b"));
+    EXPECT_THAT(folders(RuleStore(values)), ElementsAre("c", "d", "b"));
+}
+
+TEST_F(RuleStoreTest, TellsWhatCouldNotBeStoredInTheBackground) {
+    fill(rules, {"a"});
+    rules.storeThrough([](const auto& work, const auto& done) { work(), done(); });
+    values.refuses = true;
+    std::optional<std::string> refusal;
+    rules.add("pdf", "b", [&](const std::optional<std::string>& why) { refusal = why; });
+    EXPECT_EQ(refusal, "That rule couldn't be added.");
+    rules.remove({0}, [](bool isDone) { EXPECT_FALSE(isDone); });
+    EXPECT_THAT(folders(rules), ElementsAre("a"));
+}
+
+TEST_F(RuleStoreTest, IsNotHeardOfOnceItIsGone) {
+    std::function<void()> last;
+    {
+        RuleStore gone(values);
+        gone.storeThrough([&](const auto& work, const auto& done) { work(), last = done; });
+        gone.add("pdf", "a", [](const auto&) { ADD_FAILURE(); });
+    }
+    last();
+    EXPECT_THAT(folders(RuleStore(values)), ElementsAre("a"));
+}
+
 TEST_F(RuleStoreTest, TellsOfChangesOnly) {
     int changes = 0;
     QObject::connect(&rules, &RuleStore::ruleSetChanged, [&] { ++changes; });

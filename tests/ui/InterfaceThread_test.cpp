@@ -1,5 +1,6 @@
 // That the window answers however long a disk takes: no port is ever called on the thread of the interface.
 #include "OrdovanApp/controller/CommandCenter.h"
+#include "OrdovanApp/controller/SerialTasks.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/screens/ContentView.h"
 #include "OrdovanApp/screens/Desktop.h"
@@ -153,6 +154,23 @@ TEST_F(InterfaceThread, CallsNoPortWhateverIsDone) {
         ports_.watch.elsewhere(),
         IsSupersetOf({"children", "contentHash", "exists", "lock", "move", "open", "ownFolders", "read", "refresh",
                       "removeEmptyFolders", "resolve", "timeZone", "trash", "update", "write", "writeDocument"}));
+}
+
+TEST_F(InterfaceThread, StoresSettingsAndRulesElsewhere) {
+    ordovan::SerialTasks changes(ports_.tasks());
+    const ordovan::BackgroundWork background = [&](const auto& work, const auto& done) { changes.run(work, done); };
+    ports_.settings().storeThrough(background);
+    ports_.rules().storeThrough(background);
+    ports_.settings().setGroupByMonth(true);
+    visit(Section::rules);
+    window_.findChild<QLineEdit*>(u"extensions"_s)->setText(u"dmg"_s);
+    window_.findChild<QLineEdit*>(u"folderName"_s)->setText(u"Apps"_s);
+    QTest::mouseClick(window_.findChild<QPushButton*>(u"addRule"_s), Qt::LeftButton);
+    settle();
+    EXPECT_EQ(ports_.rules().ruleSet().rules.at(0).folderName, "Apps");
+    EXPECT_EQ(window_.findChild<QLineEdit*>(u"extensions"_s)->text(), QString());
+    EXPECT_THAT(ports_.watch.elsewhere(), Contains("update"));
+    EXPECT_THAT(ports_.watch.here(), IsEmpty());
 }
 
 TEST_F(InterfaceThread, AnswersWhileAPortDoesNot) {

@@ -154,6 +154,19 @@ TEST_F(RulesViewTest, SaysThatARuleCouldNotBeStored) {
     EXPECT_EQ(message(), u"That rule couldn't be added."_s);
 }
 
+TEST_F(RulesViewTest, AddsARuleOnceHoweverLongItTakesToStoreIt) {
+    std::vector<std::function<void()>> waiting;
+    rules.storeThrough([&](const auto& work, const auto& done) { waiting.insert(waiting.end(), {work, done}); });
+    add(u"pdf"_s, u"Papers"_s);
+    click(u"addRule");
+    EXPECT_EQ(waiting.size(), 2U);
+    extensions().setText(u"zip"_s);  // of the next one
+    for (const auto& call : waiting) call();
+    EXPECT_THAT(stored(), ElementsAre("Papers"));
+    EXPECT_EQ(extensions().text(), u"zip"_s);
+    EXPECT_EQ(folder().text(), QString());
+}
+
 TEST_F(RulesViewTest, MarksWhatNoBuiltInCategoryKnowsWhileItIsTyped) {
     view();
     QTest::keyClicks(&extensions(), u"pdf, qqq"_s);
