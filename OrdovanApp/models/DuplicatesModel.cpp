@@ -89,6 +89,10 @@ qint64 DuplicatesModel::extras() const {
     return report_ ? report_->duplicateFileCount() - groups() : 0;
 }
 
+qint64 DuplicatesModel::hiddenExtras() const {
+    return extras() - (rows_ - 2 * static_cast<qint64>(shown_.size()));  // a shown group has a head and a kept copy
+}
+
 qint64 DuplicatesModel::reclaimableBytes() const {
     return report_ ? report_->reclaimableBytes() : 0;
 }

@@ -44,6 +44,8 @@ public:
     /// Of the whole report, whatever is searched for.
     [[nodiscard]] int groups() const;
     [[nodiscard]] qint64 extras() const;
+    /// Of the extras, those in groups that the search keeps out of sight.
+    [[nodiscard]] qint64 hiddenExtras() const;
     [[nodiscard]] qint64 reclaimableBytes() const;
     /// The file of a row; an empty URL for a head.
     [[nodiscard]] Url url(int row) const;

@@ -37,6 +37,10 @@ QString extras(qint64 count) {
     return Formats::counted(count, u"extra");
 }
 
+QString notShown(qint64 count) {
+    return u"%1 of them not shown"_s.arg(Formats::count(count));
+}
+
 }  // namespace
 
 DuplicatesView::DuplicatesView(const AppContext& context, QWidget* parent)
@@ -133,6 +137,7 @@ QWidget* DuplicatesView::makeFilters() {
     connect(filter_, &QLineEdit::textChanged, this, [this](const QString& text) {
         model_.setQuery(text);
         showListOrNothing();
+        refreshFigures();
     });
     again_ = makeSearchButton(Buttons::quiet(u"Search Again"_s, row));
     again_->setObjectName(u"searchAgain"_s);
@@ -260,7 +265,9 @@ void DuplicatesView::refreshFigures() {
                       {Formats::count(count), count == 1 ? u"extra"_s : u"extras"_s},
                       {size, u"can be freed"_s, true},
                       {Formats::count(compared), u"files compared"_s}});
-    bar_->setSummary(extras(count), u"· %1, each checked again first"_s.arg(size));
+    QString what = u"· %1, each checked again first"_s.arg(size);
+    if (const qint64 hidden = model_.hiddenExtras(); hidden > 0) what += u" · "_s + notShown(hidden);
+    bar_->setSummary(extras(count), what);
 }
 
 /// Follows the beginning and the end of runs.
@@ -334,6 +341,9 @@ Sheet* DuplicatesView::confirmation() {
 
 void DuplicatesView::requestTrash() {
     const QString what = model_.extras() == 1 ? u"1 Extra"_s : Formats::count(model_.extras()) + u" Extras"_s;
-    confirmation()->setConfirm(u"Move %1 to Trash"_s.arg(what), true);
-    confirmation()->open();
+    Sheet* sheet = confirmation();
+    sheet->clearPoints();
+    if (const qint64 hidden = model_.hiddenExtras(); hidden > 0) sheet->addPoint(Glyph::search, notShown(hidden));
+    sheet->setConfirm(u"Move %1 to Trash"_s.arg(what), true);
+    sheet->open();
 }

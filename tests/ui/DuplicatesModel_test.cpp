@@ -109,6 +109,15 @@ TEST_F(DuplicatesModelTest, SaysWhyTheKeptCopyCanNotBeChosen) {
     EXPECT_EQ(model.content(2).actions.front().help, QString());
 }
 
+TEST_F(DuplicatesModelTest, CountsTheExtrasThatASearchHides) {
+    auto& model = show({"alpha.mov = same", "beta.mov = same", "c.txt = xy", "d.txt = xy", "e.txt = xy"});
+    EXPECT_EQ(model.hiddenExtras(), 0);
+    model.setQuery(u"BETA"_s);
+    EXPECT_EQ(model.hiddenExtras(), 2);
+    model.setQuery(u"nothing"_s);
+    EXPECT_EQ(model.hiddenExtras(), 3);
+}
+
 TEST_F(DuplicatesModelTest, HasNoRowsWithoutDuplicates) {
     EXPECT_THAT(rowTexts(show({"a.txt = 1", "b.txt = 2"})), IsEmpty());
 }

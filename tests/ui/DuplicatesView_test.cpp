@@ -236,6 +236,20 @@ TEST_F(Duplicates, Searches) {
 
 // Moving extras to the Trash.
 
+TEST_F(Duplicates, TellsHowManyOfTheExtrasTheSearchHides) {
+    find({"a.txt = xy", "b.txt = xy", "c.mov = 1234", "d.mov = 1234"});
+    const auto summary = [this] { return widget<QWidget>(u"summary")->accessibleName(); };
+    EXPECT_EQ(summary(), u"2 extras · 6 bytes, each checked again first"_s);
+    widget<QLineEdit>(u"search")->setText(u"a.txt"_s);
+    EXPECT_EQ(summary(), u"2 extras · 6 bytes, each checked again first · 1 of them not shown"_s);
+    click(u"trash-all-extras");
+    EXPECT_THAT(texts(sheet()), Contains(u"1 of them not shown"_s));
+    click(sheet().cancelButton());
+    widget<QLineEdit>(u"search")->clear();
+    click(u"trash-all-extras");
+    EXPECT_THAT(texts(sheet()), Not(Contains(u"1 of them not shown"_s)));
+}
+
 TEST_F(Duplicates, AsksBeforeItMovesExtras) {
     find({"a = 1", "b = 1", "c = 1"});
     click(u"trash-all-extras");
