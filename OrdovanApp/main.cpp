@@ -61,8 +61,8 @@ public:
                    .commands = commands_,
                    .desktop = desktop_,
                    .values = environment_.values(),
-                   .background = environment_.background(),
-                   .documentation = QStringLiteral(ORDOVAN_DOCUMENTATION)},
+                   .documentation = QStringLiteral(ORDOVAN_DOCUMENTATION),
+                   .background = environment_.background()},
                   Sections::screens()) {
         environment_.storeInBackground();
         QObject::connect(&instance_, &SingleInstance::wished, &window_, [this](const SingleInstance::Wish& wish) {

@@ -60,6 +60,11 @@ private:
 
 }  // namespace
 
+std::size_t RecoverySurvey::recoverable() const {
+    return static_cast<std::size_t>(std::ranges::count(organized, State::present) +
+                                    std::ranges::count(trashed, State::present));
+}
+
 SearchIndex RecoverySurvey::namesOf(const std::optional<Url>& folder, const OrdovanJournal* journal,
                                     const OrdovanTrashRecord& trash) {
     SearchIndex names;

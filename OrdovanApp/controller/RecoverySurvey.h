@@ -6,6 +6,7 @@
 #include "OrdovanCore/TrashRecord.h"
 #include "OrdovanCore/Url.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -27,6 +28,9 @@ struct RecoverySurvey {
     std::vector<State> organized;                     ///< of each entry of the journal
     std::vector<State> trashed;                       ///< of each entry of the trash record
     SearchIndex names{};                              ///< as `namesOf` makes it; empty unless asked for
+
+    /// How many of the files are where the record says and can go back.
+    [[nodiscard]] std::size_t recoverable() const;
 
     /// The paths below the folder by which the files are searched: where the organized ones are, from the last to the
     /// first, then where the trashed ones were, likewise. For 150,000 files some hundred milliseconds. Any thread.

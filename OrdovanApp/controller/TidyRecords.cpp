@@ -102,14 +102,44 @@ void TidyViewModel::clearHistory() {
                          }));
 }
 
-void TidyViewModel::surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done) {
+template <class Look, class Done>
+void TidyViewModel::survey(Look look, Done done) {
+    struct Found {
+        ordovan::RecoverySurvey survey;
+        decltype(look(std::declval<const ordovan::RecoverySurvey&>())) seen;
+    };
     ports_.tasks.compute(
-        [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_] {
+        [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_, look] {
             ordovan::RecoverySurvey survey = ordovan::RecoverySurvey::of(folder, journal, trash, fs);
-            survey.names = ordovan::RecoverySurvey::namesOf(folder, journal.get(), *trash);
-            return survey;
+            auto seen = look(survey);
+            return Found{std::move(survey), std::move(seen)};
         },
-        whileAlive([done = std::move(done)](ordovan::RecoverySurvey survey) { done(std::move(survey)); }));
+        whileAlive([this, done = std::move(done), number = ++surveys_](Found found) {
+            const bool isOfRecords = found.survey.journal == journal_ && found.survey.trash == trashRecord_;
+            if (isOfRecords && number > adoptedSurvey_) {
+                adoptedSurvey_ = number;
+                set(recoverableCount_, found.survey.recoverable(), &TidyViewModel::recoverableCountChanged);
+            }
+            done(std::move(found));
+        }));
+}
+
+void TidyViewModel::surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done) {
+    const auto names = [folder = rootURL_](const ordovan::RecoverySurvey& survey) {
+        return ordovan::RecoverySurvey::namesOf(folder, survey.journal.get(), *survey.trash);
+    };
+    survey(names, [done = std::move(done)](auto found) {
+        found.survey.names = std::move(found.seen);
+        done(std::move(found.survey));
+    });
+}
+
+void TidyViewModel::countRecoverable() {
+    if (!rootURL_) return;
+    const auto entries = [root = *rootURL_](const ordovan::RecoverySurvey& survey) {
+        return restorable(survey.trash, root);
+    };
+    survey(entries, [this](auto found) { restorable_ = std::move(found.seen); });
 }
 
 void TidyViewModel::refreshRecords() {

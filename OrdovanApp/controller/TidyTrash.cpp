@@ -156,15 +156,6 @@ std::vector<OrdovanTrashEntry> TidyViewModel::restorableEntries() const {
     return restorable(trashRecord_, *rootURL_).entries;
 }
 
-void TidyViewModel::findRestorable(std::function<void(std::size_t count)> done) {
-    if (!rootURL_) return done(0);
-    ports_.tasks.compute([record = trashRecord_, root = *rootURL_] { return restorable(record, root); },
-                         whileAlive([this, done = std::move(done)](Restorable found) {
-                             restorable_ = std::move(found);
-                             done(restorable_.entries.size());
-                         }));
-}
-
 bool TidyViewModel::startRestore(std::vector<OrdovanTrashEntry> entries) {
     if (isRunning() || entries.empty()) return false;
     OrdovanTrashRecord record = {.version = trashRecord_->version, .entries = std::move(entries)};

@@ -59,12 +59,23 @@ OrdovanPreviewStatus TidyViewModel::status() const {
 
 // Preview.
 
+void TidyViewModel::findFolder(const Url& place, std::function<void(bool isThere)> done) {
+    ports_.tasks.compute(
+        [&files = ports_.fileSystem, resolve = ports_.resolveExisting, place] {
+            const Url item = resolve(place);
+            return files.exists(item) && !files.isRegularFile(item);
+        },
+        whileAlive(std::move(done)));
+}
+
 void TidyViewModel::chooseFolder(const Url& folder, PreviewDepth depth) {
     depth_ = depth;
     if (rootURL_ != folder) {
         cancelDuplicateSearch();
         // The other folder's is not known before it has been read.
         journalRoot_.reset();
+        adoptedSurvey_ = surveys_;
+        set(recoverableCount_, std::size_t{0}, &TidyViewModel::recoverableCountChanged);
         publish(journal_, std::shared_ptr<const OrdovanJournal>(), &TidyViewModel::recoverableJournalChanged);
     }
     isResolved_ = false;

@@ -112,14 +112,16 @@ public:
     /// What can be put back from the Trash, of all folders; never null.
     [[nodiscard]] const std::shared_ptr<const OrdovanTrashRecord>& trashRecord() const { return trashRecord_; }
     /// The entries of it whose original places lie in the chosen folder: what `restore` puts back. Oldest first. Takes
-    /// a microsecond or less for each of the record, unless `findRestorable` has found them.
+    /// a microsecond or less for each of the record, unless `countRecoverable` has found them.
     [[nodiscard]] std::vector<OrdovanTrashEntry> restorableEntries() const;
-    /// Finds these entries in the background, and hands their number to `done` on this thread; not at all once this
-    /// object is gone. Without a folder they are none, at once.
-    void findRestorable(std::function<void(std::size_t count)> done);
     /// Looks in the background at what of `recoverableJournal` and `trashRecord` could be taken back in the chosen
     /// folder now, and hands what it found to `done` on this thread; not at all once this object is gone.
     void surveyRecovery(std::function<void(ordovan::RecoverySurvey)> done);
+    /// The same for `recoverableCount` alone.
+    void countRecoverable();
+    /// How many files of both records could be taken back in the chosen folder when they were looked at last; 0 where
+    /// that was in another folder.
+    [[nodiscard]] std::size_t recoverableCount() const { return recoverableCount_; }
     /// The duplicates among the previewed files, or null when they were not searched for. A new preview of the folder
     /// leaves out the files that it does not find any more; that of another folder leaves nothing.
     [[nodiscard]] const std::shared_ptr<const OrdovanDuplicateReport>& duplicateReport() const {
@@ -163,6 +165,9 @@ public:
     [[nodiscard]] OrdovanPreviewStatus status() const;
 
     // Preview.
+    /// Finds out whether there is something at this place, links followed, that is no regular file and so may be
+    /// previewed. Looks on a background task; `done` is called once, unless this object is gone by then.
+    void findFolder(const Url& place, std::function<void(bool isThere)> done);
     /// Makes a folder the chosen one (links in its path resolved) and previews it. The path is kept byte for byte.
     /// `depth`: how much of this preview, and of those after it, is made.
     void chooseFolder(const Url& folder, PreviewDepth depth = PreviewDepth::plan);
@@ -251,6 +256,7 @@ Q_SIGNALS:
     void lastReportChanged();
     void recoverableJournalChanged();
     void trashRecordChanged();
+    void recoverableCountChanged();
     void duplicateReportChanged();
     void duplicateKeepersChanged();
     void isScanningDuplicatesChanged();
@@ -323,6 +329,9 @@ private:
         std::vector<OrdovanTrashEntry> entries;
     };
     [[nodiscard]] static Restorable restorable(std::shared_ptr<const OrdovanTrashRecord> record, const Url& root);
+    /// Does `look` with a survey in the background, then `done` with what that made.
+    template <class Look, class Done>
+    void survey(Look look, Done done);
     [[nodiscard]] RunInputs beginRun();
     [[nodiscard]] OrdovanRunControl runControl();
     bool startUndo(OrdovanJournal entries);
@@ -354,6 +363,9 @@ private:
     std::optional<Url> journalRoot_;
     std::shared_ptr<const OrdovanTrashRecord> trashRecord_ = std::make_shared<const OrdovanTrashRecord>();
     Restorable restorable_;  // as it was found last
+    std::size_t recoverableCount_ = 0;
+    std::uint64_t surveys_ = 0;
+    std::uint64_t adoptedSurvey_ = 0;
     std::shared_ptr<const OrdovanDuplicateReport> duplicateReport_;
     std::unordered_map<std::string, std::string> duplicateKeepers_;
     bool isScanningDuplicates_ = false;

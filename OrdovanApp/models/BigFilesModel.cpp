@@ -104,7 +104,7 @@ Url BigFilesModel::url(int row) const {
 }
 
 QString BigFilesModel::title(int row) const {
-    return row > 0 ? Formats::fileName(entry(row).url) : u"Largest files, biggest first"_s;
+    return row > 0 ? Formats::fileName(entry(row).url) : tr("Largest files, biggest first");
 }
 
 RowContent BigFilesModel::content(int row) const {
@@ -127,22 +127,24 @@ RowContent BigFilesModel::content(int row) const {
                        file.modifiedEpoch ? Formats::day(*file.modifiedEpoch) : QString()};
     content.share = static_cast<double>(file.byteSize) / largest;
     content.toolTip = locked_.isEmpty() ? Formats::path(file.url) : locked_;
-    content.description = content.marked ? u"Leave Out of Trash"_s : u"Select for Trash"_s;
+    content.description = content.marked ? tr("Leave Out of Trash") : tr("Select for Trash");
     content.markHelp = locked_.isEmpty() ? content.description : locked_;
-    content.actions = {
-        RowAction{
-            .id = quickLook, .text = u"Quick Look"_s, .help = u"Quick Look"_s, .glyph = Glyph::eye, .glyphOnly = true},
-        RowAction{.id = reveal,
-                  .text = u"Reveal in Finder"_s,
-                  .help = u"Reveal in Finder"_s,
-                  .glyph = Glyph::reveal,
-                  .glyphOnly = true},
-        RowAction{.id = selectForTrash,
-                  .text = content.description,
-                  .help = locked_,
-                  .enabled = locked_.isEmpty(),
-                  .menuOnly = true,
-                  .activates = false}};
+    content.actions = {RowAction{.id = quickLook,
+                                 .text = tr("Quick Look"),
+                                 .help = tr("Quick Look"),
+                                 .glyph = Glyph::eye,
+                                 .glyphOnly = true},
+                       RowAction{.id = reveal,
+                                 .text = tr("Reveal in Finder"),
+                                 .help = tr("Reveal in Finder"),
+                                 .glyph = Glyph::reveal,
+                                 .glyphOnly = true},
+                       RowAction{.id = selectForTrash,
+                                 .text = content.description,
+                                 .help = locked_,
+                                 .enabled = locked_.isEmpty(),
+                                 .menuOnly = true,
+                                 .activates = false}};
     return content;
 }
 

@@ -1,7 +1,9 @@
 #include "OrdovanApp/models/HistoryModel.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
 #include <QDateTime>
@@ -27,8 +29,12 @@ Glyph glyphOf(OrdovanRunRecord::Kind kind) {
 /// "2 skipped", "2 skipped · 1 failed": the counts that are not zero.
 QString counts(const OrdovanRunRecord& run) {
     QStringList parts;
-    if (run.skipped != 0) parts.append(Formats::count(run.skipped) + u" skipped"_s);
-    if (run.failed != 0) parts.append(Formats::count(run.failed) + u" failed"_s);
+    if (run.skipped != 0) {
+        parts.append(HistoryModel::tr("%1 skipped", nullptr, pluralOf(run.skipped)).arg(Formats::count(run.skipped)));
+    }
+    if (run.failed != 0) {
+        parts.append(HistoryModel::tr("%1 failed", nullptr, pluralOf(run.failed)).arg(Formats::count(run.failed)));
+    }
     return parts.join(u" · "_s);
 }
 
@@ -69,7 +75,7 @@ void HistoryModel::reload() {
 }
 
 QString HistoryModel::dayName(double epoch) const {
-    if (Formats::day(epoch) == Formats::day(today_)) return u"Today"_s;
+    if (Formats::day(epoch) == Formats::day(today_)) return tr("Today");
     return Formats::dayOfWeek(epoch, today_);
 }
 
@@ -80,7 +86,7 @@ int HistoryModel::rowCount(const QModelIndex& parent) const {
 QString HistoryModel::title(int row) const {
     const Line& line = lines_[static_cast<std::size_t>(row)];
     const OrdovanRunRecord& run = runs_.records[line.record];
-    return line.head ? dayName(run.epoch) : Formats::text(run.summary());
+    return line.head ? dayName(run.epoch) : EngineTexts::summary(run);
 }
 
 RowContent HistoryModel::content(int row) const {
@@ -94,7 +100,7 @@ RowContent HistoryModel::content(int row) const {
     // Takes room only where there is something to tell.
     if (const QString rest = counts(run); !rest.isEmpty()) content.chip = {rest, QColor()};
     content.columns = {Formats::time(run.epoch)};
-    content.toolTip = content.title + u"\n"_s + Formats::day(run.epoch) + u" "_s + Formats::time(run.epoch);
-    content.description = Formats::day(run.epoch) + u", "_s + Formats::time(run.epoch);
+    content.toolTip = content.title + u'\n' + Formats::day(run.epoch) + u' ' + Formats::time(run.epoch);
+    content.description = Formats::moment(run.epoch);
     return content;
 }

@@ -1,3 +1,4 @@
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/models/PlanModel.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
@@ -7,6 +8,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using EngineTexts::sentence;
+
 constexpr std::string_view previewOnly = " Preview only.";
 
 /// "Your rule: .dmg → Apps": the explanation of a proposal made by a rule without what is true of every proposal.
@@ -14,11 +17,7 @@ QString ruleText(const OrdovanFileProposal& proposal) {
     std::string_view text = proposal.explanation;
     if (text.ends_with(previewOnly)) text.remove_suffix(previewOnly.size());
     if (text.ends_with('.')) text.remove_suffix(1);
-    return Formats::text(text);
-}
-
-QString sentence(std::string_view text) {
-    return Formats::text(text);
+    return sentence(text);
 }
 
 /// Something in a row's context menu alone.
@@ -50,7 +49,7 @@ RowContent PlanModel::content(int row) const {
     }
     content.title = Formats::fileName(source(*item));
     if (!locked_.isEmpty()) content.toolTip = locked_;
-    content.actions.append(menuAction(reveal, u"Reveal in Finder"_s));
+    content.actions.append(menuAction(reveal, tr("Reveal in Finder")));
     return content;
 }
 
@@ -68,15 +67,15 @@ RowContent PlanModel::head(int row) const {
     switch (headGroups_[place]) {
         case Group::proposed:
             content.glyph = Glyph::check;
-            content.title = u"Proposed — safe, no conflict"_s;
+            content.title = tr("Proposed — safe, no conflict");
             break;
         case Group::review:
             content.glyph = Glyph::warning;
-            content.title = u"Needs your review — left untouched"_s;
+            content.title = tr("Needs your review — left untouched");
             break;
         case Group::skipped:
             content.glyph = Glyph::info;
-            content.title = u"Skipped — left untouched"_s;
+            content.title = tr("Skipped — left untouched");
             break;
     }
     return content;
@@ -98,10 +97,10 @@ RowContent PlanModel::proposal(std::uint32_t item) const {
     content.chip = RowContent::Chip{goal(proposal.destination), content.glyphColor};
     content.description = sentence(proposal.explanation);
     if (isPartial) content.description = sentence(OrdovanPartialDownloads::sentence) + u' ' + content.description;
-    content.toolTip = Formats::path(proposal.source) + u'\n' + content.description + u'\n' + u"Goes to "_s +
-                      Formats::folderOf(proposal.destination, root_);
+    content.toolTip = Formats::path(proposal.source) + u'\n' + content.description + u'\n' +
+                      tr("Goes to %1").arg(Formats::folderOf(proposal.destination, root_));
     content.actions.append(
-        menuAction(includeOrLeaveOut, content.marked ? u"Leave This File Out"_s : u"Include This File"_s));
+        menuAction(includeOrLeaveOut, content.marked ? tr("Leave This File Out") : tr("Include This File")));
     content.actions.back().help = locked_;
     content.actions.back().enabled = locked_.isEmpty();
     addFacts(content, item);
@@ -120,7 +119,7 @@ RowContent PlanModel::conflict(std::uint32_t item) const {
     content.description = where;
     // Size and date would leave the sentence no room.
     content.toolTip = Formats::path(conflict.source) + u'\n' + sentence(message(conflict.kind)) + u'\n' +
-                      u"Would go to "_s + Formats::folderOf(conflict.destination, root_);
+                      tr("Would go to %1").arg(Formats::folderOf(conflict.destination, root_));
     addFacts(content, item);
     content.toolTip += u'\n' + content.columns.join(u", "_s);
     content.columns.clear();

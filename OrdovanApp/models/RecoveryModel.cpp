@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
 #include <QPointer>
@@ -205,9 +206,12 @@ Url RecoveryModel::url(int row) const {
 
 QString RecoveryModel::headTitle(int row) const {
     if (isOrganizedHead(row)) {
-        return Formats::counted(recoverableOrganized_, u"organized file") + u" can go back to where they came from."_s;
+        return tr("%1 organized files can go back to where they came from.", nullptr, pluralOf(recoverableOrganized_))
+            .arg(Formats::count(recoverableOrganized_));
     }
-    return Formats::files(recoverableTrashed_) + u" in the Trash can be put back (from Duplicates or Big Files)."_s;
+    return tr("%1 files in the Trash can be put back (from Duplicates or Big Files).", nullptr,
+              pluralOf(recoverableTrashed_))
+        .arg(Formats::count(recoverableTrashed_));
 }
 
 QString RecoveryModel::title(int row) const {
@@ -244,14 +248,14 @@ RowContent RecoveryModel::row(std::string_view path, std::int64_t bytes, std::op
 }
 
 QString RecoveryModel::reasonAgainst(std::optional<State> state, const QString& detail) {
-    if (!state) return u"Looking whether it is still there…"_s;
-    if (state == State::elsewhere) return u"Choose the folder that it came from first."_s;
+    if (!state) return tr("Looking whether it is still there…");
+    if (state == State::elsewhere) return tr("Choose the folder that it came from first.");
     return state == State::present ? QString() : detail;
 }
 
 QString RecoveryModel::putBackHelp(const QString& reason) const {
     if (!locked_.isEmpty()) return locked_;
-    return reason.isEmpty() ? u"Put just this file back"_s : reason;
+    return reason.isEmpty() ? tr("Put just this file back") : reason;
 }
 
 QString RecoveryModel::folderBelowRoot(std::string_view file) const {
@@ -266,29 +270,29 @@ RowContent RecoveryModel::organizedRow(std::uint32_t item) const {
     RowContent content = row(entry.destination(), entry.byteSize(), state);
     if (state == State::missing) {
         content.detail =
-            u"This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it."_s;
+            tr("This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it.");
         content.toolTip += u'\n' + content.detail;
     } else if (state == State::refused) {
-        content.detail = u"The record names a place outside this folder or behind a link. Undo will refuse it."_s;
+        content.detail = tr("The record names a place outside this folder or behind a link. Undo will refuse it.");
         content.toolTip += u'\n' + content.detail;
     } else {
-        const QString returns = u" · Undo returns it to "_s;
-        content.detail =
-            folderBelowRoot(entry.destination()) + returns + Formats::folderOf(entry.source(), root_.path());
-        content.toolTip += returns + Formats::text(entry.source());
+        //: Where an organized file lies, and the folder that it came from
+        const QString way = tr("%1 · Undo returns it to %2");
+        content.detail = way.arg(folderBelowRoot(entry.destination()), Formats::folderOf(entry.source(), root_.path()));
+        content.toolTip = way.arg(content.toolTip, Formats::text(entry.source()));
     }
     content.description = content.detail;
     const QString reason = reasonAgainst(state, content.detail);
     content.actions = {RowAction{.id = putBack,
-                                 .text = u"Put Just This File Back"_s,
+                                 .text = tr("Put Just This File Back"),
                                  .help = putBackHelp(reason),
                                  .glyph = Glyph::undo,
                                  .enabled = reason.isEmpty() && locked_.isEmpty(),
                                  .glyphOnly = compact_,
                                  .returnOnly = true},
                        RowAction{.id = reveal,
-                                 .text = u"Reveal in Finder"_s,
-                                 .help = reason.isEmpty() ? u"Reveal in Finder"_s : reason,
+                                 .text = tr("Reveal in Finder"),
+                                 .help = reason.isEmpty() ? tr("Reveal in Finder") : reason,
                                  .glyph = Glyph::reveal,
                                  .enabled = reason.isEmpty(),
                                  .glyphOnly = true,
@@ -301,31 +305,32 @@ RowContent RecoveryModel::trashedRow(std::uint32_t item) const {
     const std::optional<State> state = stateOf(item);
     RowContent content = row(entry.original(), entry.byteSize(), state);
     if (state == State::missing) {
-        content.detail = u"No longer in the Trash (emptied or moved), so it can't be put back from here."_s;
+        content.detail = tr("No longer in the Trash (emptied or moved), so it can't be put back from here.");
         content.toolTip += u'\n' + content.detail;
     } else if (state == State::refused) {
-        content.detail = u"The record names a place that is in no Trash or behind a link. Restore will refuse it."_s;
+        content.detail = tr("The record names a place that is in no Trash or behind a link. Restore will refuse it.");
         content.toolTip += u'\n' + content.detail;
     } else {
-        const QString returns =
-            u"In the Trash · "_s + Formats::byteSize(entry.byteSize()) + u" · Put Back returns it to "_s;
-        content.detail = returns + Formats::folderOf(entry.original(), root_.path());
-        content.toolTip = returns + Formats::text(entry.original());
+        //: The size of a file, and the folder that it came from
+        const QString way = tr("In the Trash · %1 · Put Back returns it to %2");
+        const QString size = Formats::byteSize(entry.byteSize());
+        content.detail = way.arg(size, Formats::folderOf(entry.original(), root_.path()));
+        content.toolTip = way.arg(size, Formats::text(entry.original()));
     }
     content.columns = {QString()};
     content.description = content.detail;
     const QString reason = reasonAgainst(state, content.detail);
     const bool isInTrash = state == State::present || state == State::elsewhere;
     content.actions = {RowAction{.id = putBackFromTrash,
-                                 .text = u"Put Back from Trash"_s,
+                                 .text = tr("Put Back from Trash"),
                                  .help = putBackHelp(reason),
                                  .glyph = Glyph::undo,
                                  .enabled = reason.isEmpty() && locked_.isEmpty(),
                                  .glyphOnly = compact_,
                                  .returnOnly = true},
                        RowAction{.id = showInTrash,
-                                 .text = u"Show in the Trash"_s,
-                                 .help = isInTrash ? u"Show in the Trash"_s : reason,
+                                 .text = tr("Show in the Trash"),
+                                 .help = isInTrash ? tr("Show in the Trash") : reason,
                                  .glyph = Glyph::reveal,
                                  .enabled = isInTrash,
                                  .glyphOnly = true,

@@ -46,6 +46,10 @@ QString againstRun(const TidyViewModel& model) {
     return {};
 }
 
+QString againstWhileAsking() {
+    return u"Answer the question first."_s;
+}
+
 QString reasonAgainst(QStringView command, const TidyViewModel& model, const Desktop& desktop) {
     if (command == Commands::showRecovery) return {};
     if (const QString reason = againstRun(model); !reason.isEmpty()) return reason;

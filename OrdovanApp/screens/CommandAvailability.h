@@ -15,6 +15,9 @@ namespace CommandAvailability {
 /// Why nothing can be chosen, moved or put back while a run goes on, as a sentence for the user; empty when none does.
 [[nodiscard]] QString againstRun(const TidyViewModel& model);
 
+/// Why no command is heard while a question is open, as a sentence for the user.
+[[nodiscard]] QString againstWhileAsking();
+
 /// Why a command (one of `Commands`) can not act now, as a sentence for the user; empty when it can.
 [[nodiscard]] QString reasonAgainst(QStringView command, const TidyViewModel& model, const Desktop& desktop);
 

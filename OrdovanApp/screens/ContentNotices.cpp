@@ -19,6 +19,7 @@ ContentNotices::ContentNotices(const AppContext& context, QWidget* parent) : QWi
     notOpened_ = addBanner(u"folderNotOpened"_s);
     connect(interrupted_, &Banner::closed, &context_.model, &TidyViewModel::dismissInterruptedRun);
     connect(&context_.model, &TidyViewModel::interruptedRunChanged, this, &ContentNotices::followInterruptedRun);
+    connect(&context_.model, &TidyViewModel::rootURLChanged, this, &ContentNotices::tellInterruptedRun);
     followInterruptedRun();
 }
 
@@ -43,15 +44,29 @@ void ContentNotices::followInterruptedRun() {
     if (!run) return;
     const bool needsALook = run->isUnreadable || run->unsettled > 0;
     interrupted_->setKind(needsALook ? Banner::Kind::warning : Banner::Kind::info);
-    const QString where = u" It worked in “%1”."_s.arg(Formats::fileName(run->root));
-    interrupted_->setText(Formats::text(run->summary()) + (run->root == context_.model.rootURL() ? QString() : where));
+    tellInterruptedRun();
     interrupted_->setDetails(RunTexts::sentences(run->outcomes));
     context_.announcer.say(interrupted_->text());
 }
 
+/// The folder is named where it is not the one in sight.
+void ContentNotices::tellInterruptedRun() {
+    const auto& run = context_.model.interruptedRun();
+    if (!run) return;
+    const QString where = u" It worked in “%1”."_s.arg(Formats::fileName(run->root));
+    interrupted_->setText(Formats::text(run->summary()) + (run->root == context_.model.rootURL() ? QString() : where));
+}
+
 void ContentNotices::tellNotOpened(const Url& folder, const QString& reason) {
-    notOpened_->setText(
-        reason + u" “%1” was not opened; choose it again when that has finished."_s.arg(Formats::fileName(folder)));
+    warn(reason + u" “%1” was not opened; choose it again when that has finished."_s.arg(Formats::fileName(folder)));
+}
+
+void ContentNotices::tellNoFolder(const Url& item) {
+    warn(u"Only a folder can be previewed. “%1” was not opened."_s.arg(Formats::fileName(item)));
+}
+
+void ContentNotices::warn(const QString& sentence) {
+    notOpened_->setText(sentence);
     notOpened_->show();
     refreshRoom();
     context_.announcer.say(notOpened_->text());

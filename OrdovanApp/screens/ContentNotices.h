@@ -15,14 +15,19 @@ class ContentNotices : public QWidget {
 public:
     ContentNotices(const AppContext& context, QWidget* parent);
 
-    /// Says that a folder was not opened, and why (a sentence); until it is closed or a folder is opened.
+    /// Says that a folder was not opened because of a run (`reason`, a sentence); until it is closed or a folder is
+    /// opened.
     void tellNotOpened(const Url& folder, const QString& reason);
+    /// The same of something that is no folder.
+    void tellNoFolder(const Url& item);
     void folderOpened();
 
 private:
     Banner* addBanner(const QString& name);
     void followInterruptedRun();
+    void tellInterruptedRun();
     void refreshRoom();
+    void warn(const QString& sentence);
 
     AppContext context_;
     Banner* interrupted_;

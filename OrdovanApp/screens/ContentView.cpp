@@ -49,15 +49,14 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
     layout->addLayout(column, 1);
 
     connect(&context_.commands, &CommandCenter::posted, this, &ContentView::observe);
-    connect(sidebar_, &Sidebar::currentChanged, this, [this](Section section) {
-        stack_->setCurrentWidget(screen(section).widget);
-        Q_EMIT sectionChanged(section);
-    });
+    connect(sidebar_, &Sidebar::currentChanged, this,
+            [this](Section section) { stack_->setCurrentWidget(screen(section).widget); });
     connectModel();
     makeShortcuts();
     stack_->setCurrentWidget(screen(section()).widget);
     refreshStatus();
     refreshCounts();
+    countRecoverable();
 }
 
 void ContentView::connectModel() {
@@ -66,9 +65,12 @@ void ContentView::connectModel() {
         connect(model, signal, this, &ContentView::refreshStatus);
     }
     for (const auto signal : {&TidyViewModel::planChanged, &TidyViewModel::duplicateReportChanged,
-                              &TidyViewModel::recoverableJournalChanged, &TidyViewModel::trashRecordChanged,
-                              &TidyViewModel::rootURLChanged}) {
+                              &TidyViewModel::recoverableCountChanged, &TidyViewModel::rootURLChanged}) {
         connect(model, signal, this, &ContentView::refreshCounts);
+    }
+    for (const auto signal : {&TidyViewModel::recoverableJournalChanged, &TidyViewModel::trashRecordChanged,
+                              &TidyViewModel::rootURLChanged}) {
+        connect(model, signal, this, &ContentView::countRecoverable);
     }
     connect(&context_.rules, &RuleStore::ruleSetChanged, this, [this] {
         refreshCounts();
@@ -115,8 +117,7 @@ const SectionScreen& ContentView::screen(Section section) {
 }
 
 void ContentView::observe(const QString& command) {
-    if (isAsking()) return;
-    if (!CommandAvailability::reasonAgainst(command, context_.model, context_.desktop).isEmpty()) return;
+    if (!reasonAgainst(command).isEmpty()) return;
     if (command == Commands::chooseFolder) {
         context_.desktop.chooseFolder(this, [self = QPointer(this)](const Url& folder) {
             if (self) self->previewFolder(folder);
@@ -148,6 +149,7 @@ void ContentView::undo() {
 void ContentView::previewFolder(const Url& folder) {
     const QString reason = CommandAvailability::againstRun(context_.model);
     if (!reason.isEmpty()) return notices_->tellNotOpened(folder, reason);
+    ++drops_;
     notices_->folderOpened();
     dismissQuestions();
     showSection(Section::inbox);
@@ -167,6 +169,23 @@ bool ContentView::isAsking() const {
     return std::any_of(sheets.begin(), sheets.end(), [](const Sheet* sheet) { return sheet->isVisible(); });
 }
 
+QString ContentView::reasonAgainst(QStringView command) const {
+    if (isAsking()) return CommandAvailability::againstWhileAsking();
+    return CommandAvailability::reasonAgainst(command, context_.model, context_.desktop);
+}
+
+void ContentView::childEvent(QChildEvent* event) {
+    // What is added is not yet made whole: whether it is a question is seen when it is shown.
+    if (event->added()) event->child()->installEventFilter(this);
+    QWidget::childEvent(event);
+}
+
+bool ContentView::eventFilter(QObject* watched, QEvent* event) {
+    const bool isShowOrHide = event->type() == QEvent::Show || event->type() == QEvent::Hide;
+    if (isShowOrHide && qobject_cast<Sheet*>(watched) != nullptr) Q_EMIT askingChanged();
+    return QWidget::eventFilter(watched, event);
+}
+
 void ContentView::dismissQuestions() {
     for (Sheet* sheet : findChildren<Sheet*>()) {
         if (sheet->isVisible()) sheet->cancelButton()->click();
@@ -184,17 +203,14 @@ void ContentView::refreshStatus() {
 }
 
 void ContentView::refreshCounts() {
-    countRestorable();
     const TidyViewModel& model = context_.model;
     // While another folder is scanned, or could not be read, what is known is the last folder's.
     const bool isOfFolder = model.planRoot() == model.rootURL();
     const auto& plan = model.plan();
     const auto& duplicates = model.duplicateReport();
-    const auto& journal = model.recoverableJournal();
     const auto proposed = static_cast<qint64>(plan && isOfFolder ? plan->proposals.size() : 0);
     const auto groups = static_cast<qint64>(duplicates && isOfFolder ? duplicates->groups.size() : 0);
-    const auto organized = static_cast<qint64>(journal ? journal->entries.size() : 0);
-    const auto recoverable = organized + restorableCount_;
+    const auto recoverable = static_cast<qint64>(model.recoverableCount());
     const auto rules = static_cast<qint64>(context_.rules.ruleSet().rules.size());
     sidebar_->setCount(Section::inbox, proposed, Formats::count(proposed) + u" proposed"_s);
     sidebar_->setCount(Section::duplicates, groups, Formats::counted(groups, u"group"));
@@ -202,21 +218,18 @@ void ContentView::refreshCounts() {
     sidebar_->setCount(Section::rules, rules, Formats::counted(rules, u"rule"));
 }
 
-/// Looks through the record in the background, where it or the folder is another one.
-void ContentView::countRestorable() {
-    TidyViewModel& model = context_.model;
-    if (countedRecord_ == model.trashRecord() && countedRoot_ == model.rootURL()) return;
-    countedRecord_ = model.trashRecord();
-    countedRoot_ = model.rootURL();
-    const auto count = ++restorableCounts_;
-    model.findRestorable([self = QPointer(this), count](std::size_t found) {
-        if (!self || count != self->restorableCounts_) return;
-        self->restorableCount_ = static_cast<qint64>(found);
-        self->refreshCounts();
-    });
+/// Once the screen of that section is made, it looks at the files itself, and the count comes of that.
+void ContentView::countRecoverable() {
+    if (!screens_.contains(Section::recovery)) context_.model.countRecoverable();
 }
 
-std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {
+/// Other programs may have taken files away, or brought them back.
+bool ContentView::event(QEvent* event) {
+    if (event->type() == QEvent::WindowActivate) countRecoverable();
+    return QWidget::event(event);
+}
+
+std::optional<Url> ContentView::dropped(const QMimeData& data) {
     const QList<QUrl> urls = data.urls();
     for (const QUrl& url : urls) {
         if (url.isLocalFile()) return Url::parse(url.toEncoded().toStdString());
@@ -225,13 +238,18 @@ std::optional<Url> ContentView::droppedFolder(const QMimeData& data) {
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event) {
-    if (!droppedFolder(*event->mimeData())) return;
+    const auto item = dropped(*event->mimeData());
+    if (!item) return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
     overlay_->setRefusal(CommandAvailability::againstRun(context_.model));
     overlay_->setGeometry(rect());
     overlay_->raise();
     overlay_->show();
+    if (!CommandAvailability::againstRun(context_.model).isEmpty()) return;
+    context_.model.findFolder(item->standardized(), [self = QPointer(this), drag = ++drags_](bool isThere) {
+        if (self && drag == self->drags_ && !isThere) self->overlay_->setRefusal(u"Only a folder can be previewed."_s);
+    });
 }
 
 void ContentView::dragLeaveEvent(QDragLeaveEvent*) {
@@ -240,12 +258,21 @@ void ContentView::dragLeaveEvent(QDragLeaveEvent*) {
 
 void ContentView::dropEvent(QDropEvent* event) {
     overlay_->hide();
-    const auto folder = droppedFolder(*event->mimeData());
-    if (!folder) return;
-    // The folder stays where it is, whatever the source offers.
+    const auto item = dropped(*event->mimeData());
+    if (!item) return;
+    // It stays where it is, whatever the source offers.
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    previewFolder(*folder);
+    examineDropped(*item);
+}
+
+/// What lies on a medium that does not answer is not waited for; what is chosen meanwhile comes first.
+void ContentView::examineDropped(const Url& item) {
+    if (!CommandAvailability::againstRun(context_.model).isEmpty()) return previewFolder(item);
+    context_.model.findFolder(item.standardized(), [self = QPointer(this), item, drop = ++drops_](bool isThere) {
+        if (!self || drop != self->drops_) return;
+        isThere ? self->previewFolder(item) : self->notices_->tellNoFolder(item);
+    });
 }
 
 void ContentView::resizeEvent(QResizeEvent*) {

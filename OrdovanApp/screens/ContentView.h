@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-struct OrdovanTrashRecord;
 class ContentNotices;
 class DropOverlay;
 class QMimeData;
@@ -35,12 +34,20 @@ public:
     void previewFolder(const Url& folder);
 
     /// The first of what was dropped that lies on this computer, as it is named; nothing where there is none.
-    [[nodiscard]] static std::optional<Url> droppedFolder(const QMimeData& data);
+    [[nodiscard]] static std::optional<Url> dropped(const QMimeData& data);
+
+    /// Whether a question waits for its answer. Commands are not heard meanwhile.
+    [[nodiscard]] bool isAsking() const;
+    /// Why a command (one of `Commands`) can not act now, as a sentence for the user; empty when it can.
+    [[nodiscard]] QString reasonAgainst(QStringView command) const;
 
 Q_SIGNALS:
-    void sectionChanged(Section section);
+    void askingChanged();
 
 protected:
+    bool event(QEvent* event) override;
+    void childEvent(QChildEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -51,13 +58,14 @@ private:
     void connectModel();
     void makeShortcuts();
     void refreshCounts();
-    void countRestorable();
+    void countRecoverable();
     void refreshStatus();
     void previewAgain();
     void dismissQuestions();
-    [[nodiscard]] bool isAsking() const;
     [[nodiscard]] const SectionScreen& screen(Section section);
     void undo();
+    /// Previews a folder once it is known to be one.
+    void examineDropped(const Url& item);
 
     AppContext context_;
     SectionFactories factories_;
@@ -66,10 +74,8 @@ private:
     ContentNotices* notices_;
     QStackedLayout* stack_;
     DropOverlay* overlay_;
-    std::shared_ptr<const OrdovanTrashRecord> countedRecord_;
-    std::optional<Url> countedRoot_;
-    qint64 restorableCount_ = 0;  ///< of the trashed files, those that can be put back here
-    std::uint64_t restorableCounts_ = 0;
+    std::uint64_t drags_ = 0;
+    std::uint64_t drops_ = 0;  ///< grows when a folder is previewed as well
     bool isOutdated_ = false;  ///< a setting or rule changed during a run
     OrdovanPreviewStatus lastStatus_ = OrdovanPreviewStatus::idle();
 };

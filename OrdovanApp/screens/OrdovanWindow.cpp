@@ -5,6 +5,7 @@
 #include "OrdovanApp/screens/ContentView.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/OrganizeMenu.h"
+#include "OrdovanApp/screens/RecentFoldersMenu.h"
 #include "OrdovanApp/screens/SettingsView.h"
 #include "OrdovanApp/theme/Announcer.h"
 #include "OrdovanApp/theme/FocusRing.h"
@@ -60,6 +61,9 @@ OrdovanWindow::~OrdovanWindow() {
 void OrdovanWindow::makeMenus() {
     QMenu* file = menuBar()->addMenu(u"File"_s);
     file->setObjectName(u"menu-file"_s);
+    file->setToolTipsVisible(true);
+    file->addMenu(new RecentFoldersMenu(context_, *content_, this));
+    file->addSeparator();
     QAction* about = file->addAction(u"About ordovan+"_s, this, &OrdovanWindow::showAbout);
     about->setMenuRole(QAction::AboutRole);
     file->addSeparator();
@@ -72,7 +76,15 @@ void OrdovanWindow::makeMenus() {
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     quit->setMenuRole(QAction::QuitRole);
 
-    menuBar()->addMenu(new OrganizeMenu(context_, this));
+    menuBar()->addMenu(new OrganizeMenu(context_, *content_, this));
+
+    // The tray's menu, where it is there, has this too: but a shortcut of its is heard only while it is open.
+    auto* open = new QAction(u"Open ordovan+"_s, this);
+    open->setObjectName(u"open"_s);
+    open->setShortcut(Qt::CTRL | Qt::Key_0);
+    open->setShortcutContext(Qt::ApplicationShortcut);
+    connect(open, &QAction::triggered, this, [this] { bringForward({}); });
+    addAction(open);
 
     QMenu* help = menuBar()->addMenu(u"Help"_s);
     help->setObjectName(u"menu-help"_s);
@@ -120,11 +132,15 @@ void OrdovanWindow::restorePlace() {
 }
 
 void OrdovanWindow::storePlace() {
-    // Not being able to is no reason to keep the user.
-    std::ignore = parts_.values.update([this](auto& values) {
-        values[geometryKey] = saveGeometry();
-        values[sectionKey] = Sections::rawValue(content_->section());
-    });
+    const auto store = [&store = parts_.values, geometry = saveGeometry(),
+                        section = Sections::rawValue(content_->section())] {
+        // Not being able to is no reason to keep the user.
+        std::ignore = store.update([&](auto& values) {
+            values[geometryKey] = geometry;
+            values[sectionKey] = section;
+        });
+    };
+    parts_.background ? parts_.background(store, [] {}) : store();
 }
 
 void OrdovanWindow::appear() {

@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/screens/AppContext.h"
 #include "OrdovanApp/screens/SectionScreens.h"
+#include "OrdovanApp/stores/BackgroundWork.h"
 #include "OrdovanApp/stores/KeyValueStore.h"
 #include "OrdovanCore/Url.h"
 
@@ -32,8 +33,9 @@ public:
         ThemeEnvironment& theme;
         CommandCenter& commands;
         Desktop& desktop;
-        ordovan::KeyValueStore& values;  ///< where place and section are remembered
-        QString documentation;           ///< the web address that the Help item opens
+        ordovan::KeyValueStore& values;           ///< where place and section are remembered
+        QString documentation;                    ///< the web address that the Help item opens
+        ordovan::BackgroundWork background = {};  ///< stores place and section; empty: they are stored at once
     };
 
     OrdovanWindow(const Parts& parts, SectionFactories screens);

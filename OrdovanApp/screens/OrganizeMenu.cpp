@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
+#include "OrdovanApp/screens/ContentView.h"
 
 #include <QAction>
 #include <QKeySequence>
@@ -29,8 +30,8 @@ const std::array<Command, 6> commands = {{
 
 }  // namespace
 
-OrganizeMenu::OrganizeMenu(const AppContext& context, QWidget* parent)
-    : QMenu(u"Organize"_s, parent), context_(context) {
+OrganizeMenu::OrganizeMenu(const AppContext& context, const ContentView& content, QWidget* parent)
+    : QMenu(u"Organize"_s, parent), context_(context), content_(content) {
     setObjectName(u"menu-organize"_s);
     setToolTipsVisible(true);
     for (const Command& command : commands) {
@@ -39,6 +40,7 @@ OrganizeMenu::OrganizeMenu(const AppContext& context, QWidget* parent)
         action->setShortcut(command.shortcut);
         connect(action, &QAction::triggered, this, [this, name = command.name] { context_.commands.post(name); });
     }
+    connect(&content_, &ContentView::askingChanged, this, &OrganizeMenu::refresh);
     CommandAvailability::watch(context.model, this, [this] { refresh(); });
     refresh();
 }
@@ -46,8 +48,7 @@ OrganizeMenu::OrganizeMenu(const AppContext& context, QWidget* parent)
 void OrganizeMenu::refresh() {
     const auto all = actions();
     for (QAction* action : all) {
-        const QString reason =
-            CommandAvailability::reasonAgainst(action->objectName(), context_.model, context_.desktop);
+        const QString reason = content_.reasonAgainst(action->objectName());
         action->setEnabled(reason.isEmpty());
         action->setToolTip(reason);
         action->setStatusTip(reason);

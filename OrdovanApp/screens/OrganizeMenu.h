@@ -3,7 +3,8 @@
 #include "OrdovanApp/screens/AppContext.h"
 
 #include <QMenu>
-#include <QPointer>
+
+class ContentView;
 
 /// The menu "Organize". Its items post notifications and do nothing else; one that has nothing to act on is disabled,
 /// with the reason as its tool tip and in the status tip.
@@ -11,10 +12,12 @@ class OrganizeMenu : public QMenu {
     Q_OBJECT
 
 public:
-    OrganizeMenu(const AppContext& context, QWidget* parent);
+    /// `content` observes the commands; it lives at least as long as the menu is used.
+    OrganizeMenu(const AppContext& context, const ContentView& content, QWidget* parent);
 
 private:
     void refresh();
 
     AppContext context_;
+    const ContentView& content_;
 };

@@ -25,15 +25,21 @@ SectionView::SectionView(const AppContext& context, const QString& title, QWidge
     : QWidget(parent),
       context_(context),
       header_(new ScreenHeader(context.theme, title, this)),
-      pages_(new QStackedWidget(this)),
-      foot_(new QWidget(this)),
-      run_(new ProgressStrip(context.theme, foot_)) {
-    run_->setObjectName(u"runProgress"_s);
+      pages_(new QStackedWidget(this)) {
+    foot_ = makeFoot(u"runProgress"_s, run_);
     connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
-    auto* foot = new QVBoxLayout(foot_);
-    foot->setContentsMargins(0, 8, 0, 12);
-    foot->addWidget(run_);
-    foot_->hide();
+}
+
+QWidget* SectionView::makeFoot(const QString& name, ProgressStrip*& strip) {
+    auto* foot = new QWidget(this);
+    strip = new ProgressStrip(context_.theme, foot);
+    strip->setObjectName(name);
+    auto* layout = new QVBoxLayout(foot);
+    layout->setContentsMargins(0, 8, 0, 12);
+    layout->addWidget(strip);
+    foot->hide();
+    feet_.append(foot);
+    return foot;
 }
 
 void SectionView::assemble(QWidget* notices) {
@@ -43,7 +49,7 @@ void SectionView::assemble(QWidget* notices) {
     layout->addWidget(header_);
     layout->addWidget(notices);
     layout->addWidget(pages_, 1);
-    layout->addWidget(foot_);
+    for (QWidget* foot : feet_) layout->addWidget(foot);
 }
 
 QWidget* SectionView::makeProgressPage(const QString& name, ProgressStrip*& strip) {

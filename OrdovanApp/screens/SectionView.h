@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/screens/AppContext.h"
 
+#include <QList>
 #include <QWidget>
 
 #include <functional>
@@ -30,7 +31,10 @@ protected:
     /// A question over the whole content of the window.
     Sheet* makeSheet(const QString& name);
 
-    /// Shows or hides the foot. When it comes, it starts anew, with `text` for what is being done.
+    /// A line of progress at the foot, hidden; `strip` is made for it. Before `assemble`.
+    QWidget* makeFoot(const QString& name, ProgressStrip*& strip);
+
+    /// Shows or hides the foot of runs. When it comes, it starts anew, with `text` for what is being done.
     void showRun(bool isShown, const QString& text);
     /// `done` of `total`, any unit; `detail` says it in words.
     void showRunProgress(const QString& detail, quint64 done, quint64 total);
@@ -42,6 +46,7 @@ protected:
     QStackedWidget* pages_;
 
 private:
-    QWidget* foot_;
-    ProgressStrip* run_;
+    QList<QWidget*> feet_;
+    QWidget* foot_ = nullptr;
+    ProgressStrip* run_ = nullptr;
 };

@@ -40,6 +40,7 @@ SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
     CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
     header_->addButton(choose_);
     makePages();
+    makeRescanning();
     assemble(notices_);
     connectModel();
     refresh();
@@ -57,13 +58,26 @@ void SmartInboxView::makePages() {
     }
 }
 
+/// Has what shows the progress of a scan say so, and cancel it.
+void SmartInboxView::makeScanProgress(QWidget* place, ProgressStrip* strip) {
+    place->setAccessibleName(u"Previewing folder, reading metadata only."_s);
+    strip->setText(u"Previewing — reading metadata only…"_s);
+    connect(strip, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
+    connect(&context_.model, &TidyViewModel::previewProgressed, strip,
+            [strip](quint64 files, quint64 folders) { strip->setDetail(SmartInboxTexts::scanned(files, folders)); });
+}
+
 QWidget* SmartInboxView::makeScanning() {
     QWidget* page = makeProgressPage(u"scanningPage"_s, scan_);
-    page->setAccessibleName(u"Previewing folder, reading metadata only."_s);
     scan_->setObjectName(u"scanProgress"_s);
-    scan_->setText(u"Previewing — reading metadata only…"_s);
-    connect(scan_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
+    makeScanProgress(page, scan_);
     return page;
+}
+
+void SmartInboxView::makeRescanning() {
+    rescanning_ = makeFoot(u"rescanProgress"_s, rescan_);
+    rescanning_->setObjectName(u"rescanning"_s);
+    makeScanProgress(rescanning_, rescan_);
 }
 
 QWidget* SmartInboxView::makeFailed() {
@@ -91,8 +105,6 @@ void SmartInboxView::connectModel() {
     connect(model, &TidyViewModel::rootURLChanged, this, &SmartInboxView::refresh);
     connect(model, &TidyViewModel::isApplyingChanged, this, &SmartInboxView::refreshRun);
     connect(model, &TidyViewModel::isTrashingChanged, this, &SmartInboxView::refreshRun);
-    connect(model, &TidyViewModel::previewProgressed, this,
-            [this](quint64 files, quint64 folders) { scan_->setDetail(SmartInboxTexts::scanned(files, folders)); });
     connect(model, &TidyViewModel::runProgressed, this,
             [this](quint64 done, quint64 total) { showRunProgress(RunTexts::done(done, total), done, total); });
 }
@@ -125,6 +137,7 @@ void SmartInboxView::refresh() {
     if (page() == scanning_ && pages_->currentWidget() != scanning_) scan_->reset();
     pages_->setCurrentWidget(page());
     refreshHeader();
+    refreshFoot();
     plan_->refreshActions();
 }
 
@@ -149,8 +162,17 @@ void SmartInboxView::refreshRun() {
     const bool isApplying = context_.model.isApplying();
     showRun(isApplying, organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
     if (!isApplying) organizes_ = false;
-    plan_->setBarShown(!isApplying);
+    refreshFoot();
     plan_->refreshActions();
+}
+
+/// In place of the bar: how far a run is, or a new scan of the folder whose plan is in sight.
+void SmartInboxView::refreshFoot() {
+    const bool isApplying = context_.model.isApplying();
+    const bool isRescan = !isApplying && context_.model.phase().kind == Case::scanning && page() != scanning_;
+    if (isRescan && rescanning_->isHidden()) rescan_->reset();
+    rescanning_->setVisible(isRescan);
+    plan_->setBarShown(!isApplying && !isRescan);
 }
 
 // Commands.

@@ -29,12 +29,15 @@ public:
 private:
     void makePages();
     QWidget* makeScanning();
+    void makeRescanning();
+    void makeScanProgress(QWidget* place, ProgressStrip* strip);
     QWidget* makeFailed();
     QWidget* makeNothing();
     void connectModel();
     void refresh();
     void refreshHeader();
     void refreshRun();
+    void refreshFoot();
     [[nodiscard]] QWidget* page() const;
     [[nodiscard]] bool showsPlanOfFolder() const;
     [[nodiscard]] Sheet* confirmation();
@@ -45,6 +48,8 @@ private:
     QWidget* welcome_;
     QWidget* scanning_;
     ProgressStrip* scan_;
+    QWidget* rescanning_;
+    ProgressStrip* rescan_;  ///< of a folder whose last plan stays in sight
     EmptyState* failed_;
     EmptyState* nothing_;
     SmartInboxPlan* plan_;

@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>BigFilesModel</name>
+    <message>
+        <source>Largest files, biggest first</source>
+        <translation>Größte Dateien, die größte zuerst</translation>
+    </message>
+    <message>
+        <source>Leave Out of Trash</source>
+        <translation>Nicht in den Papierkorb</translation>
+    </message>
+    <message>
+        <source>Select for Trash</source>
+        <translation>Für den Papierkorb auswählen</translation>
+    </message>
+    <message>
+        <source>Quick Look</source>
+        <translation>Schnellansicht</translation>
+    </message>
+    <message>
+        <source>Reveal in Finder</source>
+        <translation>Im Dateimanager zeigen</translation>
+    </message>
+</context>
+<context>
     <name>Category</name>
     <message>
         <source>Documents</source>
@@ -552,6 +575,13 @@
     </message>
 </context>
 <context>
+    <name>FilterField</name>
+    <message>
+        <source>Clear</source>
+        <translation>Leeren</translation>
+    </message>
+</context>
+<context>
     <name>Formats</name>
     <message numerus="yes">
         <source>%1 bytes</source>
@@ -598,6 +628,27 @@
     </message>
 </context>
 <context>
+    <name>HistoryModel</name>
+    <message numerus="yes">
+        <source>%1 skipped</source>
+        <translation>
+            <numerusform>%1 übersprungen</numerusform>
+            <numerusform>%1 übersprungen</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 failed</source>
+        <translation>
+            <numerusform>%1 fehlgeschlagen</numerusform>
+            <numerusform>%1 fehlgeschlagen</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Today</source>
+        <translation>Heute</translation>
+    </message>
+</context>
+<context>
     <name>KeepPolicy</name>
     <message>
         <source>Oldest</source>
@@ -614,6 +665,119 @@
     <message>
         <source>Deepest path</source>
         <translation>Tiefster Pfad</translation>
+    </message>
+</context>
+<context>
+    <name>PlanModel</name>
+    <message>
+        <source>Reveal in Finder</source>
+        <translation>Im Dateimanager zeigen</translation>
+    </message>
+    <message>
+        <source>Proposed — safe, no conflict</source>
+        <translation>Vorgeschlagen – sicher, ohne Konflikt</translation>
+    </message>
+    <message>
+        <source>Needs your review — left untouched</source>
+        <translation>Von Ihnen zu prüfen – bleibt unberührt</translation>
+    </message>
+    <message>
+        <source>Skipped — left untouched</source>
+        <translation>Übersprungen – bleibt unberührt</translation>
+    </message>
+    <message>
+        <source>Goes to %1</source>
+        <translation>Kommt nach %1</translation>
+    </message>
+    <message>
+        <source>Leave This File Out</source>
+        <translation>Diese Datei auslassen</translation>
+    </message>
+    <message>
+        <source>Include This File</source>
+        <translation>Diese Datei einbeziehen</translation>
+    </message>
+    <message>
+        <source>Would go to %1</source>
+        <translation>Käme nach %1</translation>
+    </message>
+</context>
+<context>
+    <name>RecoveryModel</name>
+    <message numerus="yes">
+        <source>%1 organized files can go back to where they came from.</source>
+        <translation>
+            <numerusform>%1 einsortierte Datei kann dorthin zurück, woher sie kam.</numerusform>
+            <numerusform>%1 einsortierte Dateien können dorthin zurück, woher sie kamen.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 files in the Trash can be put back (from Duplicates or Big Files).</source>
+        <translation>
+            <numerusform>%1 Datei im Papierkorb lässt sich zurücklegen (aus Duplikate oder Große Dateien).</numerusform>
+            <numerusform>%1 Dateien im Papierkorb lassen sich zurücklegen (aus Duplikate oder Große Dateien).</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Looking whether it is still there…</source>
+        <translation>Es wird nachgesehen, ob sie noch da ist…</translation>
+    </message>
+    <message>
+        <source>Choose the folder that it came from first.</source>
+        <translation>Wählen Sie zuerst den Ordner, aus dem sie stammt.</translation>
+    </message>
+    <message>
+        <source>Put just this file back</source>
+        <translation>Nur diese Datei zurücklegen</translation>
+    </message>
+    <message>
+        <source>This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it.</source>
+        <translation>Diese Datei ist nicht mehr da: seit dem Einsortieren gelöscht oder verschoben. Beim Rückgängigmachen wird sie übersprungen.</translation>
+    </message>
+    <message>
+        <source>The record names a place outside this folder or behind a link. Undo will refuse it.</source>
+        <translation>Das Protokoll nennt einen Ort außerhalb dieses Ordners oder hinter einem Link. Das Rückgängigmachen wird abgelehnt.</translation>
+    </message>
+    <message>
+        <source>%1 · Undo returns it to %2</source>
+        <extracomment>Where an organized file lies, and the folder that it came from</extracomment>
+        <translation>%1 · Rückgängig legt sie zurück nach %2</translation>
+    </message>
+    <message>
+        <source>Put Just This File Back</source>
+        <translation>Nur diese zurücklegen</translation>
+    </message>
+    <message>
+        <source>Reveal in Finder</source>
+        <translation>Im Dateimanager zeigen</translation>
+    </message>
+    <message>
+        <source>No longer in the Trash (emptied or moved), so it can&apos;t be put back from here.</source>
+        <translation>Nicht mehr im Papierkorb (geleert oder verschoben), lässt sich also von hier nicht zurücklegen.</translation>
+    </message>
+    <message>
+        <source>The record names a place that is in no Trash or behind a link. Restore will refuse it.</source>
+        <translation>Das Protokoll nennt einen Ort in keinem Papierkorb oder hinter einem Link. Das Zurücklegen wird abgelehnt.</translation>
+    </message>
+    <message>
+        <source>In the Trash · %1 · Put Back returns it to %2</source>
+        <extracomment>The size of a file, and the folder that it came from</extracomment>
+        <translation>Im Papierkorb · %1 · Zurücklegen bringt sie nach %2</translation>
+    </message>
+    <message>
+        <source>Put Back from Trash</source>
+        <translation>Zurücklegen</translation>
+    </message>
+    <message>
+        <source>Show in the Trash</source>
+        <translation>Im Papierkorb zeigen</translation>
+    </message>
+</context>
+<context>
+    <name>Segments</name>
+    <message>
+        <source>More</source>
+        <translation>Mehr</translation>
     </message>
 </context>
 <context>

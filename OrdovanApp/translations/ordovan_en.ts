@@ -105,4 +105,38 @@
         </translation>
     </message>
 </context>
+<context>
+    <name>HistoryModel</name>
+    <message numerus="yes">
+        <source>%1 skipped</source>
+        <translation>
+            <numerusform>%1 skipped</numerusform>
+            <numerusform>%1 skipped</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 failed</source>
+        <translation>
+            <numerusform>%1 failed</numerusform>
+            <numerusform>%1 failed</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>RecoveryModel</name>
+    <message numerus="yes">
+        <source>%1 organized files can go back to where they came from.</source>
+        <translation>
+            <numerusform>%1 organized file can go back to where they came from.</numerusform>
+            <numerusform>%1 organized files can go back to where they came from.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 files in the Trash can be put back (from Duplicates or Big Files).</source>
+        <translation>
+            <numerusform>%1 file in the Trash can be put back (from Duplicates or Big Files).</numerusform>
+            <numerusform>%1 files in the Trash can be put back (from Duplicates or Big Files).</numerusform>
+        </translation>
+    </message>
+</context>
 </TS>

@@ -178,6 +178,21 @@ TEST_F(ContentViews, CountsWhatCanBeRecoveredAndTheRules) {
     EXPECT_EQ(description("rules"), u"1 rule"_s);
 }
 
+TEST_F(ContentViews, CountsOnlyWhatCanBeRecoveredStill) {
+    preview({"a.pdf", "b.pdf"});
+    ASSERT_TRUE(model->organize());
+    tasks.finish();
+    view().show();
+    memory.removeTree("/r/ordovan+/Documents/a.pdf");
+    QEvent activated(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&view(), &activated);
+    EXPECT_EQ(count("recovery"), u"2"_s);
+    tasks.finish();
+    EXPECT_EQ(count("recovery"), u"1"_s);
+    view().previewFolder(Url::file("/other"));
+    EXPECT_EQ(count("recovery"), QString());
+}
+
 TEST_F(ContentViews, CountsNothingOfTheFolderBefore) {
     preview({"a.pdf", "b.pdf"});
     EXPECT_EQ(count("inbox"), u"2"_s);
@@ -224,6 +239,9 @@ TEST_F(ContentViews, HearsNoCommandWhileItAsksAQuestion) {
     question.open();
     commands.post(Commands::organize);
     EXPECT_EQ(requests, QStringList());
+    EXPECT_EQ(view().reasonAgainst(Commands::organize), u"Answer the question first."_s);
+    question.cancelButton()->click();
+    EXPECT_EQ(view().reasonAgainst(Commands::organize), QString());
 }
 
 TEST_F(ContentViews, GivesAQuestionUpWhenAnotherFolderIsPreviewed) {
@@ -261,6 +279,7 @@ TEST_F(ContentViews, TellsInEverySectionOfARunThatWasInterrupted) {
     }
     view().previewFolder(Url::file("/other"));
     EXPECT_TRUE(interrupted().isVisible());
+    EXPECT_EQ(interrupted().text(), sentence + u" It worked in “r”."_s);
     interrupted().findChild<QPushButton*>(u"bannerClose"_s)->click();
     EXPECT_EQ(model->interruptedRun(), nullptr);
     EXPECT_FALSE(interrupted().isVisible());
@@ -318,6 +337,7 @@ TEST_F(ContentViews, SaysWhileSomethingIsDraggedWhyItCanNotBeDropped) {
 }
 
 TEST_F(ContentViews, PreviewsTheFirstFolderThatIsDropped) {
+    memory.makeDirectory("/r x");
     QMimeData data;
     data.setUrls({QUrl(u"https://example.org/x"_s), QUrl::fromEncoded("file:///r%20x/"), QUrl(u"file:///b"_s)});
     view().show();
@@ -331,7 +351,38 @@ TEST_F(ContentViews, PreviewsTheFirstFolderThatIsDropped) {
     QDropEvent drop(QPointF(300, 300), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, {});
     QCoreApplication::sendEvent(&view(), &drop);
     EXPECT_FALSE(overlay->isVisible());
+    tasks.finish();
     EXPECT_EQ(model->rootURL(), Url::file("/r x"));
+}
+
+TEST_F(ContentViews, KeepsThePlanWhenAFileIsDropped) {
+    preview({"a.pdf"});
+    view().show();
+    for (const auto* dropped : {u"file:///r/a.pdf", u"file:///r/gone"}) {
+        QMimeData data;
+        data.setUrls({QUrl(QString::fromUtf16(dropped))});
+        drag(data);
+        tasks.finish();
+        EXPECT_EQ(view().findChild<QWidget*>(u"drop-overlay"_s)->findChild<QLabel*>()->text(),
+                  u"Only a folder can be previewed."_s);
+        drop(data);
+        tasks.finish();
+    }
+    EXPECT_EQ(notOpened(), u"Only a folder can be previewed. “gone” was not opened."_s);
+    EXPECT_EQ(announcer.lastSaid(), notOpened());
+    EXPECT_EQ(model->rootURL(), Url::file("/r"));
+    EXPECT_EQ(status(), u"1 proposed · 0 need review"_s);
+}
+
+TEST_F(ContentViews, PreviewsTheFolderThatIsChosenWhileADropIsExamined) {
+    preview({"sub/a.pdf"});
+    view().show();
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///r/sub"_s)});
+    drop(data);
+    view().previewFolder(Url::file("/other"));
+    tasks.finish();
+    EXPECT_EQ(model->rootURL(), Url::file("/other"));
 }
 
 TEST_F(ContentViews, KeepsItsScreenWhenADragLeaves) {

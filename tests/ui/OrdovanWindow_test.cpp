@@ -109,6 +109,58 @@ TEST_F(OrdovanWindows, DisablesEveryCommandDuringARun) {
     EXPECT_TRUE(item("Undo Organize")->isEnabled());
 }
 
+TEST_F(OrdovanWindows, DisablesEveryCommandWhileItAsksAQuestion) {
+    desktop.opens = false;
+    window().show();
+    item("ordovan+ Help")->trigger();
+    for (const QAction* each : window().findChild<QMenu*>(u"menu-organize"_s)->actions()) {
+        EXPECT_FALSE(each->isEnabled()) << each->text().toStdString();
+        EXPECT_EQ(each->toolTip(), u"Answer the question first."_s) << each->text().toStdString();
+    }
+    window().findChild<Sheet*>()->confirmButton()->click();
+    EXPECT_TRUE(item("Choose Folder…")->isEnabled());
+}
+
+TEST_F(OrdovanWindows, OffersTheRecentFoldersInItsFileMenu) {
+    EXPECT_FALSE(item("Recent Folders")->isEnabled());
+    EXPECT_EQ(item("Recent Folders")->toolTip(), u"No folder was previewed yet."_s);
+    for (const char* folder : {"/r/R&D", "/r/new"}) {
+        memory.makeDirectory(folder);
+        window().previewFolder(Url::file(folder));
+        tasks.finish();
+    }
+    EXPECT_TRUE(item("Recent Folders")->isEnabled());
+    const auto folders = item("Recent Folders")->menu()->actions();
+    ASSERT_EQ(folders.size(), 2);
+    EXPECT_EQ(folders[0]->text(), u"new"_s);
+    EXPECT_EQ(folders[1]->text(), u"R&&D"_s);
+    EXPECT_EQ(folders[1]->toolTip(), u"/r/R&D"_s);
+    folders[1]->trigger();
+    EXPECT_EQ(model->rootURL(), Url::file("/r/R&D"));
+}
+
+TEST_F(OrdovanWindows, OffersNoRecentFolderDuringARun) {
+    startRun();
+    EXPECT_FALSE(item("Recent Folders")->isEnabled());
+    EXPECT_EQ(item("Recent Folders")->toolTip(), u"Files are being moved right now."_s);
+    tasks.finish();
+    EXPECT_TRUE(item("Recent Folders")->isEnabled());
+}
+
+TEST_F(OrdovanWindows, ComesForwardByItsShortcutFromAnyWindowOfTheProgram) {
+    const auto* open = window().findChild<QAction*>(u"open"_s);
+    EXPECT_EQ(open->text(), u"Open ordovan+"_s);
+    window().show();
+    item("Settings…")->trigger();
+    auto* panel = window().findChild<SettingsView*>();
+    panel->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(panel));
+    window().showMinimized();
+    QTest::keyClick(panel, Qt::Key_0, Qt::ControlModifier);
+    EXPECT_TRUE(window().isActiveWindow());
+    EXPECT_FALSE(window().isMinimized());
+}
+
 TEST_F(OrdovanWindows, HasOneHelpItemThatOpensTheDocumentation) {
     const auto actions = window().findChild<QMenu*>(u"menu-help"_s)->actions();
     ASSERT_EQ(actions.size(), 1);

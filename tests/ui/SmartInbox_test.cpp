@@ -204,6 +204,21 @@ TEST_F(SmartInbox, KeepsTheListWhileItsFolderIsPreviewedAgain) {
     EXPECT_TRUE(widget(u"organize")->isEnabled());
 }
 
+TEST_F(SmartInbox, TellsHowFarANewPreviewOfItsFolderIsAndCancelsIt) {
+    preview({"a.pdf = 1", "b.pdf = 1"});
+    EXPECT_FALSE(widget<QWidget>(u"rescanning")->isVisible());
+    model->preview();
+    Q_EMIT model->previewProgressed(1204, 17);
+    EXPECT_TRUE(list().isVisible());
+    EXPECT_THAT(shown(), IsSupersetOf({u"Previewing folder, reading metadata only."_s, u"1,204 files in 17 folders"_s,
+                                       u"Cancel"_s}));
+    click(widget<ProgressStrip>(u"rescanProgress")->findChild<QPushButton*>(u"progressCancel"_s));
+    tasks.finish();
+    EXPECT_FALSE(widget<QWidget>(u"rescanning")->isVisible());
+    EXPECT_TRUE(widget(u"tickAll")->isVisible());
+    EXPECT_EQ(rows().size(), 2);
+}
+
 TEST_F(SmartInbox, KeepsScrollSelectionAndCurrentRowAcrossANewPreview) {
     view();
     for (int i = 100; i < 200; ++i) memory.write("/r/" + std::to_string(i) + ".pdf", "");
