@@ -26,7 +26,8 @@ public:
     /// Waits for it, at most until a request to stop.
     [[nodiscard]] bool areRecordsHeldElsewhere() const;
 
-    /// Previews a folder as far as `depth` says, and tells of a run that was found interrupted in it. Afterwards the controller's phase says whether it failed.
+    /// Previews a folder as far as `depth` says, and tells of a run that was found interrupted in it. Afterwards the
+    /// controller's phase says whether it failed.
     void preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth);
 
     /// Saves the plan and its selection in a file. A sentence when that fails; else nothing.

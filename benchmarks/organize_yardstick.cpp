@@ -70,7 +70,8 @@ int main(int argc, char** argv) {
     const std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)> sha256(EVP_MD_fetch(nullptr, "SHA256", nullptr), EVP_MD_free);
     std::vector<char> piece(1 << 20);
     std::size_t bytes = 0;
-    for (std::size_t i = 0; i < paths.size(); i += 2) bytes += hashFile(paths[i + from], context.get(), sha256.get(), piece);
+    for (std::size_t i = 0; i < paths.size(); i += 2)
+        bytes += hashFile(paths[i + from], context.get(), sha256.get(), piece);
     const double hashed = seconds();
     std::unordered_set<std::string> made;
     for (std::size_t i = 0; i < paths.size(); i += 2) {
@@ -82,10 +83,11 @@ int main(int argc, char** argv) {
                 if (slash == std::string::npos) break;
             }
         }
-        if (::renameat2(AT_FDCWD, paths[i + from].c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) != 0) fail(target);
+        if (::renameat2(AT_FDCWD, paths[i + from].c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) != 0)
+            fail(target);
     }
     const double renamed = seconds();
-    std::printf("{\"files\": %zu, \"bytes\": %zu, \"hash\": %.4f, \"rename\": %.4f, \"seconds\": %.4f}\n", paths.size() / 2,
-                bytes, hashed - start, renamed - hashed, renamed - start);
+    std::printf("{\"files\": %zu, \"bytes\": %zu, \"hash\": %.4f, \"rename\": %.4f, \"seconds\": %.4f}\n",
+                paths.size() / 2, bytes, hashed - start, renamed - hashed, renamed - start);
     return 0;
 }

@@ -57,9 +57,10 @@ int main(int argc, char** argv) {
         conflicts = plan.conflicts.size();
     }
     const long after = peakKilobytes();
-    std::printf("{\"files\": %zu, \"proposals\": %zu, \"conflicts\": %zu, \"scan\": %.4f, \"plan\": %.4f, "
-                "\"seconds\": %.4f, \"peakKilobytes\": %ld, \"bytesPerFile\": %.0f}\n",
-                files, proposals, conflicts, bestScan, bestPlan, best, after,
-                files == 0 ? 0.0 : static_cast<double>(after - before) * 1024.0 / static_cast<double>(files));
+    std::printf(
+        "{\"files\": %zu, \"proposals\": %zu, \"conflicts\": %zu, \"scan\": %.4f, \"plan\": %.4f, "
+        "\"seconds\": %.4f, \"peakKilobytes\": %ld, \"bytesPerFile\": %.0f}\n",
+        files, proposals, conflicts, bestScan, bestPlan, best, after,
+        files == 0 ? 0.0 : static_cast<double>(after - before) * 1024.0 / static_cast<double>(files));
     return 0;
 }

@@ -109,7 +109,8 @@ TEST(Formats, MakeWhatWouldBreakOrTurnALineVisible) {
 TEST(Formats, CountFoldersFromTheRoot) {
     const Url root = Url::file("/home/ada/Downloads");
     EXPECT_EQ(Formats::folderOf(Url::file("/home/ada/Downloads/a.pdf"), root), u"Downloads"_s);
-    EXPECT_EQ(Formats::folderOf(Url::file("/home/ada/Downloads/papers/q 1/a.pdf"), root), u"Downloads / papers / q 1"_s);
+    EXPECT_EQ(Formats::folderOf(Url::file("/home/ada/Downloads/papers/q 1/a.pdf"), root),
+              u"Downloads / papers / q 1"_s);
     EXPECT_EQ(Formats::folderOf(Url::file("/home/ada/Downloads 2/a.pdf"), root), u"/home/ada/Downloads 2"_s);
     EXPECT_EQ(Formats::folderOf(Url::file("/mnt/a.pdf"), Url::file("/")), u"/ / mnt"_s);
 }
