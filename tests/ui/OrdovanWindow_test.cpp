@@ -157,7 +157,7 @@ TEST_F(OrdovanWindows, ComesForwardByItsShortcutFromAnyWindowOfTheProgram) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(panel));
     window().showMinimized();
     QTest::keyClick(panel, Qt::Key_0, Qt::ControlModifier);
-    EXPECT_TRUE(window().isActiveWindow());
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window()));
     EXPECT_FALSE(window().isMinimized());
 }
 
