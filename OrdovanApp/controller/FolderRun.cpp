@@ -6,6 +6,8 @@
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/TrashPlace.h"
 
+#include <limits>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -45,26 +47,49 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
     const bool isNamed =
         ordovan::namesOnePlace(source) && (destination.path().empty() || ordovan::namesOnePlace(destination));
     if (!isWanted_ || !isNamed) return;
-    OrdovanRunItem item = {.source = source.sharedPath(),
-                           .destination = destination.sharedPath(),
-                           .byteSize = knownSize,
-                           .identity = {},
-                           .contentHash = std::string(knownHash)};
-    // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it does.
-    const bool mayLook = source.path().starts_with(below_) || ordovan::isInTrash(source.path());
-    if (auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{})) {
-        item.byteSize = facts->byteSize;
-        item.modifiedNs = facts->modifiedNs;
-        if (!isAnotherName(*facts, destination)) item.names = facts->names;
-        const std::string_view identity = facts->identity;
-        const std::string_view device = identity.substr(0, identity.find(':'));
-        if (device != device_) {
-            device_ = device;
-            keepsIdentities_ = !ports_.recording.keepsIdentities || ports_.recording.keepsIdentities(source);
+    intent_.items.push_back({.source = source.sharedPath(),
+                             .destination = destination.sharedPath(),
+                             .byteSize = knownSize,
+                             .identity = {},
+                             .contentHash = std::string(knownHash)});
+}
+
+/// Looks at the files folder by folder, which spares the ways to them.
+void Record::lookAtAll() {
+    constexpr auto none = std::numeric_limits<std::size_t>::max();
+    std::vector<OrdovanRunItem>& items = intent_.items;
+    std::vector<std::size_t> next(items.size(), none);  // the next item in the same folder
+    std::vector<std::size_t> firsts;
+    std::unordered_map<std::string_view, std::size_t> lasts;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const auto [last, isFirst] = lasts.try_emplace(ordovan::parentPath(items[i].source), i);
+        if (isFirst) {
+            firsts.push_back(i);
+        } else {
+            next[std::exchange(last->second, i)] = i;
         }
-        if (keepsIdentities_) item.identity = std::move(facts->identity);
     }
-    intent_.items.push_back(std::move(item));
+    for (const std::size_t first : firsts) {
+        for (std::size_t i = first; i != none; i = next[i]) lookAt(items[i]);
+    }
+}
+
+void Record::lookAt(OrdovanRunItem& item) {
+    // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it does.
+    const bool mayLook = item.source.view().starts_with(below_) || ordovan::isInTrash(item.source);
+    const Url source = Url::file(item.source);
+    auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{});
+    if (!facts) return;
+    item.byteSize = facts->byteSize;
+    item.modifiedNs = facts->modifiedNs;
+    if (!isAnotherName(*facts, Url::file(item.destination))) item.names = facts->names;
+    const std::string_view identity = facts->identity;
+    const std::string_view device = identity.substr(0, identity.find(':'));
+    if (device != device_) {
+        device_ = device;
+        keepsIdentities_ = !ports_.recording.keepsIdentities || ports_.recording.keepsIdentities(source);
+    }
+    if (keepsIdentities_) item.identity = std::move(facts->identity);
 }
 
 /// Whether a file may be one with what lies at its destination already. With a single name it can not.
@@ -76,6 +101,7 @@ bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destinatio
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
     if (!isWanted_) return fs;
+    lookAtAll();
     facts_ = {};
     auto notes = ports_.recording.runRecords->begin(intent_);
     if (!notes) return fs;

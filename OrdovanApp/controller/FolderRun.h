@@ -70,7 +70,8 @@ public:
     void add(const Url& source, const Url& destination, std::int64_t knownSize = OrdovanRunItem::unknownSize,
              std::string_view knownHash = {});
 
-    /// Stores the record. The file system through which the run is to work from now on: `fs`, kept to what is recorded.
+    /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
+    /// kept to what is recorded.
     OrdovanFileSystem& begin(OrdovanFileSystem& fs);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();
@@ -82,6 +83,8 @@ public:
     [[nodiscard]] bool isStored() const { return isStored_; }
 
 private:
+    void lookAtAll();
+    void lookAt(OrdovanRunItem& item);
     [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const;
     void syncArrivals() const;
 

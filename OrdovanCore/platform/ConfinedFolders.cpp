@@ -17,10 +17,10 @@ constexpr int folderItself = O_PATH | O_DIRECTORY;
 
 /// openat2(2), which the C library does not offer; again after an interrupting signal. On failure the descriptor is
 /// empty and errno tells.
-Descriptor openBeneath(int root, const char* path) {
+Descriptor openBeneath(int root, const char* path, int flags) {
     constexpr int mostTries = 100;
     ::open_how how{};
-    how.flags = folderItself | O_CLOEXEC;
+    how.flags = static_cast<unsigned>(flags | O_CLOEXEC);
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
     for (int tries = 1;; ++tries) {
         const long descriptor = ::syscall(SYS_openat2, root, path, &how, sizeof how);
@@ -64,6 +64,18 @@ std::expected<const ConfinedFolders::Folder*, int> ConfinedFolders::open(std::st
         slot->usedAt = ++uses_;
         return &slot->folder;
     }
+    const int error = openRoot();
+    if (error != 0) return std::unexpected(error);
+    return take(slot, path);
+}
+
+std::expected<const ConfinedFolders::Folder*, int> ConfinedFolders::openAnew(std::string_view path) {
+    const bool isOpen = static_cast<bool>(root_.descriptor) && !behindRoot(path).empty();
+    return isOpen ? take(find(path), path) : open(path);
+}
+
+/// Enters a folder and keeps it in its slot, or in the one that was not used for the longest time.
+std::expected<const ConfinedFolders::Folder*, int> ConfinedFolders::take(Slot* slot, std::string_view path) {
     auto entered = enter(behindRoot(path));
     if (!entered) return std::unexpected(entered.error());
     if (slot == nullptr) slot = &*std::ranges::min_element(slots_, {}, &Slot::usedAt);
@@ -81,6 +93,11 @@ const ConfinedFolders::Folder* ConfinedFolders::held(std::string_view path) {
     if (slot == nullptr) return nullptr;
     slot->usedAt = ++uses_;
     return &slot->folder;
+}
+
+void ConfinedFolders::forget(std::string_view path) {
+    if (path == root_.path) root_.descriptor = {};
+    if (Slot* const slot = find(path)) *slot = {};
 }
 
 ConfinedFolders::Slot* ConfinedFolders::find(std::string_view path) {
@@ -106,10 +123,8 @@ int ConfinedFolders::openRoot() {
 }
 
 std::expected<Descriptor, int> ConfinedFolders::enter(std::string_view piecesBehindRoot) {
-    const int error = openRoot();
-    if (error != 0) return std::unexpected(error);
     if (entering_ == Entering::atOnce) {
-        Descriptor folder = openBeneath(root_.descriptor.get(), std::string(piecesBehindRoot).c_str());
+        Descriptor folder = openBeneath(root_.descriptor.get(), std::string(piecesBehindRoot).c_str(), folderItself);
         if (folder) return folder;
         if (errno == ENOSYS || errno == EPERM) {
             entering_ = Entering::stepByStep;
@@ -139,6 +154,23 @@ std::expected<Descriptor, int> ConfinedFolders::enterStepByStep(std::string_view
         folder = std::move(next);
     }
     return folder;
+}
+
+int ConfinedFolders::openFile(std::string_view path, RegularFile& file) {
+    const std::string pieces(behindRoot(path));
+    int error = root_.descriptor ? 0 : openRoot();
+    if (error != 0) return error;
+    struct ::stat seen;
+    if (!FolderEntry(root_.descriptor.get(), pieces.c_str()).examine(seen)) return errno;
+    if (!S_ISREG(seen.st_mode)) return EINVAL;
+    if (entering_ == Entering::atOnce) {
+        error = file.openWith([&](int flags) { return openBeneath(root_.descriptor.get(), pieces.c_str(), flags); });
+        // EBUSY stands for EAGAIN, of which there are two reasons.
+        if (error != ENOSYS && error != EPERM && error != EBUSY) return error;
+    }
+    const std::string name(lastPathComponent(path));
+    const auto folder = open(parentPath(path));
+    return folder ? file.open(FolderEntry((*folder)->descriptor.get(), name.c_str())) : folder.error();
 }
 
 int ConfinedFolders::make(std::string_view path, ::mode_t mode) {

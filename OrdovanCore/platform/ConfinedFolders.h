@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/RegularFile.h"
 
 #include <sys/stat.h>
 
@@ -44,8 +45,20 @@ public:
     /// end, EXDEV for a ".." that leads out of the root, ENOTDIR, ENOENT, EACCES and the system's other ones.
     [[nodiscard]] std::expected<const Folder*, int> open(std::string_view path);
 
+    /// The same, but entered anew in any case: at this moment no link is on the way from the root. (That the root is
+    /// still what its path leads to is not looked at.)
+    [[nodiscard]] std::expected<const Folder*, int> openAnew(std::string_view path);
+
     /// The folder of this path that is held, without a look whether the path leads to it still; null when none is.
     [[nodiscard]] const Folder* held(std::string_view path);
+
+    /// Holds the folder of this path no longer.
+    void forget(std::string_view path);
+
+    /// Opens a file that `leadsBelow` the root as `RegularFile::open` does, without following a link on the way. What
+    /// is seen not to be a regular file is not even opened (EINVAL): a FIFO would wake whoever waits at its other end,
+    /// and a device may do anything. Returns 0 or the errno.
+    [[nodiscard]] int openFile(std::string_view path, RegularFile& file);
 
     /// Makes a folder that `leadsBelow` the root and every missing one above it, with `mode` less the umask. An
     /// existing folder is no error. Returns 0 or the errno: EEXIST when something else bears the name, else as for
@@ -62,6 +75,7 @@ private:
     Slot* find(std::string_view path);
     [[nodiscard]] bool leadsTo(const Folder& folder) const;
     int openRoot();
+    std::expected<const Folder*, int> take(Slot* slot, std::string_view path);
     std::expected<Descriptor, int> enter(std::string_view piecesBehindRoot);
     std::expected<Descriptor, int> enterStepByStep(std::string_view piecesBehindRoot) const;
     int makeOne(std::string_view path, ::mode_t mode);

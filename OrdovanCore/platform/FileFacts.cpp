@@ -47,11 +47,14 @@ public:
             item.path().back() == '/' || item.path().contains('\0') || !item.isFile()) {
             return factsOf(item);
         }
-        if (!opened_ || folder != path_) {
+        if (folder != path_) {
+            // Opening it is worth while for more than one item.
             path_ = folder;
-            opened_ = Descriptor::open(path_.c_str(), O_PATH | O_DIRECTORY);
-            if (!opened_) return factsOf(item);
+            opened_ = {};
+            return factsOf(item);
         }
+        if (!opened_) opened_ = Descriptor::open(path_.c_str(), O_PATH | O_DIRECTORY);
+        if (!opened_) return factsOf(item);
         name_ = name;
         struct ::stat facts;
         if (::fstatat(opened_.get(), name_.c_str(), &facts, AT_SYMLINK_NOFOLLOW) != 0) return failure(errno);

@@ -1,5 +1,6 @@
 #include "OrdovanCore/platform/HashAhead.h"
 
+#include "OrdovanCore/platform/ConfinedFolders.h"
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SameFile.h"
@@ -26,7 +27,7 @@ namespace {
 
 /// How far the workers run ahead of the run, in files. Their results are small; what is bounded is the reading of
 /// files that a cancelled run will not come to.
-constexpr std::size_t window = 128;
+constexpr std::size_t window = 1024;
 
 /// No more workers than this: beyond it, the disk is what one waits for.
 constexpr unsigned mostWorkers = 4;
@@ -62,17 +63,12 @@ struct Hashed {
 /// Hashes files on one worker.
 class Hasher {
 public:
-    explicit Hasher(const HashAheadFileSystem::Options& options) : options_(options) {}
+    explicit Hasher(const HashAheadFileSystem::Options& options) : options_(options), folders_(options.root) {}
 
-    /// The file's hash and the file it is good for; nothing when it can not be vouched for. What is no regular file is
-    /// not even opened: opening a FIFO wakes whoever waits at its other end, and opening a device may do anything.
+    /// The file's hash and the file it is good for; nothing when it can not be vouched for.
     std::optional<Hashed> hash(const Url& url, const std::function<bool()>& shouldContinue) {
-        const SystemPath path(url);
-        struct ::stat before;
-        if (path.error() != 0 || ::lstat(path.text(), &before) != 0 || !S_ISREG(before.st_mode)) return std::nullopt;
-        if (options_.mayRead && !options_.mayRead(url)) return std::nullopt;
         RegularFile file;
-        if (file.open(path.text()) != 0 || !isReliable(file)) return std::nullopt;
+        if (!open(url, file) || !isReliable(file)) return std::nullopt;
         if (now() - secondsOf(file.facts.st_ctim) < stampGranularity) return std::nullopt;
         if (writers_.isWrittenAtStart(file)) return std::nullopt;
         auto hash = hashOfOpenFile(file.descriptor.get(), shouldContinue, file.facts.st_size);
@@ -83,6 +79,18 @@ public:
     }
 
 private:
+    /// Opens a file that may be read. What is no regular file is not even opened: opening a FIFO wakes whoever waits at
+    /// its other end, and opening a device may do anything.
+    bool open(const Url& url, RegularFile& file) {
+        const SystemPath path(url);
+        if (path.error() != 0) return false;
+        if (!options_.root.empty() && folders_.leadsBelow(path.view()))
+            return folders_.openFile(path.view(), file) == 0;
+        struct ::stat before;
+        if (::lstat(path.text(), &before) != 0 || !S_ISREG(before.st_mode)) return false;
+        return (!options_.mayRead || options_.mayRead(url)) && file.open(path.text()) == 0;
+    }
+
     [[nodiscard]] double now() const {
         if (options_.clock) return options_.clock();
         ::timespec time;
@@ -101,6 +109,7 @@ private:
     }
 
     const HashAheadFileSystem::Options& options_;
+    ConfinedFolders folders_;
     WriterProbe writers_;
     std::optional<::dev_t> device_;
     bool reliable_ = false;
@@ -214,9 +223,8 @@ HashAheadFileSystem::~HashAheadFileSystem() = default;
 
 OrdovanResult<std::string> HashAheadFileSystem::contentHash(const Url& url) {
     std::optional<Hashed> ahead = queue_ == nullptr ? std::nullopt : queue_->take(url);
-    if (ahead && isStillThere(url, ahead->facts)) {
+    if (ahead && (vouch_ ? vouch_(url, ahead->facts) : isStillThere(url, ahead->facts))) {
         ++handedOut_;
-        if (vouch_) vouch_(url, ahead->facts);
         return std::move(ahead->hash);
     }
     return fs_.contentHash(url);

@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
 
 namespace ordovan {
 
@@ -24,14 +25,18 @@ namespace ordovan {
 class HashAheadFileSystem final : public OrdovanFileSystem {
 public:
     struct Options {
-        /// Whether a file may be opened at all: the checks that the run itself will make of its place. Called on the
-        /// workers; empty for always.
-        std::function<bool(const Url& file)> mayRead;
-        /// Told of each hash made ahead that is handed out: `facts` are those of the descriptor that was read, and were
-        /// seen at the file's path a moment ago. Called on the thread that asks for the hash; empty for nobody.
-        std::function<void(const Url& file, const struct ::stat& facts)> vouch;
+        /// The path of the run's folder: files below it are opened from there without following a link. Empty: none
+        /// are.
+        std::string root = {};
+        /// Whether any other file may be opened at all: the checks that the run itself will make of its place. Called
+        /// on the workers; empty for always.
+        std::function<bool(const Url& file)> mayRead = {};
+        /// Told of each hash made ahead that is asked for: `facts` are those of the descriptor that was read. Says
+        /// whether that is the file at the path; else the hash is not handed out. Called on the thread that asks for
+        /// the hash; empty for a look here.
+        std::function<bool(const Url& file, const struct ::stat& facts)> vouch = {};
         /// The time, seconds since 1970; empty for the system's clock. Called on the workers.
-        std::function<double()> clock;
+        std::function<double()> clock = {};
         /// Relies on the time stamps of every file system, not only of those known to keep them well.
         bool trustsEveryFileSystem = false;
     };
@@ -59,7 +64,7 @@ public:
 private:
     class Queue;
     OrdovanFileSystem& fs_;
-    std::function<void(const Url& file, const struct ::stat& facts)> vouch_;
+    std::function<bool(const Url& file, const struct ::stat& facts)> vouch_;
     std::unique_ptr<Queue> queue_;
     std::size_t handedOut_ = 0;
 };

@@ -2,11 +2,7 @@
 
 namespace ordovan {
 
-int RegularFile::open(FolderEntry item) {
-    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK;
-    descriptor = Descriptor::openAt(item.folder, item.name, flags | O_NOATIME);
-    // Only the owner may spare the access time.
-    if (!descriptor && errno == EPERM) descriptor = Descriptor::openAt(item.folder, item.name, flags);
+int RegularFile::check() {
     if (!descriptor) {
         switch (errno) {
             case ENXIO:  // a socket

@@ -39,7 +39,8 @@ const char* nameIn(const SystemPath& path) {
 
 }  // namespace
 
-RunFileSystem::RunFileSystem(const Url& root, ConfinedFolders::Entering entering) : folders_(root.path(), entering) {}
+RunFileSystem::RunFileSystem(const Url& root, ConfinedFolders::Entering entering)
+    : root_(root.path()), folders_(root.path(), entering) {}
 
 // Looking.
 
@@ -51,9 +52,28 @@ const RunFileSystem::Look& RunFileSystem::lookAt(const Url& url, Question questi
     }
     look_.path = path.view();
     look_.error = path.error();
-    if (look_.error == 0 && !FolderEntry(path.text()).examine(look_.facts)) look_.error = errno;
+    const bool isOnWay = !way_.path.empty() && parentPath(path.view()) == way_.path;
+    const FolderEntry item = isOnWay ? FolderEntry(way_.folder, nameIn(path)) : FolderEntry(path.text());
+    if (look_.error == 0 && !item.examine(look_.facts)) look_.error = errno;
     look_.answered = question;
+    way_.path.clear();
+    if (look_.error == 0 && S_ISREG(look_.facts.st_mode)) regular_ = {look_.path, look_.facts};
     return look_;
+}
+
+/// Whether a folder, and so each one above it, was just entered without following a link, or is now.
+bool RunFileSystem::isWithoutLinks(const Url& folder) {
+    const SystemPath path(folder);
+    const std::string_view text = path.view();
+    if (text.size() < way_.asked && way_.path.starts_with(text) && way_.path[text.size()] == '/') {
+        way_.asked = text.size();
+        return true;
+    }
+    way_.path.clear();
+    if (path.error() != 0 || look_.path == text || hasDotDotPiece(text) || !folders_.leadsBelow(text)) return false;
+    const auto entered = folders_.openAnew(text);
+    if (entered) way_ = {std::string(text), text.size(), (*entered)->descriptor.get()};
+    return entered.has_value();
 }
 
 void RunFileSystem::remember(std::string_view path, const struct ::stat& facts) {
@@ -74,6 +94,7 @@ bool RunFileSystem::isRegularFile(const Url& url) {
 }
 
 bool RunFileSystem::isSymlink(const Url& url) {
+    if (isWithoutLinks(url)) return false;
     const Look& look = lookAt(url, link);
     return look.error == 0 && S_ISLNK(look.facts.st_mode);
 }
@@ -106,26 +127,36 @@ bool RunFileSystem::sameVolume(const Url& a, const Url& b) {
 
 // What was hashed.
 
-void RunFileSystem::vouch(const Url& file, const struct ::stat& facts) {
+bool RunFileSystem::vouch(const Url& file, const struct ::stat& facts) {
     const SystemPath path(file);
-    if (path.error() != 0) return;
+    if (path.error() != 0) return false;
+    const bool isSeen = regular_.path == path.view();
+    regular_.path.clear();
+    if (!isSeen && !FolderEntry(path.text()).examine(regular_.facts)) return false;
+    if (!isUntouched(facts, regular_.facts)) return false;
     vouchFor(path.view(), facts);
     remember(path.view(), facts);
+    return true;
 }
 
-std::function<void(const Url& file, const struct ::stat& facts)> RunFileSystem::voucher(OrdovanFileSystem& port) {
+std::function<bool(const Url& file, const struct ::stat& facts)> RunFileSystem::voucher(OrdovanFileSystem& port) {
     auto* const run = dynamic_cast<RunFileSystem*>(&port);
     if (run == nullptr) return {};
-    return [run](const Url& file, const struct ::stat& facts) { run->vouch(file, facts); };
+    return [run](const Url& file, const struct ::stat& facts) { return run->vouch(file, facts); };
+}
+
+std::string RunFileSystem::rootOf(const OrdovanFileSystem& port) {
+    const auto* const run = dynamic_cast<const RunFileSystem*>(&port);
+    return run == nullptr ? std::string() : run->root_;
 }
 
 const struct ::stat* RunFileSystem::vouchedFor(std::string_view path) const {
-    const auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    const auto found = std::ranges::find(vouched_, path, &Seen::path);
     return path.empty() || found == vouched_.end() ? nullptr : &found->facts;
 }
 
 void RunFileSystem::vouchFor(std::string_view path, const struct ::stat& facts) {
-    auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    auto found = std::ranges::find(vouched_, path, &Seen::path);
     if (found == vouched_.end()) {
         found = vouched_.begin() + static_cast<std::ptrdiff_t>(nextVouched_);
         nextVouched_ = (nextVouched_ + 1) % vouched_.size();
@@ -135,7 +166,7 @@ void RunFileSystem::vouchFor(std::string_view path, const struct ::stat& facts) 
 }
 
 void RunFileSystem::unvouch(std::string_view path) {
-    const auto found = std::ranges::find(vouched_, path, &Vouched::path);
+    const auto found = std::ranges::find(vouched_, path, &Seen::path);
     if (found != vouched_.end()) found->path.clear();
 }
 
@@ -173,6 +204,13 @@ RunFileSystem::Entry RunFileSystem::sourceEntryOf(const SystemPath& path) {
     return provenEntryOf(path);
 }
 
+/// The same for the new place of an item that was hashed: where it arrives is looked at by the path, and so the folder
+/// held will do.
+RunFileSystem::Entry RunFileSystem::targetEntryOf(const SystemPath& path) {
+    const auto* const folder = hasDotDotPiece(path.view()) ? nullptr : folders_.held(parentPath(path.view()));
+    return folder == nullptr ? entryOf(path) : FolderEntry(folder->descriptor.get(), nameIn(path));
+}
+
 OrdovanResult<void> RunFileSystem::createDirectory(const Url& url) {
     forgetLook();
     const SystemPath path(url);
@@ -195,9 +233,16 @@ OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
 int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
     const auto old = sourceEntryOf(source);
     if (!old) return old.error();
-    const auto fresh = entryOf(target);
+    const bool isProved = vouchedFor(source.view()) != nullptr;
+    auto fresh = isProved ? targetEntryOf(target) : entryOf(target);
     if (!fresh) return fresh.error();
     int error = moveExclusively(*old, *fresh);
+    if (error == ENOENT && isProved) {
+        // The folder held may have been removed and made anew.
+        fresh = entryOf(target);
+        if (!fresh) return fresh.error();
+        error = moveExclusively(*old, *fresh);
+    }
     if (error != 0) return error;
     unvouch(target.view());
     if (const struct ::stat* const vouched = vouchedFor(source.view())) {
@@ -238,6 +283,7 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
     }
     const bool isIt = fresh.examine(there) && isMoved(was, there, fresh);
     static_cast<void>(moveExclusively(fresh, old));
+    folders_.forget(parentPath(target.view()));
     if (!isIt) return EBUSY;
     // Its folder was exchanged: by what, the next attempt to enter it tells.
     const Entry again = entryOf(target);

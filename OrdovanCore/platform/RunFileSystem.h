@@ -40,7 +40,9 @@ class SystemPath;
 /// kernel tells (`WriterProbe`), or that changes meanwhile, is EBUSY.
 ///
 /// **One look for one item.** Different questions about one item that directly follow one another (does it exist, is it
-/// regular, how large is it, which is it) are answered from one look at it, which the call before may have made.
+/// regular, how large is it, which is it) are answered from one look at it, which the call
+/// before may have made. So are those about the folders of one way, from the bottom up: one that can be entered without
+/// following a link has none above it.
 class RunFileSystem final : public SystemFileSystem, public OrdovanContentReading {
 public:
     /// `root` is the absolute path of the folder. Nothing is opened yet.
@@ -61,12 +63,15 @@ public:
 
     OrdovanResult<std::unique_ptr<OrdovanOpenContent>> open(const Url& url) override;
 
-    /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read, and were seen
-    /// at the path right before this call.
-    void vouch(const Url& file, const struct ::stat& facts);
+    /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read. False when
+    /// what was seen at the path last, or is seen there now, is another file or was changed since.
+    bool vouch(const Url& file, const struct ::stat& facts);
 
     /// How to `vouch` to a port that is the disk of a run; empty for any other. Good as long as the port is.
-    static std::function<void(const Url& file, const struct ::stat& facts)> voucher(OrdovanFileSystem& port);
+    static std::function<bool(const Url& file, const struct ::stat& facts)> voucher(OrdovanFileSystem& port);
+
+    /// The path of the folder to which a port is confined that is the disk of a run; empty for any other.
+    static std::string rootOf(const OrdovanFileSystem& port);
 
 private:
     class Content;
@@ -79,8 +84,14 @@ private:
         struct ::stat facts{};
         unsigned answered = 0;  // the questions that this look has answered
     };
-    /// A file that was hashed.
-    struct Vouched {
+    /// A folder below the root that was entered a moment ago.
+    struct Way {
+        std::string path;       // empty where there is none
+        std::size_t asked = 0;  // how much of the path is that of the folder that was asked about last
+        int folder = -1;
+    };
+    /// A file that was looked at or hashed.
+    struct Seen {
         std::string path;  // empty where there is none
         struct ::stat facts{};
     };
@@ -88,7 +99,12 @@ private:
 
     const Look& lookAt(const Url& url, Question question);
     void remember(std::string_view path, const struct ::stat& facts);
-    void forgetLook() { look_.path.clear(); }
+    void forgetLook() {
+        look_.path.clear();
+        regular_.path.clear();
+        way_.path.clear();
+    }
+    bool isWithoutLinks(const Url& folder);
 
     [[nodiscard]] const struct ::stat* vouchedFor(std::string_view path) const;
     void vouchFor(std::string_view path, const struct ::stat& facts);
@@ -97,17 +113,21 @@ private:
     Entry entryOf(const SystemPath& path);
     Entry provenEntryOf(const SystemPath& path);
     Entry sourceEntryOf(const SystemPath& path);
+    Entry targetEntryOf(const SystemPath& path);
     int openToHash(const SystemPath& path, RegularFile& file);
     int endHashing(const SystemPath& path, const RegularFile& file);
     int moveTo(const SystemPath& target, const SystemPath& source);
     int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
     [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);
 
+    std::string root_;
     ConfinedFolders folders_;
     WriterProbe writers_;
     TrashSession session_;
     Look look_;
-    std::array<Vouched, 8> vouched_;  // those hashed last; a step of a run deals with two at most
+    Seen regular_;  // the regular file that was looked at last
+    Way way_;
+    std::array<Seen, 8> vouched_;  // those hashed last; a step of a run deals with two at most
     std::size_t nextVouched_ = 0;
 };
 

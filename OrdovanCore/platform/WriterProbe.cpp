@@ -9,10 +9,8 @@ namespace ordovan {
 
 namespace {
 
-/// Takes the lease; true when a writer is why it is refused. The signal that tells of a lease being broken would by
-/// default end the program; where it can not be exchanged for one that is ignored by default, none is taken.
+/// Takes the lease; true when a writer is why it is refused.
 bool isRefusedForAWriter(int file) {
-    if (::fcntl(file, F_SETSIG, SIGURG) != 0) return false;
     return ::fcntl(file, F_SETLEASE, F_RDLCK) != 0 && errno == EAGAIN;
 }
 
@@ -51,6 +49,12 @@ bool WriterProbe::isWrittenAtStart(const RegularFile& file) {
         device_ = file.facts.st_dev;
     }
     if (!isTold_) return false;
+    // The signal that tells of a lease being broken would by default end the program. Where it can not be exchanged for
+    // one that is ignored by default, no lease is taken, at the end neither.
+    if (::fcntl(descriptor, F_SETSIG, SIGURG) != 0) {
+        device_.reset();
+        return false;
+    }
     if (isRefusedForAWriter(descriptor)) return true;
     ::fcntl(descriptor, F_SETLEASE, F_UNLCK);
     return false;

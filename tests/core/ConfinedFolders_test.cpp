@@ -146,6 +146,48 @@ TEST_P(ConfinedFoldersTest, AreOpenedHoweverManyThereAre) {
     EXPECT_NE(folders.held(t.path(name(many - 1))), nullptr) << "one used lately";
 }
 
+TEST_P(ConfinedFoldersTest, AreEnteredAnewThroughNoLinkThoughTheOneHeldIsReachedSo) {
+    EXPECT_EQ(openError("root/a/b"), 0);
+    rename("root/a", "outside/a");
+    t.makeLink("root/a", t.path("outside/a"));
+    EXPECT_EQ(folders.openAnew(t.path("root/a/b")).error(), ELOOP);
+    std::filesystem::remove(t.path("root/a"));
+    t.makeFolder("root/a/b");
+    EXPECT_EQ((*folders.openAnew(t.path("root/a/b")))->facts.st_ino, inode(t.path("root/a/b")));
+    EXPECT_EQ(folders.held(t.path("root/a/b"))->facts.st_ino, inode(t.path("root/a/b")));
+}
+
+TEST_P(ConfinedFoldersTest, AreHeldUntilTheyAreForgotten) {
+    EXPECT_EQ(openError("root/a"), 0);
+    folders.forget(t.path("root/b"));
+    EXPECT_NE(folders.held(t.path("root/a")), nullptr);
+    folders.forget(t.path("root/a"));
+    folders.forget(t.path("root"));
+    EXPECT_EQ(folders.held(t.path("root/a")), nullptr);
+    EXPECT_EQ(folders.held(t.path("root")), nullptr);
+    EXPECT_EQ(openError("root/a"), 0);
+}
+
+TEST_P(ConfinedFoldersTest, HaveTheirFilesOpenedThroughNoLink) {
+    t.write("root/a/file", "content");
+    t.write("outside/file", "theirs");
+    t.makeLink("root/a/link", "file");
+    t.makeLink("root/out", t.path("outside"));
+    const auto opened = [&](const char* name) {
+        ordovan::RegularFile file;
+        const int error = folders.openFile(t.path(name), file);
+        EXPECT_EQ(file.facts.st_ino, error == 0 ? inode(t.path(name)) : 0) << name;
+        return error;
+    };
+    EXPECT_EQ(opened("root/a/file"), 0);
+    EXPECT_EQ(opened("root//a/file"), 0);
+    EXPECT_EQ(opened("root/a/link"), EINVAL);
+    EXPECT_EQ(opened("root/a"), EINVAL);
+    EXPECT_EQ(opened("root/a/missing"), ENOENT);
+    EXPECT_EQ(opened("root/out/file"), ELOOP);
+    EXPECT_EQ(opened("root/../outside/file"), EXDEV);
+}
+
 TEST_P(ConfinedFoldersTest, AreMadeWithAllThatAreMissingAboveThem) {
     EXPECT_EQ(make("root/new/deep//er/"), 0);
     EXPECT_EQ(make("root/new/deep/er"), 0) << "again";
@@ -206,6 +248,22 @@ TEST_F(WithoutOpenat2, FoldersAreEnteredStepByStep) {
         EXPECT_EQ(opened("root/a/b", refusal), (Opened{0, inode(t.path("root/a/b"))})) << refusal;
         EXPECT_EQ(opened("root/link/b", refusal), (Opened{ELOOP, 0})) << refusal;
     }
+}
+
+TEST_F(WithoutOpenat2, FilesAreOpenedInTheirFolder) {
+    t.write("root/a/file", "content");
+    const auto error = [&](const std::string& name, int refusal) {
+        return ordovan::test::unprivileged([&] {
+            ordovan::test::refuseCall(SYS_openat2, refusal);
+            ordovan::RegularFile file;
+            return ConfinedFolders(t.path("root")).openFile(t.path(name), file);
+        });
+    };
+    for (const int refusal : {ENOSYS, EPERM, EAGAIN}) {
+        EXPECT_EQ(error("root/a/file", refusal), 0) << refusal;
+        EXPECT_EQ(error("root/link/file", refusal), ELOOP) << refusal;
+    }
+    EXPECT_EQ(error("root/a/file", EMFILE), EMFILE);
 }
 
 TEST_F(WithoutOpenat2, FoldersAreNotEnteredForAnotherReason) {

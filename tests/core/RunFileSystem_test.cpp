@@ -287,14 +287,29 @@ TEST_P(Run, BelievesWhoHashedForIt) {
     struct ::stat facts{};
     ASSERT_EQ(::lstat(t.path("root/a").c_str(), &facts), 0);
     const auto vouch = RunFileSystem::voucher(fs);
-    vouch(at("a"), facts);
+    EXPECT_TRUE(vouch(at("a"), facts));
     replace("a", "other");
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), EBUSY);
     ASSERT_EQ(::lstat(t.path("root/a").c_str(), &facts), 0);
-    vouch(at("a"), facts);
+    EXPECT_TRUE(vouch(at("a"), facts));
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), 0);
+    EXPECT_EQ(RunFileSystem::rootOf(fs), t.path("root"));
     SystemFileSystem other;
     EXPECT_FALSE(RunFileSystem::voucher(other));
+    EXPECT_EQ(RunFileSystem::rootOf(other), "");
+}
+
+TEST_P(Run, BelievesNobodyWhoHashedAnotherFile) {
+    write("a", "a");
+    write("b", "b");
+    struct ::stat facts{};
+    ASSERT_EQ(::lstat(t.path("root/a").c_str(), &facts), 0);
+    EXPECT_TRUE(fs.isRegularFile(at("b")));
+    EXPECT_FALSE(fs.vouch(at("b"), facts)) << "as it was seen last";
+    EXPECT_FALSE(fs.vouch(at("b"), facts)) << "as it is seen now";
+    touch("a");
+    EXPECT_FALSE(fs.vouch(at("a"), facts));
+    EXPECT_FALSE(fs.vouch(at("missing"), facts));
 }
 
 TEST_P(Run, TakesBackAFileThatSlippedInAtTheLastInstant) {
@@ -417,6 +432,33 @@ TEST_P(Run, LooksOnceForQuestionsThatFollowOneAnother) {
     EXPECT_FALSE(fs.exists(at("free")));
     EXPECT_FALSE(fs.isSymlink(at("free")));
     EXPECT_EQ(looks, 2);
+}
+
+TEST_P(Run, EntersAWayOnceForQuestionsThatFollowItUpwards) {
+    t.makeFolder("root/sub/deep");
+    write("sub/deep/a", "12345");
+    looks = 0;
+    EXPECT_FALSE(fs.isSymlink(at("sub/deep")));
+    EXPECT_FALSE(fs.isSymlink(at("sub")));
+    EXPECT_EQ(looks, 0);
+    EXPECT_FALSE(fs.exists(at("sub/deep/free")));
+    EXPECT_EQ(looks, 1);
+}
+
+TEST_P(Run, EntersAWayAgainForTheSameQuestionAndAfterAnotherItemOrAct) {
+    t.makeFolder("root/sub/deep");
+    const auto isLink = [&](const char* name) { return fs.isSymlink(at(name)); };
+    EXPECT_FALSE(isLink("sub/deep"));
+    exchangeSubForLink();
+    t.makeFolder("decoy/deep");
+    EXPECT_FALSE(isLink("sub/deep")) << "itself is none";
+    EXPECT_TRUE(isLink("sub"));
+    EXPECT_TRUE(isLink("sub")) << "asked again";
+    EXPECT_FALSE(isLink("aside/deep"));
+    std::filesystem::rename(t.path("root/aside"), t.path("root/old"));
+    t.makeLink("root/aside", t.path("decoy"));
+    EXPECT_FALSE(fs.exists(at("other")));
+    EXPECT_TRUE(isLink("aside")) << "asked after another item";
 }
 
 TEST_P(Run, LooksAgainForTheSameQuestionAndAfterAnotherItemOrAct) {

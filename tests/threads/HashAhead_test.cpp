@@ -39,10 +39,7 @@ struct ::stat factsOf(const Url& file) {
 
 /// For workers that take every time stamp for old enough: their clock is an hour ahead.
 HashAheadFileSystem::Options trusting() {
-    return {.mayRead = {},
-            .vouch = {},
-            .clock = [] { return static_cast<double>(std::time(nullptr)) + 3600; },
-            .trustsEveryFileSystem = true};
+    return {.clock = [] { return static_cast<double>(std::time(nullptr)) + 3600; }, .trustsEveryFileSystem = true};
 }
 
 /// Asks for hashes so slowly that the workers come first, until one of theirs was handed out.
@@ -105,7 +102,43 @@ TEST(HashAhead, DoesNotOpenWhatTheRunMayNotRead) {
     EXPECT_EQ(handedOut(ahead, files), 0U);
 }
 
-TEST(HashAhead, DoesNotOpenAFifo) {
+TEST(HashAhead, GoesThroughNoLinkInTheFolderOfTheRun) {
+    const TempFolder folder;
+    folder.makeFolder("root");
+    folder.makeFolder("outside");
+    folder.makeLink("root/link", folder.path("outside"));
+    std::vector<Url> byLink;
+    for (int i = 0; i < 200; ++i) {
+        folder.write("outside/" + std::to_string(i), "theirs");
+        byLink.push_back(folder.url("root/link/" + std::to_string(i)));
+    }
+    SystemFileSystem disk;
+    auto options = trusting();
+    {
+        HashAheadFileSystem ahead(disk, byLink, options);
+        EXPECT_GT(handedOut(ahead, byLink), 0U) << "where they are not opened from a root";
+    }
+    options.root = folder.path("root");
+    HashAheadFileSystem ahead(disk, byLink, options);
+    EXPECT_EQ(handedOut(ahead, byLink), 0U);
+}
+
+TEST(HashAhead, AsksOnlyAboutFilesOutsideTheFolderOfTheRun) {
+    const TempFolder folder;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    SystemFileSystem disk;
+    auto options = trusting();
+    options.root = folder.path();
+    options.mayRead = [](const Url&) { return false; };
+    HashAheadFileSystem ahead(disk, files, options);
+    EXPECT_GT(handedOut(ahead, files), 0U);
+}
+
+class HashAheadOfFifos : public ::testing::TestWithParam<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(ByPathAndBelowARoot, HashAheadOfFifos, ::testing::Bool());
+
+TEST_P(HashAheadOfFifos, DoesNotOpenThem) {
     const TempFolder folder;
     std::vector<Url> files = writeFiles(folder, 20);
     ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0644), 0);
@@ -114,7 +147,9 @@ TEST(HashAhead, DoesNotOpenAFifo) {
     ASSERT_GE(::inotify_add_watch(watch.get(), folder.path("fifo").c_str(), IN_OPEN), 0);
     SystemFileSystem disk;
     {
-        HashAheadFileSystem ahead(disk, files, trusting());
+        auto options = trusting();
+        if (GetParam()) options.root = folder.path();
+        HashAheadFileSystem ahead(disk, files, options);
         for (std::size_t i = 1; i < files.size(); ++i) static_cast<void>(ahead.contentHash(files[i]));
     }
     char events[512];
@@ -130,6 +165,16 @@ TEST(HashAhead, NoticesThatAnotherFileTookThePlace) {
     static_cast<void>(ahead.contentHash(files[0]));
     ASSERT_EQ(::rename(other.c_str(), std::string(files[20].path()).c_str()), 0);
     EXPECT_EQ(ahead.contentHash(files[20]).value(), disk.contentHash(files[20]).value());
+}
+
+TEST(HashAhead, HandsOutNothingThatTheDiskOfARunDoesNotVouchFor) {
+    const TempFolder folder;
+    const std::vector<Url> files = writeFiles(folder, 200);
+    SystemFileSystem disk;
+    auto options = trusting();
+    options.vouch = [](const Url&, const struct ::stat&) { return false; };
+    HashAheadFileSystem ahead(disk, files, options);
+    EXPECT_EQ(handedOut(ahead, files), 0U);
 }
 
 TEST(HashAhead, LetsTheDiskOfARunKnowWhatWasHashed) {
