@@ -84,7 +84,8 @@ struct Calendar::State {
         UErrorCode status = U_ZERO_ERROR;
         std::int32_t raw = 0, daylight = 0;
         zone->getOffset(epoch * 1000.0, 0, raw, daylight, status);
-        offset = (raw + daylight) / 1000;
+        const std::int32_t seconds = (raw + daylight) / 1000;
+        offset = seconds;
         validFrom = validUntil = epoch;  // holds for this instant alone, unless the zone tells more
         if (const auto* const rules = dynamic_cast<const icu::BasicTimeZone*>(zone.get()); rules != nullptr) {
             icu::TimeZoneTransition transition;

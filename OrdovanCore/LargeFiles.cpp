@@ -57,6 +57,6 @@ std::vector<OrdovanInventoryEntry> OrdovanLargeFiles::top(std::span<const Ordova
         appendByName(all.subspan(begin, end - begin), entries, sorter, largest);
         begin = end;
     }
-    largest.erase(largest.begin() + static_cast<std::ptrdiff_t>(count), largest.end());
+    largest.resize(count);
     return largest;
 }

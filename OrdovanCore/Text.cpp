@@ -40,7 +40,7 @@ const icu::Normalizer2* nfc() {
 bool isAscii(std::string_view bytes) noexcept {
     std::size_t i = 0;
     for (; i + 8 <= bytes.size(); i += 8) {
-        std::uint64_t word;
+        std::uint64_t word = 0;
         std::memcpy(&word, bytes.data() + i, 8);
         if ((word & 0x8080'8080'8080'8080U) != 0) return false;
     }
@@ -65,7 +65,7 @@ bool isUtf8(std::string_view bytes) noexcept {
             i += 8;
             continue;
         }
-        UChar32 point;
+        UChar32 point = 0;
         U8_NEXT(data, i, size, point);
         if (point < 0) return false;
     }
@@ -124,7 +124,7 @@ std::string_view trimmed(std::string_view utf8) {
     std::int32_t begin = size, end = size;  // around everything but the white space at both ends
     for (std::int32_t next = 0; next < size;) {
         const std::int32_t start = next;
-        UChar32 point;
+        UChar32 point = 0;
         U8_NEXT(data, next, size, point);
         if (point >= 0 && u_isUWhiteSpace(point) != 0) continue;
         begin = std::min(begin, start);
@@ -138,7 +138,7 @@ bool hasControlCharacter(std::string_view utf8) {
     const std::uint8_t* const data = bytesOf(utf8);
     const auto size = static_cast<std::int32_t>(utf8.size());
     for (std::int32_t i = 0; i < size;) {
-        UChar32 point;
+        UChar32 point = 0;
         U8_NEXT(data, i, size, point);
         if (point >= 0 && u_charType(point) == U_CONTROL_CHAR) return true;
     }
@@ -154,7 +154,7 @@ std::string withReplacements(std::string_view bytes) {
     const auto size = static_cast<std::int32_t>(bytes.size());
     for (std::int32_t i = 0; i < size;) {
         const std::int32_t start = i;
-        UChar32 point;
+        UChar32 point = 0;
         U8_NEXT(data, i, size, point);
         if (point < 0) {
             result += "\uFFFD";

@@ -12,6 +12,7 @@ constexpr const char* tooDeepFolder =
 
 std::vector<PlanIndex::Skip> skipsOf(const OrdovanPlanResult& plan, const OrdovanInventory& inventory) {
     std::vector<PlanIndex::Skip> skips;
+    skips.reserve(plan.skipped.size());
     for (const OrdovanPlanSkip& skip : plan.skipped) skips.push_back({skip.source, skip.reason});
     const ordovan::SharedText unreadable(unreadableFolder);
     const ordovan::SharedText tooDeep(tooDeepFolder);

@@ -74,7 +74,7 @@ FilePreview FilePreview::of(const FileBeginning& beginning, const QSize& room) {
     if (QImage image = pictureIn(beginning, room); !image.isNull()) {
         return {.kind = Kind::picture, .picture = std::move(image)};
     }
-    FileBeginning beginningOfText = {.bytes = beginning.bytes.substr(0, mostOfAText), .couldRead = true};
+    const FileBeginning beginningOfText = {.bytes = beginning.bytes.substr(0, mostOfAText), .couldRead = true};
     if (auto found = textIn(beginningOfText)) {
         const bool isWhole = beginning.isWhole && beginning.bytes.size() <= mostOfAText;
         return {.kind = Kind::text, .text = std::move(*found), .isWhole = isWhole};

@@ -76,8 +76,9 @@ SingleInstance::Outcome SingleInstance::start(const Wish& wish, milliseconds pat
     bool prepared = false;
     do {
         auto lock = ordovan::tryLockFolder(Url::file(QFile::encodeName(*folder_).toStdString()));
+        const bool isHeldElsewhere = !lock && lock.error() == OrdovanSystemError::posix(EWOULDBLOCK);
         if (lock) lock_ = *std::move(lock);
-        if (lock || lock.error() != OrdovanSystemError::posix(EWOULDBLOCK)) return Outcome::first;
+        if (!isHeldElsewhere) return Outcome::first;
         if (!prepared) beforeHandOver();
         prepared = true;
         switch (deliver(wish, patience)) {

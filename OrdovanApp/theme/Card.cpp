@@ -11,7 +11,8 @@ void Surfaces::paintShadow(QPainter& painter, const QRectF& rect, qreal radius, 
     // edge, as a blurred shape does; what is further inside lies under the card.
     const qreal drop = reach / 4.0;
     painter.setBrush(Qt::NoBrush);
-    for (qreal out = 0.5 - reach / 2.0; out < reach / 2.0; out += 1) {
+    for (int ring = 0; ring < reach; ++ring) {
+        const qreal out = ring + 0.5 - reach / 2.0;
         const qreal way = out / reach + 0.5;
         QColor shade = color;
         shade.setAlphaF(color.alphaF() * static_cast<float>(1 - way * way * (3 - 2 * way)));

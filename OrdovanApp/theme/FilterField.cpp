@@ -50,7 +50,7 @@ void FilterField::paintEvent(QPaintEvent* event) {
     QLineEdit::paintEvent(event);
     QPainter painter(this);
     const int size = theme_.scaled(16);
-    const QRectF rect(theme_.scaled(12), (height() - size) / 2, size, size);
+    const QRect rect(theme_.scaled(12), (height() - size) / 2, size, size);
     Glyphs::paint(painter, Glyph::search, rect, theme_.colors().faintText);
 }
 

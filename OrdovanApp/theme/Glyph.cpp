@@ -10,7 +10,6 @@
 #include <array>
 #include <cmath>
 #include <optional>
-#include <utility>
 
 namespace {
 
@@ -78,7 +77,7 @@ void paintAligned(QPainter& painter, const QRectF& rect, const auto& pixmapOf) {
 class Engine final : public QIconEngine {
 public:
     /// No glyph: the application's icon.
-    Engine(std::optional<Glyph> glyph, QColor color) : glyph_(glyph), color_(std::move(color)) {}
+    Engine(std::optional<Glyph> glyph, QColor color) : glyph_(glyph), color_(color) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         paintAligned(*painter, QRectF(rect), [&](QSize pixels) { return at(pixels, mode); });

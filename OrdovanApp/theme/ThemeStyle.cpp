@@ -15,7 +15,7 @@ namespace {
 /// The largest square of at most `side` in the middle of a rectangle, on whole pixels.
 QRectF middleOf(const QRect& rect, int side) {
     const int size = std::min({side, rect.width(), rect.height()});
-    return QRectF(rect.x() + (rect.width() - size) / 2, rect.y() + (rect.height() - size) / 2, size, size);
+    return QRect(rect.x() + (rect.width() - size) / 2, rect.y() + (rect.height() - size) / 2, size, size);
 }
 
 std::optional<Glyph> arrowOf(QStyle::PrimitiveElement element) {
@@ -38,9 +38,8 @@ void ThemeStyle::paintTick(QPainter& painter, const QRectF& rect, const ThemeEnv
         painter.setPen(Qt::NoPen);
         painter.setBrush(!enabled ? colors.control : hovered ? colors.accentHover : colors.accent);
         painter.drawRoundedRect(rect, radius, radius);
-        QPen pen(enabled ? colors.onAccent : colors.card, rect.width() * 0.125, Qt::SolidLine, Qt::RoundCap,
-                 Qt::RoundJoin);
-        painter.setPen(pen);
+        painter.setPen(QPen(enabled ? colors.onAccent : colors.card, rect.width() * 0.125, Qt::SolidLine, Qt::RoundCap,
+                            Qt::RoundJoin));
         const auto at = [&rect](qreal x, qreal y) {
             return QPointF(rect.x() + rect.width() * x, rect.y() + rect.height() * y);
         };
@@ -168,9 +167,8 @@ int ThemeStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWid
         case SH_EtchDisabledText:
         case SH_UnderlineShortcut:
         case SH_DialogButtonBox_ButtonsHaveIcons:
+        case SH_ComboBox_Popup:  // a list below the box, not a menu over it
             return 0;
-        case SH_ComboBox_Popup:
-            return 0;  // a list below the box, not a menu over it
         default:
             return QProxyStyle::styleHint(hint, option, widget, result);
     }

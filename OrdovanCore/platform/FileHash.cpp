@@ -22,7 +22,7 @@ struct Hashing {
 
 OrdovanResult<std::string> hashOfOpenFile(int descriptor, const std::function<bool()>& shouldContinue,
                                           std::optional<std::int64_t> size) {
-    thread_local Hashing hashing;
+    static thread_local Hashing hashing;
     bool digested = hashing.digest.begin();
     std::int64_t total = 0;
     while (digested && (!size || total < *size)) {

@@ -34,7 +34,7 @@ void install() {
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_IGN) continue;
         ::sigaction(signal, &noting, nullptr);
     }
-    std::signal(SIGPIPE, SIG_IGN);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 }
 
 bool requested() {
@@ -54,7 +54,8 @@ void drain() {
 void letThemEndTheProgram() {
     for (const int signal : signals) {
         struct sigaction now{};
-        if (::sigaction(signal, nullptr, &now) == 0 && now.sa_handler == note) std::signal(signal, SIG_DFL);
+        if (::sigaction(signal, nullptr, &now) != 0 || now.sa_handler != note) continue;
+        static_cast<void>(std::signal(signal, SIG_DFL));
     }
 }
 

@@ -53,7 +53,7 @@ void Sha256::compress(const unsigned char* bytes, std::size_t blocks) {
 }
 
 OrdovanResult<std::string> sha256(std::string_view bytes) {
-    thread_local Sha256 digest;
+    static thread_local Sha256 digest;
     std::string text;
     if (digest.begin() && digest.add(bytes.data(), bytes.size())) text = digest.finish();
     if (text.empty()) return std::unexpected(OrdovanSystemError::posix(ENOTSUP));

@@ -52,7 +52,7 @@ std::string trashInfoText(std::string_view path, std::time_t deleted) {
         }
     }
     std::tm local{};
-    localtime_r(&deleted, &local);
+    static_cast<void>(localtime_r(&deleted, &local));
     std::array<char, 32> date{};
     text.append("\nDeletionDate=")
         .append(date.data(), std::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local));
