@@ -99,7 +99,7 @@ bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destinatio
     return there ? there->identity == file.identity : !ordovan::isAbsent(there.error());
 }
 
-OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
+OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
     if (!isWanted_) return fs;
     lookAtAll();
     facts_ = {};
@@ -107,7 +107,7 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs) {
     if (!notes) return fs;
     isStored_ = true;
     notes_ = std::move(*notes);
-    return recorded_.emplace(fs, intent_, *notes_);
+    return recorded_.emplace(fs, intent_, *notes_, disk);
 }
 
 void Record::endNotes() {

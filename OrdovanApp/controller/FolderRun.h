@@ -34,7 +34,8 @@ public:
                                                    })
                                  : nullptr),
           port_(ahead_ == nullptr ? disk_ : *ahead_),
-          contents_(dynamic_cast<OrdovanContentReading*>(own_.get())) {
+          contents_(dynamic_cast<OrdovanContentReading*>(own_.get())),
+          stepwise_(dynamic_cast<ordovan::StepwiseMoves*>(own_.get())) {
         if (contents_ == nullptr) contents_ = ports.contents;
     }
     FileSystem(const FileSystem&) = delete;
@@ -43,6 +44,8 @@ public:
     OrdovanFileSystem& port() { return port_; }
     /// Reads the files of the run in pieces, by the rules of its disk where that has its own; null for none.
     [[nodiscard]] OrdovanContentReading* contents() const { return contents_; }
+    /// What of the disk of the run moves in steps; null for nothing.
+    [[nodiscard]] ordovan::StepwiseMoves* stepwise() const { return stepwise_; }
 
 private:
     std::unique_ptr<OrdovanFileSystem> own_;  // null where the ports' own serves
@@ -50,6 +53,7 @@ private:
     std::unique_ptr<OrdovanFileSystem> ahead_;
     OrdovanFileSystem& port_;
     OrdovanContentReading* contents_;
+    ordovan::StepwiseMoves* stepwise_;
 };
 
 /// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.
@@ -72,7 +76,7 @@ public:
 
     /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
     /// kept to what is recorded.
-    OrdovanFileSystem& begin(OrdovanFileSystem& fs);
+    OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk = nullptr);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();
     /// Removes the record, which is not needed any more. False when it still stands.

@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/theme/ThemeEnvironment.h"
 
 #include <algorithm>
@@ -110,8 +111,9 @@ Url DuplicatesModel::url(int row) const {
 }
 
 QString DuplicatesModel::headTitle(const OrdovanDuplicateGroup& group) const {
-    return Formats::count(static_cast<qint64>(group.files.size())) + u" identical copies · "_s +
-           Formats::byteSize(group.byteSize);
+    const auto copies = static_cast<qint64>(group.files.size());
+    return tr("%1 identical copies · %2", nullptr, pluralOf(copies))
+        .arg(Formats::count(copies), Formats::byteSize(group.byteSize));
 }
 
 QString DuplicatesModel::title(int row) const {
@@ -125,7 +127,7 @@ RowContent DuplicatesModel::head(const OrdovanDuplicateGroup& group) const {
     content.glyph = Glyphs::forCategory(category);
     content.glyphColor = theme_.colors().kind(category);
     content.title = headTitle(group);
-    content.detail = u"frees "_s + Formats::byteSize(group.reclaimableBytes());
+    content.detail = tr("frees %1").arg(Formats::byteSize(group.reclaimableBytes()));
     return content;
 }
 
@@ -142,19 +144,21 @@ RowContent DuplicatesModel::content(int row) const {
     content.detail = Formats::folderOf(file, root_);
     const auto modified = modified_.find(file.path());
     if (modified != modified_.end()) content.detail += u" · "_s + Formats::day(modified->second);
-    content.chip = content.marked ? RowContent::Chip{u"kept"_s, theme_.colors().accentText}
-                                  : RowContent::Chip{u"extra"_s, QColor()};
+    content.chip = content.marked ? RowContent::Chip{tr("kept"), theme_.colors().accentText}
+                                  : RowContent::Chip{tr("extra"), QColor()};
     content.toolTip = locked_.isEmpty() ? Formats::path(file) : locked_;
-    content.description = content.marked ? u"This copy is kept."_s : u"Extra: goes to the Trash when you say so."_s;
-    content.actions = {
-        RowAction{.id = keepInstead,
-                  .text = u"Keep this copy instead"_s,
-                  .help = locked_.isEmpty() && content.marked ? content.description : locked_,
-                  .glyph = Glyph::check,
-                  .enabled = !content.marked && locked_.isEmpty(),
-                  .menuOnly = true},
-        RowAction{
-            .id = reveal, .text = u"Reveal in Finder"_s, .glyph = Glyph::reveal, .menuOnly = true, .activates = false}};
+    content.description = content.marked ? tr("This copy is kept.") : tr("Extra: goes to the Trash when you say so.");
+    content.actions = {RowAction{.id = keepInstead,
+                                 .text = tr("Keep this copy instead"),
+                                 .help = locked_.isEmpty() && content.marked ? content.description : locked_,
+                                 .glyph = Glyph::check,
+                                 .enabled = !content.marked && locked_.isEmpty(),
+                                 .menuOnly = true},
+                       RowAction{.id = reveal,
+                                 .text = tr("Reveal in Finder"),
+                                 .glyph = Glyph::reveal,
+                                 .menuOnly = true,
+                                 .activates = false}};
     return content;
 }
 

@@ -100,7 +100,7 @@ int RulesModel::rowCount(const QModelIndex& parent) const {
 }
 
 QString RulesModel::title(int row) const {
-    if (row == 0) return u"Your rules, in order"_s;
+    if (row == 0) return tr("Your rules, in order");
     return u"→ "_s + Formats::text(rules_[position(row)].folderName);
 }
 
@@ -120,16 +120,18 @@ RowContent RulesModel::content(int row) const {
         extensions.append(text);
         if (!known) unknown.append(text);
     }
-    content.detail = u"Files in the folder you're previewing that this rule would send to "_s + folder;
-    if (const auto count = matches(row)) content.detail += u": "_s + Formats::count(*count);
-    if (!unknown.isEmpty()) content.chip = {u"not a built-in type"_s, theme_.colors().warning};
+    const auto count = matches(row);
+    content.detail = count ? tr("Files in the folder you're previewing that this rule would send to %1: %2")
+                                 .arg(folder, Formats::count(*count))
+                           : tr("Files in the folder you're previewing that this rule would send to %1").arg(folder);
+    if (!unknown.isEmpty()) content.chip = {tr("not a built-in type"), theme_.colors().warning};
     QStringList lines{extensions.join(u", "_s), content.detail};
-    if (!unknown.isEmpty()) lines.append(unknown.join(u", "_s) + u": not a built-in type"_s);
+    if (!unknown.isEmpty()) lines.append(tr("%1: not a built-in type").arg(unknown.join(u", "_s)));
     content.toolTip = lines.join(u'\n');
     content.description = content.toolTip;
     content.actions = {RowAction{.id = deleteRule,
-                                 .text = u"Delete rule for "_s + folder,
-                                 .help = u"Delete this rule (your files are not affected)"_s,
+                                 .text = tr("Delete rule for %1").arg(folder),
+                                 .help = tr("Delete this rule (your files are not affected)"),
                                  .glyph = Glyph::trash,
                                  .glyphOnly = true,
                                  .activates = false}};

@@ -20,13 +20,13 @@ AboutPanel::AboutPanel(const ThemeEnvironment& theme, QWidget* parent)
     : QWidget(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
       theme_(theme) {
     setObjectName(u"about"_s);
-    setWindowTitle(u"About ordovan+"_s);
+    setWindowTitle(tr("About ordovan+"));
     auto* icon = new QLabel(this);
     icon->setPixmap(Glyphs::application().pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
     icon->setAlignment(Qt::AlignCenter);
     auto* name = new QLabel(u"ordovan+"_s, this);
-    auto* version = new QLabel(u"Version "_s + QCoreApplication::applicationVersion(), this);
-    auto* credits = new QLabel(u"Careful folder organizing for macOS."_s, this);
+    auto* version = new QLabel(tr("Version %1").arg(QCoreApplication::applicationVersion()), this);
+    auto* credits = new QLabel(tr("Careful folder organizing for macOS."), this);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(56, 32, 56, 36);

@@ -29,14 +29,14 @@ using namespace Qt::StringLiterals;
 namespace {
 
 struct SizeFilter {
-    QStringView text;
+    const char* text;
     std::int64_t minimumBytes;
 };
 constexpr std::array<SizeFilter, 4> sizeFilters = {{
-    {u"Any size", 0},
-    {u"Over 10 MB", 10'000'000},
-    {u"Over 100 MB", 100'000'000},
-    {u"Over 1 GB", 1'000'000'000},
+    {QT_TRANSLATE_NOOP("BigFilesView", "Any size"), 0},
+    {QT_TRANSLATE_NOOP("BigFilesView", "Over 10 MB"), 10'000'000},
+    {QT_TRANSLATE_NOOP("BigFilesView", "Over 100 MB"), 100'000'000},
+    {QT_TRANSLATE_NOOP("BigFilesView", "Over 1 GB"), 1'000'000'000},
 }};
 
 constexpr int sizeColumn = 84;
@@ -51,9 +51,9 @@ constexpr int leastListHeight = 100;
 QWidget* BigFilesView::makeNoPreview() {
     noPreview_ = new EmptyState(context_.theme, Glyph::bigFiles, pages_);
     noPreview_->setObjectName(u"noPreviewPage"_s);
-    noPreview_->setTitle(u"Preview a folder first"_s);
-    noPreview_->setMessage(u"Big Files uses the sizes from your current preview."_s);
-    chooseFirst_ = Buttons::primary(u"Choose Folder…"_s);
+    noPreview_->setTitle(tr("Preview a folder first"));
+    noPreview_->setMessage(tr("Big Files uses the sizes from your current preview."));
+    chooseFirst_ = Buttons::primary(tr("Choose Folder…"));
     chooseFirst_->setObjectName(u"chooseFirstFolder"_s);
     CommandAvailability::bind(context_, chooseFirst_, Commands::chooseFolder);
     noPreview_->addButton(chooseFirst_);
@@ -82,10 +82,10 @@ QWidget* BigFilesView::makeStats() {
     figures_ = new QWidget(files_);
     stats_ = new StatRow(context_.theme, figures_);
     findCard_ = new Card(context_.theme, figures_);
-    find_ = Buttons::link(u"Find Duplicates"_s, findCard_);
+    find_ = Buttons::link(tr("Find Duplicates"), findCard_);
     find_->setObjectName(u"findDuplicates"_s);
     connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
-    auto* caption = new ElidedLabel(u"to see the space held in duplicate copies"_s, findCard_);
+    auto* caption = new ElidedLabel(tr("to see the space held in duplicate copies"), findCard_);
     caption->setElideMode(Qt::ElideRight);
     StyleSheet::setType(caption, StyleSheet::LabelType::caption);
     caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -108,17 +108,17 @@ QWidget* BigFilesView::makeFilters() {
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
-    search_ = new FilterField(context_.theme, u"Search big files"_s, row);
+    search_ = new FilterField(context_.theme, tr("Search big files"), row);
     search_->setObjectName(u"search"_s);
     sizes_ = new Segments(context_.theme, row);
     sizes_->setObjectName(u"sizeFilter"_s);
-    sizes_->setAccessibleName(u"Smallest size"_s);
+    sizes_->setAccessibleName(tr("Smallest size"));
     QStringList texts;
-    for (const SizeFilter& filter : sizeFilters) texts += filter.text.toString();
+    for (const SizeFilter& filter : sizeFilters) texts += tr(filter.text);
     sizes_->setSegments(texts);
     kinds_ = new Segments(context_.theme, row);
     kinds_->setObjectName(u"kindFilter"_s);
-    kinds_->setAccessibleName(u"Kind of file"_s);
+    kinds_->setAccessibleName(tr("Kind of file"));
     layout->addWidget(search_);
     layout->addWidget(sizes_, 2);
     layout->addWidget(kinds_, 1);
@@ -145,8 +145,9 @@ QWidget* BigFilesView::makeInstallersHint() {
         installers_->hide();
     });
     hint->setText(
-        u"Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to "
-        "%1/Installers so you can review them in one place."_s.arg(Formats::text(OrdovanOutput::folderName)));
+        tr("Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to "
+           "%1/Installers so you can review them in one place.")
+            .arg(Formats::text(OrdovanOutput::folderName)));
     auto* layout = new QVBoxLayout(installers_);
     layout->setContentsMargins(0, 0, 0, 8);
     layout->addWidget(hint);
@@ -158,8 +159,8 @@ QWidget* BigFilesView::makeList() {
     stack_->setMinimumHeight(leastListHeight);  // less than what stands for an empty list would take
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"bigFileList"_s);
-    list_->setAccessibleName(u"Largest files, biggest first"_s);
-    list_->setAccessibleDescription(u"Return selects a file for the Trash, Space shows what is in it."_s);
+    list_->setAccessibleName(tr("Largest files, biggest first"));
+    list_->setAccessibleDescription(tr("Return selects a file for the Trash, Space shows what is in it."));
     list_->setModel(&model_);
     list_->installEventFilter(this);
     connect(list_, &RowsView::actionTriggered, this, &BigFilesView::act);
@@ -170,7 +171,7 @@ QWidget* BigFilesView::makeList() {
     noneOfSize_->setObjectName(u"noneOfSize"_s);
     stack_->addWidget(list_);
     stack_->addWidget(noneOfSize_);
-    noMatch_ = makeNoMatch(stack_, u"None of the largest files matches the search."_s, [this] {
+    noMatch_ = makeNoMatch(stack_, tr("None of the largest files matches the search."), [this] {
         clearFilters();
         list_->setFocus();
     });
@@ -180,7 +181,7 @@ QWidget* BigFilesView::makeList() {
 
 QWidget* BigFilesView::makeBar() {
     bar_ = new BottomBar(context_.theme, files_);
-    trash_ = Buttons::primary(u"Move to Trash…"_s, bar_);
+    trash_ = Buttons::primary(tr("Move to Trash…"), bar_);
     trash_->setObjectName(u"trashTicked"_s);
     connect(trash_, &QPushButton::clicked, this, &BigFilesView::requestTrash);
     bar_->addButton(trash_);

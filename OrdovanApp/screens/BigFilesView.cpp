@@ -2,7 +2,9 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/ListSight.h"
@@ -31,10 +33,10 @@ using namespace Qt::StringLiterals;
 using Case = TidyViewModel::Phase::Case;
 
 BigFilesView::BigFilesView(const AppContext& context, QWidget* parent)
-    : SectionView(context, u"Big Files"_s, parent),
+    : SectionView(context, tr("Big Files"), parent),
       model_(context.model, context.theme),
-      choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
-      notices_(new TrashNotices(context, u"file"_s, this)) {
+      choose_(Buttons::quiet(tr("Choose Folder…"), this)),
+      notices_(new TrashNotices(context, TrashNotices::What::files, this)) {
     setObjectName(u"bigFiles"_s);
     choose_->setObjectName(u"chooseFolder"_s);
     CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
@@ -94,30 +96,29 @@ void BigFilesView::refresh() {
 void BigFilesView::refreshHeader() {
     const bool isScanning = context_.model.phase().kind == Case::scanning;
     header_->setFolder(hasPreview() ? std::optional(Formats::path(*context_.model.rootURL())) : std::nullopt);
-    header_->setLede(hasPreview() ? u"The largest files in this folder. Looking changes nothing; files you tick and "
-                                    "confirm go to the Trash, and you can put them back."_s
+    header_->setLede(hasPreview() ? tr("The largest files in this folder. Looking changes nothing; files you tick and "
+                                       "confirm go to the Trash, and you can put them back.")
                                   : QString());
     choose_->setVisible(hasPreview());
-    noPreview_->setFootnote(isScanning ? u"Previewing — reading metadata only…"_s : QString());
+    noPreview_->setFootnote(isScanning ? tr("Previewing — reading metadata only…") : QString());
     chooseFirst_->setVisible(!isScanning);
 }
 
 /// One segment for each kind among the largest files, after the one for all. The chosen kind stays while it is there.
 void BigFilesView::refreshKinds() {
     offered_ = model_.kinds();
-    QStringList texts = {u"All kinds"_s};
-    for (const OrdovanFileCategory kind : offered_) texts += Formats::text(rawValue(kind));
+    QStringList texts = {tr("All kinds")};
+    for (const OrdovanFileCategory kind : offered_) texts += EngineTexts::category(kind);
     kinds_->setSegments(texts);
     chooseKind(kinds_->current());
 }
 
 void BigFilesView::refreshFigures() {
     const BigFilesModel::Total total = model_.total();
-    QList<StatRow::Stat> stats = {
-        {Formats::count(total.files), total.files == 1 ? u"largest file"_s : u"largest files"_s},
-        {Formats::byteSize(total.bytes), total.files == 1 ? u"in the largest file"_s : u"in the largest files"_s}};
+    QList<StatRow::Stat> stats = {{Formats::count(total.files), tr("largest files", nullptr, total.files)},
+                                  {Formats::byteSize(total.bytes), tr("in the largest files", nullptr, total.files)}};
     const auto& report = context_.model.duplicateReport();
-    if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), u"in duplicate copies"_s, true});
+    if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), tr("in duplicate copies"), true});
     stats_->setStats(stats);
     findCard_->setVisible(!report);
     installers_->setVisible(model_.hasInstallers() && !hintClosed_);
@@ -132,29 +133,32 @@ void BigFilesView::refreshCopies() {
 /// Follows the ticks, and the beginning and the end of runs.
 void BigFilesView::refreshRun() {
     const bool isOwn = notices_->isOwnRun();
-    showRun(isOwn, u"Checking each file again, then moving files to the Trash…"_s);
+    showRun(isOwn, tr("Checking each file again, then moving files to the Trash…"));
     bar_->setVisible(!isOwn);
     const QString running = CommandAvailability::againstRun(context_.model);
     model_.setLocked(running);
 
     const BigFilesModel::Ticked ticked = model_.ticked();
-    const QString hint = u"Tick files to clean up. Trashed files can be put back from the Recovery Center."_s;
-    QString what = u"ticked · "_s + Formats::byteSize(ticked.bytes);
-    if (ticked.hidden > 0) what += u" · %1 of them not shown"_s.arg(Formats::count(ticked.hidden));
+    const QString hint = tr("Tick files to clean up. Trashed files can be put back from the Recovery Center.");
+    //: What follows "3 files": they are ticked, and their size
+    QString what = tr("ticked · %1").arg(Formats::byteSize(ticked.bytes));
+    if (ticked.hidden > 0) {
+        what += u" · "_s + tr("%1 of them not shown", nullptr, ticked.hidden).arg(Formats::count(ticked.hidden));
+    }
     if (ticked.files == 0)
         bar_->setSummary(QString(), hint);
     else
         bar_->setSummary(Formats::files(ticked.files), what + u". "_s + hint);
     const bool hasNone = running.isEmpty() && ticked.files == 0;
-    Buttons::setAvailable(trash_, hasNone ? u"Tick at least one file first."_s : running,
-                          u"Moves the ticked files to the Trash. You will be asked to confirm."_s);
+    Buttons::setAvailable(trash_, hasNone ? tr("Tick at least one file first.") : running,
+                          tr("Moves the ticked files to the Trash. You will be asked to confirm."));
     refreshCopies();
 }
 
 void BigFilesView::showListOrNothing() {
     const bool isAnySize = sizes_->current() <= 0;
-    noneOfSize_->setMessage(isAnySize ? u"This folder has no files."_s : u"Try a smaller size filter."_s);
-    noneOfSize_->setTitle(isAnySize ? u"No files here"_s : u"No files this size"_s);
+    noneOfSize_->setMessage(isAnySize ? tr("This folder has no files.") : tr("Try a smaller size filter."));
+    noneOfSize_->setTitle(isAnySize ? tr("No files here") : tr("No files this size"));
     QWidget* shown = list_;
     if (!model_.hasFilesOfSize())
         shown = noneOfSize_;
@@ -260,14 +264,15 @@ Sheet* BigFilesView::confirmation() {
 /// What is asked about is what goes, in the sizes that were seen.
 void BigFilesView::requestTrash() {
     asked_ = model_.tickedItems();
-    const QString files = Formats::files(static_cast<qint64>(asked_.size()));
+    const auto files = static_cast<qint64>(asked_.size());
     const QString size = Formats::byteSize(model_.ticked().bytes);
     Sheet* sheet = confirmation();
-    sheet->setTitle(u"Move %1 to the Trash?"_s.arg(files));
-    const QString what = asked_.size() == 1 ? Formats::fileName(asked_.front().url) + u" ("_s + size + u")"_s : size;
-    sheet->setMessage(what +
-                      u" goes to the macOS Trash, not deleted. Each file is checked again first; anything that "
-                      "changed is left alone. Put files back from the Recovery Center."_s);
-    sheet->setConfirm(u"Move %1 to Trash"_s.arg(files), true);
+    sheet->setTitle(tr("Move %1 files to the Trash?", nullptr, pluralOf(files)).arg(Formats::count(files)));
+    //: A file and its size
+    const QString what = files == 1 ? tr("%1 (%2)").arg(Formats::fileName(asked_.front().url), size) : size;
+    sheet->setMessage(tr("%1 goes to the macOS Trash, not deleted. Each file is checked again first; anything that "
+                         "changed is left alone. Put files back from the Recovery Center.")
+                          .arg(what));
+    sheet->setConfirm(tr("Move %1 files to Trash", nullptr, pluralOf(files)).arg(Formats::count(files)), true);
     sheet->open();
 }

@@ -5,6 +5,7 @@
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/theme/Buttons.h"
 
+#include <QCoreApplication>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -12,10 +13,14 @@ using namespace Qt::StringLiterals;
 namespace CommandAvailability {
 namespace {
 
+struct Said {
+    Q_DECLARE_TR_FUNCTIONS(CommandAvailability)
+};
+
 QString againstPreview(const TidyViewModel& model) {
     using Case = TidyViewModel::Phase::Case;
-    if (model.phase().kind == Case::scanning) return u"The preview is not ready yet."_s;
-    if (model.phase().kind != Case::ready) return u"Preview a folder first."_s;
+    if (model.phase().kind == Case::scanning) return Said::tr("The preview is not ready yet.");
+    if (model.phase().kind != Case::ready) return Said::tr("Preview a folder first.");
     return {};
 }
 
@@ -23,38 +28,39 @@ QString againstPreview(const TidyViewModel& model) {
 QString againstOrganize(const TidyViewModel& model) {
     if (const QString reason = againstPreview(model); !reason.isEmpty()) return reason;
     const std::size_t proposed = model.plan()->proposals.size();
-    if (proposed == 0) return u"There is nothing to organize."_s;
-    if (model.exclusion().count() >= proposed) return u"Tick at least one file first."_s;
+    if (proposed == 0) return Said::tr("There is nothing to organize.");
+    if (model.exclusion().count() >= proposed) return Said::tr("Tick at least one file first.");
     return {};
 }
 
 QString againstUndo(const TidyViewModel& model) {
     const auto& journal = model.recoverableJournal();
-    if (!journal || journal->entries.empty()) return u"Nothing was organized in this folder that could be undone."_s;
+    if (!journal || journal->entries.empty())
+        return Said::tr("Nothing was organized in this folder that could be undone.");
     return {};
 }
 
 QString againstDuplicates(const TidyViewModel& model) {
-    if (model.isScanningDuplicates()) return u"The search is going on."_s;
+    if (model.isScanningDuplicates()) return Said::tr("The search is going on.");
     return againstPreview(model);
 }
 
 }  // namespace
 
 QString againstRun(const TidyViewModel& model) {
-    if (model.isApplying() || model.isTrashing()) return u"Files are being moved right now."_s;
+    if (model.isApplying() || model.isTrashing()) return Said::tr("Files are being moved right now.");
     return {};
 }
 
 QString againstWhileAsking() {
-    return u"Answer the question first."_s;
+    return Said::tr("Answer the question first.");
 }
 
 QString reasonAgainst(QStringView command, const TidyViewModel& model, const Desktop& desktop) {
     if (command == Commands::showRecovery) return {};
     if (const QString reason = againstRun(model); !reason.isEmpty()) return reason;
     if (command == Commands::previewFolder) {
-        return desktop.downloads() ? QString() : u"This account has no Downloads folder."_s;
+        return desktop.downloads() ? QString() : Said::tr("This account has no Downloads folder.");
     }
     if (command == Commands::organize) return againstOrganize(model);
     if (command == Commands::undoOrganize) return againstUndo(model);

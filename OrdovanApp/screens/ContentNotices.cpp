@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/ContentNotices.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/theme/Announcer.h"
@@ -15,7 +16,7 @@ ContentNotices::ContentNotices(const AppContext& context, QWidget* parent) : QWi
     layout->setContentsMargins(28, 14, 28, 0);
     layout->setSpacing(8);
     interrupted_ = addBanner(u"interruptedRun"_s);
-    interrupted_->setDetailsNoun(u"Files"_s);
+    interrupted_->setDetailsTexts(tr("Files"), tr("Show Files"), tr("Hide Files"));
     notOpened_ = addBanner(u"folderNotOpened"_s);
     connect(interrupted_, &Banner::closed, &context_.model, &TidyViewModel::dismissInterruptedRun);
     connect(&context_.model, &TidyViewModel::interruptedRunChanged, this, &ContentNotices::followInterruptedRun);
@@ -53,16 +54,17 @@ void ContentNotices::followInterruptedRun() {
 void ContentNotices::tellInterruptedRun() {
     const auto& run = context_.model.interruptedRun();
     if (!run) return;
-    const QString where = u" It worked in “%1”."_s.arg(Formats::fileName(run->root));
-    interrupted_->setText(Formats::text(run->summary()) + (run->root == context_.model.rootURL() ? QString() : where));
+    const QString where = u' ' + tr("It worked in “%1”.").arg(Formats::fileName(run->root));
+    interrupted_->setText(EngineTexts::summary(*run) + (run->root == context_.model.rootURL() ? QString() : where));
 }
 
 void ContentNotices::tellNotOpened(const Url& folder, const QString& reason) {
-    warn(reason + u" “%1” was not opened; choose it again when that has finished."_s.arg(Formats::fileName(folder)));
+    warn(reason + u' ' +
+         tr("“%1” was not opened; choose it again when that has finished.").arg(Formats::fileName(folder)));
 }
 
 void ContentNotices::tellNoFolder(const Url& item) {
-    warn(u"Only a folder can be previewed. “%1” was not opened."_s.arg(Formats::fileName(item)));
+    warn(tr("Only a folder can be previewed. “%1” was not opened.").arg(Formats::fileName(item)));
 }
 
 void ContentNotices::warn(const QString& sentence) {

@@ -2,7 +2,9 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/ContentNotices.h"
 #include "OrdovanApp/screens/Desktop.h"
@@ -194,12 +196,10 @@ void ContentView::dismissQuestions() {
 
 void ContentView::refreshStatus() {
     const OrdovanPreviewStatus status = context_.model.status();
-    sidebar_->setStatus(QString::fromStdString(status.pulseSummary()));
+    sidebar_->setStatus(EngineTexts::status(status));
     if (status == lastStatus_) return;
     lastStatus_ = status;
-    if (const auto announcement = status.announcement()) {
-        context_.announcer.say(QString::fromStdString(*announcement));
-    }
+    if (const auto announcement = EngineTexts::announcement(status)) context_.announcer.say(*announcement);
 }
 
 void ContentView::refreshCounts() {
@@ -212,10 +212,13 @@ void ContentView::refreshCounts() {
     const auto groups = static_cast<qint64>(duplicates && isOfFolder ? duplicates->groups.size() : 0);
     const auto recoverable = static_cast<qint64>(model.recoverableCount());
     const auto rules = static_cast<qint64>(context_.rules.ruleSet().rules.size());
-    sidebar_->setCount(Section::inbox, proposed, Formats::count(proposed) + u" proposed"_s);
-    sidebar_->setCount(Section::duplicates, groups, Formats::counted(groups, u"group"));
-    sidebar_->setCount(Section::recovery, recoverable, Formats::counted(recoverable, u"item") + u" to recover"_s);
-    sidebar_->setCount(Section::rules, rules, Formats::counted(rules, u"rule"));
+    sidebar_->setCount(Section::inbox, proposed,
+                       tr("%1 proposed", nullptr, pluralOf(proposed)).arg(Formats::count(proposed)));
+    sidebar_->setCount(Section::duplicates, groups,
+                       tr("%1 groups", nullptr, pluralOf(groups)).arg(Formats::count(groups)));
+    sidebar_->setCount(Section::recovery, recoverable,
+                       tr("%1 items to recover", nullptr, pluralOf(recoverable)).arg(Formats::count(recoverable)));
+    sidebar_->setCount(Section::rules, rules, tr("%1 rules", nullptr, pluralOf(rules)).arg(Formats::count(rules)));
 }
 
 /// Once the screen of that section is made, it looks at the files itself, and the count comes of that.
@@ -248,7 +251,7 @@ void ContentView::dragEnterEvent(QDragEnterEvent* event) {
     overlay_->show();
     if (!CommandAvailability::againstRun(context_.model).isEmpty()) return;
     context_.model.findFolder(item->standardized(), [self = QPointer(this), drag = ++drags_](bool isThere) {
-        if (self && drag == self->drags_ && !isThere) self->overlay_->setRefusal(u"Only a folder can be previewed."_s);
+        if (self && drag == self->drags_ && !isThere) self->overlay_->setRefusal(tr("Only a folder can be previewed."));
     });
 }
 

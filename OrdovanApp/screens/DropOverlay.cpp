@@ -32,7 +32,7 @@ DropOverlay::DropOverlay(const ThemeEnvironment& theme, QWidget* parent)
 
 void DropOverlay::setRefusal(const QString& reason) {
     refuses_ = !reason.isEmpty();
-    text_->setText(refuses_ ? reason : u"Drop a folder to preview it"_s);
+    text_->setText(refuses_ ? reason : tr("Drop a folder to preview it"));
     recolour();
     update();
 }

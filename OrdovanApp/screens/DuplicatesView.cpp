@@ -2,7 +2,9 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/ListSight.h"
@@ -34,19 +36,19 @@ constexpr int lowPage = 340;
 constexpr int leastListHeight = 100;
 
 QString extras(qint64 count) {
-    return Formats::counted(count, u"extra");
+    return DuplicatesView::tr("%1 extras", nullptr, pluralOf(count)).arg(Formats::count(count));
 }
 
 QString notShown(qint64 count) {
-    return u"%1 of them not shown"_s.arg(Formats::count(count));
+    return DuplicatesView::tr("%1 of them not shown", nullptr, pluralOf(count)).arg(Formats::count(count));
 }
 
 }  // namespace
 
 DuplicatesView::DuplicatesView(const AppContext& context, QWidget* parent)
-    : SectionView(context, u"Duplicates"_s, parent),
+    : SectionView(context, tr("Duplicates"), parent),
       model_(context.model, context.theme),
-      notices_(new TrashNotices(context, u"extra"_s, this)) {
+      notices_(new TrashNotices(context, TrashNotices::What::extras, this)) {
     setObjectName(u"duplicates"_s);
     header_->addButton(makeAutoPick());
     for (QWidget* page : {makeStart(), makeSearching(), makeNone(), makeFound()}) pages_->addWidget(page);
@@ -59,11 +61,11 @@ DuplicatesView::DuplicatesView(const AppContext& context, QWidget* parent)
 // Making.
 
 QPushButton* DuplicatesView::makeAutoPick() {
-    autoPick_ = Buttons::quiet(u"Auto-pick the copy to keep"_s);
+    autoPick_ = Buttons::quiet(tr("Auto-pick the copy to keep"));
     autoPick_->setObjectName(u"autoPick"_s);
     auto* menu = new QMenu(autoPick_);
     for (const OrdovanKeepPolicy policy : OrdovanKeepPolicies::allCases) {
-        QAction* action = menu->addAction(Formats::text(rawValue(policy)));
+        QAction* action = menu->addAction(EngineTexts::keepPolicy(policy));
         connect(action, &QAction::triggered, this, [this, policy] { context_.model.autoPick(policy); });
     }
     Buttons::setMenu(context_.theme, autoPick_, menu);
@@ -79,12 +81,12 @@ QPushButton* DuplicatesView::makeSearchButton(QPushButton* button) {
 QWidget* DuplicatesView::makeStart() {
     start_ = new EmptyState(context_.theme, Glyph::duplicates, pages_);
     start_->setObjectName(u"startPage"_s);
-    start_->setTitle(u"Find exact duplicates"_s);
-    start_->setMessage(u"Scans the files from your current preview and groups byte-for-byte identical copies."_s);
-    find_ = makeSearchButton(Buttons::primary(u"Find Duplicates"_s));
+    start_->setTitle(tr("Find exact duplicates"));
+    start_->setMessage(tr("Scans the files from your current preview and groups byte-for-byte identical copies."));
+    find_ = makeSearchButton(Buttons::primary(tr("Find Duplicates")));
     find_->setObjectName(u"findDuplicates"_s);
     start_->addButton(find_);
-    choose_ = Buttons::primary(u"Choose Folder…"_s);
+    choose_ = Buttons::primary(tr("Choose Folder…"));
     choose_->setObjectName(u"chooseFolder"_s);
     CommandAvailability::bind(context_, choose_, Commands::chooseFolder);
     start_->addButton(choose_);
@@ -94,7 +96,7 @@ QWidget* DuplicatesView::makeStart() {
 QWidget* DuplicatesView::makeSearching() {
     searching_ = makeProgressPage(u"searchingPage"_s, search_);
     search_->setObjectName(u"searchProgress"_s);
-    search_->setText(u"Hashing files to find exact duplicates…"_s);
+    search_->setText(tr("Hashing files to find exact duplicates…"));
     connect(search_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelDuplicateSearch);
     return searching_;
 }
@@ -102,9 +104,9 @@ QWidget* DuplicatesView::makeSearching() {
 QWidget* DuplicatesView::makeNone() {
     none_ = new EmptyState(context_.theme, Glyph::check, pages_);
     none_->setObjectName(u"nonePage"_s);
-    none_->setTitle(u"No exact duplicates"_s);
-    none_->setMessage(u"Every file in this folder is unique by content."_s);
-    againForNone_ = makeSearchButton(Buttons::quiet(u"Search Again"_s));
+    none_->setTitle(tr("No exact duplicates"));
+    none_->setMessage(tr("Every file in this folder is unique by content."));
+    againForNone_ = makeSearchButton(Buttons::quiet(tr("Search Again")));
     againForNone_->setObjectName(u"searchAgainForNone"_s);
     none_->addButton(againForNone_);
     return none_;
@@ -132,14 +134,14 @@ QWidget* DuplicatesView::makeFilters() {
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
-    filter_ = new FilterField(context_.theme, u"Search duplicates"_s, row);
+    filter_ = new FilterField(context_.theme, tr("Search duplicates"), row);
     filter_->setObjectName(u"search"_s);
     connect(filter_, &QLineEdit::textChanged, this, [this](const QString& text) {
         model_.setQuery(text);
         showListOrNothing();
         refreshFigures();
     });
-    again_ = makeSearchButton(Buttons::quiet(u"Search Again"_s, row));
+    again_ = makeSearchButton(Buttons::quiet(tr("Search Again"), row));
     again_->setObjectName(u"searchAgain"_s);
     layout->addWidget(filter_);
     layout->addStretch(1);
@@ -152,11 +154,11 @@ QWidget* DuplicatesView::makeList() {
     stack_->setMinimumHeight(leastListHeight);  // less than what stands for an empty list would take
     list_ = new RowsView(context_.theme, RowsView::Style::cards, stack_);
     list_->setObjectName(u"duplicateList"_s);
-    list_->setAccessibleName(u"Groups of identical copies"_s);
+    list_->setAccessibleName(tr("Groups of identical copies"));
     list_->setMaximumColumns(3);
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &DuplicatesView::act);
-    noMatch_ = makeNoMatch(stack_, u"No duplicate matches the search."_s, [this] {
+    noMatch_ = makeNoMatch(stack_, tr("No duplicate matches the search."), [this] {
         filter_->clear();
         list_->setFocus();
     });
@@ -167,7 +169,7 @@ QWidget* DuplicatesView::makeList() {
 
 QWidget* DuplicatesView::makeBar() {
     bar_ = new BottomBar(context_.theme, found_);
-    trash_ = Buttons::primary(u"Move All Extras to Trash…"_s, bar_);
+    trash_ = Buttons::primary(tr("Move All Extras to Trash…"), bar_);
     trash_->setObjectName(u"trash-all-extras"_s);
     connect(trash_, &QPushButton::clicked, this, &DuplicatesView::requestTrash);
     bar_->addButton(trash_);
@@ -216,9 +218,10 @@ void DuplicatesView::refresh() {
     refreshFigures();
     refreshRun();
     const bool isFound = page() == found_;
-    header_->setLede(isFound ? u"Click a file to keep it. Extras go to the Trash — you can put them back here or from "
-                               "the Finder."_s
-                             : QString());
+    header_->setLede(isFound
+                         ? tr("Click a file to keep it. Extras go to the Trash — you can put them back here or from "
+                              "the Finder.")
+                         : QString());
     autoPick_->setVisible(isFound);
 }
 
@@ -252,7 +255,7 @@ void DuplicatesView::refreshStart() {
     start_->setFootnote(reason);
     Buttons::setAvailable(find_, reason, QString());
     for (QPushButton* again : {again_, againForNone_}) {
-        Buttons::setAvailable(again, reason, u"Compares the files of the preview once more"_s);
+        Buttons::setAvailable(again, reason, tr("Compares the files of the preview once more"));
     }
 }
 
@@ -261,11 +264,11 @@ void DuplicatesView::refreshFigures() {
     const QString size = Formats::byteSize(model_.reclaimableBytes());
     const auto& inventory = context_.model.inventory();
     const auto compared = static_cast<qint64>(inventory ? inventory->fileCount() : 0);
-    stats_->setStats({{Formats::count(model_.groups()), u"duplicate groups"_s},
-                      {Formats::count(count), count == 1 ? u"extra"_s : u"extras"_s},
-                      {size, u"can be freed"_s, true},
-                      {Formats::count(compared), u"files compared"_s}});
-    QString what = u"· %1, each checked again first"_s.arg(size);
+    stats_->setStats({{Formats::count(model_.groups()), tr("duplicate groups", nullptr, model_.groups())},
+                      {Formats::count(count), tr("extras", nullptr, pluralOf(count))},
+                      {size, tr("can be freed"), true},
+                      {Formats::count(compared), tr("files compared", nullptr, pluralOf(compared))}});
+    QString what = tr("· %1, each checked again first").arg(size);
     if (const qint64 hidden = model_.hiddenExtras(); hidden > 0) what += u" · "_s + notShown(hidden);
     bar_->setSummary(extras(count), what);
 }
@@ -273,15 +276,15 @@ void DuplicatesView::refreshFigures() {
 /// Follows the beginning and the end of runs.
 void DuplicatesView::refreshRun() {
     const bool isOwn = notices_->isOwnRun();
-    showRun(isOwn, u"Checking each file again, then moving extras to the Trash…"_s);
+    showRun(isOwn, tr("Checking each file again, then moving extras to the Trash…"));
     bar_->setVisible(!isOwn);
     const QString reason = CommandAvailability::againstRun(context_.model);
     model_.setLocked(reason);
     Buttons::setAvailable(
         autoPick_, reason,
-        u"Oldest, newest, shortest or deepest path, for every group at once. You can still click any copy."_s);
+        tr("Oldest, newest, shortest or deepest path, for every group at once. You can still click any copy."));
     Buttons::setAvailable(trash_, reason,
-                          u"Moves every copy but the kept one of each group. You will be asked to confirm."_s);
+                          tr("Moves every copy but the kept one of each group. You will be asked to confirm."));
 }
 
 // Searching.
@@ -328,10 +331,10 @@ void DuplicatesView::act(int row, int action) {
 Sheet* DuplicatesView::confirmation() {
     if (sheet_) return sheet_;
     sheet_ = makeSheet(u"trashExtrasSheet"_s);
-    sheet_->setTitle(u"Move duplicate extras to the Trash?"_s);
+    sheet_->setTitle(tr("Move duplicate extras to the Trash?"));
     sheet_->setMessage(
-        u"The copy you chose to keep stays. Each extra is checked again first, and anything that changed is left "
-        "alone. You can put files back from the Recovery Center or the Finder Trash."_s);
+        tr("The copy you chose to keep stays. Each extra is checked again first, and anything that changed is left "
+           "alone. You can put files back from the Recovery Center or the Finder Trash."));
     connect(sheet_, &Sheet::confirmed, this, [this] {
         notices_->expectRun();
         context_.model.trashExtras();
@@ -340,10 +343,10 @@ Sheet* DuplicatesView::confirmation() {
 }
 
 void DuplicatesView::requestTrash() {
-    const QString what = model_.extras() == 1 ? u"1 Extra"_s : Formats::count(model_.extras()) + u" Extras"_s;
     Sheet* sheet = confirmation();
     sheet->clearPoints();
     if (const qint64 hidden = model_.hiddenExtras(); hidden > 0) sheet->addPoint(Glyph::search, notShown(hidden));
-    sheet->setConfirm(u"Move %1 to Trash"_s.arg(what), true);
+    const qint64 extras = model_.extras();
+    sheet->setConfirm(tr("Move %1 Extras to Trash", nullptr, pluralOf(extras)).arg(Formats::count(extras)), true);
     sheet->open();
 }

@@ -29,31 +29,35 @@ constexpr int headHeight = 42;
 
 struct Filter {
     std::optional<OrdovanRunRecord::Kind> kind;
-    QStringView text;
-    QStringView help;
+    const char* text;
+    const char* help;
 };
 constexpr std::array<Filter, 5> filters = {{
-    {std::nullopt, u"All", u"Shows every run"},
-    {OrdovanRunRecord::Kind::organize, u"Organize", u"Shows only runs that organized files"},
-    {OrdovanRunRecord::Kind::undo, u"Undo", u"Shows only runs that undid organizing"},
-    {OrdovanRunRecord::Kind::trash, u"Trash", u"Shows only runs that moved files to the Trash"},
-    {OrdovanRunRecord::Kind::restoreTrash, u"Put Back", u"Shows only runs that put files back from the Trash"},
+    {std::nullopt, QT_TRANSLATE_NOOP("HistoryView", "All"), QT_TRANSLATE_NOOP("HistoryView", "Shows every run")},
+    {OrdovanRunRecord::Kind::organize, QT_TRANSLATE_NOOP("HistoryView", "Organize"),
+     QT_TRANSLATE_NOOP("HistoryView", "Shows only runs that organized files")},
+    {OrdovanRunRecord::Kind::undo, QT_TRANSLATE_NOOP("HistoryView", "Undo"),
+     QT_TRANSLATE_NOOP("HistoryView", "Shows only runs that undid organizing")},
+    {OrdovanRunRecord::Kind::trash, QT_TRANSLATE_NOOP("HistoryView", "Trash"),
+     QT_TRANSLATE_NOOP("HistoryView", "Shows only runs that moved files to the Trash")},
+    {OrdovanRunRecord::Kind::restoreTrash, QT_TRANSLATE_NOOP("HistoryView", "Put Back"),
+     QT_TRANSLATE_NOOP("HistoryView", "Shows only runs that put files back from the Trash")},
 }};
 
 QString heading() {
-    return u"Past runs, newest first"_s;
+    return HistoryView::tr("Past runs, newest first");
 }
 
 }  // namespace
 
 HistoryView::HistoryView(const AppContext& context, QWidget* parent)
-    : SectionView(context, u"History"_s, parent),
+    : SectionView(context, tr("History"), parent),
       model_(context.model, context.theme),
-      clear_(Buttons::quiet(u"Clear History…"_s)),
+      clear_(Buttons::quiet(tr("Clear History…"))),
       notices_(new HistoryNotices(context, this)),
       today_(QDate::currentDate()) {
     setObjectName(u"history"_s);
-    header_->setLede(u"Kept on this computer. Clearing it doesn't touch your files or the undo record."_s);
+    header_->setLede(tr("Kept on this computer. Clearing it doesn't touch your files or the undo record."));
     clear_->setObjectName(u"clearHistory"_s);
     connect(clear_, &QPushButton::clicked, this, [this] { confirmation()->open(); });
     header_->addButton(clear_);
@@ -69,7 +73,7 @@ QWidget* HistoryView::makeEmpty() {
     empty_ = new EmptyState(context_.theme, Glyph::history, pages_);
     empty_->setObjectName(u"emptyPage"_s);
     empty_->setTitle(heading());
-    empty_->setMessage(u"Each time you organize or undo, a summary appears here."_s);
+    empty_->setMessage(tr("Each time you organize or undo, a summary appears here."));
     return empty_;
 }
 
@@ -88,12 +92,12 @@ QWidget* HistoryView::makeFilters() {
     auto* row = new QWidget(timeline_);
     kinds_ = new Segments(context_.theme, row);
     kinds_->setObjectName(u"kindFilter"_s);
-    kinds_->setAccessibleName(u"Kind of run"_s);
+    kinds_->setAccessibleName(tr("Kind of run"));
     QStringList texts;
     QStringList helps;
     for (const Filter& filter : filters) {
-        texts.append(filter.text.toString());
-        helps.append(filter.help.toString());
+        texts.append(tr(filter.text));
+        helps.append(tr(filter.help));
     }
     kinds_->setSegments(texts, helps);
     connect(kinds_, &Segments::currentChanged, this, &HistoryView::chooseKind);
@@ -120,8 +124,8 @@ QWidget* HistoryView::makeList() {
     list_->setModel(&model_);
     noMatch_ = new EmptyState(context_.theme, Glyph::history, stack_);
     noMatch_->setObjectName(u"noMatch"_s);
-    noMatch_->setTitle(u"No runs of this kind"_s);
-    QPushButton* all = Buttons::quiet(u"Show All Runs"_s);
+    noMatch_->setTitle(tr("No runs of this kind"));
+    QPushButton* all = Buttons::quiet(tr("Show All Runs"));
     all->setObjectName(u"clearFilters"_s);
     connect(all, &QPushButton::clicked, this, [this] {
         kinds_->setCurrent(0);
@@ -166,13 +170,13 @@ void HistoryView::refresh() {
     stack_->setCurrentWidget(model_.rowCount() == 0 ? static_cast<QWidget*>(noMatch_) : list_);
     const QString running = CommandAvailability::againstRun(context_.model);
     const bool hasNone = running.isEmpty() && isEmpty;
-    Buttons::setAvailable(clear_, hasNone ? u"There is nothing to clear."_s : running, u"Clears this log only"_s);
+    Buttons::setAvailable(clear_, hasNone ? tr("There is nothing to clear.") : running, tr("Clears this log only"));
 }
 
 void HistoryView::chooseKind(int segment) {
     const Filter& filter = filters[static_cast<std::size_t>(segment)];
     model_.setKind(filter.kind);
-    noMatch_->setMessage(u"None of the past runs is of the kind “%1”."_s.arg(filter.text));
+    noMatch_->setMessage(tr("None of the past runs is of the kind “%1”.").arg(tr(filter.text)));
 }
 
 // Commands.
@@ -180,9 +184,9 @@ void HistoryView::chooseKind(int segment) {
 Sheet* HistoryView::confirmation() {
     if (sheet_) return sheet_;
     sheet_ = makeSheet(u"clearHistorySheet"_s);
-    sheet_->setTitle(u"Clear the run history?"_s);
-    sheet_->setMessage(u"Only this log is cleared. Organized files and Undo stay as they are."_s);
-    sheet_->setConfirm(u"Clear History"_s, true);
+    sheet_->setTitle(tr("Clear the run history?"));
+    sheet_->setMessage(tr("Only this log is cleared. Organized files and Undo stay as they are."));
+    sheet_->setConfirm(tr("Clear History"), true);
     connect(sheet_, &Sheet::confirmed, &context_.model, &TidyViewModel::clearHistory);
     return sheet_;
 }

@@ -59,36 +59,36 @@ OrdovanWindow::~OrdovanWindow() {
 }
 
 void OrdovanWindow::makeMenus() {
-    QMenu* file = menuBar()->addMenu(u"File"_s);
+    QMenu* file = menuBar()->addMenu(tr("File"));
     file->setObjectName(u"menu-file"_s);
     file->setToolTipsVisible(true);
     file->addMenu(new RecentFoldersMenu(context_, *content_, this));
     file->addSeparator();
-    QAction* about = file->addAction(u"About ordovan+"_s, this, &OrdovanWindow::showAbout);
+    QAction* about = file->addAction(tr("About ordovan+"), this, &OrdovanWindow::showAbout);
     about->setMenuRole(QAction::AboutRole);
     file->addSeparator();
-    QAction* settings = file->addAction(u"Settings…"_s, this, &OrdovanWindow::showSettings);
+    QAction* settings = file->addAction(tr("Settings…"), this, &OrdovanWindow::showSettings);
     settings->setShortcut(Qt::CTRL | Qt::Key_Comma);
     settings->setMenuRole(QAction::PreferencesRole);
     file->addSeparator();
-    file->addAction(u"Close"_s, this, &QWidget::close)->setShortcut(Qt::CTRL | Qt::Key_W);
-    QAction* quit = file->addAction(u"Quit"_s, this, &OrdovanWindow::quit);
+    file->addAction(tr("Close"), this, &QWidget::close)->setShortcut(Qt::CTRL | Qt::Key_W);
+    QAction* quit = file->addAction(tr("Quit"), this, &OrdovanWindow::quit);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     quit->setMenuRole(QAction::QuitRole);
 
     menuBar()->addMenu(new OrganizeMenu(context_, *content_, this));
 
     // The tray's menu, where it is there, has this too: but a shortcut of its is heard only while it is open.
-    auto* open = new QAction(u"Open ordovan+"_s, this);
+    auto* open = new QAction(tr("Open ordovan+"), this);
     open->setObjectName(u"open"_s);
     open->setShortcut(Qt::CTRL | Qt::Key_0);
     open->setShortcutContext(Qt::ApplicationShortcut);
     connect(open, &QAction::triggered, this, [this] { bringForward({}); });
     addAction(open);
 
-    QMenu* help = menuBar()->addMenu(u"Help"_s);
+    QMenu* help = menuBar()->addMenu(tr("Help"));
     help->setObjectName(u"menu-help"_s);
-    help->addAction(u"ordovan+ Help"_s, this, &OrdovanWindow::showDocumentation)->setShortcut(Qt::Key_F1);
+    help->addAction(tr("ordovan+ Help"), this, &OrdovanWindow::showDocumentation)->setShortcut(Qt::Key_F1);
 }
 
 void OrdovanWindow::showSettings() {
@@ -108,9 +108,9 @@ void OrdovanWindow::showAbout() {
 void OrdovanWindow::showDocumentation() {
     if (parts_.desktop.openAddress(parts_.documentation)) return;
     auto* sheet = new Sheet(parts_.theme, content_, this);
-    sheet->setTitle(u"No web browser could be opened"_s);
-    sheet->setMessage(u"The documentation is at "_s + parts_.documentation);
-    sheet->setConfirm(u"OK"_s);
+    sheet->setTitle(tr("No web browser could be opened"));
+    sheet->setMessage(tr("The documentation is at %1").arg(parts_.documentation));
+    sheet->setConfirm(tr("OK"));
     sheet->cancelButton()->hide();
     connect(sheet, &Sheet::confirmed, sheet, &QObject::deleteLater);
     connect(sheet, &Sheet::cancelled, sheet, &QObject::deleteLater);
@@ -196,12 +196,12 @@ void OrdovanWindow::askToStop() {
     if (question_ == nullptr) {
         question_ = new Sheet(parts_.theme, content_, this);
         question_->setObjectName(u"stop-question"_s);
-        question_->setTitle(u"Stop moving files and quit?"_s);
+        question_->setTitle(tr("Stop moving files and quit?"));
         question_->setMessage(
-            u"ordovan+ stops as soon as the file it is at is done. What has moved by then is recorded and can be put "
-            u"back later."_s);
-        question_->setConfirm(u"Stop and Quit"_s, true);
-        question_->cancelButton()->setText(u"Keep Running"_s);
+            tr("ordovan+ stops as soon as the file it is at is done. What has moved by then is recorded and can be put "
+               "back later."));
+        question_->setConfirm(tr("Stop and Quit"), true);
+        question_->cancelButton()->setText(tr("Keep Running"));
         connect(question_, &Sheet::confirmed, this, &OrdovanWindow::stopAndQuit);
         for (const auto signal : {&TidyViewModel::isApplyingChanged, &TidyViewModel::isTrashingChanged}) {
             connect(&parts_.model, signal, question_, [this] {

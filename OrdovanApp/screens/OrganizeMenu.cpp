@@ -15,27 +15,27 @@ namespace {
 
 struct Command {
     QStringView name;
-    QStringView text;
+    const char* text;
     QKeyCombination shortcut;
 };
 
 const std::array<Command, 6> commands = {{
-    {Commands::chooseFolder, u"Choose Folder…", Qt::CTRL | Qt::Key_O},
-    {Commands::previewFolder, u"Preview Downloads", Qt::CTRL | Qt::Key_D},
-    {Commands::organize, u"Organize Selected Files…", Qt::CTRL | Qt::Key_S},
-    {Commands::undoOrganize, u"Undo Organize", Qt::CTRL | Qt::ALT | Qt::Key_Z},
-    {Commands::findDuplicates, u"Find Duplicates", Qt::CTRL | Qt::SHIFT | Qt::Key_D},
-    {Commands::exportPlan, u"Export Plan…", Qt::CTRL | Qt::SHIFT | Qt::Key_E},
+    {Commands::chooseFolder, QT_TRANSLATE_NOOP("OrganizeMenu", "Choose Folder…"), Qt::CTRL | Qt::Key_O},
+    {Commands::previewFolder, QT_TRANSLATE_NOOP("OrganizeMenu", "Preview Downloads"), Qt::CTRL | Qt::Key_D},
+    {Commands::organize, QT_TRANSLATE_NOOP("OrganizeMenu", "Organize Selected Files…"), Qt::CTRL | Qt::Key_S},
+    {Commands::undoOrganize, QT_TRANSLATE_NOOP("OrganizeMenu", "Undo Organize"), Qt::CTRL | Qt::ALT | Qt::Key_Z},
+    {Commands::findDuplicates, QT_TRANSLATE_NOOP("OrganizeMenu", "Find Duplicates"), Qt::CTRL | Qt::SHIFT | Qt::Key_D},
+    {Commands::exportPlan, QT_TRANSLATE_NOOP("OrganizeMenu", "Export Plan…"), Qt::CTRL | Qt::SHIFT | Qt::Key_E},
 }};
 
 }  // namespace
 
 OrganizeMenu::OrganizeMenu(const AppContext& context, const ContentView& content, QWidget* parent)
-    : QMenu(u"Organize"_s, parent), context_(context), content_(content) {
+    : QMenu(tr("Organize"), parent), context_(context), content_(content) {
     setObjectName(u"menu-organize"_s);
     setToolTipsVisible(true);
     for (const Command& command : commands) {
-        QAction* action = addAction(command.text.toString());
+        QAction* action = addAction(tr(command.text));
         action->setObjectName(command.name.toString());
         action->setShortcut(command.shortcut);
         connect(action, &QAction::triggered, this, [this, name = command.name] { context_.commands.post(name); });

@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/QuickLook.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/theme/AccessibleRole.h"
 #include "OrdovanApp/theme/ElidedLabel.h"
@@ -82,12 +83,12 @@ QWidget* QuickLook::makeText() {
     textPage_ = new QWidget(pages_);
     text_ = new QPlainTextEdit(textPage_);
     text_->setObjectName(u"quickLookText"_s);
-    text_->setAccessibleName(u"The beginning of the file"_s);
+    text_->setAccessibleName(tr("The beginning of the file"));
     text_->setReadOnly(true);
     // The keys belong to the window: they move through the list.
     text_->setFocusPolicy(Qt::NoFocus);
     text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    cut_ = new QLabel(u"Only the beginning of this file is shown."_s, textPage_);
+    cut_ = new QLabel(tr("Only the beginning of this file is shown."), textPage_);
     StyleSheet::setType(cut_, LabelType::caption);
     auto* layout = new QVBoxLayout(textPage_);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -126,7 +127,7 @@ QWidget* QuickLook::makeFacts() {
     name_->setObjectName(u"quickLookName"_s);
     StyleSheet::setType(name_, LabelType::heading);
     layout->addWidget(name_, 0, 0, 1, 2);
-    const std::array names = {u"Kind"_s, u"Size"_s, u"Last changed"_s, u"Where"_s};
+    const std::array names = {tr("Kind"), tr("Size"), tr("Last changed"), tr("Where")};
     for (std::size_t i = 0; i < names.size(); ++i) {
         auto* name = new QLabel(names[i], box);
         StyleSheet::setType(name, LabelType::second);
@@ -168,11 +169,9 @@ void QuickLook::showFacts(const OrdovanInventoryEntry& file, const Url& root) {
     setWindowTitle(name);
     setAccessibleName(name);
     name_->setText(name);
-    facts_[0]->setText(Formats::text(rawValue(kindOf(file.url))));
+    facts_[0]->setText(EngineTexts::category(kindOf(file.url)));
     facts_[1]->setText(Formats::byteSize(file.byteSize));
-    facts_[2]->setText(file.modifiedEpoch
-                           ? Formats::day(*file.modifiedEpoch) + u", "_s + Formats::time(*file.modifiedEpoch)
-                           : u"Not known"_s);
+    facts_[2]->setText(file.modifiedEpoch ? Formats::moment(*file.modifiedEpoch) : tr("Not known"));
     facts_[3]->setText(Formats::folderOf(file.url, root));
     facts_[3]->setFullToolTip(Formats::path(file.url));
 }
@@ -187,7 +186,7 @@ void QuickLook::showPreview(const FilePreview& preview) {
     switch (preview.kind) {
         case FilePreview::Kind::picture:
             picture_->setImage(preview.picture);
-            picture_->setAccessibleName(u"Picture: "_s + name_->text());
+            picture_->setAccessibleName(tr("Picture: %1").arg(name_->text()));
             pages_->setCurrentWidget(picture_);
             break;
         case FilePreview::Kind::text:
@@ -196,13 +195,13 @@ void QuickLook::showPreview(const FilePreview& preview) {
             pages_->setCurrentWidget(textPage_);
             break;
         case FilePreview::Kind::empty:
-            showIcon(u"This file is empty."_s);
+            showIcon(tr("This file is empty."));
             break;
         case FilePreview::Kind::none:
-            showIcon(u"There is no preview for this kind of file."_s);
+            showIcon(tr("There is no preview for this kind of file."));
             break;
         case FilePreview::Kind::unreadable:
-            showIcon(u"This file can't be read right now."_s);
+            showIcon(tr("This file can't be read right now."));
             break;
     }
 }

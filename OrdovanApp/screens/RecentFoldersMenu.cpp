@@ -12,7 +12,7 @@
 using namespace Qt::StringLiterals;
 
 RecentFoldersMenu::RecentFoldersMenu(const AppContext& context, ContentView& content, QWidget* parent)
-    : QMenu(u"Recent Folders"_s, parent), context_(context), content_(content) {
+    : QMenu(tr("Recent Folders"), parent), context_(context), content_(content) {
     setObjectName(u"menu-recent"_s);
     setToolTipsVisible(true);
     connect(&context_.model, &TidyViewModel::recentFoldersChanged, this, &RecentFoldersMenu::fill);
@@ -33,7 +33,7 @@ void RecentFoldersMenu::fill() {
 
 void RecentFoldersMenu::refresh() {
     QString reason = content_.reasonAgainst(Commands::chooseFolder);
-    if (reason.isEmpty() && isEmpty()) reason = u"No folder was previewed yet."_s;
+    if (reason.isEmpty() && isEmpty()) reason = tr("No folder was previewed yet.");
     menuAction()->setEnabled(reason.isEmpty());
     menuAction()->setToolTip(reason);
     menuAction()->setStatusTip(reason);

@@ -35,6 +35,6 @@ void RecoveryNotices::showLastReport() {
 }
 
 QString RecoveryNotices::restoreSummary(const OrdovanExecutionReport& report) {
-    return u"Put back "_s + Formats::files(static_cast<qint64>(report.movedCount())) + u" from the Trash"_s +
-           RunTexts::sentenceEnd(report);
+    return RunTexts::summary(report, QT_TRANSLATE_N_NOOP("RunTexts", "Put back %1 files from the Trash."),
+                             QT_TRANSLATE_N_NOOP("RunTexts", "Put back %1 files from the Trash; %2."));
 }

@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/RecoveryNotices.h"
@@ -33,15 +34,15 @@ constexpr int sizeColumn = 84;
 constexpr int narrowList = 640;
 
 QString rule() {
-    return u"Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left "
-           u"where "
-           "it is."_s;
+    return RecoveryView::tr(
+        "Undo is fail-closed: a file changed since organizing, or whose original slot is now occupied, is left where "
+        "it is.");
 }
 
 }  // namespace
 
 RecoveryView::RecoveryView(const AppContext& context, QWidget* parent)
-    : SectionView(context, u"Recovery Center"_s, parent),
+    : SectionView(context, tr("Recovery Center"), parent),
       model_(context.model, context.theme),
       notices_(new RecoveryNotices(context, this)) {
     setObjectName(u"recovery"_s);
@@ -56,10 +57,10 @@ RecoveryView::RecoveryView(const AppContext& context, QWidget* parent)
 // Making.
 
 void RecoveryView::makeHeader() {
-    undo_ = Buttons::quiet(u"Undo Organize…"_s);
+    undo_ = Buttons::quiet(tr("Undo Organize…"));
     undo_->setObjectName(u"undoOrganize"_s);
     connect(undo_, &QPushButton::clicked, this, &RecoveryView::askToUndo);
-    restore_ = Buttons::quiet(u"Put All Back…"_s);
+    restore_ = Buttons::quiet(tr("Put All Back…"));
     restore_->setObjectName(u"putAllBack"_s);
     connect(restore_, &QPushButton::clicked, this, &RecoveryView::askToRestore);
     header_->addButton(undo_);
@@ -69,15 +70,16 @@ void RecoveryView::makeHeader() {
 QWidget* RecoveryView::makeNothing() {
     nothing_ = new EmptyState(context_.theme, Glyph::recovery, pages_);
     nothing_->setObjectName(u"nothingPage"_s);
-    nothing_->setTitle(u"Nothing to recover"_s);
-    nothing_->setMessage(u"After you organize files or move duplicates to the Trash, this is where you can undo it."_s);
+    nothing_->setTitle(tr("Nothing to recover"));
+    nothing_->setMessage(
+        tr("After you organize files or move duplicates to the Trash, this is where you can undo it."));
     return nothing_;
 }
 
 QWidget* RecoveryView::makeRecords() {
     records_ = new QWidget(pages_);
     records_->setObjectName(u"recordsPage"_s);
-    search_ = new FilterField(context_.theme, u"Search organized and trashed files"_s, records_);
+    search_ = new FilterField(context_.theme, tr("Search organized and trashed files"), records_);
     search_->setObjectName(u"search"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
         model_.setQuery(text);
@@ -104,11 +106,11 @@ QWidget* RecoveryView::makeList() {
     stack_ = new QStackedWidget(records_);
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"recoveryList"_s);
-    list_->setAccessibleName(u"Organized and trashed files"_s);
+    list_->setAccessibleName(tr("Organized and trashed files"));
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &RecoveryView::act);
 
-    noMatch_ = makeNoMatch(stack_, u"No organized or trashed file matches the search."_s, [this] {
+    noMatch_ = makeNoMatch(stack_, tr("No organized or trashed file matches the search."), [this] {
         search_->clear();
         list_->setFocus();
     });
@@ -164,9 +166,9 @@ void RecoveryView::refresh() {
     restore_->setVisible(!isEmpty);
     const int elsewhere = model_.elsewhere();
     elsewhere_->setVisible(elsewhere > 0);
-    elsewhere_->setText(elsewhere == 1 ? u"1 file came from another folder. Choose that folder to put it back."_s
-                                       : Formats::files(elsewhere) +
-                                             u" came from other folders. Choose their folder to put them back."_s);
+    elsewhere_->setText(
+        tr("%1 files came from other folders. Choose their folder to put them back.", nullptr, elsewhere)
+            .arg(Formats::count(elsewhere)));
     showListOrNothing();
     refreshActions();
 }
@@ -176,17 +178,17 @@ void RecoveryView::refreshActions() {
     model_.setLocked(running);
     QString againstUndo = CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop);
     if (againstUndo.isEmpty() && model_.recoverableOrganized() == 0) {
-        againstUndo = u"None of the organized files is there any more."_s;
+        againstUndo = tr("None of the organized files is there any more.");
     }
-    Buttons::setAvailable(undo_, againstUndo, u"Puts every organized file of this folder back where it came from"_s);
+    Buttons::setAvailable(undo_, againstUndo, tr("Puts every organized file of this folder back where it came from"));
     QString againstRestore = running;
     if (againstRestore.isEmpty() && !model_.isSurveyed()) {
-        againstRestore = u"Looking whether the files are still there…"_s;
+        againstRestore = tr("Looking whether the files are still there…");
     } else if (againstRestore.isEmpty() && model_.recoverableTrashed() == 0) {
-        againstRestore = u"No file in the Trash can go back to this folder."_s;
+        againstRestore = tr("No file in the Trash can go back to this folder.");
     }
     Buttons::setAvailable(restore_, againstRestore,
-                          u"Puts every file of this folder that is in the Trash back where it came from"_s);
+                          tr("Puts every file of this folder that is in the Trash back where it came from"));
 }
 
 /// Follows the beginning and the end of runs. One that begins while this section is in sight puts files back: all
@@ -194,7 +196,7 @@ void RecoveryView::refreshActions() {
 void RecoveryView::followRun() {
     const bool isRunning = context_.model.isApplying() || context_.model.isTrashing();
     ownRun_ = isRunning && (ownRun_ || isVisible());
-    showRun(ownRun_, u"Putting files back…"_s);
+    showRun(ownRun_, tr("Putting files back…"));
     notices_->followRun(ownRun_);
     refreshActions();
 }
@@ -264,20 +266,25 @@ Sheet* RecoveryView::confirmation() {
 void RecoveryView::askToUndo() {
     asksToUndo_ = true;
     Sheet* sheet = confirmation();
-    sheet->setTitle(u"Undo everything organized in this folder?"_s);
-    sheet->setMessage(Formats::counted(model_.recoverableOrganized(), u"organized file") +
-                      u" can go back to where they came from. "_s + rule());
-    sheet->setConfirm(u"Undo Organize"_s);
+    sheet->setTitle(tr("Undo everything organized in this folder?"));
+    const qint64 files = model_.recoverableOrganized();
+    sheet->setMessage(tr("%1 organized files can go back to where they came from.", nullptr, pluralOf(files))
+                          .arg(Formats::count(files)) +
+                      u' ' + rule());
+    sheet->setConfirm(tr("Undo Organize"));
     sheet->open();
 }
 
 void RecoveryView::askToRestore() {
     asksToUndo_ = false;
     Sheet* sheet = confirmation();
-    sheet->setTitle(u"Put all trashed files of this folder back?"_s);
+    sheet->setTitle(tr("Put all trashed files of this folder back?"));
+    const qint64 files = model_.recoverableTrashed();
     sheet->setMessage(
-        Formats::files(model_.recoverableTrashed()) +
-        u" can go back from the Trash. A file whose original place is now occupied stays in the Trash."_s);
-    sheet->setConfirm(u"Put All Back"_s);
+        tr("%1 files can go back from the Trash. A file whose original place is now occupied stays in the "
+           "Trash.",
+           nullptr, pluralOf(files))
+            .arg(Formats::count(files)));
+    sheet->setConfirm(tr("Put All Back"));
     sheet->open();
 }

@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/RuleForm.h"
 
 #include "OrdovanApp/models/BuiltInTypesModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/stores/RuleStore.h"
 #include "OrdovanApp/theme/Announcer.h"
@@ -20,13 +21,13 @@ using namespace Qt::StringLiterals;
 RuleForm::RuleForm(const AppContext& context, QWidget* parent)
     : QWidget(parent),
       context_(context),
-      extensions_(makeField(u"Extensions, e.g. dmg, pkg"_s, u"extensions"_s)),
-      folder_(makeField(u"Folder name, e.g. Installers"_s, u"folderName"_s)),
-      add_(Buttons::primary(u"Add Rule"_s, this)) {
+      extensions_(makeField(tr("Extensions, e.g. dmg, pkg"), u"extensions"_s)),
+      folder_(makeField(tr("Folder name, e.g. Installers"), u"folderName"_s)),
+      add_(Buttons::primary(tr("Add Rule"), this)) {
     setObjectName(u"ruleForm"_s);
     add_->setObjectName(u"addRule"_s);
     connect(add_, &QPushButton::clicked, this, &RuleForm::add);
-    auto* example = new QLabel(u"Try: dmg, pkg → Installers"_s, this);
+    auto* example = new QLabel(tr("Try: dmg, pkg → Installers"), this);
     StyleSheet::setType(example, StyleSheet::LabelType::caption);
 
     auto* layout = new QGridLayout(this);
@@ -60,10 +61,10 @@ QLineEdit* RuleForm::makeField(const QString& placeholder, const QString& name) 
 }
 
 QPushButton* RuleForm::makeFolderMenu() {
-    QPushButton* button = Buttons::link(u"Pick a folder name"_s, this);
+    QPushButton* button = Buttons::link(tr("Pick a folder name"), this);
     button->setObjectName(u"pickFolder"_s);
     auto* menu = new QMenu(button);
-    menu->addAction(u"Built-in folders"_s)->setEnabled(false);
+    menu->addAction(tr("Built-in folders"))->setEnabled(false);
     menu->addSeparator();
     for (const QString& folder : BuiltInTypesModel::folders()) {
         QAction* action = menu->addAction(folder);
@@ -93,12 +94,12 @@ void RuleForm::finishAdding(const QString& extensions, const QString& folder,
     isAdding_ = false;
     if (refusal) {
         const bool hasExtensions = BuiltInTypesModel::unknownIn(extensions).has_value();
-        showMessage(Message::error, Formats::text(*refusal));
+        showMessage(Message::error, EngineTexts::sentence(*refusal));
         (hasExtensions ? folder_ : extensions_)->setFocus();
         context_.announcer.say(message_->text());
         return;
     }
-    context_.announcer.say(u"Rule added: files of the type %1 go to %2."_s.arg(extensions, folder));
+    context_.announcer.say(tr("Rule added: files of the type %1 go to %2.").arg(extensions, folder));
     // What was typed while it was stored is the beginning of the next one.
     if (extensions_->text() == extensions) extensions_->clear();
     if (folder_->text() == folder) folder_->clear();
@@ -112,7 +113,7 @@ void RuleForm::followText() {
     if (unknown.isEmpty())
         showMessage(Message::none, {});
     else
-        showMessage(Message::unknownTypes, unknown + u": not a built-in type"_s);
+        showMessage(Message::unknownTypes, tr("%1: not a built-in type").arg(unknown));
 }
 
 void RuleForm::showMessage(Message kind, const QString& text) {

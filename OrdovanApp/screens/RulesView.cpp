@@ -1,5 +1,6 @@
 #include "OrdovanApp/screens/RulesView.h"
 
+#include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/RuleForm.h"
 #include "OrdovanApp/theme/Announcer.h"
 #include "OrdovanApp/theme/Banner.h"
@@ -37,15 +38,14 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
       context_(context),
       model_(context.model, context.rules, context.theme),
       types_(context.theme),
-      header_(new ScreenHeader(context.theme, u"Rules"_s, this)),
+      header_(new ScreenHeader(context.theme, tr("Rules"), this)),
       problem_(new Banner(context.theme, Banner::Kind::error, this)),
       form_(new RuleForm(context, this)),
       rest_(new QWidget(this)) {
     setObjectName(u"rules"_s);
     header_->setLede(
-        u"Send file types to folders you name, like .dmg and .pkg to Installers. Rules change the preview only; "
-        u"nothing "
-        "moves until you apply."_s);
+        tr("Send file types to folders you name, like .dmg and .pkg to Installers. Rules change the preview only; "
+           "nothing moves until you apply."));
     problem_->setObjectName(u"ruleProblem"_s);
     problem_->hide();
     auto* layout = new QVBoxLayout(this);
@@ -71,9 +71,9 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
 QWidget* RulesView::makeNoRules() {
     noRules_ = new Card(context_.theme, this);
     noRules_->setObjectName(u"noRules"_s);
-    auto* title = new QLabel(u"Your rules, in order"_s, noRules_);
+    auto* title = new QLabel(tr("Your rules, in order"), noRules_);
     StyleSheet::setType(title, StyleSheet::LabelType::strong);
-    auto* message = new QLabel(u"No rules yet. Type extensions and a folder name above to add one."_s, noRules_);
+    auto* message = new QLabel(tr("No rules yet. Type extensions and a folder name above to add one."), noRules_);
     message->setWordWrap(true);
     StyleSheet::setType(message, StyleSheet::LabelType::second);
     auto* layout = new QVBoxLayout(noRules_);
@@ -87,7 +87,7 @@ QWidget* RulesView::makeNoRules() {
 QWidget* RulesView::makeRules() {
     list_ = new RowsView(context_.theme, RowsView::Style::sections, this);
     list_->setObjectName(u"rulesList"_s);
-    list_->setAccessibleName(u"Your rules, in order"_s);
+    list_->setAccessibleName(tr("Your rules, in order"));
     list_->setReorderable(true);
     list_->setHeightFollowsRows(true);
     list_->setModel(&model_);
@@ -100,7 +100,7 @@ QWidget* RulesView::makeRules() {
 
 QWidget* RulesView::makeNote() {
     auto* note = new QLabel(
-        u"The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."_s, this);
+        tr("The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."), this);
     note->setWordWrap(true);
     StyleSheet::setType(note, StyleSheet::LabelType::second);
     return note;
@@ -111,7 +111,7 @@ QWidget* RulesView::makeTypesBar() {
     typesToggle_ = Buttons::quiet(QString(), bar);
     typesToggle_->setObjectName(u"builtInTypes"_s);
     connect(typesToggle_, &QPushButton::clicked, this, [this] { showTypes(typesStack_->isHidden()); });
-    search_ = new FilterField(context_.theme, u"Search types, e.g. pdf"_s, bar);
+    search_ = new FilterField(context_.theme, tr("Search types, e.g. pdf"), bar);
     search_->setObjectName(u"typeSearch"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
         types_.setQuery(text);
@@ -130,14 +130,14 @@ QWidget* RulesView::makeTypes() {
     typesStack_ = new QStackedWidget(this);
     typesList_ = new RowsView(context_.theme, RowsView::Style::sections, typesStack_);
     typesList_->setObjectName(u"typesList"_s);
-    typesList_->setAccessibleName(u"Built-in types"_s);
+    typesList_->setAccessibleName(tr("Built-in types"));
     typesList_->setRowHeight(typeRowHeight);
     typesList_->setColumnWidths({folderColumn});
     typesList_->setModel(&types_);
     noType_ = new EmptyState(context_.theme, Glyph::search, typesStack_);
     noType_->setObjectName(u"noType"_s);
-    noType_->setTitle(u"not a built-in type"_s);
-    noType_->setMessage(u"Files of this type go to Other, unless a rule of yours sends them elsewhere."_s);
+    noType_->setTitle(tr("not a built-in type"));
+    noType_->setMessage(tr("Files of this type go to Other, unless a rule of yours sends them elsewhere."));
     typesStack_->addWidget(typesList_);
     typesStack_->addWidget(noType_);
     typesStack_->setMinimumHeight(leastTypesHeight);
@@ -153,7 +153,7 @@ void RulesView::refresh() {
 }
 
 void RulesView::showTypes(bool shown) {
-    typesToggle_->setText(shown ? u"Hide Built-in Types"_s : u"Show Built-in Types"_s);
+    typesToggle_->setText(shown ? tr("Hide Built-in Types") : tr("Show Built-in Types"));
     search_->setVisible(shown);
     typesStack_->setVisible(shown);
     rest_->setVisible(!shown);
@@ -172,9 +172,10 @@ void RulesView::moveRule(int row, int before) {
 }
 
 void RulesView::tellMoved(const QString& rule, int position, bool isDone) {
-    if (!isDone) return tellProblem(u"The rules couldn't be put in another order."_s);
+    if (!isDone) return tellProblem(tr("The rules couldn't be put in another order."));
     problem_->hide();
-    context_.announcer.say(u"%1 is now rule %2 of %3."_s.arg(rule).arg(position).arg(model_.rowCount() - 1));
+    context_.announcer.say(
+        tr("%1 is now rule %2 of %3.").arg(rule, Formats::count(position), Formats::count(model_.rowCount() - 1)));
 }
 
 void RulesView::removeRule(int row) {
@@ -185,14 +186,14 @@ void RulesView::removeRule(int row) {
 
 /// The rule that takes the deleted one's place becomes the current one.
 void RulesView::tellRemoved(const QString& rule, int row, bool isDone) {
-    if (!isDone) return tellProblem(u"The rule couldn't be deleted."_s);
+    if (!isDone) return tellProblem(tr("The rule couldn't be deleted."));
     problem_->hide();
     const int next = std::min(row, model_.rowCount() - 1);
     if (next > 0)
         list_->setCurrentIndex(model_.index(next));
     else
         form_->firstField()->setFocus();
-    context_.announcer.say(u"The rule %1 was deleted."_s.arg(rule));
+    context_.announcer.say(tr("The rule %1 was deleted.").arg(rule));
 }
 
 void RulesView::tellProblem(const QString& text) {

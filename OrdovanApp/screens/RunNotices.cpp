@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/RunNotices.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/theme/Announcer.h"
 
@@ -61,7 +62,7 @@ void RunNotices::tellResult(const QString& summary, const QStringList& problems)
 
 void RunNotices::follow(Banner* banner, const std::optional<std::string>& sentence, bool saysSo) {
     banner->setVisible(sentence.has_value());
-    if (sentence) banner->setText(Formats::text(*sentence));
+    if (sentence) banner->setText(EngineTexts::sentence(*sentence));
     refreshRoom();
     if (sentence && saysSo) context_.announcer.say(banner->text());
 }

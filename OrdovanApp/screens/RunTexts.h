@@ -15,8 +15,9 @@ namespace RunTexts {
 [[nodiscard]] QString done(quint64 files, quint64 total);
 /// "1 skipped, 2 failed", with what there is of it; empty where every file was moved.
 [[nodiscard]] QString leftBehind(std::size_t skipped, std::size_t failed);
-/// The end of a sentence about a run: "; 1 skipped, 2 failed." or ".".
-[[nodiscard]] QString sentenceEnd(const OrdovanExecutionReport& report);
+/// What a run did, with what was left behind where there is any: in `whole` stands "%1" for the number of files moved,
+/// in `withRest` also "%2" for what `leftBehind` says. Both are plural texts of the context "RunTexts".
+[[nodiscard]] QString summary(const OrdovanExecutionReport& report, const char* whole, const char* withRest);
 /// A line for each file: its name and what became of it.
 [[nodiscard]] QStringList sentences(std::span<const OrdovanExecutionOutcome> outcomes);
 /// The same of the files that were not moved.

@@ -1,5 +1,7 @@
 #include "OrdovanApp/screens/Section.h"
 
+#include <QCoreApplication>
+
 #include <cstddef>
 
 using namespace Qt::StringLiterals;
@@ -9,18 +11,18 @@ namespace {
 
 struct Facts {
     QStringView rawValue;
-    QStringView title;
+    const char* title;
     Glyph glyph;
 };
 
 /// In the order of the cases.
 constexpr std::array<Facts, 6> table = {{
-    {u"inbox", u"Smart Inbox", Glyph::inbox},
-    {u"duplicates", u"Duplicates", Glyph::duplicates},
-    {u"bigFiles", u"Big Files", Glyph::bigFiles},
-    {u"rules", u"Rules", Glyph::rules},
-    {u"history", u"History", Glyph::history},
-    {u"recovery", u"Recovery Center", Glyph::recovery},
+    {u"inbox", QT_TRANSLATE_NOOP("Sections", "Smart Inbox"), Glyph::inbox},
+    {u"duplicates", QT_TRANSLATE_NOOP("Sections", "Duplicates"), Glyph::duplicates},
+    {u"bigFiles", QT_TRANSLATE_NOOP("Sections", "Big Files"), Glyph::bigFiles},
+    {u"rules", QT_TRANSLATE_NOOP("Sections", "Rules"), Glyph::rules},
+    {u"history", QT_TRANSLATE_NOOP("Sections", "History"), Glyph::history},
+    {u"recovery", QT_TRANSLATE_NOOP("Sections", "Recovery Center"), Glyph::recovery},
 }};
 
 const Facts& facts(Section section) {
@@ -41,7 +43,7 @@ QString rawValue(Section section) {
 }
 
 QString title(Section section) {
-    return facts(section).title.toString();
+    return QCoreApplication::translate("Sections", facts(section).title);
 }
 
 Glyph glyph(Section section) {

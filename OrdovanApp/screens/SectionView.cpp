@@ -71,9 +71,9 @@ QWidget* SectionView::makeProgressPage(const QString& name, ProgressStrip*& stri
 EmptyState* SectionView::makeNoMatch(QWidget* parent, const QString& message, const std::function<void()>& showAll) {
     auto* state = new EmptyState(context_.theme, Glyph::search, parent);
     state->setObjectName(u"noMatch"_s);
-    state->setTitle(u"No matching files"_s);
+    state->setTitle(tr("No matching files"));
     state->setMessage(message);
-    QPushButton* all = Buttons::quiet(u"Show All Files"_s);
+    QPushButton* all = Buttons::quiet(tr("Show All Files"));
     all->setObjectName(u"clearFilters"_s);
     connect(all, &QPushButton::clicked, this, showAll);
     state->addButton(all);

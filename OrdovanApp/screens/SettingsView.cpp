@@ -46,13 +46,13 @@ SettingsView::SettingsView(const AppContext& context, QWidget* parent)
       context_(context),
       warning_(new Banner(context.theme, Banner::Kind::warning, this)) {
     setObjectName(u"settings"_s);
-    setWindowTitle(u"Settings"_s);
-    warning_->setText(u"This setting couldn't be saved. It holds until you quit ordovan+."_s);
+    setWindowTitle(tr("Settings"));
+    warning_->setText(tr("This setting couldn't be saved. It holds until you quit ordovan+."));
     warning_->hide();
     connect(&context.settings, &AppSettings::saved, warning_, &QWidget::setHidden);
 
-    auto* header = new ScreenHeader(context.theme, u"Settings"_s, this);
-    header->setLede(u"Settings only change the preview. Nothing moves until you choose Organize."_s);
+    auto* header = new ScreenHeader(context.theme, tr("Settings"), this);
+    header->setLede(tr("Settings only change the preview. Nothing moves until you choose Organize."));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(28, 0, 28, 24);
     layout->setSpacing(8);
@@ -60,10 +60,10 @@ SettingsView::SettingsView(const AppContext& context, QWidget* parent)
     layout->addWidget(header);
     layout->addWidget(warning_);
     layout->addSpacing(8);
-    layout->addWidget(makeHeading(u"Organizing"_s));
+    layout->addWidget(makeHeading(tr("Organizing")));
     layout->addWidget(makeOrganizing());
     layout->addSpacing(8);
-    layout->addWidget(makeHeading(u"Theme"_s));
+    layout->addWidget(makeHeading(tr("Theme")));
     layout->addWidget(makeThemes());
     connect(&context.theme, &ThemeEnvironment::changed, this, qOverload<>(&QWidget::update));
 }
@@ -81,16 +81,16 @@ QWidget* SettingsView::makeOrganizing() {
     const auto folder = QString::fromUtf8(OrdovanOutput::folderName.data(), OrdovanOutput::folderName.size());
 
     AppSettings* settings = &context_.settings;
-    QCheckBox* byMonth = addToggle(layout, u"setting-groupByMonth"_s, u"Group files by month"_s,
-                                   u"Files go into a dated folder, for example "_s + folder + u"/Images/2026-10."_s);
+    QCheckBox* byMonth = addToggle(layout, u"setting-groupByMonth"_s, tr("Group files by month"),
+                                   tr("Files go into a dated folder, for example %1/Images/2026-10.").arg(folder));
     byMonth->setChecked(settings->groupByMonth());
     connect(byMonth, &QCheckBox::toggled, settings, &AppSettings::setGroupByMonth);
     connect(settings, &AppSettings::groupByMonthChanged, byMonth,
             [byMonth, settings] { byMonth->setChecked(settings->groupByMonth()); });
 
     layout->addSpacing(12);
-    QCheckBox* hidden = addToggle(layout, u"setting-includeHidden"_s, u"Include hidden files"_s,
-                                  u"Hidden files (names starting with a dot) are left out by default."_s);
+    QCheckBox* hidden = addToggle(layout, u"setting-includeHidden"_s, tr("Include hidden files"),
+                                  tr("Hidden files (names starting with a dot) are left out by default."));
     hidden->setChecked(settings->includeHidden());
     connect(hidden, &QCheckBox::toggled, settings, &AppSettings::setIncludeHidden);
     connect(settings, &AppSettings::includeHiddenChanged, hidden,

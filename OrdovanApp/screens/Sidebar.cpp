@@ -95,7 +95,7 @@ QWidget* Sidebar::makeList() {
     auto* list = new QWidget(this);
     list->setObjectName(u"sections"_s);
     setAccessibleRole(list, QAccessible::List);
-    list->setAccessibleName(u"Sections"_s);
+    list->setAccessibleName(tr("Sections"));
     auto* layout = new QVBoxLayout(list);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(2);
@@ -103,7 +103,7 @@ QWidget* Sidebar::makeList() {
     for (const Section section : Sections::sidebarOrder) {
         if (section == Section::rules) layout->addWidget(new Divider(theme_, list));
         auto* item = new SidebarItem(theme_, section, list);
-        item->setToolTip(u"Ctrl+%1"_s.arg(number++));
+        item->setToolTip(tr("Ctrl+%1").arg(number++));
         item->setCurrent(section == current_);
         connect(item, &SidebarItem::clicked, this, [this, section] { setCurrent(section); });
         layout->addWidget(item);

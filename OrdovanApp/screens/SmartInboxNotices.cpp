@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/screens/SmartInboxTexts.h"
@@ -18,7 +19,7 @@ using namespace Qt::StringLiterals;
 SmartInboxNotices::SmartInboxNotices(const AppContext& context, QWidget* parent)
     : RunNotices(context, u"runSummary"_s, u"journalWarning"_s, parent),
       export_(addBanner(Banner::Kind::info, u"exportResult"_s)),
-      undo_(Buttons::quiet(u"Undo"_s)) {
+      undo_(Buttons::quiet(tr("Undo"))) {
     undo_->setObjectName(u"undoRun"_s);
     result()->addButton(undo_);
     connect(undo_, &QPushButton::clicked, this, &SmartInboxNotices::undoRun);
@@ -65,10 +66,10 @@ void SmartInboxNotices::refreshUndo() {
     undo_->setVisible(offersUndo_ && journal && !journal->entries.empty());
     Buttons::setAvailable(undo_,
                           CommandAvailability::reasonAgainst(Commands::undoOrganize, context_.model, context_.desktop),
-                          u"Puts the files of this run back where they came from."_s);
+                          tr("Puts the files of this run back where they came from."));
 }
 
 void SmartInboxNotices::showExport(const QString& error) {
     export_->setKind(error.isEmpty() ? Banner::Kind::info : Banner::Kind::error);
-    tell(export_, error.isEmpty() ? u"The plan was saved."_s : error);
+    tell(export_, error.isEmpty() ? tr("The plan was saved.") : EngineTexts::sentence(error.toStdString()));
 }

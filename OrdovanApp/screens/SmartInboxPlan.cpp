@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/SmartInboxTexts.h"
@@ -38,7 +39,7 @@ constexpr int narrowList = 640;
 constexpr int narrowestList = 440;
 
 QString ageHeading() {
-    return u"Tick only files last changed more than this long ago"_s;
+    return SmartInboxPlan::tr("Tick only files last changed more than this long ago");
 }
 
 }  // namespace
@@ -95,7 +96,7 @@ QWidget* SmartInboxPlan::makeFilters() {
     firstFilters_ = new QHBoxLayout;
     firstFilters_->setSpacing(8);
     filters_->addLayout(firstFilters_);
-    search_ = new FilterField(context_.theme, u"Search proposed files"_s, row);
+    search_ = new FilterField(context_.theme, tr("Search proposed files"), row);
     search_->setObjectName(u"search"_s);
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
         model_.setQuery(text);
@@ -103,10 +104,10 @@ QWidget* SmartInboxPlan::makeFilters() {
     });
     folders_ = new Segments(context_.theme, row);
     folders_->setObjectName(u"folderFilter"_s);
-    folders_->setAccessibleName(u"Folder to sort into"_s);
+    folders_->setAccessibleName(tr("Folder to sort into"));
     connect(folders_, &Segments::currentChanged, this, &SmartInboxPlan::chooseFolder);
     age_ = makeAgeFilter();
-    export_ = Buttons::quiet(u"Export Plan…"_s, row);
+    export_ = Buttons::quiet(tr("Export Plan…"), row);
     export_->setObjectName(u"exportPlan"_s);
     connect(export_, &QPushButton::clicked, this, &SmartInboxPlan::exportRequested);
     planButtons_ = new QWidget(row);
@@ -124,13 +125,13 @@ QWidget* SmartInboxPlan::makeFilters() {
 }
 
 QPushButton* SmartInboxPlan::makeAgeFilter() {
-    QPushButton* button = Buttons::quiet(u"Older than…"_s, this);
+    QPushButton* button = Buttons::quiet(tr("Older than…"), this);
     button->setObjectName(u"ageFilter"_s);
     auto* menu = new QMenu(button);
     menu->addAction(ageHeading())->setEnabled(false);
     menu->addSeparator();
     for (const int days : ages) {
-        QAction* action = menu->addAction(u"Older than %1 days"_s.arg(days));
+        QAction* action = menu->addAction(tr("Older than %1 days", nullptr, days).arg(days));
         connect(action, &QAction::triggered, this, [this, days] { context_.model.tickOlderThan(days); });
     }
     Buttons::setMenu(context_.theme, button, menu);
@@ -141,16 +142,16 @@ QWidget* SmartInboxPlan::makeList() {
     stack_ = new QStackedWidget(this);
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"planList"_s);
-    list_->setAccessibleName(u"Proposed file changes"_s);
+    list_->setAccessibleName(tr("Proposed file changes"));
     list_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     list_->setModel(&model_);
     connect(list_, &RowsView::actionTriggered, this, &SmartInboxPlan::act);
 
     noMatch_ = new EmptyState(context_.theme, Glyph::search, stack_);
     noMatch_->setObjectName(u"noMatch"_s);
-    noMatch_->setTitle(u"No matching files"_s);
-    noMatch_->setMessage(u"No file of this preview matches the search."_s);
-    QPushButton* clear = Buttons::quiet(u"Show All Files"_s);
+    noMatch_->setTitle(tr("No matching files"));
+    noMatch_->setMessage(tr("No file of this preview matches the search."));
+    QPushButton* clear = Buttons::quiet(tr("Show All Files"));
     clear->setObjectName(u"clearFilters"_s);
     connect(clear, &QPushButton::clicked, this, &SmartInboxPlan::clearFilters);
     noMatch_->addButton(clear);
@@ -198,11 +199,11 @@ void SmartInboxPlan::clearFilters() {
 
 /// One segment for each folder of the plan, after the one for all.
 void SmartInboxPlan::refreshFolders() {
-    QStringList texts = {u"All folders"_s};
-    QStringList helps = {u"Shows all folders"_s};
+    QStringList texts = {tr("All folders")};
+    QStringList helps = {tr("Shows all folders")};
     for (const PlanModel::Folder& folder : model_.folders()) {
         texts += Formats::text(folder.name);
-        helps += u"Shows only this folder"_s;
+        helps += tr("Shows only this folder");
     }
     folders_->setSegments(texts, helps);
     folders_->setToolTip(model_.folder() ? helps.back() : helps.front());
@@ -241,19 +242,21 @@ void SmartInboxPlan::refreshFigures() {
     const PlanModel::Ticked& ticked = model_.ticked();
     const QString size = Formats::byteSize(ticked.bytes);
     const auto folders = static_cast<qint64>(model_.folders().size());
-    stats_->setStats({{Formats::count(model_.proposals()), u"proposed, %1 ticked"_s.arg(Formats::count(ticked.files))},
-                      {Formats::count(model_.conflicts()), u"need review"_s},
-                      {Formats::count(folders), folders == 1 ? u"folder to sort into"_s : u"folders to sort into"_s},
-                      {size, u"in ticked files"_s}});
+    stats_->setStats({{Formats::count(model_.proposals()), tr("proposed, %1 ticked").arg(Formats::count(ticked.files))},
+                      {Formats::count(model_.conflicts()), tr("need review")},
+                      {Formats::count(folders), tr("folders to sort into", nullptr, pluralOf(folders))},
+                      {size, tr("in ticked files")}});
     QString rest = u"· "_s + size;
-    if (ticked.hidden > 0) rest += u" · %1 of them not shown"_s.arg(Formats::count(ticked.hidden));
+    if (ticked.hidden > 0) {
+        rest += u" · "_s + tr("%1 of them not shown", nullptr, ticked.hidden).arg(Formats::count(ticked.hidden));
+    }
     if (ticked.files == 0) {
-        bar_->setSummary(u"No files ticked"_s);
+        bar_->setSummary(tr("No files ticked"));
     } else {
         bar_->setSummary(Formats::files(ticked.files), rest);
     }
     organize_->setText(SmartInboxTexts::organizeButton(ticked.files));
-    tickAll_->setText(model_.allShownTicked() && model_.hasShownProposals() ? u"Tick None"_s : u"Tick All"_s);
+    tickAll_->setText(model_.allShownTicked() && model_.hasShownProposals() ? tr("Tick None") : tr("Tick All"));
 }
 
 void SmartInboxPlan::refreshActions() {
@@ -263,12 +266,12 @@ void SmartInboxPlan::refreshActions() {
     };
     model_.setLocked(running);
     Buttons::setAvailable(organize_, reason(Commands::organize),
-                          u"Move the selected files. You will be asked to confirm, and can undo afterward."_s);
-    Buttons::setAvailable(export_, reason(Commands::exportPlan), u"Save this preview as a Markdown or CSV report"_s);
+                          tr("Move the selected files. You will be asked to confirm, and can undo afterward."));
+    Buttons::setAvailable(export_, reason(Commands::exportPlan), tr("Save this preview as a Markdown or CSV report"));
     Buttons::setAvailable(age_, running, ageHeading());
-    const QString narrowed = model_.isNarrowed() ? u"Ticks or unticks the files that are shown"_s : QString();
+    const QString narrowed = model_.isNarrowed() ? tr("Ticks or unticks the files that are shown") : QString();
     const bool hasNone = running.isEmpty() && !model_.hasShownProposals();
-    Buttons::setAvailable(tickAll_, hasNone ? u"No proposed file is shown."_s : running, narrowed);
+    Buttons::setAvailable(tickAll_, hasNone ? tr("No proposed file is shown.") : running, narrowed);
 }
 
 // The list.

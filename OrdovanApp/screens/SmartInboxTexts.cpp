@@ -1,46 +1,45 @@
 #include "OrdovanApp/screens/SmartInboxTexts.h"
 
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/RunTexts.h"
 
-using namespace Qt::StringLiterals;
+#include <QCoreApplication>
 
 namespace SmartInboxTexts {
-namespace {
-
-QString moved(const OrdovanExecutionReport& report) {
-    return Formats::files(static_cast<qint64>(report.movedCount()));
-}
-
-}  // namespace
-
 QString organizeConfirm(qint64 files) {
-    return u"Organize "_s + Formats::count(files) + (files == 1 ? u" File"_s : u" Files"_s);
+    return QCoreApplication::translate("SmartInboxTexts", "Organize %1 Files", nullptr, pluralOf(files))
+        .arg(Formats::count(files));
 }
 
 QString organizeButton(qint64 files) {
-    return organizeConfirm(files) + u'…';
+    return QCoreApplication::translate("SmartInboxTexts", "Organize %1 Files…", nullptr, pluralOf(files))
+        .arg(Formats::count(files));
 }
 
 QString nothingTitle() {
-    return u"Nothing to organize"_s;
+    return QCoreApplication::translate("SmartInboxTexts", "Nothing to organize");
 }
 
 QString nothingMessage() {
-    return u"This folder already looks tidy, or has no supported files."_s;
+    return QCoreApplication::translate("SmartInboxTexts", "This folder already looks tidy, or has no supported files.");
 }
 
 QString organizeSummary(const OrdovanExecutionReport& report) {
-    return u"Last organize run moved "_s + moved(report) + RunTexts::sentenceEnd(report);
+    return RunTexts::summary(report, QT_TRANSLATE_N_NOOP("RunTexts", "Last organize run moved %1 files."),
+                             QT_TRANSLATE_N_NOOP("RunTexts", "Last organize run moved %1 files; %2."));
 }
 
 QString undoSummary(const OrdovanExecutionReport& report) {
-    return u"Last undo run put back "_s + moved(report) + RunTexts::sentenceEnd(report);
+    return RunTexts::summary(report, QT_TRANSLATE_N_NOOP("RunTexts", "Last undo run put back %1 files."),
+                             QT_TRANSLATE_N_NOOP("RunTexts", "Last undo run put back %1 files; %2."));
 }
 
 QString scanned(quint64 files, quint64 folders) {
-    return Formats::files(static_cast<qint64>(files)) + u" in "_s +
-           Formats::counted(static_cast<qint64>(folders), u"folder");
+    const auto count = static_cast<qint64>(folders);
+    //: "12 files", and the folders they are in
+    return QCoreApplication::translate("SmartInboxTexts", "%1 in %2 folders", nullptr, pluralOf(count))
+        .arg(Formats::files(static_cast<qint64>(files)), Formats::count(count));
 }
 
 }  // namespace SmartInboxTexts

@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/models/Formats.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
@@ -32,8 +33,8 @@ QString outputFolder() {
 }  // namespace
 
 SmartInboxView::SmartInboxView(const AppContext& context, QWidget* parent)
-    : SectionView(context, u"Smart Inbox"_s, parent),
-      choose_(Buttons::quiet(u"Choose Folder…"_s, this)),
+    : SectionView(context, tr("Smart Inbox"), parent),
+      choose_(Buttons::quiet(tr("Choose Folder…"), this)),
       notices_(new SmartInboxNotices(context, this)) {
     setObjectName(u"smartInbox"_s);
     choose_->setObjectName(u"chooseFolder"_s);
@@ -60,8 +61,8 @@ void SmartInboxView::makePages() {
 
 /// Has what shows the progress of a scan say so, and cancel it.
 void SmartInboxView::makeScanProgress(QWidget* place, ProgressStrip* strip) {
-    place->setAccessibleName(u"Previewing folder, reading metadata only."_s);
-    strip->setText(u"Previewing — reading metadata only…"_s);
+    place->setAccessibleName(tr("Previewing folder, reading metadata only."));
+    strip->setText(tr("Previewing — reading metadata only…"));
     connect(strip, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
     connect(&context_.model, &TidyViewModel::previewProgressed, strip,
             [strip](quint64 files, quint64 folders) { strip->setDetail(SmartInboxTexts::scanned(files, folders)); });
@@ -83,8 +84,8 @@ void SmartInboxView::makeRescanning() {
 QWidget* SmartInboxView::makeFailed() {
     failed_ = new EmptyState(context_.theme, Glyph::warning, pages_);
     failed_->setObjectName(u"failedPage"_s);
-    failed_->setTitle(u"Couldn't preview this folder"_s);
-    QPushButton* another = Buttons::primary(u"Try Another Folder"_s);
+    failed_->setTitle(tr("Couldn't preview this folder"));
+    QPushButton* another = Buttons::primary(tr("Try Another Folder"));
     another->setObjectName(u"tryAnotherFolder"_s);
     CommandAvailability::bind(context_, another, Commands::chooseFolder);
     failed_->addButton(another);
@@ -132,7 +133,7 @@ QWidget* SmartInboxView::page() const {
 
 void SmartInboxView::refresh() {
     const TidyViewModel::Phase& phase = context_.model.phase();
-    if (phase.kind == Case::failed) failed_->setMessage(Formats::text(phase.message));
+    if (phase.kind == Case::failed) failed_->setMessage(EngineTexts::sentence(phase.message));
     if (phase.kind == Case::ready) plan_->reload();
     if (page() == scanning_ && pages_->currentWidget() != scanning_) scan_->reset();
     pages_->setCurrentWidget(page());
@@ -149,10 +150,10 @@ void SmartInboxView::refreshHeader() {
     choose_->setVisible(hasFolder && phase != Case::failed);
     QString lede;
     if (phase == Case::ready) {
-        lede = u"ordovan+ previews this folder read-only. Nothing changes until you apply."_s;
-        if (context_.model.partialScan()) lede += u" Scan reached its limit; results are partial."_s;
+        lede = tr("ordovan+ previews this folder read-only. Nothing changes until you apply.");
+        if (context_.model.partialScan()) lede += u' ' + tr("Scan reached its limit; results are partial.");
     } else if (page() == plan_ || page() == nothing_) {
-        lede = u"Previewing — reading metadata only…"_s;
+        lede = tr("Previewing — reading metadata only…");
     }
     header_->setLede(lede);
 }
@@ -160,7 +161,7 @@ void SmartInboxView::refreshHeader() {
 /// Follows the beginning and the end of runs.
 void SmartInboxView::refreshRun() {
     const bool isApplying = context_.model.isApplying();
-    showRun(isApplying, organizes_ ? u"Organizing files…"_s : u"Putting files back…"_s);
+    showRun(isApplying, organizes_ ? tr("Organizing files…") : tr("Putting files back…"));
     if (!isApplying) organizes_ = false;
     refreshFoot();
     plan_->refreshActions();
@@ -186,12 +187,12 @@ void SmartInboxView::requestOrganize() {
 Sheet* SmartInboxView::confirmation() {
     if (sheet_) return sheet_;
     sheet_ = makeSheet(u"organizeSheet"_s);
-    sheet_->setTitle(u"Organize these files?"_s);
-    sheet_->setMessage(
-        u"Files move into the %1 folder inside this folder. Nothing is copied or deleted, and you can "
-        "undo this from the Recovery Center."_s.arg(outputFolder()));
-    sheet_->addPoint(Glyph::undo, u"Applying is explicit and reversible"_s);
-    sheet_->addPoint(Glyph::check, u"Cross-volume moves are copy-verified before removal"_s);
+    sheet_->setTitle(tr("Organize these files?"));
+    sheet_->setMessage(tr("Files move into the %1 folder inside this folder. Nothing is copied or deleted, and you can "
+                          "undo this from the Recovery Center.")
+                           .arg(outputFolder()));
+    sheet_->addPoint(Glyph::undo, tr("Applying is explicit and reversible"));
+    sheet_->addPoint(Glyph::check, tr("Cross-volume moves are copy-verified before removal"));
     connect(sheet_, &Sheet::confirmed, this, &SmartInboxView::organize);
     return sheet_;
 }
@@ -205,8 +206,8 @@ void SmartInboxView::organize() {
 void SmartInboxView::requestExport() {
     if (!CommandAvailability::reasonAgainst(Commands::exportPlan, context_.model, context_.desktop).isEmpty()) return;
     const QString folder = Formats::fileName(*context_.model.planRoot()).replace(u'/', u'-');
-    context_.desktop.choosePlanFile(this, u"A report of the preview. Nothing is moved."_s,
-                                    u"ordovan+ plan – "_s + folder,
+    context_.desktop.choosePlanFile(this, tr("A report of the preview. Nothing is moved."),
+                                    tr("ordovan+ plan – %1").arg(folder),
                                     [self = QPointer(this)](const Url& file, OrdovanPlanExportFormat format) {
                                         if (self) self->context_.model.exportPlan(file, format);
                                     });

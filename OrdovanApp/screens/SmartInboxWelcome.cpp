@@ -22,7 +22,7 @@ using namespace Qt::StringLiterals;
 class SmartInboxWelcome::Recent : public QWidget {
 public:
     Recent(const AppContext& context, QWidget* parent)
-        : QWidget(parent), context_(context), label_(new QLabel(u"Recent"_s, this)) {
+        : QWidget(parent), context_(context), label_(new QLabel(SmartInboxWelcome::tr("Recent"), this)) {
         StyleSheet::setType(label_, StyleSheet::LabelType::second);
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         connect(&context_.theme, &ThemeEnvironment::changed, this, &Recent::place);
@@ -90,17 +90,17 @@ SmartInboxWelcome::SmartInboxWelcome(const AppContext& context, QWidget* parent)
     setObjectName(u"welcomePage"_s);
     auto* card = new EmptyState(context.theme, Glyph::inbox, this);
     card->setDashed(true);
-    card->setTitle(u"Start with your Downloads folder"_s);
+    card->setTitle(tr("Start with your Downloads folder"));
     card->setMessage(
-        u"ordovan+ reads file names and types only, shows you a plan, and moves nothing until you say so."_s);
-    card->setPoints({{Glyph::eye, u"See where every file would go. Read-only."_s},
-                     {Glyph::check, u"Untick anything you want left alone."_s},
-                     {Glyph::undo, u"Every run is journaled and reversible."_s}});
-    QPushButton* choose = Buttons::primary(u"Choose Folder…"_s);
+        tr("ordovan+ reads file names and types only, shows you a plan, and moves nothing until you say so."));
+    card->setPoints({{Glyph::eye, tr("See where every file would go. Read-only.")},
+                     {Glyph::check, tr("Untick anything you want left alone.")},
+                     {Glyph::undo, tr("Every run is journaled and reversible.")}});
+    QPushButton* choose = Buttons::primary(tr("Choose Folder…"));
     choose->setObjectName(u"welcomeChooseFolder"_s);
     CommandAvailability::bind(context_, choose, Commands::chooseFolder);
     card->addButton(choose);
-    card->setFootnote(u"or drag a folder here"_s);
+    card->setFootnote(tr("or drag a folder here"));
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

@@ -107,7 +107,7 @@ QFileDialog* SystemDesktop::dialog(QWidget* parent, const QString& title) {
 }
 
 void SystemDesktop::chooseFolder(QWidget* parent, std::function<void(const Url&)> chosen) {
-    QFileDialog* chooser = dialog(parent, u"Choose Folder"_s);
+    QFileDialog* chooser = dialog(parent, tr("Choose Folder"));
     if (chooser == nullptr) return;
     chooser->setFileMode(QFileDialog::Directory);
     chooser->setOption(QFileDialog::ShowDirsOnly);

@@ -1,5 +1,6 @@
 #include "OrdovanApp/screens/ThemeChoice.h"
 
+#include "OrdovanApp/models/EngineTexts.h"
 #include "OrdovanApp/theme/Glyph.h"
 
 #include <QPainter>
@@ -18,9 +19,8 @@ constexpr double top = 12;
 ThemeChoice::ThemeChoice(const ThemeEnvironment& theme, AppTheme offered, QWidget* parent)
     : QRadioButton(parent), theme_(theme), offered_(offered) {
     const std::string_view raw = rawValue(offered);
-    const std::string_view shown = shownName(offered);
     setObjectName(u"theme-"_s + QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size())));
-    setText(QString::fromUtf8(shown.data(), static_cast<qsizetype>(shown.size())));
+    setText(EngineTexts::theme(offered));
     setAttribute(Qt::WA_Hover);
     connect(&theme, &ThemeEnvironment::changed, this, qOverload<>(&QWidget::update));
 }

@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/models/Formats.h"
+#include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/theme/Buttons.h"
 
@@ -12,11 +13,11 @@
 
 using namespace Qt::StringLiterals;
 
-TrashNotices::TrashNotices(const AppContext& context, const QString& noun, QWidget* parent)
-    : RunNotices(context, u"trashResult"_s, u"recordWarning"_s, parent), noun_(noun) {
-    QPushButton* recovery = Buttons::quiet(u"Open Recovery Center"_s);
+TrashNotices::TrashNotices(const AppContext& context, What what, QWidget* parent)
+    : RunNotices(context, u"trashResult"_s, u"recordWarning"_s, parent), what_(what) {
+    QPushButton* recovery = Buttons::quiet(tr("Open Recovery Center"));
     recovery->setObjectName(u"openRecovery"_s);
-    recovery->setToolTip(u"Shows the files that can be put back"_s);
+    recovery->setToolTip(tr("Shows the files that can be put back"));
     connect(recovery, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::showRecovery); });
     result()->addButton(recovery);
     connect(&context_.model, &TidyViewModel::isTrashingChanged, this, &TrashNotices::followRun);
@@ -28,16 +29,18 @@ void TrashNotices::followRun() {
         own_ = std::exchange(expected_, false);
         dismiss(result());
     } else if (std::exchange(own_, false) && !context_.model.runRefusal() && report) {
-        tellResult(summary(*report, noun_), RunTexts::problems(report->outcomes));
+        tellResult(summary(*report, what_), RunTexts::problems(report->outcomes));
     }
     Q_EMIT runChanged();
 }
 
-QString TrashNotices::summary(const OrdovanTrashReport& report, const QString& noun) {
+QString TrashNotices::summary(const OrdovanTrashReport& report, What what) {
     qint64 bytes = 0;
     for (const OrdovanTrashEntry& entry : report.record.entries) bytes += entry.byteSize();
-    const QString text = Formats::counted(static_cast<qint64>(report.movedCount()), noun) +
-                         u" moved to the Trash · "_s + Formats::byteSize(bytes);
+    const auto moved = static_cast<qint64>(report.movedCount());
+    const QString pattern = what == What::files ? tr("%1 files moved to the Trash · %2", nullptr, pluralOf(moved))
+                                                : tr("%1 extras moved to the Trash · %2", nullptr, pluralOf(moved));
+    const QString text = pattern.arg(Formats::count(moved), Formats::byteSize(bytes));
     const QString rest = RunTexts::leftBehind(report.skippedCount(), report.failedCount());
     return rest.isEmpty() ? text : text + u" · "_s + rest;
 }

@@ -9,8 +9,10 @@ class TrashNotices : public RunNotices {
     Q_OBJECT
 
 public:
-    /// `noun`: what the section trashes, in the singular ("file").
-    TrashNotices(const AppContext& context, const QString& noun, QWidget* parent);
+    /// What a section trashes.
+    enum class What { files, extras };
+
+    TrashNotices(const AppContext& context, What what, QWidget* parent);
 
     /// The run that starts next is this section's.
     void expectRun() { expected_ = true; }
@@ -18,7 +20,7 @@ public:
     [[nodiscard]] bool isOwnRun() const { return own_; }
 
     /// "3 files moved to the Trash · 2.1 GB", with what was left behind: " · 1 skipped, 2 failed".
-    [[nodiscard]] static QString summary(const OrdovanTrashReport& report, const QString& noun);
+    [[nodiscard]] static QString summary(const OrdovanTrashReport& report, What what);
 
 Q_SIGNALS:
     /// What `isOwnRun` says may have changed.
@@ -27,7 +29,7 @@ Q_SIGNALS:
 private:
     void followRun();
 
-    QString noun_;
+    What what_;
     bool expected_ = false;
     bool own_ = false;
 };

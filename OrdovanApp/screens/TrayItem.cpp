@@ -8,11 +8,11 @@ using namespace Qt::StringLiterals;
 
 TrayItem::TrayItem(const ThemeEnvironment& theme, QObject* parent) : QObject(parent) {
     menu_.setObjectName(u"menu-tray"_s);
-    menu_.addAction(u"No files can be changed by this version without your confirmation."_s)->setEnabled(false);
+    menu_.addAction(tr("No files can be changed by this version without your confirmation."))->setEnabled(false);
     menu_.addSeparator();
-    QAction* open = menu_.addAction(u"Open ordovan+"_s);
+    QAction* open = menu_.addAction(tr("Open ordovan+"));
     open->setShortcut(Qt::CTRL | Qt::Key_0);
-    QAction* quit = menu_.addAction(u"Quit ordovan+"_s);
+    QAction* quit = menu_.addAction(tr("Quit ordovan+"));
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
     connect(open, &QAction::triggered, this, &TrayItem::openRequested);
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
@@ -20,7 +20,7 @@ TrayItem::TrayItem(const ThemeEnvironment& theme, QObject* parent) : QObject(par
     const auto recolour = [this, &theme] { icon_.setIcon(Glyphs::icon(Glyph::folderGear, theme.colors().accent)); };
     connect(&theme, &ThemeEnvironment::changed, this, recolour);
     recolour();
-    icon_.setToolTip(u"ordovan+ — preview first"_s);
+    icon_.setToolTip(tr("ordovan+ — preview first"));
     icon_.setContextMenu(&menu_);
     connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger) Q_EMIT openRequested();

@@ -60,7 +60,7 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
     toggle_ = Buttons::link(QString(), this);
     toggle_->setObjectName(u"bannerToggle"_s);
     toggle_->hide();
-    close_ = Buttons::glyphOnly(theme, Glyph::close, u"Close"_s, this);
+    close_ = Buttons::glyphOnly(theme, Glyph::close, tr("Close"), this);
     close_->setObjectName(u"bannerClose"_s);
     lines_ = new QStringListModel(this);
     details_ = new QListView(this);
@@ -98,7 +98,7 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
         Q_EMIT closed();
     });
     connect(&theme, &ThemeEnvironment::changed, this, &Banner::recolour);
-    setDetailsNoun(u"Problems"_s);
+    setDetailsTexts(tr("Problems"), tr("Show Problems"), tr("Hide Problems"));
     recolour();
 }
 
@@ -127,9 +127,10 @@ void Banner::setDetails(const QStringList& lines) {
     setDetailsShown(false);
 }
 
-void Banner::setDetailsNoun(const QString& noun) {
-    noun_ = noun;
-    details_->setAccessibleName(noun);
+void Banner::setDetailsTexts(const QString& name, const QString& show, const QString& hide) {
+    show_ = show;
+    hide_ = hide;
+    details_->setAccessibleName(name);
     setDetailsShown(detailsShown());
 }
 
@@ -141,7 +142,7 @@ void Banner::setDetailsShown(bool shown) {
     const bool show = shown && lines_->rowCount() > 0;
     details_->setVisible(show);
     if (show) fitDetails();
-    toggle_->setText((show ? u"Hide "_s : u"Show "_s) + noun_);
+    toggle_->setText(show ? hide_ : show_);
 }
 
 /// As high as the first lines, which may wrap.

@@ -27,8 +27,9 @@ public:
     void addButton(QPushButton* button);
     /// Lines to unfold with a button; any number. Empty: no such button. Folds up again.
     void setDetails(const QStringList& lines);
-    /// What the lines are: the button says "Show NOUN", then "Hide NOUN". Default: "Problems".
-    void setDetailsNoun(const QString& noun);
+    /// What the lines are, and what the button says that unfolds them or folds them up. Default: "Problems", "Show
+    /// Problems", "Hide Problems".
+    void setDetailsTexts(const QString& name, const QString& show, const QString& hide);
     [[nodiscard]] bool detailsShown() const;
     void setDetailsShown(bool shown);
 
@@ -53,6 +54,7 @@ private:
     QPushButton* close_;
     QListView* details_;
     QStringListModel* lines_;
-    QString noun_;
+    QString show_;
+    QString hide_;
     int detailsWidth_ = 0;  ///< that they were fitted for
 };

@@ -100,7 +100,7 @@ ProgressStrip::ProgressStrip(const ThemeEnvironment& theme, QWidget* parent)
     StyleSheet::setType(detail_, LabelType::caption);
     detail_->setMinimumHeight(theme.scaled(17));
     bar_->setObjectName(QStringLiteral("progressBar"));
-    cancel_ = Buttons::quiet(QStringLiteral("Cancel"), this);
+    cancel_ = Buttons::quiet(tr("Cancel"), this);
     cancel_->setObjectName(QStringLiteral("progressCancel"));
     connect(cancel_, &QPushButton::clicked, this, [this] {
         cancel_->setEnabled(false);

@@ -90,7 +90,7 @@ void Sheet::build() {
     message_->setObjectName(u"sheetMessage"_s);
     points_ = new QVBoxLayout;
     points_->setSpacing(8);
-    cancel_ = Buttons::quiet(u"Cancel"_s, card_);
+    cancel_ = Buttons::quiet(tr("Cancel"), card_);
     cancel_->setObjectName(u"sheetCancel"_s);
     confirm_ = Buttons::primary(QString(), card_);
     confirm_->setObjectName(u"sheetConfirm"_s);
