@@ -16,7 +16,7 @@ constexpr int glyphSize = 16;
 QPushButton* make(const QString& kind, const QString& text, QWidget* parent) {
     auto* button = new QPushButton(text, parent);
     button->setProperty("kind", kind);
-    button->setAutoDefault(false);
+    button->setAutoDefault(true);  // Return presses the one that has the focus, not only Space
     button->setCursor(Qt::ArrowCursor);
     button->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     return button;

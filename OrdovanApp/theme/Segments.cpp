@@ -13,6 +13,7 @@
 #include <QStyle>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -126,6 +127,10 @@ void Segments::rebuild() {
         });
         segments_.append(segment);
     }
+    // Made later than what comes after this, they would be reached after all of it.
+    QWidget* before = more_;
+    for (Segment* segment : segments_) setTabOrder(std::exchange(before, segment), segment);
+    setTabOrder(before, more_);
     markCurrent();
     updateGeometry();
     place();

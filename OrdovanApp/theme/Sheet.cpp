@@ -94,6 +94,7 @@ void Sheet::build() {
     cancel_->setObjectName(u"sheetCancel"_s);
     confirm_ = Buttons::primary(QString(), card_);
     confirm_->setObjectName(u"sheetConfirm"_s);
+    for (QPushButton* button : {cancel_, confirm_}) button->setAutoDefault(false);  // Return is answered here
 
     auto* layout = new QVBoxLayout(card_);
     layout->setContentsMargins(margin, margin - 2, margin, margin);
@@ -205,6 +206,8 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
             return;
         case Qt::Key_Return:
         case Qt::Key_Enter:
+            // Who holds the key that asked the question down has not read it.
+            if (event->isAutoRepeat()) return;
             answer(confirm_->isEnabled() && (confirm_->hasFocus() || (!destructive_ && !cancel_->hasFocus())));
             return;
         case Qt::Key_Left:

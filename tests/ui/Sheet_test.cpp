@@ -160,6 +160,14 @@ TEST_F(SheetTest, FitsASmallWindow) {
     EXPECT_TRUE(sheet->rect().contains(card->geometry()));
 }
 
+TEST_F(SheetTest, TakesNoKeyThatIsHeldForAnAnswer) {
+    sheet->open();
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
+    QApplication::sendEvent(focus(), &held);
+    EXPECT_EQ(confirmed->count(), 0);
+    EXPECT_TRUE(sheet->isVisible());
+}
+
 class SegmentsTest : public InAWindow {
 protected:
     void SetUp() override {
@@ -218,6 +226,17 @@ TEST_F(SegmentsTest, AreOneTabStopThatTheArrowKeysMove) {
     EXPECT_EQ(segments->current(), 1);
     QTest::keyClick(focus(), Qt::Key_Tab);
     EXPECT_EQ(focus(), field);
+}
+
+TEST_F(SegmentsTest, AreReachedWhereTheyStandAlsoWhenTheyAreReplaced) {
+    auto* after = new QPushButton;
+    layout->addWidget(after);
+    after->show();
+    segments->setSegments({u"All"_s, u"Trash"_s});
+    QTest::keyClick(focus(), Qt::Key_Tab);
+    EXPECT_EQ(focus(), segment(u"All"_s));
+    QTest::keyClick(focus(), Qt::Key_Tab);
+    EXPECT_EQ(focus(), after);
 }
 
 TEST_F(SegmentsTest, KeepTheChosenTextWhenTheyAreReplaced) {

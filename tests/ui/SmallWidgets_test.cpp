@@ -124,7 +124,6 @@ TEST_F(SmallWidgets, ButtonsAreNamedByTheirText) {
 
 TEST_F(SmallWidgets, NoButtonIsADefaultButtonByItself) {
     const std::unique_ptr<QPushButton> button(Buttons::destructive(u"Move to Trash…"_s));
-    EXPECT_FALSE(button->autoDefault());
     EXPECT_FALSE(button->isDefault());
 }
 
@@ -147,6 +146,14 @@ TEST_F(SmallWidgets, AButtonTakesItsMenu) {
         EXPECT_EQ(role(button.get()), QAccessible::ButtonMenu);
     }
     EXPECT_TRUE(watched.isNull());
+}
+
+TEST_F(SmallWidgets, ReturnPressesAButton) {
+    const std::unique_ptr<QPushButton> button(Buttons::quiet(u"Find Duplicates"_s));
+    const QSignalSpy clicked(button.get(), &QPushButton::clicked);
+    QTest::keyClick(button.get(), Qt::Key_Return);
+    QTest::keyClick(button.get(), Qt::Key_Space);
+    EXPECT_EQ(clicked.count(), 2);
 }
 
 TEST_F(SmallWidgets, AnOpenMenuIsFoundInItsButtonThoughThatWasAskedAboutBefore) {
