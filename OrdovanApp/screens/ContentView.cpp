@@ -13,6 +13,7 @@
 #include "OrdovanApp/stores/AppSettings.h"
 #include "OrdovanApp/stores/RuleStore.h"
 #include "OrdovanApp/theme/Announcer.h"
+#include "OrdovanApp/theme/FilterField.h"
 #include "OrdovanApp/theme/Sheet.h"
 
 #include <QDragEnterEvent>
@@ -98,6 +99,15 @@ void ContentView::makeShortcuts() {
             if (!isAsking()) showSection(section);
         });
     }
+    auto* find = new QShortcut(QKeySequence(QKeySequence::Find), this);
+    connect(find, &QShortcut::activated, this, &ContentView::goToSearch);
+}
+
+void ContentView::goToSearch() {
+    if (isAsking()) return;
+    const auto fields = stack_->currentWidget()->findChildren<FilterField*>();
+    const auto shown = std::ranges::find_if(fields, &QWidget::isVisible);
+    if (shown != fields.end()) (*shown)->setFocus(Qt::ShortcutFocusReason);
 }
 
 Section ContentView::section() const {

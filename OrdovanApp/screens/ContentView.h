@@ -57,6 +57,8 @@ private:
     void observe(const QString& command);
     void connectModel();
     void makeShortcuts();
+    /// Gives the field in which the section in sight is searched the focus, where there is one.
+    void goToSearch();
     void refreshCounts();
     void countRecoverable();
     void refreshStatus();

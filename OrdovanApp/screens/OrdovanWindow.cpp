@@ -89,20 +89,38 @@ void OrdovanWindow::makeMenus() {
     QMenu* help = menuBar()->addMenu(tr("Help"));
     help->setObjectName(u"menu-help"_s);
     help->addAction(tr("ordovan+ Help"), this, &OrdovanWindow::showDocumentation)->setShortcut(Qt::Key_F1);
+    makeMenuKeys();
+}
+
+/// Each menu opens with Alt and its first letter, and the first one with F10 as well.
+void OrdovanWindow::makeMenuKeys() {
+    const auto menus = menuBar()->actions();
+    for (QAction* menu : menus) menu->setText(u'&' + menu->text());
+    auto* first = new QAction(this);
+    first->setShortcut(Qt::Key_F10);
+    connect(first, &QAction::triggered, this, [this] { menuBar()->setActiveAction(menuBar()->actions().first()); });
+    addAction(first);
 }
 
 void OrdovanWindow::showSettings() {
     if (settings_ == nullptr) settings_ = new SettingsView(context_, this);
-    settings_->show();
-    settings_->raise();
-    settings_->activateWindow();
+    showInFront(settings_);
 }
 
 void OrdovanWindow::showAbout() {
     if (about_ == nullptr) about_ = new AboutPanel(parts_.theme, this);
-    about_->show();
-    about_->raise();
-    about_->activateWindow();
+    showInFront(about_);
+}
+
+/// In the middle of this window, unless its user has put it elsewhere since.
+void OrdovanWindow::showInFront(QWidget* panel) {
+    if (!panel->testAttribute(Qt::WA_Moved)) {
+        panel->adjustSize();
+        panel->move(frameGeometry().center() - panel->rect().center());
+    }
+    panel->show();
+    panel->raise();
+    panel->activateWindow();
 }
 
 void OrdovanWindow::showDocumentation() {

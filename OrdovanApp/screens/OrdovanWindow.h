@@ -64,6 +64,8 @@ protected:
 
 private:
     void makeMenus();
+    void makeMenuKeys();
+    void showInFront(QWidget* panel);
     void showSettings();
     void showAbout();
     void showDocumentation();

@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/screens/SidebarItem.h"
 #include "OrdovanApp/theme/Banner.h"
+#include "OrdovanApp/theme/FilterField.h"
 #include "OrdovanApp/theme/Sheet.h"
 #include "tests/support/WidgetTestMain.h"
 #include "tests/support/WindowWorld.h"
@@ -86,6 +87,16 @@ TEST_F(ContentViews, GoesToASectionByItsNumber) {
     EXPECT_EQ(view().section(), Section::recovery);
     QTest::keyClick(&view(), Qt::Key_1, Qt::ControlModifier);
     EXPECT_EQ(view().section(), Section::inbox);
+}
+
+TEST_F(ContentViews, GoesToTheSearchOfItsSection) {
+    view().show();
+    FilterField field(theme, u"Search types, e.g. pdf"_s, view().findChild<QWidget*>(u"screen-inbox"_s));
+    field.show();
+    view().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view()));
+    QTest::keyClick(&view(), Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(field.hasFocus());
 }
 
 TEST_F(ContentViews, PreviewsTheFolderThatIsChosen) {

@@ -161,6 +161,27 @@ TEST_F(OrdovanWindows, ComesForwardByItsShortcutFromAnyWindowOfTheProgram) {
     EXPECT_FALSE(window().isMinimized());
 }
 
+TEST_F(OrdovanWindows, OpensItsMenusWithTheKeyboard) {
+    QStringList titles;
+    for (const QAction* menu : window().menuBar()->actions()) titles += menu->text();
+    EXPECT_EQ(titles, (QStringList{u"&File"_s, u"&Organize"_s, u"&Help"_s}));
+    window().show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    QTest::keyClick(&window(), Qt::Key_F10);
+    auto* file = window().findChild<QMenu*>(u"menu-file"_s);
+    EXPECT_TRUE(file->isVisible());
+    file->close();
+}
+
+TEST_F(OrdovanWindows, ShowsItsPanelsInItsMiddle) {
+    window().setGeometry(100, 50, 800, 600);
+    window().show();
+    item("Settings…")->trigger();
+    const auto* panel = window().findChild<SettingsView*>();
+    const QPoint off = panel->frameGeometry().center() - window().frameGeometry().center();
+    EXPECT_LE(off.manhattanLength(), 8) << off.x() << ' ' << off.y();  // the frames differ
+}
+
 TEST_F(OrdovanWindows, HasOneHelpItemThatOpensTheDocumentation) {
     const auto actions = window().findChild<QMenu*>(u"menu-help"_s)->actions();
     ASSERT_EQ(actions.size(), 1);
