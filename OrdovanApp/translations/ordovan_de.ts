@@ -110,7 +110,7 @@
     </message>
     <message>
         <source>Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to %1/Installers so you can review them in one place.</source>
-        <translation>Installationspakete (.dmg, .pkg) werden meist nicht mehr gebraucht, sobald das Programm installiert ist. Beim Einsortieren kommen sie nach %1/Installers, wo Sie sie gesammelt durchsehen können.</translation>
+        <translation>Installationspakete (.dmg, .pkg) braucht man nach der Installation meist nicht mehr. Einsortiert liegen sie in %1/Installers, wo Sie sie gesammelt durchsehen können.</translation>
     </message>
     <message>
         <source>Largest files, biggest first</source>
@@ -138,7 +138,7 @@
     </message>
     <message>
         <source>Previewing — reading metadata only…</source>
-        <translation>Vorschau entsteht – gelesen werden nur Metadaten…</translation>
+        <translation>Vorschau – nur Metadaten werden gelesen…</translation>
     </message>
     <message>
         <source>All kinds</source>
@@ -164,11 +164,11 @@
     </message>
     <message>
         <source>Checking each file again, then moving files to the Trash…</source>
-        <translation>Jede Datei wird noch einmal geprüft und dann in den Papierkorb gelegt…</translation>
+        <translation>Dateien werden geprüft und in den Papierkorb gelegt…</translation>
     </message>
     <message>
         <source>Tick files to clean up. Trashed files can be put back from the Recovery Center.</source>
-        <translation>Wählen Sie Dateien zum Aufräumen aus. Aus dem Papierkorb lassen sie sich über die Wiederherstellung zurücklegen.</translation>
+        <translation>Wählen Sie aus, was weg kann. Zurücklegen lässt es sich über die Wiederherstellung.</translation>
     </message>
     <message>
         <source>ticked · %1</source>
@@ -469,7 +469,7 @@
     </message>
     <message>
         <source>Hashing files to find exact duplicates…</source>
-        <translation>Prüfsummen werden gebildet, um exakte Duplikate zu finden…</translation>
+        <translation>Exakte Duplikate werden gesucht…</translation>
     </message>
     <message>
         <source>No exact duplicates</source>
@@ -538,7 +538,7 @@
     </message>
     <message>
         <source>Checking each file again, then moving extras to the Trash…</source>
-        <translation>Jede Datei wird noch einmal geprüft, dann kommen die überzähligen in den Papierkorb…</translation>
+        <translation>Kopien werden geprüft und in den Papierkorb gelegt…</translation>
     </message>
     <message>
         <source>Oldest, newest, shortest or deepest path, for every group at once. You can still click any copy.</source>
@@ -628,11 +628,11 @@
     </message>
     <message>
         <source>Another file would be organized to the same location. Needs your decision; left untouched.</source>
-        <translation>Eine andere Datei käme an denselben Ort. Das entscheiden Sie; die Datei bleibt unberührt.</translation>
+        <translation>Eine andere Datei käme an denselben Ort. Das entscheiden Sie; bleibt unberührt.</translation>
     </message>
     <message>
         <source>A file already exists at the destination. Will not overwrite; left untouched.</source>
-        <translation>Am Ziel gibt es schon eine Datei. Sie wird nicht überschrieben; diese hier bleibt unberührt.</translation>
+        <translation>Am Ziel gibt es schon eine Datei. Sie wird nicht überschrieben; bleibt unberührt.</translation>
     </message>
     <message>
         <source>We couldn&apos;t read that folder. Check permissions and try again.</source>
@@ -954,15 +954,15 @@
     <message numerus="yes">
         <source>Moved %1 duplicate files to the Trash in %2</source>
         <translation>
-            <numerusform>%1 doppelte Datei aus „%2“ in den Papierkorb gelegt</numerusform>
-            <numerusform>%1 doppelte Dateien aus „%2“ in den Papierkorb gelegt</numerusform>
+            <numerusform>%1 doppelte Datei aus „%2“ in den Papierkorb</numerusform>
+            <numerusform>%1 doppelte Dateien aus „%2“ in den Papierkorb</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Put back %1 files from the Trash in %2</source>
         <translation>
-            <numerusform>%1 Datei aus dem Papierkorb nach „%2“ zurückgelegt</numerusform>
-            <numerusform>%1 Dateien aus dem Papierkorb nach „%2“ zurückgelegt</numerusform>
+            <numerusform>%1 Datei aus dem Papierkorb zurück nach „%2“</numerusform>
+            <numerusform>%1 Dateien aus dem Papierkorb zurück nach „%2“</numerusform>
         </translation>
     </message>
     <message>
@@ -1036,7 +1036,7 @@
     </message>
     <message>
         <source>%1 proposed · %2 need review</source>
-        <translation>%1 vorgeschlagen · %2 zu prüfen</translation>
+        <translation>%1 vorgeschlagen · %2&#xa0;zu&#xa0;prüfen</translation>
     </message>
     <message>
         <source>No folder selected</source>
@@ -1326,7 +1326,7 @@
     </message>
     <message>
         <source>Preview Downloads</source>
-        <translation>Vorschau der Downloads</translation>
+        <translation>Vorschau von Downloads</translation>
     </message>
     <message>
         <source>Organize Selected Files…</source>
@@ -1461,8 +1461,8 @@
     <message numerus="yes">
         <source>%1 files in the Trash can be put back (from Duplicates or Big Files).</source>
         <translation>
-            <numerusform>%1 Datei im Papierkorb lässt sich zurücklegen (aus Duplikate oder Große Dateien).</numerusform>
-            <numerusform>%1 Dateien im Papierkorb lassen sich zurücklegen (aus Duplikate oder Große Dateien).</numerusform>
+            <numerusform>%1 Datei im Papierkorb kann zurück (aus Duplikate oder Große Dateien).</numerusform>
+            <numerusform>%1 Dateien im Papierkorb können zurück (aus Duplikate oder Große Dateien).</numerusform>
         </translation>
     </message>
     <message>
@@ -1479,7 +1479,7 @@
     </message>
     <message>
         <source>This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it.</source>
-        <translation>Diese Datei ist nicht mehr da: seit dem Einsortieren gelöscht oder verschoben. Beim Rückgängigmachen wird sie übersprungen.</translation>
+        <translation>Nicht mehr da: seit dem Einsortieren gelöscht oder verschoben. Rückgängig machen überspringt sie.</translation>
     </message>
     <message>
         <source>The record names a place outside this folder or behind a link. Undo will refuse it.</source>
@@ -1488,7 +1488,7 @@
     <message>
         <source>%1 · Undo returns it to %2</source>
         <extracomment>Where an organized file lies, and the folder that it came from</extracomment>
-        <translation>%1 · Rückgängig legt sie zurück nach %2</translation>
+        <translation>%1 · kommt zurück nach %2</translation>
     </message>
     <message>
         <source>Put Just This File Back</source>
@@ -1500,7 +1500,7 @@
     </message>
     <message>
         <source>No longer in the Trash (emptied or moved), so it can&apos;t be put back from here.</source>
-        <translation>Nicht mehr im Papierkorb (geleert oder verschoben), lässt sich also von hier nicht zurücklegen.</translation>
+        <translation>Nicht mehr im Papierkorb (geleert oder verschoben), also von hier nicht zurückzulegen.</translation>
     </message>
     <message>
         <source>The record names a place that is in no Trash or behind a link. Restore will refuse it.</source>
@@ -1509,7 +1509,7 @@
     <message>
         <source>In the Trash · %1 · Put Back returns it to %2</source>
         <extracomment>The size of a file, and the folder that it came from</extracomment>
-        <translation>Im Papierkorb · %1 · Zurücklegen bringt sie nach %2</translation>
+        <translation>Im Papierkorb · %1 · kommt zurück nach %2</translation>
     </message>
     <message>
         <source>Put Back from Trash</source>
@@ -1532,7 +1532,7 @@
     </message>
     <message>
         <source>Undo Organize…</source>
-        <translation>Einsortieren rückgängig machen…</translation>
+        <translation>Rückgängig machen…</translation>
     </message>
     <message>
         <source>Put All Back…</source>
@@ -1628,11 +1628,11 @@
     </message>
     <message>
         <source>Folder name, e.g. Installers</source>
-        <translation>Ordnername, z. B. Installer</translation>
+        <translation>Ordner, z. B. Installer</translation>
     </message>
     <message>
         <source>Add Rule</source>
-        <translation>Regel hinzufügen</translation>
+        <translation>Hinzufügen</translation>
     </message>
     <message>
         <source>Try: dmg, pkg → Installers</source>
@@ -1663,11 +1663,11 @@
     </message>
     <message>
         <source>Files in the folder you&apos;re previewing that this rule would send to %1: %2</source>
-        <translation>Dateien des gezeigten Ordners, die diese Regel nach %1 schicken würde: %2</translation>
+        <translation>Dateien der Vorschau, die nach %1 kämen: %2</translation>
     </message>
     <message>
         <source>Files in the folder you&apos;re previewing that this rule would send to %1</source>
-        <translation>Dateien des gezeigten Ordners, die diese Regel nach %1 schicken würde</translation>
+        <translation>Dateien der Vorschau, die nach %1 kämen</translation>
     </message>
     <message>
         <source>not a built-in type</source>
@@ -1789,29 +1789,29 @@
     <message numerus="yes">
         <source>Last organize run moved %1 files.</source>
         <translation>
-            <numerusform>Beim letzten Einsortieren wurde %1 Datei verschoben.</numerusform>
-            <numerusform>Beim letzten Einsortieren wurden %1 Dateien verschoben.</numerusform>
+            <numerusform>Zuletzt wurde %1 Datei einsortiert.</numerusform>
+            <numerusform>Zuletzt wurden %1 Dateien einsortiert.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last organize run moved %1 files; %2.</source>
         <translation>
-            <numerusform>Beim letzten Einsortieren wurde %1 Datei verschoben; %2.</numerusform>
-            <numerusform>Beim letzten Einsortieren wurden %1 Dateien verschoben; %2.</numerusform>
+            <numerusform>Zuletzt wurde %1 Datei einsortiert; %2.</numerusform>
+            <numerusform>Zuletzt wurden %1 Dateien einsortiert; %2.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last undo run put back %1 files.</source>
         <translation>
-            <numerusform>Beim letzten Rückgängigmachen wurde %1 Datei zurückgelegt.</numerusform>
-            <numerusform>Beim letzten Rückgängigmachen wurden %1 Dateien zurückgelegt.</numerusform>
+            <numerusform>Zuletzt wurde %1 Datei zurückgelegt.</numerusform>
+            <numerusform>Zuletzt wurden %1 Dateien zurückgelegt.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last undo run put back %1 files; %2.</source>
         <translation>
-            <numerusform>Beim letzten Rückgängigmachen wurde %1 Datei zurückgelegt; %2.</numerusform>
-            <numerusform>Beim letzten Rückgängigmachen wurden %1 Dateien zurückgelegt; %2.</numerusform>
+            <numerusform>Zuletzt wurde %1 Datei zurückgelegt; %2.</numerusform>
+            <numerusform>Zuletzt wurden %1 Dateien zurückgelegt; %2.</numerusform>
         </translation>
     </message>
 </context>
@@ -2093,7 +2093,7 @@
     </message>
     <message>
         <source>Previewing — reading metadata only…</source>
-        <translation>Vorschau entsteht – gelesen werden nur Metadaten…</translation>
+        <translation>Vorschau – nur Metadaten werden gelesen…</translation>
     </message>
     <message>
         <source>Couldn&apos;t preview this folder</source>
@@ -2105,7 +2105,7 @@
     </message>
     <message>
         <source>ordovan+ previews this folder read-only. Nothing changes until you apply.</source>
-        <translation>ordovan+ zeigt nur eine Vorschau dieses Ordners. Nichts ändert sich, bevor Sie es sagen.</translation>
+        <translation>ordovan+ zeigt nur eine Vorschau. Nichts ändert sich, bevor Sie es sagen.</translation>
     </message>
     <message>
         <source>Scan reached its limit; results are partial.</source>
@@ -2160,15 +2160,15 @@
     </message>
     <message>
         <source>See where every file would go. Read-only.</source>
-        <translation>Sehen Sie, wohin jede Datei käme, ohne dass sich etwas ändert.</translation>
+        <translation>Sehen, wohin jede Datei käme. Nur lesend.</translation>
     </message>
     <message>
         <source>Untick anything you want left alone.</source>
-        <translation>Wählen Sie ab, was liegen bleiben soll.</translation>
+        <translation>Abwählen, was liegen bleiben soll.</translation>
     </message>
     <message>
         <source>Every run is journaled and reversible.</source>
-        <translation>Jeder Durchlauf wird protokolliert und lässt sich umkehren.</translation>
+        <translation>Jeder Durchlauf ist vermerkt und umkehrbar.</translation>
     </message>
     <message>
         <source>Choose Folder…</source>

@@ -175,7 +175,7 @@ TEST(EngineTexts, SummarizeRunsInGerman) {
     EXPECT_EQ(EngineTexts::summary(run(OrdovanRunRecord::Kind::organize, 1)),
               u"1 Datei in „Down%1loads“ einsortiert"_s);
     EXPECT_EQ(EngineTexts::summary(run(OrdovanRunRecord::Kind::restoreTrash, 2)),
-              u"2 Dateien aus dem Papierkorb nach „Down%1loads“ zurückgelegt"_s);
+              u"2 Dateien aus dem Papierkorb zurück nach „Down%1loads“"_s);
 }
 
 OrdovanInterruptedRun interrupted(std::size_t finished, std::size_t untouched, std::size_t putRight,
