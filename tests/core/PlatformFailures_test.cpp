@@ -1,0 +1,171 @@
+// Failures that a sound system does not show: of functions that look around, when what they look at was there a moment
+// ago.
+
+#include "OrdovanCore/platform/DirectoryReader.h"
+#include "OrdovanCore/platform/DocumentWriter.h"
+#include "OrdovanCore/platform/SystemFileSystem.h"
+#include "OrdovanCore/platform/TrashSearch.h"
+#include "OrdovanCore/platform/UserDatabase.h"
+#include "OrdovanCore/platform/Volumes.h"
+#include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/FailingCalls.h"
+#include "tests/support/Results.h"
+#include "tests/support/TempFolder.h"
+
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <linux/magic.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+using ordovan::test::error;
+using ordovan::test::FailingCall;
+using ordovan::test::TempFolder;
+using ordovan::testing::buildOnDisk;
+
+namespace {
+
+/// The type of every file system, in place of the real ones.
+std::optional<long> typeToTell;
+
+}  // namespace
+
+// NOLINTBEGIN: the C library's names and signatures
+ORDOVAN_FAILING(ssize_t, getdents64, (int folder, void* entries, size_t size) noexcept, folder, entries, size)
+ORDOVAN_FAILING(int, fstat, (int file, struct stat* facts) noexcept, file, facts)
+ORDOVAN_FAILING(int, unlink, (const char* path) noexcept, path)
+ORDOVAN_FAILING(ssize_t, write, (int file, const void* bytes, size_t count), file, bytes, count)
+ORDOVAN_FAILING(ssize_t, readlink, (const char* path, char* text, size_t size) noexcept, path, text, size)
+ORDOVAN_FAILING_POINTER(DIR*, fdopendir, (int folder), folder)
+ORDOVAN_FAILING_POINTER(DIR*, opendir, (const char* path), path)
+ORDOVAN_FAILING_POINTER(struct dirent*, readdir, (DIR * listing), listing)
+ORDOVAN_FAILING_POINTER(char*, realpath, (const char* path, char* resolved) noexcept, path, resolved)
+
+extern "C" int fstatfs(int file, struct statfs* volume) noexcept {
+    static auto* const real = reinterpret_cast<decltype(&::fstatfs)>(::dlsym(RTLD_NEXT, "fstatfs"));
+    if (FailingCall::befalls("fstatfs")) return -1;
+    const int result = real(file, volume);
+    if (typeToTell) volume->f_type = *typeToTell;
+    return result;
+}
+// This one returns its error.
+extern "C" int getpwuid_r(uid_t user, struct passwd* entry, char* space, size_t size, struct passwd** found) {
+    static auto* const real = reinterpret_cast<decltype(&::getpwuid_r)>(::dlsym(RTLD_NEXT, "getpwuid_r"));
+    return FailingCall::befalls("getpwuid_r") ? errno : real(user, entry, space, size, found);
+}
+// NOLINTEND
+
+namespace {
+
+TEST(PlatformFailures, OfListingAFolderAreTold) {
+    const TempFolder t;
+    buildOnDisk(t.path(), {"a", "sub/b"});
+    for (const char* function : {"getdents64", "fstat"}) {
+        FileManagerDirectoryReader reader;
+        const FailingCall failing(function, EIO);
+        EXPECT_EQ(error(reader.children(t.url())), EIO) << function;
+    }
+}
+
+TEST(PlatformFailures, OfReadingTheUserDatabaseMeanNoHome) {
+    const auto known = ordovan::homeFromUserDatabase();
+    {
+        const FailingCall tooLong("getpwuid_r", ERANGE);
+        EXPECT_EQ(ordovan::homeFromUserDatabase(), known);
+        EXPECT_EQ(tooLong.calls(), 2);
+    }
+    const FailingCall failing("getpwuid_r", EIO);
+    EXPECT_EQ(ordovan::homeFromUserDatabase(), std::nullopt);
+}
+
+TEST(PlatformFailures, OfALongEntryInTheUserDatabaseEnd) {
+    const FailingCall tooLong("getpwuid_r", ERANGE, FailingCall::every);
+    EXPECT_EQ(ordovan::homeFromUserDatabase(), std::nullopt);
+    EXPECT_EQ(tooLong.calls(), 9) << "4 KiB to 1 MiB";
+}
+
+TEST(PlatformFailures, OfAskingAVolumeLeaveItsNamesUnknown) {
+    const TempFolder t;
+    const FailingCall failing("fstatfs", EIO);
+    EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), std::nullopt);
+}
+
+TEST(PlatformFailures, AreNotNeededToProbeTheNamesOfAFolder) {
+    const TempFolder t;
+    buildOnDisk(t.path(), {"a.txt", "B.txt"});
+    typeToTell = FUSE_SUPER_MAGIC;
+    EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), true);
+    const FailingCall failing("fdopendir", EMFILE, FailingCall::every);
+    EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), std::nullopt);
+    typeToTell.reset();
+}
+
+TEST(PlatformFailures, OfWritingADocumentKeepTheOldOne) {
+    const TempFolder t;
+    t.write("plan.md", "old");
+    {
+        const FailingCall failing("write", EIO);
+        EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), EIO);
+    }
+    EXPECT_EQ(t.read("plan.md"), "old");
+    EXPECT_EQ(t.count(), 1U);
+    const FailingCall interrupted("write", EINTR);
+    const FailingCall unswept("opendir", EMFILE);
+    EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), 0);
+    EXPECT_EQ(t.read("plan.md"), "new");
+}
+
+class TrashFailures : public ::testing::Test {
+protected:
+    TrashFailures() { ::setenv("XDG_DATA_HOME", t.path("data").c_str(), 1); }
+    ~TrashFailures() override { ::unsetenv("XDG_DATA_HOME"); }
+
+    const TempFolder t;
+    SystemFileSystem fs;
+};
+
+TEST_F(TrashFailures, OfSearchingATrashAreTold) {
+    const Url original = t.write("a.pdf", "a");
+    ASSERT_TRUE(fs.trash(original));
+    for (const char* function : {"fdopendir", "readdir"}) {
+        const FailingCall failing(function, EIO);
+        EXPECT_EQ(error(ordovan::findInTrash({{original}})), EIO) << function;
+    }
+}
+
+TEST_F(TrashFailures, OfRemovingAnInfoFileAreTold) {
+    const Url original = t.write("a.pdf", "a");
+    const auto trashed = fs.trash(original);
+    ASSERT_TRUE(trashed);
+    const auto found = ordovan::findInTrash({{original}});
+    ASSERT_TRUE(found && found->size() == 1);
+    std::filesystem::remove(trashed->path());
+    const FailingCall failing("unlink", EROFS);
+    EXPECT_EQ(error(ordovan::removeTrashInfo(found->front())), EROFS);
+}
+
+TEST_F(TrashFailures, AreNoneWhereTheKernelDoesNotTellTheFoldersPath) {
+    const FailingCall failing("readlink", ENOENT, FailingCall::every);
+    const auto trashed = fs.trash(t.write("a.pdf", "a"));
+    ASSERT_TRUE(trashed);
+    EXPECT_EQ(trashed->path(), t.path("data/Trash/files/a.pdf"));
+    EXPECT_FALSE(fs.exists(t.url("a.pdf")));
+}
+
+TEST_F(TrashFailures, LeaveAFileWhereItsFolderHasNoPath) {
+    const Url file = t.write("a.pdf", "a");
+    const FailingCall link("readlink", ENOENT, FailingCall::every);
+    const FailingCall path("realpath", EACCES, FailingCall::every);
+    EXPECT_EQ(error(fs.trash(file)), EACCES);
+    EXPECT_TRUE(fs.exists(file));
+}
+
+}  // namespace
