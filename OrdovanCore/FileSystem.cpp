@@ -2,6 +2,8 @@
 
 #include "OrdovanCore/Uuid.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::string_view mark = ".ordovan-partial-";
@@ -19,16 +21,24 @@ std::string_view shortened(std::string_view name) {
     return name.substr(0, continues(end) ? longestPiece : end);
 }
 
+Url hiddenBeside(const Url& file, std::string_view uuid) {
+    std::string name = ".";
+    name += shortened(file.lastPathComponent());
+    name += mark;
+    name += uuid;
+    return file.deletingLastPathComponent().appending(name);
+}
+
 }  // namespace
 
 namespace OrdovanPartialName {
 
 Url beside(const Url& destination) {
-    std::string name = ".";
-    name += shortened(destination.lastPathComponent());
-    name += mark;
-    name += ordovan::Uuid::random().text();
-    return destination.deletingLastPathComponent().appending(name);
+    return hiddenBeside(destination, ordovan::Uuid::random().text());
+}
+
+Url asideOf(const Url& original, std::string_view partial) {
+    return hiddenBeside(original, partial.substr(partial.size() - std::min(uuidSize, partial.size())));
 }
 
 bool isPartial(std::string_view path) {

@@ -114,6 +114,10 @@ namespace OrdovanPartialName {
 /// the whole name fits in 255 bytes (NAME_MAX).
 [[nodiscard]] Url beside(const Url& destination);
 
+/// The hidden name of the same form, beside the original, under which an original is looked at for the last time and
+/// removed once its copy is in place. It bears the UUID of the partial copy, so that who knows one name knows both.
+[[nodiscard]] Url asideOf(const Url& original, std::string_view partial);
+
 /// True for a path whose last component has that form.
 [[nodiscard]] bool isPartial(std::string_view path);
 

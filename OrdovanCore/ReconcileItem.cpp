@@ -28,6 +28,13 @@ constexpr const char* copyTakenBack = "Its verified copy was taken away again; t
 constexpr const char* leftoverRemoved = "An unfinished copy of it was removed; the file is where it was.";
 constexpr const char* infoRemoved = "It had not reached the Trash; the file is where it was.";
 constexpr const char* copyPublished = "Its verified copy was put in place.";
+constexpr const char* placeholderRemoved = "The empty file that kept its place was removed; the file is where it was.";
+
+/// SHA-256 of nothing (FIPS 180-4).
+constexpr const char* hashOfNothing = "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855";
+
+/// How coarse times of modification are (FAT: two seconds).
+constexpr double coarsestTime = 2;
 
 Settled untouched() {
     return {};
@@ -45,9 +52,9 @@ Fingerprint noted(const OrdovanRunNote& note) {
     return {note.byteSize, note.contentHash, note.identity};
 }
 
-std::string copyLies(const OrdovanRunNote& copy, bool isVerified) {
+std::string copyLies(std::string_view path, bool isVerified) {
     const std::string what = isVerified ? "A verified copy of it lies at " : "An unfinished copy of it lies at ";
-    return what + copy.path.str() + ".";
+    return what + std::string(path) + ".";
 }
 
 bool isAbsence(const OrdovanSystemError& error) {
@@ -100,7 +107,8 @@ ItemReconciler::Item ItemReconciler::itemOf(std::size_t index) const {
     Item item = {
         .intended = intended, .from = Url::file(intended.source), .to = Url::file(intended.destination), .copies = {}};
     for (const OrdovanRunNote* note : std::ranges::equal_range(notes_, index, {}, &OrdovanRunNote::item)) {
-        (note->kind == OrdovanRunNote::Kind::begun ? item.begun : item.done) = note;
+        (note->kind == OrdovanRunNote::Kind::done ? item.done : item.begun) = note;
+        if (note->kind == OrdovanRunNote::Kind::claimed) item.isClaimed = true;
         if (note->kind == OrdovanRunNote::Kind::begun && !note->path.empty()) item.copies.push_back(note);
     }
     return item;
@@ -165,8 +173,17 @@ ItemReconciler::Proof ItemReconciler::isTheFile(const Item& item, const Url& url
 /// it. A name that it had before is the user's.
 bool ItemReconciler::hasOneNameMore(const Item& item, const Sight& from) const {
     const OrdovanRunItem& intended = item.intended;
-    return intended.names > 0 && from.facts.names == intended.names + 1 && !intended.identity.empty() &&
-           inodeOf(intended.identity) == inodeOf(from.facts.identity);
+    if (intended.names == 0 || from.facts.names != intended.names + 1) return false;
+    // Where the volume keeps no identities, the run has told of it.
+    return intended.identity.empty() ? item.isClaimed : inodeOf(intended.identity) == inodeOf(from.facts.identity);
+}
+
+/// Whether a file is the empty one by which the run was about to take a place.
+ItemReconciler::Proof ItemReconciler::isPlaceholder(const Item& item, const Url& url, const Sight& sight) const {
+    const double modified = static_cast<double>(sight.facts.modifiedNs) / 1e9;
+    const bool mayBe = item.isClaimed && sight.isRegular() && sight.facts.byteSize == 0 && sight.facts.names == 1 &&
+                       modified >= run_.intent.startedAtEpoch - coarsestTime;
+    return mayBe ? hasContent(url, sight, 0, hashOfNothing) : Proof::refuted;
 }
 
 /// Whether there was no file when the run began, nor when it came to it.
@@ -181,7 +198,34 @@ bool ItemReconciler::remove(const Url& url) const {
 
 // Runs that move files.
 
+/// An original whose copy was in place goes by a hidden name when it is looked at for the last time. It gets its own
+/// name back, and is then settled as if nothing had happened. Says why it can not.
+std::optional<Settled> ItemReconciler::settleAside(const Item& item, const OrdovanRunNote& copy) const {
+    const Url aside = OrdovanPartialName::asideOf(item.from, copy.path);
+    const Sight sight = look(aside);
+    const Sight from = sight.isKnown() ? look(item.from) : Sight{};
+    if (!sight.isKnown() || !from.isKnown()) return uncertain(notExamined);
+    if (!sight.isThere()) return std::nullopt;
+    if (!from.isThere()) {
+        if (ports_.fs.move(aside, item.from) || look(item.from).isThere()) return std::nullopt;
+        return uncertain(notExamined);
+    }
+    // The rename takes steps on this volume, and was cut; or another file has taken the name since.
+    const bool isOther = sight.facts.identity != from.facts.identity && sight.facts.byteSize != 0;
+    const Sight to = look(item.to);
+    const Proof isSpare = isOther ? hasContent(item.to, to, copy.byteSize, copy.contentHash) : Proof::proved;
+    const Proof isOriginal = isOther ? hasContent(aside, sight, copy.byteSize, copy.contentHash) : Proof::proved;
+    if (isSpare == Proof::unknown || isOriginal == Proof::unknown) return uncertain(notExamined);
+    if (isSpare == Proof::refuted || isOriginal == Proof::refuted)
+        return unsettled(copyLies(aside.path(), isOriginal == Proof::proved));
+    if (!remove(aside)) return uncertain(notRemoved);
+    return std::nullopt;
+}
+
 Settled ItemReconciler::settleMove(const Item& item) const {
+    for (const OrdovanRunNote* copy : item.copies) {
+        if (auto settled = settleAside(item, *copy)) return std::move(*settled);
+    }
     const Sight from = look(item.from);
     const Sight to = look(item.to);
     if (!from.isKnown() || !to.isKnown()) return uncertain(notExamined);
@@ -212,6 +256,9 @@ Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, cons
         } else if (from.facts.names > 1) {  // with a single name, both paths lead to that one
             result.sentence = otherName;
         }
+    } else if (const Proof placeholder = isPlaceholder(item, item.to, to); placeholder != Proof::refuted) {
+        if (placeholder == Proof::unknown) return uncertain(notExamined);
+        if (!takeAway(placeholderRemoved)) return uncertain(notRemoved);
     } else if (to.isThere()) {
         const Proof ours = isOurCopy(item, from, to);
         if (ours == Proof::unknown) return uncertain(notExamined);
@@ -240,7 +287,7 @@ Settled ItemReconciler::settlePartial(const Item& item, const OrdovanRunNote& co
     const Proof verified =
         whole == Proof::refuted ? hasContent(url, sight, copy.byteSize, copy.contentHash) : Proof::refuted;
     if (whole == Proof::unknown || verified == Proof::unknown) return uncertain(notExamined);
-    if (whole == Proof::refuted) return unsettled(copyLies(copy, verified == Proof::proved));
+    if (whole == Proof::refuted) return unsettled(copyLies(copy.path, verified == Proof::proved));
     if (!remove(url)) return uncertain(notRemoved);
     return {.end = End::putRight, .sentence = leftoverRemoved};
 }
@@ -310,8 +357,12 @@ Settled ItemReconciler::settleCopies(const Item& item, const Sight& from, const 
         if (!sight.isThere()) continue;
         const Proof isVerified = hasContent(partial, sight, copy->byteSize, copy->contentHash);
         if (isVerified == Proof::unknown) return uncertain(notExamined);
-        if (isVerified == Proof::refuted || from.isThere() || to.isThere()) {
-            return unsettled(copyLies(*copy, isVerified == Proof::proved));
+        bool isFree = !from.isThere() && !to.isThere();
+        if (isVerified == Proof::proved && !from.isThere() && isPlaceholder(item, item.to, to) == Proof::proved) {
+            isFree = remove(item.to);
+        }
+        if (isVerified == Proof::refuted || !isFree) {
+            return unsettled(copyLies(copy->path, isVerified == Proof::proved));
         }
         if (!ports_.fs.move(partial, item.to) && !look(item.to).isRegular()) return uncertain(notExamined);
         Settled published = moved(item, End::putRight, noted(*copy), false);
@@ -398,6 +449,11 @@ Settled ItemReconciler::settleNotTrashed(const Item& item, const Sight& from) co
         } else if (there.isRegular() && there.facts.identity == from.facts.identity) {
             otherPlace = file;
             ++otherPlaces;
+        } else if (const Proof placeholder = isPlaceholder(item, file->item, there); placeholder != Proof::refuted) {
+            const bool isGone = placeholder == Proof::proved && remove(file->item) &&
+                                (ports_.removeTrashInfo(*file) || look(file->info).kind == Sight::Case::absent);
+            if (!isGone) return uncertain(placeholder == Proof::proved ? notRemoved : notExamined);
+            result = {.end = End::putRight, .sentence = infoRemoved};
         }
     }
     if (otherPlaces == 1 && hasOneNameMore(item, from)) {

@@ -47,8 +47,9 @@ private:
     struct Item {
         const OrdovanRunItem& intended;
         Url from, to;
-        const OrdovanRunNote* begun = nullptr;  ///< the last of its kind
+        const OrdovanRunNote* begun = nullptr;  ///< what the file was when its turn came, as last told
         const OrdovanRunNote* done = nullptr;
+        bool isClaimed = false;  ///< its new place was about to be taken by a second name or an empty file
         std::vector<const OrdovanRunNote*> copies;  ///< the notes of partial copies
     };
     /// What is seen at a place.
@@ -72,6 +73,9 @@ private:
     [[nodiscard]] bool hasOneNameMore(const Item& item, const Sight& from) const;
     [[nodiscard]] bool remove(const Url& url) const;
 
+    [[nodiscard]] Proof isPlaceholder(const Item& item, const Url& url, const Sight& sight) const;
+
+    [[nodiscard]] std::optional<Settled> settleAside(const Item& item, const OrdovanRunNote& copy) const;
     [[nodiscard]] Settled settleMove(const Item& item) const;
     [[nodiscard]] Settled settleStanding(const Item& item, const Sight& from, const Sight& to) const;
     [[nodiscard]] Proof isOurCopy(const Item& item, const Sight& from, const Sight& to) const;

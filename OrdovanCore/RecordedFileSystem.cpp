@@ -1,5 +1,7 @@
 #include "OrdovanCore/RecordedFileSystem.h"
 
+#include "OrdovanCore/TrashPlace.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <utility>
@@ -16,12 +18,15 @@ std::unexpected<OrdovanSystemError> notIntended() {
 
 }  // namespace
 
-RecordedFileSystem::RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIntent& intent, RunNotes& notes)
-    : fs_(fs), intent_(intent), notes_(notes) {
+RecordedFileSystem::RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIntent& intent, RunNotes& notes,
+                                       StepwiseMoves* disk)
+    : fs_(fs), intent_(intent), notes_(notes), disk_(disk) {
     gathered_.reserve(notesAtATime + 1024);
+    if (disk_ != nullptr) disk_->announceTo([this](const Url&) { noteClaim(); });
 }
 
 RecordedFileSystem::~RecordedFileSystem() {
+    if (disk_ != nullptr) disk_->announceTo({});
     handOver();
 }
 
@@ -35,13 +40,14 @@ OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
         copying_ && copying_->partial == from.path() && intent_.items[copying_->item].destination == to.path();
     const bool isComingBack =
         trashed_ && trashed_->place == from.path() && intent_.items[trashed_->item].source == to.path();
-    if (isPublishing || isComingBack) return fs_.move(from, to);
+    if (isPublishing) return moveItem(copying_->item, from, to);
+    if (isComingBack) return fs_.move(from, to);
 
     const auto item = itemWith(from.path(), to.path());
     if (!item || to.path().empty()) return notIntended();
     copying_.reset();
     noteOther(*item);
-    auto moved = fs_.move(from, to);
+    auto moved = moveItem(*item, from, to);
     if (moved) note(OrdovanRunNote::Kind::done, *item, true, {});
     return moved;
 }
@@ -63,8 +69,34 @@ OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
     const OrdovanRunItem& item = intent_.items[copying_->item];
     if (copying_->partial == url.path() || item.destination == url.path()) return fs_.remove(url);
     if (item.source != url.path()) return notIntended();
-    auto removed = fs_.remove(url);
+    auto removed = removeOriginal(url);
     if (removed) note(OrdovanRunNote::Kind::done, copying_->item, false, {});
+    return removed;
+}
+
+OrdovanResult<void> RecordedFileSystem::moveItem(std::size_t item, const Url& from, const Url& to) {
+    claiming_ = item;
+    auto moved = fs_.move(from, to);
+    claiming_.reset();
+    return moved;
+}
+
+/// In a Trash an item belongs to its info file by its name, and keeps that.
+OrdovanResult<void> RecordedFileSystem::removeOriginal(const Url& original) {
+    if (isInTrash(original.path())) return fs_.remove(original);
+    const Url aside = OrdovanPartialName::asideOf(original, copying_->partial);
+    const auto renamed = fs_.move(original, aside);
+    if (!renamed && !fs_.isRegularFile(aside)) {
+        // A file that changed stays. Where a volume is full, say, removing may work though renaming does not.
+        return renamed.error() == OrdovanSystemError::posix(EBUSY) ? renamed : fs_.remove(original);
+    }
+    if (!renamed && fs_.isRegularFile(original)) {
+        // What was left behind by a rename in steps.
+        if (fs_.fileIdentity(aside) == fs_.fileIdentity(original)) (void)fs_.remove(aside);
+        return renamed;
+    }
+    auto removed = fs_.remove(aside);
+    if (!removed) (void)fs_.move(aside, original);
     return removed;
 }
 
@@ -94,7 +126,9 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     if (!item) return notIntended();
     copying_.reset();
     noteOther(*item);
+    claiming_ = *item;
     auto place = fs_.trash(url);
+    claiming_.reset();
     if (!place) return place;
     trashed_ = {*item, place->sharedPath()};
     note(OrdovanRunNote::Kind::done, *item, true, place->sharedPath());
@@ -163,6 +197,13 @@ bool RecordedFileSystem::isOther(std::size_t item) const {
 void RecordedFileSystem::noteOther(std::size_t item) {
     if (!isOther(item)) return;
     note(OrdovanRunNote::Kind::begun, item, false, {});
+    handOver();
+}
+
+/// Called where the port is about to take the new place in steps.
+void RecordedFileSystem::noteClaim() {
+    if (!claiming_) return;
+    note(OrdovanRunNote::Kind::claimed, *claiming_, false, {});
     handOver();
 }
 

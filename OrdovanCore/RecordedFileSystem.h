@@ -3,6 +3,7 @@
 #include "OrdovanCore/FileSystem.h"
 #include "OrdovanCore/RunNotes.h"
 #include "OrdovanCore/RunRecord.h"
+#include "OrdovanCore/StepwiseMoves.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,16 +22,21 @@ namespace ordovan {
 /// Trash or the folders that hold the destinations fails with EPERM and touches nothing.
 ///
 /// A file that is copied is noted, on disk, before its copy is begun: with what it is and the name of the copy. So is
-/// one, though it may not reach the disk before the power goes, that is not the file the intent tells of. What has been
+/// one, though it may not reach the disk before the power goes, that is not the file the intent tells of, and one whose
+/// new place is going to be taken in more than one step. What has been
 /// moved is noted behind it, some 32 KiB at a time: for files of which the end of the process takes the note away, the
 /// disk tells. Notes that can not be written are a loss of certainty after an interruption and of nothing else: the run
 /// goes on without more of them.
 ///
+/// An original whose copy is in place is renamed to a hidden name of ours, where nobody else replaces it, before it is
+/// looked at for the last time and removed.
+///
 /// Used by one thread.
 class RecordedFileSystem final : public OrdovanFileSystem {
 public:
-    /// All three outlive this object.
-    RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIntent& intent, RunNotes& notes);
+    /// All outlive this object. `disk` is what of `fs` moves in steps; null where nothing does.
+    RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIntent& intent, RunNotes& notes,
+                       StepwiseMoves* disk = nullptr);
     /// Hands over the notes gathered so far.
     ~RecordedFileSystem() override;
     RecordedFileSystem(const RecordedFileSystem&) = delete;
@@ -67,11 +73,16 @@ private:
 
     void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path);
     void noteOther(std::size_t item);
+    void noteClaim();
+    OrdovanResult<void> moveItem(std::size_t item, const Url& from, const Url& to);
+    OrdovanResult<void> removeOriginal(const Url& original);
     void handOver();
 
     OrdovanFileSystem& fs_;
     const OrdovanRunIntent& intent_;
     RunNotes& notes_;
+    StepwiseMoves* disk_;
+    std::optional<std::size_t> claiming_;  // the item that is on its way to its new place
     std::string gathered_;
     bool takesNotes_ = true;
 

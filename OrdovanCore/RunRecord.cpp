@@ -37,8 +37,14 @@ SharedText absolute(std::string_view stored, std::string_view root) {
     return SharedText::joined({root, "/", stored});
 }
 
-constexpr std::string_view nameOf(OrdovanRunNote::Kind kind) {
-    return kind == OrdovanRunNote::Kind::begun ? "begun" : "done";
+constexpr std::array<std::pair<OrdovanRunNote::Kind, std::string_view>, 3> noteNames{{
+    {OrdovanRunNote::Kind::begun, "begun"},
+    {OrdovanRunNote::Kind::claimed, "claimed"},
+    {OrdovanRunNote::Kind::done, "done"},
+}};
+
+std::string_view nameOf(OrdovanRunNote::Kind kind) {
+    return std::ranges::find(noteNames, kind, &decltype(noteNames)::value_type::first)->second;
 }
 
 constexpr std::array<json::Member, 1> versionMembers{{{"version", json::Type::integer}}};
@@ -201,10 +207,11 @@ bool takeNote(std::size_t index, const json::Value& value, OrdovanRunNote& note,
             note.item = static_cast<std::size_t>(item);
             return item >= 0 && note.item < intent.items.size();
         }
-        case 4:
-            note.kind = textOf(value) == nameOf(OrdovanRunNote::Kind::done) ? OrdovanRunNote::Kind::done
-                                                                            : OrdovanRunNote::Kind::begun;
-            return textOf(value) == nameOf(note.kind);
+        case 4: {
+            const auto found = std::ranges::find(noteNames, textOf(value), &decltype(noteNames)::value_type::second);
+            if (found != noteNames.end()) note.kind = found->first;
+            return found != noteNames.end();
+        }
         case 5:
             note.path = absolute(textOf(value), intent.root.path());
             return true;
@@ -231,7 +238,7 @@ bool isPossible(const OrdovanRunNote& note, const OrdovanRunIntent& intent) {
     const bool isTrash = intent.kind == OrdovanRunIntent::Kind::trash;
     if (note.kind == OrdovanRunNote::Kind::done) return isTrash ? ordovan::isInTrash(note.path) : note.path.empty();
     if (note.path.empty()) return true;
-    return !isTrash && OrdovanPartialName::isPartial(note.path) &&
+    return !isTrash && note.kind == OrdovanRunNote::Kind::begun && OrdovanPartialName::isPartial(note.path) &&
            ordovan::parentPath(note.path) == ordovan::parentPath(intent.items[note.item].destination);
 }
 

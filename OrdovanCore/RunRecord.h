@@ -59,8 +59,9 @@ struct OrdovanRunIntent {
 /// What a run has noted about one of its files.
 struct OrdovanRunNote {
     enum class Kind {
-        begun,  ///< the file is about to be moved and is this; with a `path`: first copied to that partial name
-        done,   ///< the file was this and has been moved; `path` is its place in the Trash
+        begun,    ///< the file is about to be moved and is this; with a `path`: first copied to that partial name
+        claimed,  ///< the file is this, and its new place is about to be taken by a second name or an empty file
+        done,     ///< the file was this and has been moved; `path` is its place in the Trash
     };
     Kind kind = Kind::begun;
     std::size_t item = 0;  ///< its place among the intent's items

@@ -76,7 +76,8 @@ public:
 
     /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
     /// kept to what is recorded.
-    OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk = nullptr);
+    /// `disk` is what of that moves in steps; null where nothing does.
+    OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();
     /// Removes the record, which is not needed any more. False when it still stands.

@@ -95,7 +95,7 @@ OrdovanExecutionReport undoBatches(const TidyPorts& ports, const RunInputs& inpu
             record.add(*place++, Url::file(entry.source()), entry.byteSize(), entry.contentHash());
         }
     }
-    OrdovanFileSystem& fs = record.begin(files.port());
+    OrdovanFileSystem& fs = record.begin(files.port(), files.stepwise());
     OrdovanExecutionReport report;
     report.journal.createdAtEpoch = entries.createdAtEpoch;
     for (const UndoBatch& batch : all) {
@@ -115,7 +115,7 @@ OrdovanExecutionReport applyAll(const TidyPorts& ports, const RunInputs& inputs,
     record.addOutputRoot(inputs.outputRoot);
     record.reserve(proposals.size());
     for (const OrdovanFileProposal& proposal : proposals) record.add(proposal.source, proposal.destination);
-    OrdovanFileSystem& fs = record.begin(files.port());
+    OrdovanFileSystem& fs = record.begin(files.port(), files.stepwise());
     OrdovanExecutionReport report =
         OrdovanExecutor::apply(proposals, inputs.root, inputs.outputRoot, fs, inputs.nowEpoch, inputs.control);
     record.endNotes();

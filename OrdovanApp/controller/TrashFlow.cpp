@@ -70,7 +70,7 @@ public:
           disk_(ports, inputs.root, files.toBeHashed()),
           fs_(disk_.port(), disk_.contents(), *inputs.flag),
           record_(record),
-          recorded_(begun(record, files, fs_)),
+          recorded_(begun(record, files, fs_, disk_)),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },
                     .progressed = [this](std::size_t, std::size_t) { fileDone(); }}) {}
     Run(const Run&) = delete;
@@ -83,11 +83,12 @@ public:
 
 private:
     /// Records what the run is about to do, which is read ahead already.
-    static OrdovanFileSystem& begun(FolderRun::Record& record, const RunFiles& files, OrdovanFileSystem& fs) {
+    static OrdovanFileSystem& begun(FolderRun::Record& record, const RunFiles& files, OrdovanFileSystem& fs,
+                                    const FolderRun::FileSystem& disk) {
         record.reserve(files.moves().size());
         for (const RunFiles::Move& move : files.moves())
             record.add(move.from, move.to, move.byteSize, move.contentHash);
-        return record.begin(fs);
+        return record.begin(fs, disk.stepwise());
     }
 
     void fileDone() {

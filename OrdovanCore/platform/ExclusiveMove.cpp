@@ -116,6 +116,7 @@ int moveExclusively(FolderEntry from, FolderEntry to, MoveWays ways) {
     }
     struct ::stat facts;
     if (!from.examine(facts)) return errno;
+    if (ways.announce != nullptr) (*ways.announce)();
     if (S_ISDIR(facts.st_mode)) return ways.placeholder ? moveFolderOverPlaceholder(from, to) : error;
     if (ways.link) {
         error = moveByLink(from, to, facts.st_nlink);

@@ -2,6 +2,8 @@
 
 #include "OrdovanCore/platform/FolderEntry.h"
 
+#include <functional>
+
 namespace ordovan {
 
 /// The ways to rename without replacing, in the order in which they are tried.
@@ -14,6 +16,8 @@ struct MoveWays {
     /// and still empty. Between proof and rename stand no other calls; what another program writes to our empty file
     /// in that instant would be lost, which is why this comes last.
     bool placeholder = true;
+    /// Called before the first step of a way that has more than one; null for nobody.
+    const std::function<void()>* announce = nullptr;
 };
 
 /// Renames an item to a name that must be free and returns 0 or the errno (EEXIST when it is taken, a dangling link

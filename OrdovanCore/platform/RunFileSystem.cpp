@@ -1,6 +1,5 @@
 #include "OrdovanCore/platform/RunFileSystem.h"
 
-#include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/FileCopy.h"
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
@@ -225,23 +224,24 @@ OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
     const SystemPath source(from), target(to);
     if (source.error() != 0) return failure(source.error());
     if (target.error() != 0) return failure(target.error());
-    const int error = moveTo(target, source);
+    const std::function<void()> announce = [&] { announce_(from); };
+    const int error = moveTo(target, source, {.announce = announce_ ? &announce : nullptr});
     if (error == 0) forgetTrashInfo(source.view(), target.view());
     return outcome(error);
 }
 
-int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source) {
+int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways) {
     const auto old = sourceEntryOf(source);
     if (!old) return old.error();
     const bool isProved = vouchedFor(source.view()) != nullptr;
     auto fresh = isProved ? targetEntryOf(target) : entryOf(target);
     if (!fresh) return fresh.error();
-    int error = moveExclusively(*old, *fresh);
+    int error = moveExclusively(*old, *fresh, ways);
     if (error == ENOENT && isProved) {
         // The folder held may have been removed and made anew.
         fresh = entryOf(target);
         if (!fresh) return fresh.error();
-        error = moveExclusively(*old, *fresh);
+        error = moveExclusively(*old, *fresh, ways);
     }
     if (error != 0) return error;
     unvouch(target.view());
@@ -389,7 +389,9 @@ OrdovanResult<Url> RunFileSystem::trash(const Url& url) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
     if (hasDotDotPiece(path.view())) return failure(EINVAL);
-    auto trashed = session_.move(url, {.confined = &folders_, .was = vouchedFor(path.view())});
+    const std::function<void()> announce = [&] { announce_(url); };
+    auto trashed = session_.move(
+        url, {.confined = &folders_, .was = vouchedFor(path.view()), .announce = announce_ ? &announce : nullptr});
     if (trashed) unvouch(path.view());
     return trashed;
 }

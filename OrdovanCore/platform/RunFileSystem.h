@@ -1,7 +1,9 @@
 #pragma once
 
 #include "OrdovanCore/ContentReading.h"
+#include "OrdovanCore/StepwiseMoves.h"
 #include "OrdovanCore/platform/ConfinedFolders.h"
+#include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/Trash.h"
 #include "OrdovanCore/platform/WriterProbe.h"
@@ -16,6 +18,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace ordovan {
 
@@ -43,7 +46,7 @@ class SystemPath;
 /// regular, how large is it, which is it) are answered from one look at it, which the call
 /// before may have made. So are those about the folders of one way, from the bottom up: one that can be entered without
 /// following a link has none above it.
-class RunFileSystem final : public SystemFileSystem, public OrdovanContentReading {
+class RunFileSystem final : public SystemFileSystem, public OrdovanContentReading, public StepwiseMoves {
 public:
     /// `root` is the absolute path of the folder. Nothing is opened yet.
     explicit RunFileSystem(const Url& root, ConfinedFolders::Entering entering = ConfinedFolders::Entering::atOnce);
@@ -62,6 +65,8 @@ public:
     OrdovanResult<Url> trash(const Url& url) override;
 
     OrdovanResult<std::unique_ptr<OrdovanOpenContent>> open(const Url& url) override;
+
+    void announceTo(std::function<void(const Url& item)> announce) override { announce_ = std::move(announce); }
 
     /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read. False when
     /// what was seen at the path last, or is seen there now, is another file or was changed since.
@@ -116,7 +121,7 @@ private:
     Entry targetEntryOf(const SystemPath& path);
     int openToHash(const SystemPath& path, RegularFile& file);
     int endHashing(const SystemPath& path, const RegularFile& file);
-    int moveTo(const SystemPath& target, const SystemPath& source);
+    int moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways);
     int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
     [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);
 
@@ -124,6 +129,7 @@ private:
     ConfinedFolders folders_;
     WriterProbe writers_;
     TrashSession session_;
+    std::function<void(const Url& item)> announce_;
     Look look_;
     Seen regular_;  // the regular file that was looked at last
     Way way_;

@@ -32,8 +32,8 @@ bool hasLeft(const TrashItem& item) {
 }
 
 /// Renames the item into the Trash without replacing anything. Returns 0 or the errno.
-int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
-    const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()});
+int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name, const TrashTerms& terms) {
+    const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()}, {.announce = terms.announce});
     if (error == 0) return 0;
     // A network volume may have done it and lost the reply.
     struct ::stat there{};
@@ -84,7 +84,7 @@ unsigned freeNumber(const TrashItem& item, const TrashFolder& trash) {
 /// Puts an item into a Trash and returns the name it got there; on failure the item is where it was. The info file is
 /// sent on its way to the disk by the flusher, or before the item moves where there is none.
 std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, const TrashFolder& trash,
-                                                     InfoFlusher* flusher) {
+                                                     const TrashTerms& terms, InfoFlusher* flusher) {
     const std::string text = trashInfoText(trash.storedPath(item), std::time(nullptr));
     unsigned number = 1;
     for (unsigned attempt = 1; attempt <= maxAttempts; ++attempt) {
@@ -92,7 +92,7 @@ std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, cons
         InfoFile info;
         int error = info.make(trash.info, name + std::string(trashInfoSuffix), text);
         if (error == 0 && flusher == nullptr) error = info.startWriting();
-        if (error == 0) error = rename(item, trash, name);
+        if (error == 0) error = rename(item, trash, name, terms);
         if (error == 0) {
             const bool isThere = isProved(item, trash, name);
             if (isThere || !takeBack(item, trash, name)) {
@@ -123,21 +123,21 @@ OrdovanResult<Url> TrashSession::move(const Url& url, const TrashTerms& terms) {
     if (const int error = item_.find(path.view(), terms.confined); error != 0) return failure(error);
     if (terms.was != nullptr && !isUntouched(*terms.was, item_.facts)) return failure(EBUSY);
     if (known_ && item_.mount == known_->mount) {
-        const auto name = place(item_, known_->folder, &flusher_);
+        const auto name = place(item_, known_->folder, terms, &flusher_);
         if (name) return Url::file(pathIn(known_->folder, *name));
         if (!isWrongTrash(name.error())) return std::unexpected(name.error());
     }
     known_.reset();
-    return moveToNewFound();
+    return moveToNewFound(terms);
 }
 
-OrdovanResult<Url> TrashSession::moveToNewFound() {
+OrdovanResult<Url> TrashSession::moveToNewFound(const TrashTerms& terms) {
     int homeError = 0;
     int lastError = 0;
     for (const TrashKind kind : trashKinds) {
         auto trash = TrashFolder::open(kind, item_);
         if (trash) {
-            const auto name = place(item_, *trash, nullptr);
+            const auto name = place(item_, *trash, terms, nullptr);
             if (name) {
                 const Url there = Url::file(pathIn(*trash, *name));
                 if (item_.mount) known_.emplace(*item_.mount, std::move(*trash));

@@ -4,6 +4,7 @@
 #include "OrdovanCore/platform/TrashFolder.h"
 #include "OrdovanCore/platform/TrashInfo.h"
 
+#include <functional>
 #include <optional>
 
 namespace ordovan {
@@ -14,6 +15,8 @@ struct TrashTerms {
     ConfinedFolders* confined = nullptr;
     /// The item, untouched since it was examined so (EBUSY otherwise); null for any.
     const struct ::stat* was = nullptr;
+    /// Called before a move that takes more than one step (`MoveWays`); null for nobody.
+    const std::function<void()>* announce = nullptr;
 };
 
 /// Moves items to the user's Trash (freedesktop.org Trash specification 1.0). One object serves one run on one thread:
@@ -40,7 +43,7 @@ private:
         Mount mount;  ///< of the items' folders
         TrashFolder folder;
     };
-    OrdovanResult<Url> moveToNewFound();
+    OrdovanResult<Url> moveToNewFound(const TrashTerms& terms);
 
     TrashItem item_;
     std::optional<Known> known_;

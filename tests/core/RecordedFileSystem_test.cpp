@@ -19,6 +19,7 @@ using ordovan::RecordedFileSystem;
 using ordovan::testing::digestOf;
 using ordovan::testing::FaultyFileSystem;
 using ordovan::testing::MemoryFileSystem;
+using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -144,7 +145,99 @@ TEST_F(RecordedFileSystemTest, NotesACopyOnDiskBeforeItIsBegun) {
     EXPECT_TRUE(OrdovanPartialName::isPartial(noted[0].path));
     EXPECT_EQ(noted[1].kind, NoteKind::done);
     EXPECT_FALSE(noted[1].sameVolume);
-    EXPECT_THAT(events, ElementsAre("append", "sync", "copy", "move", "remove", "append"));
+    EXPECT_THAT(events, ElementsAre("append", "sync", "copy", "move", "move", "remove", "append"));
+}
+
+/// A file that is carried to another volume, up to the removal of its original.
+class RecordedOriginal : public RecordedRun {
+protected:
+    RecordedOriginal() {
+        memory.addVolume("/r/ordovan+");
+        tree({"a.pdf = one"});
+        intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+        fs();
+    }
+    /// Whether the file exists once, and where; no hidden name is left.
+    void expectOnlyAt(const char* path) {
+        const char* other = path == std::string_view("/r/a.pdf") ? "/r/ordovan+/a.pdf" : "/r/a.pdf";
+        EXPECT_EQ(memory.read(path), "one");
+        EXPECT_FALSE(memory.item(other));
+        for (const auto& [each, what] : memory.snapshot()) EXPECT_FALSE(OrdovanPartialName::isPartial(each)) << each;
+    }
+    static constexpr std::size_t toAside = 2;  // its number among the renames
+};
+
+TEST_F(RecordedOriginal, IsRemovedUnderAHiddenNameSoThatNothingElseIs) {
+    disk.setBeforeCall([this](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::remove) memory.write("/r/a.pdf", "new");
+    });
+    EXPECT_EQ(organize().movedCount(), 1U);
+    EXPECT_EQ(memory.read("/r/a.pdf"), "new");
+    memory.removeTree("/r/a.pdf");
+    expectOnlyAt("/r/ordovan+/a.pdf");
+}
+
+TEST_F(RecordedOriginal, GetsItsNameBackWhenItCanNotBeRemoved) {
+    disk.failCall(Operation::remove, 1, EACCES);
+    EXPECT_EQ(organize().failedCount(), 1U);
+    expectOnlyAt("/r/a.pdf");
+}
+
+TEST_F(RecordedOriginal, StaysWhenItChanged) {
+    disk.failCall(Operation::move, toAside, EBUSY);
+    EXPECT_EQ(organize().failedCount(), 1U);
+    expectOnlyAt("/r/a.pdf");
+}
+
+TEST_F(RecordedOriginal, IsRemovedWhereItCanNotBeRenamed) {
+    disk.failCall(Operation::move, toAside, ENOSPC);
+    EXPECT_EQ(organize().movedCount(), 1U);
+    expectOnlyAt("/r/ordovan+/a.pdf");
+}
+
+TEST_F(RecordedOriginal, IsRemovedThoughTheReplyToItsRenameIsLost) {
+    disk.failCall(Operation::move, toAside, EIO, FaultyFileSystem::Moment::afterEffect);
+    EXPECT_EQ(organize().movedCount(), 1U);
+    expectOnlyAt("/r/ordovan+/a.pdf");
+}
+
+TEST_F(RecordedOriginal, LosesASecondNameThatItsRenameInStepsLeft) {
+    disk.failCall(Operation::move, toAside, EIO);
+    std::size_t moves = 0;
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || ++moves != toAside) return;
+        memory.hardLink(std::string(call.second.path()), "/r/a.pdf");
+    });
+    EXPECT_EQ(organize().failedCount(), 1U);
+    expectOnlyAt("/r/a.pdf");
+}
+
+/// A port that says when it is about to move in steps.
+class Stepwise final : public ordovan::StepwiseMoves {
+public:
+    void announceTo(std::function<void(const Url& item)> announce) override { announce_ = std::move(announce); }
+    std::function<void(const Url& item)> announce_;
+};
+
+TEST_F(RecordedFileSystemTest, NotesThatAPlaceIsTakenInStepsBeforeThat) {
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    fs();
+    Stepwise steps;
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move) return;
+        steps.announce_(call.url);
+        events.emplace_back("move");
+    });
+    recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
+    EXPECT_EQ(organize().movedCount(), 1U);
+    EXPECT_THAT(events, ElementsAre("append", "move"));
+    const auto noted = notes();
+    EXPECT_FALSE(steps.announce_) << "nobody listens any more";
+    ASSERT_THAT(noted, SizeIs(2));
+    EXPECT_EQ(noted[0].kind, NoteKind::claimed);
+    EXPECT_EQ(noted[0].contentHash, digestOf("one"));
+    EXPECT_EQ(noted[0].path, "");
 }
 
 TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {

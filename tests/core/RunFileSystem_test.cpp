@@ -21,6 +21,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 using ordovan::ConfinedFolders;
 using ordovan::RunFileSystem;
@@ -297,6 +298,29 @@ TEST_P(Run, BelievesWhoHashedForIt) {
     SystemFileSystem other;
     EXPECT_FALSE(RunFileSystem::voucher(other));
     EXPECT_EQ(RunFileSystem::rootOf(other), "");
+}
+
+TEST_P(Run, AnnouncesMovesThatTakeMoreThanOneStep) {
+    std::vector<std::string> announced;
+    fs.announceTo([&](const Url& item) {
+        EXPECT_TRUE(has("a"));
+        EXPECT_FALSE(has("b"));
+        announced.emplace_back(item.lastPathComponent());
+    });
+    for (const char* name : {"a", "c"}) write(name, name);
+    EXPECT_EQ(error(fs.move(at("c"), at("d"))), 0);
+    EXPECT_TRUE(announced.empty()) << "in one";
+    renameRefusal = EINVAL;
+    EXPECT_EQ(error(fs.move(at("a"), at("b"))), 0);
+    EXPECT_EQ(announced, std::vector<std::string>{"a"});
+    fs.announceTo([&](const Url& item) { announced.emplace_back(item.lastPathComponent()); });
+    linkRefusal = EPERM;
+    EXPECT_EQ(error(fs.move(at("b"), at("a"))), 0);
+    EXPECT_EQ(error(fs.trash(at("a"))), 0);
+    EXPECT_EQ(announced, (std::vector<std::string>{"a", "b", "a"}));
+    fs.announceTo({});
+    EXPECT_EQ(error(fs.move(at("d"), at("c"))), 0);
+    EXPECT_EQ(announced.size(), 3U);
 }
 
 TEST_P(Run, BelievesNobodyWhoHashedAnotherFile) {

@@ -250,6 +250,15 @@ TEST(RunRecord, EndsItsNotesAtTheFirstThatCanNotBe) {
     }
 }
 
+TEST(RunRecord, TellsOfAClaimWithoutAPath) {
+    OrdovanRunNote claim = notes()[1];
+    claim.kind = NoteKind::claimed;
+    claim.path = {};
+    EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, ElementsAre(claim));
+    claim.path = notes()[1].path;
+    EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, IsEmpty());
+}
+
 TEST(RunRecord, EndsItsNotesAtARenameThatCanNotBe) {
     const std::string head = encoded(intent(), {notes()[0]});
     for (const char* line : {"{\"bytes\":5,\"hash\":\"aa\",\"renamed\":1}\n", "{\"bytes\":5,\"renamed\":1}\n"}) {

@@ -28,6 +28,9 @@ struct Flow {
     void (*prepare)(Disk& disk);
     /// The run itself, the preview before it included.
     void (*act)(Disk& disk);
+    /// What the file systems do not know.
+    enum class Lacks { nothing, exclusiveRenames, exclusiveRenamesAndLinks };
+    Lacks lacks = Lacks::nothing;
 };
 
 namespace flows {
@@ -84,18 +87,44 @@ inline constexpr std::array allFlows = {
     Flow{"restore across volumes", true, flows::fill, flows::trashAndMount, flows::restore},
 };
 
+/// Moves that take more than one step, as NFS and many FUSE file systems need them, and those without links.
+inline constexpr std::array stepwiseFlows = {
+    Flow{"organize by links", false, flows::fill, flows::nothing, flows::organize, Flow::Lacks::exclusiveRenames},
+    Flow{"organize across volumes by links", true, flows::fillAcross, flows::nothing, flows::organize,
+         Flow::Lacks::exclusiveRenames},
+    Flow{"trash files by links", false, flows::fill, flows::nothing, flows::trashFiles, Flow::Lacks::exclusiveRenames},
+    Flow{"organize over empty files", false, flows::fill, flows::nothing, flows::organize,
+         Flow::Lacks::exclusiveRenamesAndLinks},
+    Flow{"organize across volumes over empty files", true, flows::fillAcross, flows::nothing, flows::organize,
+         Flow::Lacks::exclusiveRenamesAndLinks},
+    Flow{"undo over empty files", false, flows::fill, flows::organize, flows::undo,
+         Flow::Lacks::exclusiveRenamesAndLinks},
+    Flow{"trash files over empty files", false, flows::fill, flows::nothing, flows::trashFiles,
+         Flow::Lacks::exclusiveRenamesAndLinks},
+    Flow{"restore over empty files", false, flows::fill, flows::trashFiles, flows::restore,
+         Flow::Lacks::exclusiveRenamesAndLinks},
+};
+
 /// A disk on which a flow is about to begin, and what has to hold of it whatever comes.
 class Scene {
 public:
     /// On a disk of its own, or in a folder of a volume.
     template <class... Place>
     explicit Scene(const Flow& flow, const Place&... place) : disk(place...), flow_(flow) {
+        std::map<std::string_view, int> lacking;
+        if (flow.lacks != Flow::Lacks::nothing) lacking["renameat2"] = EINVAL;
+        if (flow.lacks == Flow::Lacks::exclusiveRenamesAndLinks) lacking["linkat"] = EPERM;
+        SystemCalls::lack(std::move(lacking));
         flow_.fill(disk);
         original_ = plainTree();
         contents_ = disk.contents();
         decoy_ = disk.decoy();
         flow_.prepare(disk);
     }
+
+    ~Scene() { SystemCalls::lack({}); }
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
 
     void act() { flow_.act(disk); }
 

@@ -118,10 +118,13 @@ TEST(KilledRun, IsNotPutInOrderInAFolderWhoseNameIsOnlySpelledAlike) {
     EXPECT_EQ(program.model().recoverableJournal()->entries.size(), 1U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, Kills, ::testing::ValuesIn(allFlows), [](const auto& of) {
+std::string nameOf(const ::testing::TestParamInfo<Flow>& of) {
     std::string name(of.param.name);
     std::ranges::replace(name, ' ', '_');
     return name;
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Kills, ::testing::ValuesIn(allFlows), nameOf);
+INSTANTIATE_TEST_SUITE_P(InSteps, Kills, ::testing::ValuesIn(stepwiseFlows), nameOf);
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -63,6 +64,12 @@ public:
         const std::lock_guard lock(mutex_);
         isWatching_ = false;
     }
+    /// From now on the calls of these names fail with these errors, as on a file system that does not know them,
+    /// whether calls are watched or not.
+    static void lack(std::map<std::string_view, int> errors) {
+        const std::lock_guard lock(mutex_);
+        lacking_ = std::move(errors);
+    }
     /// The calls that were counted, in order: "renameat2 /x/a".
     static std::vector<std::string> calls() {
         const std::lock_guard lock(mutex_);
@@ -85,7 +92,12 @@ public:
     /// One call on its way. `Result` is what the C library's function returns, -1 meaning an error.
     template <class Result, class Real>
     static Result pass(const Subject& subject, const Real& real) {
-        if (!isWatching_ || isInside_) return real(false);
+        if (isInside_ || (!isWatching_ && lacking_.empty())) return real(false);
+        const auto lacking = lacking_.find(subject.name);
+        if (lacking != lacking_.end()) {
+            errno = lacking->second;
+            return static_cast<Result>(-1);
+        }
         const Fate fate = meet(subject);
         perform(fate.before);
         if (fate.error != 0 && !fate.afterEffect) {
@@ -158,6 +170,7 @@ private:
 
     static inline std::mutex mutex_;
     static inline SystemCallPlan plan_;
+    static inline std::map<std::string_view, int> lacking_;
     static inline std::vector<std::string> calls_;
     static inline std::size_t happened_ = 0;
     static inline bool isWatching_ = false;

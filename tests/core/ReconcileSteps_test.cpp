@@ -1,0 +1,212 @@
+// What a move leaves that takes more than one step: a second name, an empty file, an original under a hidden name.
+
+#include "tests/support/ReconcileFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <string>
+
+using ordovan::test::ReconcileFixture;
+using ordovan::testing::digestOf;
+using ordovan::testing::Operation;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Kind = OrdovanRunRecord::Kind;
+using NoteKind = OrdovanRunNote::Kind;
+
+namespace {
+
+constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+constexpr const char* aside = "/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds; the runs begin at 100
+constexpr const char* removed = "The empty file that kept its place was removed; the file is where it was.";
+constexpr const char* occupied = "A file already exists at the destination; left untouched.";
+constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
+
+class ReconcileClaims : public ReconcileFixture {
+protected:
+    ReconcileClaims() {
+        tree({"a = one"});
+        intend("/r/a", "/r/ordovan+/a");
+    }
+    void leave(std::string_view content) {
+        memory.write("/r/ordovan+/a", content);
+        memory.setModified("/r/ordovan+/a", 99 * second);
+    }
+};
+
+TEST_F(ReconcileClaims, TheEmptyFileByWhichThePlaceWasTakenIsRemoved) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_THAT(sentences(found), ElementsAre(removed));
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+TEST_F(ReconcileClaims, AnEmptyFileThatTheRunDidNotAnnounceStays) {
+    leave("");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(occupied));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileClaims, AFileThatIsNotEmptyAnyMoreStays) {
+    note(NoteKind::claimed, "one");
+    leave("theirs");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(occupied));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "theirs");
+}
+
+TEST_F(ReconcileClaims, AnEmptyFileThatIsOlderThanTheRunStays) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    memory.setModified("/r/ordovan+/a", 97 * second);
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(occupied));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileClaims, AnEmptyFileWithASecondNameStays) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    memory.hardLink("/r/kept", "/r/ordovan+/a");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(occupied));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileClaims, AnEmptyFileThatIsBeingWrittenStaysForTheNextTime) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    fs.failCall(Operation::contentHash, 1, EBUSY);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre(notExamined));
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileClaims, AnEmptyFileStaysWhereTheFileItselfIsGone) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    memory.removeTree("/r/a");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 0, 0, 1));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileClaims, AVerifiedCopyTakesThePlaceThatWasKeptForIt) {
+    note(NoteKind::begun, "one", partial, false);
+    note(NoteKind::claimed, "one");
+    leave("");
+    memory.write(partial, "one");
+    memory.removeTree("/r/a");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was put in place."));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileClaims, ASecondNameIsTakenAwayWhereTheVolumeKeepsNoIdentities) {
+    run.intent.items[0].identity.clear();
+    memory.makeDirectory("/r/ordovan+");
+    memory.hardLink("/r/ordovan+/a", "/r/a");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0)) << "not announced";
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+    note(NoteKind::claimed, "one");
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 0, 1, 0));
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
+/// The copy is in place, and the original on its way out.
+class ReconcileAsides : public ReconcileFixture {
+protected:
+    ReconcileAsides() {
+        memory.addVolume("/r/ordovan+");
+        tree({"a = one"});
+        intend("/r/a", "/r/ordovan+/a");
+        note(NoteKind::begun, "one", partial, false);
+        copy("/r/a", "/r/ordovan+/a");
+        move("/r/a", aside);
+    }
+};
+
+TEST_F(ReconcileAsides, AnOriginalUnderItsHiddenNameIsBackAndItsCopyGone) {
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was taken away again; the file is where it was."));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item(aside));
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+}
+
+TEST_F(ReconcileAsides, AnOriginalWhoseCopyIsGoneIsBack) {
+    memory.removeTree("/r/ordovan+/a");
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 1, 0, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
+TEST_F(ReconcileAsides, AnotherFileThatSlippedInGetsItsNameBack) {
+    memory.replace(aside, "somebody else's");
+    memory.setModified(aside, 5);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_EQ(memory.read("/r/a"), "somebody else's");
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+}
+
+TEST_F(ReconcileAsides, AnOriginalIsRemovedWhereAnotherFileTookItsNameAndItsCopyStands) {
+    memory.write("/r/a", "new");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
+    EXPECT_FALSE(memory.item(aside));
+    EXPECT_EQ(memory.read("/r/a"), "new");
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileAsides, AnOriginalStaysAndIsSaidWhereAnotherFileTookItsNameAndItsCopyIsNotThere) {
+    memory.write("/r/a", "new");
+    memory.write("/r/ordovan+/a", "edited");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + aside + "."));
+    EXPECT_EQ(memory.read(aside), "one");
+}
+
+TEST_F(ReconcileAsides, ARenameInStepsThatWasCutIsTakenBack) {
+    memory.hardLink("/r/a", aside);
+    EXPECT_THAT(sentences(OrdovanReconciler::reconcile(run, ports())),
+                ElementsAre("Its verified copy was taken away again; the file is where it was."));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item(aside));
+    memory.write(aside, "");
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 1, 0, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(ReconcileAsides, AnOriginalThatCanNotBeBroughtBackKeepsTheRecord) {
+    fs.failCall(Operation::move, 1, EACCES);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre(notExamined));
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_EQ(memory.read(aside), "one");
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileFixture, TheEmptyFileThatKeptAPlaceInTheTrashGoesWithItsInfoFile) {
+    constexpr const char* item = "/home/user/.local/share/Trash/files/a";
+    constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");
+    memory.write(item, "");
+    memory.setModified(item, 100 * second);
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0)) << "not announced";
+    EXPECT_TRUE(memory.item(item));
+    note(NoteKind::claimed, "one");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre("It had not reached the Trash; the file is where it was."));
+    EXPECT_FALSE(memory.item(item));
+    EXPECT_FALSE(memory.item(info));
+    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
+}
+
+}  // namespace
