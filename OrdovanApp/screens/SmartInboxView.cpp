@@ -21,10 +21,14 @@
 #include <QPushButton>
 #include <QStackedWidget>
 
+#include <chrono>
+
 using namespace Qt::StringLiterals;
 using Case = TidyViewModel::Phase::Case;
 
 namespace {
+
+constexpr std::chrono::milliseconds noticeable{300};  // what takes longer is said to go on
 
 QString outputFolder() {
     return Formats::text(OrdovanOutput::folderName);
@@ -79,6 +83,10 @@ void SmartInboxView::makeRescanning() {
     rescanning_ = makeFoot(u"rescanProgress"_s, rescan_);
     rescanning_->setObjectName(u"rescanning"_s);
     makeScanProgress(rescanning_, rescan_);
+    rescanDelay_.setObjectName(u"rescanDelay"_s);
+    rescanDelay_.setSingleShot(true);
+    rescanDelay_.setInterval(noticeable);
+    connect(&rescanDelay_, &QTimer::timeout, this, &SmartInboxView::showRescan);
 }
 
 QWidget* SmartInboxView::makeFailed() {
@@ -171,9 +179,20 @@ void SmartInboxView::refreshRun() {
 void SmartInboxView::refreshFoot() {
     const bool isApplying = context_.model.isApplying();
     const bool isRescan = !isApplying && context_.model.phase().kind == Case::scanning && page() != scanning_;
-    if (isRescan && rescanning_->isHidden()) rescan_->reset();
-    rescanning_->setVisible(isRescan);
-    plan_->setBarShown(!isApplying && !isRescan);
+    if (!isRescan) {
+        rescanning_->hide();
+        rescanDelay_.stop();
+    } else if (rescanning_->isHidden() && !rescanDelay_.isActive()) {
+        rescan_->reset();
+        rescanDelay_.start();
+    }
+    plan_->setBarShown(!isApplying && rescanning_->isHidden());
+}
+
+/// Most folders are scanned before anybody could read this: the bar would only flicker.
+void SmartInboxView::showRescan() {
+    rescanning_->show();
+    refreshFoot();
 }
 
 // Commands.

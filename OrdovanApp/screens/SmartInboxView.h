@@ -3,6 +3,7 @@
 #include "OrdovanApp/screens/SectionView.h"
 
 #include <QPointer>
+#include <QTimer>
 
 class EmptyState;
 class ProgressStrip;
@@ -38,6 +39,7 @@ private:
     void refreshHeader();
     void refreshRun();
     void refreshFoot();
+    void showRescan();
     [[nodiscard]] QWidget* page() const;
     [[nodiscard]] bool showsPlanOfFolder() const;
     [[nodiscard]] Sheet* confirmation();
@@ -50,6 +52,7 @@ private:
     ProgressStrip* scan_;
     QWidget* rescanning_;
     ProgressStrip* rescan_;  ///< of a folder whose last plan stays in sight
+    QTimer rescanDelay_{this};
     EmptyState* failed_;
     EmptyState* nothing_;
     SmartInboxPlan* plan_;

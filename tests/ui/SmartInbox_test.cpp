@@ -206,8 +206,12 @@ TEST_F(SmartInbox, KeepsTheListWhileItsFolderIsPreviewedAgain) {
 
 TEST_F(SmartInbox, TellsHowFarANewPreviewOfItsFolderIsAndCancelsIt) {
     preview({"a.pdf = 1", "b.pdf = 1"});
-    EXPECT_FALSE(widget<QWidget>(u"rescanning")->isVisible());
     model->preview();
+    EXPECT_FALSE(widget<QWidget>(u"rescanning")->isVisible()) << "what is over at once is not shown";
+    auto* delay = view().findChild<QTimer*>(u"rescanDelay"_s);
+    ASSERT_TRUE(delay->isActive());
+    delay->start(0);
+    QCoreApplication::processEvents();
     Q_EMIT model->previewProgressed(1204, 17);
     EXPECT_TRUE(list().isVisible());
     EXPECT_THAT(shown(), IsSupersetOf({u"Previewing folder, reading metadata only."_s, u"1,204 files in 17 folders"_s,
@@ -215,6 +219,7 @@ TEST_F(SmartInbox, TellsHowFarANewPreviewOfItsFolderIsAndCancelsIt) {
     click(widget<ProgressStrip>(u"rescanProgress")->findChild<QPushButton*>(u"progressCancel"_s));
     tasks.finish();
     EXPECT_FALSE(widget<QWidget>(u"rescanning")->isVisible());
+    EXPECT_FALSE(delay->isActive());
     EXPECT_TRUE(widget(u"tickAll")->isVisible());
     EXPECT_EQ(rows().size(), 2);
 }
