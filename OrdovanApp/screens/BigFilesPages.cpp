@@ -6,7 +6,6 @@
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/Card.h"
-#include "OrdovanApp/theme/ElidedLabel.h"
 #include "OrdovanApp/theme/EmptyState.h"
 #include "OrdovanApp/theme/FilterField.h"
 #include "OrdovanApp/theme/RowsView.h"
@@ -15,10 +14,12 @@
 #include "OrdovanApp/theme/StyleSheet.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -45,6 +46,33 @@ constexpr int narrowList = 640;
 constexpr int linkPadding = 7;
 constexpr int lowPage = 400;
 constexpr int leastListHeight = 100;
+
+/// Holds two choices side by side: what the first does not need of its two thirds, the second has.
+class FilterRow : public QWidget {
+public:
+    using QWidget::QWidget;
+    /// `taken`: the room of what is not theirs.
+    void share(Segments* first, Segments* second, int taken) {
+        first_ = first;
+        second_ = second;
+        taken_ = taken;
+        connect(first, &Segments::currentChanged, this, [this] { fit(); });
+    }
+
+protected:
+    void resizeEvent(QResizeEvent*) override { fit(); }
+
+private:
+    void fit() {
+        const int room = width() - taken_;
+        const int share = std::min(2 * room / 3, room - second_->minimumSizeHint().width());
+        first_->setMaximumWidth(first_->widthWithin(share));
+    }
+
+    Segments* first_ = nullptr;
+    Segments* second_ = nullptr;
+    int taken_ = 0;
+};
 
 }  // namespace
 
@@ -85,10 +113,10 @@ QWidget* BigFilesView::makeStats() {
     find_ = Buttons::link(tr("Find Duplicates"), findCard_);
     find_->setObjectName(u"findDuplicates"_s);
     connect(find_, &QPushButton::clicked, this, [this] { context_.commands.post(Commands::findDuplicates); });
-    auto* caption = new ElidedLabel(tr("to see the space held in duplicate copies"), findCard_);
-    caption->setElideMode(Qt::ElideRight);
-    StyleSheet::setType(caption, StyleSheet::LabelType::caption);
+    auto* caption = new QLabel(tr("to see the space held in duplicate copies"), findCard_);
     caption->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    caption->setWordWrap(true);
+    StyleSheet::setType(caption, StyleSheet::LabelType::caption);
     auto* card = new QVBoxLayout(findCard_);
     card->setContentsMargins(16 - linkPadding, 11, 16, 12);
     caption->setContentsMargins(linkPadding, 0, 0, 0);
@@ -104,7 +132,7 @@ QWidget* BigFilesView::makeStats() {
 }
 
 QWidget* BigFilesView::makeFilters() {
-    auto* row = new QWidget(files_);
+    auto* row = new FilterRow(files_);
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
@@ -122,6 +150,7 @@ QWidget* BigFilesView::makeFilters() {
     layout->addWidget(search_);
     layout->addWidget(sizes_, 2);
     layout->addWidget(kinds_, 1);
+    row->share(sizes_, kinds_, search_->sizeHint().width() + 2 * layout->spacing());
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& text) {
         model_.setQuery(text);
         showListOrNothing();

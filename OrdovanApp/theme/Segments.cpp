@@ -165,18 +165,29 @@ int Segments::widthOf(int count) const {
     return width;
 }
 
-void Segments::place() {
+Segments::Fit Segments::fitting(int room) const {
     const int count = static_cast<int>(segments_.size());
-    shown_ = count;
+    const int all = widthOf(count);
+    if (all <= room) return {.shown = count, .used = all, .needed = all};
     const QString chosen = texts_.value(current_);
     const QFontMetrics metrics(fontOf(theme_, true));
     const auto menuWidth = [&](const QString& text) {
         return std::min(widestMenuText, metrics.horizontalAdvance(text)) + theme_.scaled(52);
     };
     const int widestMenu = std::max(menuWidth(tr("More")), menuWidth(chosen));
-    if (widthOf(count) > width()) {
-        while (shown_ > 0 && widthOf(shown_) + widestMenu > width()) --shown_;
-    }
+    int shown = count;
+    while (shown > 0 && widthOf(shown) + widestMenu > room) --shown;
+    const QString menu = current_ >= shown ? chosen : tr("More");
+    return {.shown = shown,
+            .used = std::min(room, widthOf(shown) + menuWidth(menu)),
+            .needed = std::min(room, widthOf(shown) + widestMenu)};
+}
+
+void Segments::place() {
+    const int count = static_cast<int>(segments_.size());
+    const Fit fit = fitting(width());
+    shown_ = fit.shown;
+    used_ = fit.used;
     int x = 0;
     for (int i = 0; i < count; ++i) {
         Segment* segment = segments_[i];
@@ -189,9 +200,10 @@ void Segments::place() {
     const bool overflow = shown_ < count;
     more_->setVisible(overflow);
     const bool inMenu = overflow && current_ >= shown_;
-    used_ = overflow ? std::min(width(), x + menuWidth(inMenu ? chosen : tr("More"))) : x;
     update();
     if (!overflow) return;
+    const QString chosen = texts_.value(current_);
+    const QFontMetrics metrics(fontOf(theme_, true));
     more_->setGeometry(x + 1, 1, std::max(0, used_ - x - 2), height() - 2);
     const QString text = inMenu ? metrics.elidedText(chosen, Qt::ElideRight, widestMenuText) : tr("More");
     more_->setText(QString(text).replace(u'&', u"&&"_s));

@@ -28,6 +28,9 @@ public:
     /// What the segments take of the widget: all but the room behind the last one.
     [[nodiscard]] QRect outline() const { return {0, 0, used_, height()}; }
 
+    /// How much of a room the segments need to look as they would look in all of it.
+    [[nodiscard]] int widthWithin(int room) const { return fitting(room).needed; }
+
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
 
@@ -41,6 +44,13 @@ protected:
 
 private:
     class Segment;
+    /// How many segments have room, how much they take with the menu of the others, and how much they need so that
+    /// this menu has room for its text, whichever is chosen.
+    struct Fit {
+        int shown = 0;
+        int used = 0;
+        int needed = 0;
+    };
 
     void rebuild();
     void place();
@@ -48,6 +58,7 @@ private:
     void markCurrent();
     void step(int by);
     [[nodiscard]] int widthOf(int count) const;
+    [[nodiscard]] Fit fitting(int room) const;
 
     const ThemeEnvironment& theme_;
     QStringList texts_;

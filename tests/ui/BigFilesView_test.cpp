@@ -293,6 +293,16 @@ TEST_F(BigFiles, TellsWhatWasMoved) {
     EXPECT_EQ(model->trashRecord()->entries.size(), 1U);
 }
 
+TEST_F(BigFiles, PutsItsFiltersSideBySideWhereThereIsLittleRoom) {
+    preview({"a.pdf = 1", "b.jpg = 1", "c.zip = 1"});
+    view().resize(584, 500);
+    QCoreApplication::processEvents();
+    const auto* sizes = widget<Segments>(u"sizeFilter");
+    EXPECT_LT(sizes->width(), sizes->sizeHint().width());
+    EXPECT_EQ(sizes->width(), sizes->widthWithin(sizes->width()));
+    EXPECT_EQ(widget<Segments>(u"kindFilter")->x(), sizes->geometry().right() + 1 + 8);
+}
+
 TEST_F(BigFiles, GivesUpItsFiguresBeforeTheBarWouldCoverTheList) {
     preview({"a.dmg = 12", "b.zip = 1"});
     tick(1);
