@@ -304,6 +304,26 @@ class Window:
         states = self.control(name, role).get_state_set()
         return states.contains(getattr(self.desk.atspi.StateType, state))
 
+    def told_states(self, name, state, act):
+        """What assistive technologies are told of a state ("enabled", "checked", ...) of something of this name from
+        `act()` on, until something is."""
+        from gi.repository import GLib
+        loop, told = GLib.MainLoop(), []
+
+        def hear(event):
+            with contextlib.suppress(Exception):
+                if event.source.get_name() == name:
+                    told.append(bool(event.detail1))
+                    loop.quit()
+        listener = self.desk.atspi.EventListener.new(hear)
+        listener.register("object:state-changed:" + state)
+        act()
+        give_up = GLib.timeout_add(PATIENCE * 1000, loop.quit)
+        loop.run()
+        GLib.source_remove(give_up) if told else None
+        listener.deregister("object:state-changed:" + state)
+        return told
+
     def extents(self, name, role=None):
         """Its place on the screen: x, y, width, height."""
         box = self.control(name, role).get_component_iface().get_extents(self.desk.atspi.CoordType.SCREEN)

@@ -61,6 +61,16 @@ class Organize(unittest.TestCase):
             window.wait("5 proposed · 0 need review")
             self.assertTrue(window.find("Organize 4 Files…"), "what was unticked stays so")
 
+    def test_it_is_told_that_rows_are_locked_during_a_run(self):
+        harness.tree(self.folder, {"0/%04d.pdf" % number: str(number) for number in range(2000)})
+        with desk.start(self.folder / "0") as window:
+            window.wait("2000 proposed · 0 need review")
+            window.press("Organize 2,000 Files…")
+            window.wait("Organize these files?")
+            told = window.told_states("0000.pdf", "enabled", lambda: window.press("Organize 2,000 Files"))
+            self.assertEqual(told[:1], [False])
+            window.wait("Last organize run moved")
+
     def test_everything_works_from_the_keyboard(self):
         with desk.start(self.folder) as window:
             window.wait("5 proposed · 0 need review")
