@@ -90,6 +90,7 @@ constexpr const char* sentences[] = {
     QT_TRANSLATE_NOOP("Engine", "Its verified copy was taken away again; the file is where it was."),
     QT_TRANSLATE_NOOP("Engine", "An unfinished copy of it was removed; the file is where it was."),
     QT_TRANSLATE_NOOP("Engine", "It had not reached the Trash; the file is where it was."),
+    QT_TRANSLATE_NOOP("Engine", "The empty file that kept its place was removed; the file is where it was."),
     QT_TRANSLATE_NOOP("Engine", "Its verified copy was put in place."),
     QT_TRANSLATE_NOOP("Engine", "A verified copy of it lies at %1."),
     QT_TRANSLATE_NOOP("Engine", "An unfinished copy of it lies at %1."),

@@ -121,7 +121,7 @@ void BigFilesView::refreshFigures() {
     if (report) stats.append({Formats::byteSize(report->reclaimableBytes()), tr("in duplicate copies"), true});
     stats_->setStats(stats);
     findCard_->setVisible(!report);
-    installers_->setVisible(model_.hasInstallers() && !hintClosed_);
+    refreshHint();
 }
 
 void BigFilesView::refreshCopies() {
@@ -165,6 +165,12 @@ void BigFilesView::showListOrNothing() {
     else if (model_.rowCount() == 0)
         shown = noMatch_;
     stack_->setCurrentWidget(shown);
+    refreshHint();
+}
+
+/// Where no file is in sight there is nothing to hint at, and no room either.
+void BigFilesView::refreshHint() {
+    installers_->setVisible(model_.hasInstallers() && !hintClosed_ && stack_->currentWidget() == list_);
 }
 
 // Filters.

@@ -52,6 +52,7 @@ private:
     void refreshRun();
     void showListOrNothing();
     void refreshRoom();
+    void refreshHint();
 
     void chooseSize(int segment);
     void chooseKind(int segment);

@@ -6,7 +6,6 @@
 #include "OrdovanApp/theme/StyleSheet.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
@@ -92,9 +91,9 @@ private:
 };
 
 ProgressStrip::ProgressStrip(const ThemeEnvironment& theme, QWidget* parent)
-    : Card(theme, parent), text_(new QLabel(this)), detail_(new ElidedLabel(this)), bar_(new Bar(theme, this)) {
+    : Card(theme, parent), text_(new ElidedLabel(this)), detail_(new ElidedLabel(this)), bar_(new Bar(theme, this)) {
     text_->setObjectName(QStringLiteral("progressText"));
-    text_->setTextFormat(Qt::PlainText);
+    text_->setElideMode(Qt::ElideRight);
     StyleSheet::setType(text_, LabelType::strong);
     detail_->setObjectName(QStringLiteral("progressDetail"));
     StyleSheet::setType(detail_, LabelType::caption);

@@ -3,7 +3,6 @@
 #include "OrdovanApp/theme/Card.h"
 
 class ElidedLabel;
-class QLabel;
 class QPushButton;
 
 /// Long work as it goes: what is done, how far, and a "Cancel" button. Its height never changes.
@@ -31,7 +30,7 @@ Q_SIGNALS:
 private:
     class Bar;
 
-    QLabel* text_;
+    ElidedLabel* text_;
     ElidedLabel* detail_;
     Bar* bar_;
     QPushButton* cancel_;

@@ -70,11 +70,11 @@ private:
 ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, QWidget* parent)
     : QWidget(parent),
       theme_(theme),
-      title_(new QLabel(title, this)),
+      title_(new ElidedLabel(title, this)),
       lede_(new QLabel(this)),
       pill_(new Pill(theme, this)) {
     title_->setObjectName(QStringLiteral("screenTitle"));
-    title_->setTextFormat(Qt::PlainText);
+    title_->setElideMode(Qt::ElideRight);
     StyleSheet::setType(title_, LabelType::title);
     lede_->setObjectName(QStringLiteral("screenLede"));
     lede_->setTextFormat(Qt::PlainText);

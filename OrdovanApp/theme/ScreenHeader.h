@@ -6,6 +6,7 @@
 
 #include <optional>
 
+class ElidedLabel;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
@@ -35,7 +36,7 @@ private:
     void placeLede();
 
     const ThemeEnvironment& theme_;
-    QLabel* title_;
+    ElidedLabel* title_;
     QLabel* lede_;
     Pill* pill_;
     QVBoxLayout* whole_;

@@ -872,7 +872,7 @@
     </message>
     <message>
         <source>Folder names can&apos;t contain / or :, start with a dot, or be longer than 64 characters.</source>
-        <translation>Ordnernamen dürfen weder / noch : enthalten, nicht mit einem Punkt beginnen und höchstens 64 Zeichen lang sein.</translation>
+        <translation>Ordnernamen: weder / noch :, kein Punkt am Anfang, höchstens 64 Zeichen.</translation>
     </message>
     <message>
         <source>Add at least one file extension, like dmg or pkg.</source>
@@ -933,6 +933,10 @@
     <message>
         <source>The restore record couldn&apos;t be updated on disk. Files already put back may be listed again; putting them back again is refused safely.</source>
         <translation>Das Protokoll zum Zurücklegen ließ sich nicht erneuern. Zurückgelegte Dateien stehen vielleicht noch einmal in der Liste; ein zweites Zurücklegen wird sicher abgelehnt.</translation>
+    </message>
+    <message>
+        <source>The empty file that kept its place was removed; the file is where it was.</source>
+        <translation>Die leere Datei, die ihren Platz freihielt, wurde entfernt; die Datei liegt, wo sie war.</translation>
     </message>
 </context>
 <context>
@@ -1479,7 +1483,7 @@
     </message>
     <message>
         <source>This file is no longer there. Missing: deleted or moved since organizing. Undo will skip it.</source>
-        <translation>Nicht mehr da: seit dem Einsortieren gelöscht oder verschoben. Rückgängig machen überspringt sie.</translation>
+        <translation>Nicht mehr da: seit dem Einsortieren gelöscht oder verschoben. Rückgängigmachen überspringt sie.</translation>
     </message>
     <message>
         <source>The record names a place outside this folder or behind a link. Undo will refuse it.</source>
@@ -1532,7 +1536,7 @@
     </message>
     <message>
         <source>Undo Organize…</source>
-        <translation>Rückgängig machen…</translation>
+        <translation>Rückgängig…</translation>
     </message>
     <message>
         <source>Put All Back…</source>
@@ -1722,7 +1726,7 @@
     </message>
     <message>
         <source>Files of this type go to Other, unless a rule of yours sends them elsewhere.</source>
-        <translation>Dateien dieses Typs kommen nach Other, sofern keine Ihrer Regeln sie anderswohin schickt.</translation>
+        <translation>Dateien dieses Typs kommen nach Other, wenn keine Ihrer Regeln passt.</translation>
     </message>
     <message>
         <source>Hide Built-in Types</source>
@@ -2129,7 +2133,7 @@
     </message>
     <message>
         <source>Applying is explicit and reversible</source>
-        <translation>Nur auf Ihr Wort, und umkehrbar</translation>
+        <translation>Nur auf Ihre Anweisung, und umkehrbar</translation>
     </message>
     <message>
         <source>Cross-volume moves are copy-verified before removal</source>
