@@ -52,8 +52,11 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
     layout->addLayout(column, 1);
 
     connect(&context_.commands, &CommandCenter::posted, this, &ContentView::observe);
-    connect(sidebar_, &Sidebar::currentChanged, this,
-            [this](Section section) { stack_->setCurrentWidget(screen(section).widget); });
+    connect(sidebar_, &Sidebar::currentChanged, this, [this](Section section) {
+        stack_->setCurrentWidget(screen(section).widget);
+        // A screen where nothing takes the focus has been given it as a whole, and does nothing with it.
+        if (stack_->currentWidget()->hasFocus()) sidebar_->focusCurrent();
+    });
     connectModel();
     makeShortcuts();
     stack_->setCurrentWidget(screen(section()).widget);

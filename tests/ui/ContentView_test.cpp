@@ -89,6 +89,18 @@ TEST_F(ContentViews, GoesToASectionByItsNumber) {
     EXPECT_EQ(view().section(), Section::inbox);
 }
 
+TEST_F(ContentViews, HasTheFocusInTheSidebarWhereASectionTakesNone) {
+    view().show();
+    view().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&view()));
+    QPushButton button(view().findChild<QWidget*>(u"screen-inbox"_s));
+    button.show();
+    button.setFocus();
+    ASSERT_TRUE(button.hasFocus());
+    view().showSection(Section::history);
+    EXPECT_TRUE(item("history")->hasFocus());
+}
+
 TEST_F(ContentViews, GoesToTheSearchOfItsSection) {
     view().show();
     FilterField field(theme, u"Search types, e.g. pdf"_s, view().findChild<QWidget*>(u"screen-inbox"_s));
