@@ -75,12 +75,6 @@ QString count(qint64 number) {
     return locale().toString(number);
 }
 
-QString counted(qint64 number, QStringView noun) {
-    QString text = count(number).append(u' ').append(noun);
-    if (number != 1) text += u's';
-    return text;
-}
-
 QString files(qint64 number) {
     return QCoreApplication::translate("Formats", "%1 files", nullptr, pluralOf(number)).arg(count(number));
 }

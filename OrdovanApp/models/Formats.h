@@ -20,9 +20,7 @@ namespace Formats {
 /// A number with its digits grouped: "1,204".
 [[nodiscard]] QString count(qint64 number);
 
-/// "1 file", "1,204 files": `noun` with an "s" for every number but one.
-[[nodiscard]] QString counted(qint64 number, QStringView noun);
-/// The same, in the language of the texts.
+/// "1 file", "1,204 files".
 [[nodiscard]] QString files(qint64 number);
 
 /// The local day of an instant (seconds since 1970-01-01 00:00 UTC) with its month abbreviated: "12 Nov 2026". Empty

@@ -15,6 +15,12 @@ FOLDER = ROOT / "OrdovanApp/translations"
 sys.dont_write_bytecode = True
 
 
+LITERAL = re.compile(r'(?:u|QStringLiteral\()"((?:\\.|[^"\\])*)"')
+NO_TEXTS = {"ordovan+", "Markdown (*.md)", "CSV (*.csv)", "ShowItems", "ShowFolders", "SettingChanged", "ReadAll",
+            "POSIX", "Fusion", "MM…", "Sans", "Sans Serif", "DejaVu Sans", "Bitstream Vera Sans", "Liberation Sans",
+            "Inter", "Cantarell", "Noto Sans"}
+
+
 class Message:
     def __init__(self, context, element):
         self.context = context
@@ -53,6 +59,14 @@ class Catalogues(unittest.TestCase):
             for file in FOLDER.glob("*.ts"):
                 self.assertTrue(filecmp.cmp(file, pathlib.Path(folder) / file.name, shallow=False),
                                 "%s is not that of the sources; run scripts/translations" % file.name)
+
+    def test_leave_out_no_text_of_the_window(self):
+        """A literal that reads like a text is one, unless it is known not to be."""
+        for folder in ("screens", "models", "theme"):
+            for file in sorted((ROOT / "OrdovanApp" / folder).glob("*.[ch]*")):
+                for literal in LITERAL.findall(file.read_text()):
+                    reads = re.search(r"[A-Za-z]{2}", literal) and re.search(r"^[A-Z]|^[^<]*[a-z] [a-z]", literal)
+                    self.assertTrue(not reads or literal in NO_TEXTS, "%s: %s is not translated" % (file.name, literal))
 
     def test_are_finished(self):
         for message, text in self.each():
