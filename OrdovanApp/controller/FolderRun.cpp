@@ -111,21 +111,26 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
 }
 
 void Record::endNotes() {
-    if (notes_ != nullptr) syncArrivals();
+    if (notes_ != nullptr) syncMoves();
     recorded_.reset();
     notes_.reset();
 }
 
-/// What was renamed has to be on the disk before a record that says so: the record may lie on another volume, and not
+/// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
 /// every file system keeps the order. (The Trash need not be: a record of what is not there yet does no harm.)
-void Record::syncArrivals() const {
-    if (!ports_.recording.syncFoldersOf) return;
-    std::vector<Url> places;
-    places.reserve(intent_.items.size());
+void Record::syncMoves() const {
+    if (!ports_.recording.syncMoves) return;
+    std::vector<Url> arrivals, departures;
+    arrivals.reserve(intent_.items.size());
+    departures.reserve(intent_.items.size());
     for (const OrdovanRunItem& item : intent_.items) {
-        if (item.destination.view().starts_with(below_)) places.push_back(Url::file(item.destination));
+        if (!item.destination.view().starts_with(below_)) continue;
+        arrivals.push_back(Url::file(item.destination));
+        if (item.source.view().starts_with(below_) || ordovan::isInTrash(item.source)) {
+            departures.push_back(Url::file(item.source));
+        }
     }
-    ports_.recording.syncFoldersOf(places);
+    ports_.recording.syncMoves(arrivals, departures);
 }
 
 bool Record::remove() {

@@ -91,7 +91,7 @@ private:
     void lookAtAll();
     void lookAt(OrdovanRunItem& item);
     [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const;
-    void syncArrivals() const;
+    void syncMoves() const;
 
     const TidyPorts& ports_;
     bool isWanted_;

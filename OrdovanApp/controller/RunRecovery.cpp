@@ -50,19 +50,21 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
 }
 
 /// Puts what the run has moved on the disk before a record says that it was.
-void syncArrivals(const TidyPorts& ports, const OrdovanReconciliation& found) {
-    if (!ports.recording.syncFoldersOf) return;
-    std::vector<Url> places;
+void syncMoves(const TidyPorts& ports, const OrdovanReconciliation& found) {
+    if (!ports.recording.syncMoves) return;
+    std::vector<Url> arrivals, departures;
     for (const OrdovanExecutionOutcome& outcome : found.run.outcomes) {
-        if (outcome.status == OrdovanExecutionStatus::moved) places.push_back(outcome.destination);
+        if (outcome.status != OrdovanExecutionStatus::moved) continue;
+        arrivals.push_back(outcome.destination);
+        departures.push_back(outcome.source);
     }
-    ports.recording.syncFoldersOf(places);
+    ports.recording.syncMoves(arrivals, departures);
 }
 
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
 bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run, OrdovanReconciliation& found,
            RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
-    syncArrivals(ports, found);
+    syncMoves(ports, found);
     if (!found.journal.entries.empty() || !found.restored.empty()) {
         result.journal = storeJournal(ports, root, run, found, memory, nowEpoch);
         memory.journal = result.journal->journal;

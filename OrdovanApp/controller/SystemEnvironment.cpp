@@ -122,7 +122,7 @@ TidyPorts SystemEnvironment::ports() {
                               [](const Url& item, const Url& putBackTo) {
                                   ordovan::forgetTrashInfo(item.path(), putBackTo.path());
                               },
-                          .syncFoldersOf = ordovan::syncFoldersOf,
+                          .syncMoves = ordovan::syncMoves,
                           .keepsIdentities = ordovan::keepsIdentities}};
 }
 

@@ -38,8 +38,8 @@ struct RecordingPorts {
     std::function<OrdovanResult<std::vector<ordovan::TrashedFile>>(std::span<const Url> originals)> findInTrash = {};
     std::function<OrdovanResult<void>(const ordovan::TrashedFile& orphan)> removeTrashInfo = {};
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo = {};
-    /// `ordovan::syncFoldersOf`, or a stand-in; empty: nothing is flushed.
-    std::function<void(std::span<const Url> items)> syncFoldersOf = {};
+    /// `ordovan::syncMoves`, or a stand-in; empty: nothing is flushed.
+    std::function<void(std::span<const Url> arrivals, std::span<const Url> departures)> syncMoves = {};
     /// `ordovan::keepsIdentities`, or a stand-in; asked once for each device of a run. Empty: all do.
     std::function<bool(const Url& item)> keepsIdentities = {};
 };

@@ -11,6 +11,8 @@
 #include <cstddef>
 #include <string>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace ordovan {
 
@@ -29,6 +31,47 @@ bool isThere(const Url& item) {
     struct ::stat facts;
     return path.error() == 0 && ::lstat(path.text(), &facts) == 0;
 }
+
+/// A folder from which or to which items were moved. Not held open: there may be more than a process may open.
+class MovesFolder {
+public:
+    explicit MovesFolder(std::string_view path) : path_(path) {
+        const Descriptor folder = opened();
+        struct ::stat facts;
+        struct ::statfs volume;
+        isThere_ = folder && ::fstat(folder.get(), &facts) == 0 && ::fstatfs(folder.get(), &volume) == 0;
+        if (!isThere_) return;
+        device_ = facts.st_dev;
+        // The field is signed on some machines and must not drag its sign along.
+        type_ = static_cast<unsigned long>(volume.f_type) & 0xffffffff;
+    }
+
+    [[nodiscard]] bool isThere() const { return isThere_; }
+    [[nodiscard]] ::dev_t device() const { return device_; }
+    /// Whether a rename reaches the disk whole or not at all, with either folder.
+    [[nodiscard]] bool renamesAtOnce() const {
+        return type_ == EXT4_SUPER_MAGIC || type_ == XFS_SUPER_MAGIC || type_ == BTRFS_SUPER_MAGIC ||
+               type_ == F2FS_SUPER_MAGIC;
+    }
+    /// Where folders are flushed one by one, btrfs would keep the new name and, where the old one's folder is not
+    /// flushed as well, the old one too. The server of a FUSE volume is told of flushed folders only.
+    [[nodiscard]] bool wantsWholeVolume(bool areMany) const {
+        return type_ == BTRFS_SUPER_MAGIC || (areMany && type_ != FUSE_SUPER_MAGIC);
+    }
+    void flush() const { static_cast<void>(::fsync(opened().get())); }
+    void flushVolume() const { static_cast<void>(::syncfs(opened().get())); }
+
+private:
+    [[nodiscard]] Descriptor opened() const {
+        const SystemPath text(Url::file(path_));
+        return Descriptor::open(text.text(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    }
+
+    std::string path_;
+    bool isThere_ = false;
+    ::dev_t device_ = 0;
+    unsigned long type_ = 0;
+};
 
 int makeOne(const char* path, ::mode_t mode) {
     return ::mkdir(path, mode) == 0 ? 0 : errno;
@@ -71,26 +114,35 @@ int syncFolderOf(FolderEntry item) {
     return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
 }
 
-void syncFoldersOf(std::span<const Url> items) {
-    std::unordered_set<std::string_view> folders;
-    for (const Url& item : items) {
-        const std::string_view folder = parentPath(item.path());
-        if (!folders.contains(folder) && isThere(item)) folders.insert(folder);
+void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures) {
+    std::vector<MovesFolder> folders;
+    std::unordered_set<std::string_view> known;
+    std::unordered_set<::dev_t> arrivedAt;
+    for (const Url& item : arrivals) {
+        const std::string_view path = parentPath(item.path());
+        if (known.contains(path) || !isThere(item)) continue;
+        known.insert(path);
+        MovesFolder folder(path);
+        if (!folder.isThere()) continue;
+        arrivedAt.insert(folder.device());
+        folders.push_back(std::move(folder));
     }
+    known.clear();
+    for (const Url& item : departures) {
+        std::string_view path = parentPath(item.path());
+        if (!known.insert(path).second) continue;
+        MovesFolder folder(path);
+        while (!folder.isThere() && path.size() > 1) folder = MovesFolder(path = parentPath(path));
+        const bool isOneChange = arrivedAt.contains(folder.device()) && folder.renamesAtOnce();
+        if (folder.isThere() && !isOneChange) folders.push_back(std::move(folder));
+    }
+    const bool areMany = folders.size() > mostFoldersOneByOne;
     std::unordered_set<::dev_t> whole;
-    for (const std::string_view each : folders) {
-        const SystemPath path(Url::file(each));
-        const Descriptor folder = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-        struct ::stat facts;
-        struct ::statfs volume;
-        if (!folder || ::fstat(folder.get(), &facts) != 0 || ::fstatfs(folder.get(), &volume) != 0) continue;
-        // Where folders are flushed one by one, btrfs would keep the new name and, where the old one's folder is not
-        // flushed as well, the old one too. The server of a FUSE volume is told of flushed folders only.
-        const bool isMany = folders.size() > mostFoldersOneByOne && volume.f_type != FUSE_SUPER_MAGIC;
-        if (!isMany && volume.f_type != BTRFS_SUPER_MAGIC) {
-            static_cast<void>(::fsync(folder.get()));
-        } else if (whole.insert(facts.st_dev).second) {
-            static_cast<void>(::syncfs(folder.get()));
+    for (const MovesFolder& folder : folders) {
+        if (!folder.wantsWholeVolume(areMany)) {
+            folder.flush();
+        } else if (whole.insert(folder.device()).second) {
+            folder.flushVolume();
         }
     }
 }

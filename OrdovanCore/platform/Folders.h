@@ -20,9 +20,13 @@ int makeFolders(std::string_view path, ::mode_t mode);
 /// counts as having done so.
 int syncFolderOf(FolderEntry item);
 
-/// Puts the names of items that were moved here on the disk, as far as that can be done, so that after a power cut each
-/// item has its new name and no other. A few folders one by one (fsync(2)); many, and those of btrfs, by flushing their
-/// volumes, each once (syncfs(2)); those of FUSE always one by one. Nothing for an item that is not there.
-void syncFoldersOf(std::span<const Url> items);
+/// Puts the names of items that were moved on the disk, as far as that can be done, so that after a power cut each item
+/// has its new name and no other. `arrivals` are the new places; nothing is done for an item that is not there. Then
+/// come the folders of `departures`, the old places, or where such a folder is gone the next one above it: on volumes
+/// to which nothing was moved, and where a rename is not one change of the file system's journal.
+///
+/// A few folders one by one (fsync(2)); many, and those of btrfs, by flushing their volumes, each once (syncfs(2));
+/// those of FUSE always one by one.
+void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {});
 
 }  // namespace ordovan

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-using ordovan::syncFoldersOf;
+using ordovan::syncMoves;
 using ordovan::test::Flushes;
 using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
@@ -52,27 +52,57 @@ protected:
 };
 
 TEST_F(SyncFolders, FlushesEachOfAFewFoldersOnce) {
-    syncFoldersOf(std::vector{t.write("x/a", ""), t.write("x/b", ""), t.write("y/c", "")});
+    syncMoves(std::vector{t.write("x/a", ""), t.write("x/b", ""), t.write("y/c", "")});
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x"), t.path("y")));
     EXPECT_THAT(volumes, IsEmpty());
 }
 
 TEST_F(SyncFolders, FlushesNothingForItemsThatAreNotThere) {
     t.makeFolder("y");
-    syncFoldersOf(std::vector{t.url("y/a"), t.url("missing/b"), t.write("x/a", ""), Url::file("")});
+    syncMoves(std::vector{t.url("y/a"), t.url("missing/b"), t.write("x/a", ""), Url::file("")});
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x")));
     EXPECT_THAT(volumes, IsEmpty());
+}
+
+TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftForAnotherVolume) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other(1 << 20);
+    other.root().write("new/a", "");
+    t.makeFolder("old");
+    syncMoves(std::vector{other.root().url("new/a")},
+              std::vector{t.url("old/a"), t.url("old/b"), t.url("gone/since/c")});
+    EXPECT_EQ(Flushes::paths, (std::vector<std::string>{other.root().path("new"), t.path("old"), t.path()}));
+}
+
+TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftWhereARenameIsMoreThanOneChange) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other(1 << 20);  // in memory, which keeps no journal
+    other.root().write("new/a", "");
+    other.root().makeFolder("old");
+    syncMoves(std::vector{other.root().url("new/a")}, std::vector{other.root().url("old/a")});
+    EXPECT_EQ(Flushes::paths, (std::vector<std::string>{other.root().path("new"), other.root().path("old")}));
+}
+
+TEST_F(SyncFolders, SparesTheFoldersThatItemsLeftWhereARenameIsOneChange) {
+    struct ::statfs volume;
+    ASSERT_EQ(::statfs(t.path().c_str(), &volume), 0);
+    if (volume.f_type != EXT4_SUPER_MAGIC && volume.f_type != XFS_SUPER_MAGIC) {
+        GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
+    }
+    t.makeFolder("old");
+    syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a")});
+    EXPECT_EQ(Flushes::paths, std::vector<std::string>{t.path("new")});
 }
 
 TEST_F(SyncFolders, FlushesTheVolumeOnceForManyFolders) {
     std::vector<Url> items;
     fill(t, 32, items);
-    syncFoldersOf(items);
+    syncMoves(items);
     EXPECT_THAT(Flushes::paths, SizeIs(32));
     EXPECT_THAT(volumes, IsEmpty());
     items.push_back(t.write("one more/a", ""));
     Flushes::reset();
-    syncFoldersOf(items);
+    syncMoves(items);
     EXPECT_THAT(Flushes::paths, IsEmpty());
     EXPECT_THAT(volumes, SizeIs(1));
 }
@@ -83,7 +113,7 @@ TEST_F(SyncFolders, FlushesEachVolumeOfManyFolders) {
     std::vector<Url> items;
     fill(t, 20, items);
     fill(other.root(), 20, items);
-    syncFoldersOf(items);
+    syncMoves(items);
     EXPECT_THAT(Flushes::paths, IsEmpty());
     ASSERT_THAT(volumes, SizeIs(2));
     EXPECT_NE(volumes[0].starts_with(other.path()), volumes[1].starts_with(other.path()));
