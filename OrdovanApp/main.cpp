@@ -32,7 +32,7 @@ constexpr int impossible = 3;
 constexpr std::chrono::seconds handOverPatience{10};
 
 void print(std::FILE* stream, std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stream);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
 }
 
 /// Empty where there is none.
@@ -112,7 +112,7 @@ private:
 
 int run(int& argc, char** argv, SingleInstance& instance, const std::optional<Url>& folder) {
     ordovan::interrupts::install();
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     const Language language(Language::wantedByEnvironment());
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(Glyphs::application());

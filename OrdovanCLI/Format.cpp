@@ -100,7 +100,8 @@ std::int64_t wallSeconds(const text::LocalDateTime& date) {
     const std::chrono::sys_days day = std::chrono::year(date.year) /
                                       std::chrono::month(static_cast<unsigned>(date.month)) /
                                       std::chrono::day(static_cast<unsigned>(date.day));
-    return day.time_since_epoch().count() * secondsADay + date.hour * 3600 + date.minute * 60 + date.second;
+    return day.time_since_epoch().count() * secondsADay + std::int64_t{date.hour} * 3600 +
+           std::int64_t{date.minute} * 60 + date.second;
 }
 
 text::LocalDateTime fromWallSeconds(std::int64_t wall) {

@@ -9,6 +9,7 @@
 #include <deque>
 #include <iterator>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -64,8 +65,12 @@ public:
         const unsigned workers = context_.control.workers == 0 ? cores : context_.control.workers;
         {
             std::vector<std::jthread> others;
-            for (unsigned i = 1; i < workers && 2 * i < positions_.size(); ++i) {
-                others.emplace_back([this] { work(); });
+            try {
+                for (std::size_t i = 1; i < workers && 2 * i < positions_.size(); ++i) {
+                    others.emplace_back([this] { work(); });
+                }
+            } catch (const std::system_error&) {
+                // No more threads to be had: those there are do the work.
             }
             work();
         }

@@ -109,7 +109,7 @@ void TidyViewModel::survey(Look look, Done done) {
         decltype(look(std::declval<const ordovan::RecoverySurvey&>())) seen;
     };
     ports_.tasks.compute(
-        [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_, look] {
+        [&fs = ports_.fileSystem, folder = rootURL_, journal = journal_, trash = trashRecord_, look = std::move(look)] {
             ordovan::RecoverySurvey survey = ordovan::RecoverySurvey::of(folder, journal, trash, fs);
             auto seen = look(survey);
             return Found{std::move(survey), std::move(seen)};

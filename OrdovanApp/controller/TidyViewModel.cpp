@@ -100,7 +100,7 @@ void TidyViewModel::preview() {
     set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
     const auto adopt = whileAlive([this, chosen = *rootURL_](const Url& root) { adoptResolved(chosen, root); });
     const auto recover = whileAlive([this](const Url& root, const RecoveredRun& run) { adoptRecovered(root, run); });
-    PreviewInputs inputs = {
+    const PreviewInputs inputs = {
         .depth = depth_,
         .root = *rootURL_,
         .isResolved = isResolved_,

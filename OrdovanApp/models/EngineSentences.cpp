@@ -39,6 +39,7 @@ constexpr const char* sentences[] = {
     QT_TRANSLATE_NOOP("Engine", "Move did not land at the destination."),
     QT_TRANSLATE_NOOP("Engine", "Copy verification failed; source kept, copy removed."),
     QT_TRANSLATE_NOOP("Engine",
+                      // NOLINTNEXTLINE(bugprone-suspicious-missing-comma): one sentence
                       "Copied and verified, but the original could not be removed; copy discarded to "
                       "avoid a duplicate."),
     // Undoing it.

@@ -94,7 +94,7 @@ private:
     [[nodiscard]] double now() const {
         if (options_.clock) return options_.clock();
         ::timespec time;
-        ::clock_gettime(CLOCK_REALTIME, &time);
+        static_cast<void>(::clock_gettime(CLOCK_REALTIME, &time));
         return secondsOf(time);
     }
 

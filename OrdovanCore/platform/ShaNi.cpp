@@ -84,7 +84,7 @@ __attribute__((target("sha,sse4.1,ssse3"))) void compressInStep(Sha256State* con
         }
 #pragma GCC unroll 16
         for (int group = 0; group < 16; ++group) {
-            const __m128i constants = _mm_load_si128(reinterpret_cast<const __m128i*>(&roundConstants[4 * group]));
+            const __m128i constants = _mm_load_si128(reinterpret_cast<const __m128i*>(roundConstants) + group);
 #pragma GCC unroll 4
             for (int i = 0; i < lanes; ++i) {
                 if (group < 4) {

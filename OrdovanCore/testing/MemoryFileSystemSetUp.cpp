@@ -18,8 +18,8 @@ constexpr auto everything = MemoryTree::Rights::unlimited;
 
 /// Ends the process: a test built a tree that can not be.
 [[noreturn]] void setUpFailed(std::string_view path, int errnoValue) {
-    std::fprintf(stderr, "MemoryFileSystem: can not set up '%s': %s\n", std::string(path).c_str(),
-                 std::strerror(errnoValue));
+    static_cast<void>(std::fprintf(stderr, "MemoryFileSystem: can not set up '%s': %s\n", std::string(path).c_str(),
+                                   std::strerror(errnoValue)));
     std::abort();
 }
 

@@ -18,7 +18,8 @@ namespace {
 
 /// Ends the process: a test built a tree that can not be.
 [[noreturn]] void buildFailed(const std::string& path) {
-    std::fprintf(stderr, "TreeBuilder: can not build '%s': %s\n", path.c_str(), std::strerror(errno));
+    static_cast<void>(
+        std::fprintf(stderr, "TreeBuilder: can not build '%s': %s\n", path.c_str(), std::strerror(errno)));
     std::abort();
 }
 
@@ -65,7 +66,7 @@ ReadContent readOnDisk(const std::string& path) {
 
 std::string octal(std::uint32_t mode) {
     std::array<char, 16> text{};
-    std::snprintf(text.data(), text.size(), "%04o", mode);
+    static_cast<void>(std::snprintf(text.data(), text.size(), "%04o", mode));
     return text.data();
 }
 
@@ -229,8 +230,9 @@ std::string describe(const MemoryItem& item) {
             break;
     }
     std::array<char, 48> time{};
-    std::snprintf(time.data(), time.size(), "%lld.%09lld", static_cast<long long>(item.modifiedNs / 1'000'000'000),
-                  static_cast<long long>(item.modifiedNs % 1'000'000'000));
+    static_cast<void>(std::snprintf(time.data(), time.size(), "%lld.%09lld",
+                                    static_cast<long long>(item.modifiedNs / 1'000'000'000),
+                                    static_cast<long long>(item.modifiedNs % 1'000'000'000)));
     return "file " + octal(item.mode) + ' ' + time.data() + " x" + std::to_string(item.links) + " = " +
            shownContent(item.content);
 }
