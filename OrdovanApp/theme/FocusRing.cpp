@@ -108,11 +108,12 @@ void FocusRing::follow(QWidget* widget) {
     place();
 }
 
+/// A menu bar while its menus are open and a page without a control have the focus, but are not what it is meant for.
 void FocusRing::place() {
     QWidget* widget = target_;
-    const bool wanted = widget != nullptr && widget->isVisible() && !widget->property("ownFocus").toBool() &&
-                        (keyboard_ || isTextField(widget)) && !widget->isWindow() &&
-                        widget->window()->windowType() != Qt::Popup;
+    const bool wanted = widget != nullptr && widget->isVisible() && widget->focusPolicy() != Qt::NoFocus &&
+                        !widget->property("ownFocus").toBool() && (keyboard_ || isTextField(widget)) &&
+                        !widget->isWindow() && widget->window()->windowType() != Qt::Popup;
     if (!wanted) {
         hide();
         return;

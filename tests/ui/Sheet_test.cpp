@@ -278,6 +278,12 @@ TEST_F(InAWindow, TheFocusRingGoesAroundATextFieldAndWhatTheKeyboardReaches) {
     EXPECT_EQ(ring.target(), button);
     button->hide();
     EXPECT_NE(ring.target(), button);
+    auto* page = new QWidget;
+    layout->addWidget(page);
+    page->show();
+    page->setFocus();
+    EXPECT_EQ(focus(), page);
+    EXPECT_EQ(ring.target(), nullptr) << "nothing can be done with a page";
 }
 
 }  // namespace
