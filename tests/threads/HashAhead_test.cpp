@@ -12,6 +12,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <ctime>
 #include <filesystem>
 #include <thread>
@@ -60,6 +61,30 @@ TEST(HashAhead, GivesTheSameHashesAsHashingInTurn) {
     HashAheadFileSystem ahead(disk, files, trusting());
     for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), disk.contentHash(file).value());
     for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), disk.contentHash(file).value());
+}
+
+TEST(HashAhead, WaitsForTheRunWhenItIsFarAhead) {
+    const TempFolder folder;
+    std::vector<Url> files;
+    for (int i = 0; i < 2100; ++i) files.push_back(folder.write("file " + std::to_string(i), ""));
+    SystemFileSystem disk;
+    std::atomic<std::size_t> hashed = 0;
+    HashAheadFileSystem::Options options = trusting();
+    options.clock = [&hashed] {
+        ++hashed;
+        return static_cast<double>(std::time(nullptr)) + 3600;
+    };
+    HashAheadFileSystem ahead(disk, files, options);
+    const auto waitUntil = [&](std::size_t count) {
+        while (hashed < count) std::this_thread::yield();
+    };
+    waitUntil(1024);
+    EXPECT_EQ(hashed, 1024U) << "as far ahead as they go";
+    const std::string expected = disk.contentHash(files[0]).value();
+    EXPECT_EQ(ahead.contentHash(files[700]).value(), expected);
+    waitUntil(1724);
+    for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), expected);
+    EXPECT_GE(ahead.handedOut(), 1724U);
 }
 
 TEST(HashAhead, NeverHandsOutTheHashOfAnOlderContent) {
