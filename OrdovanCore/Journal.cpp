@@ -3,7 +3,6 @@
 #include "OrdovanCore/Json.h"
 
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <unordered_set>
 #include <utility>
@@ -78,16 +77,9 @@ std::string describe(const OrdovanRecordError& error) {
 
 namespace {
 
-constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
-
-void appendInteger(std::string& out, std::int64_t number) {
-    char digits[24];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-}
-
 void appendEntry(std::string& out, const OrdovanJournalEntry& entry) {
     out += "    {\n      \"byteSize\": ";
-    appendInteger(out, entry.byteSize());
+    json::appendInteger(out, entry.byteSize());
     out += ",\n      \"contentHash\": ";
     json::appendText(out, entry.contentHash());
     out += ",\n      \"destination\": ";
@@ -142,7 +134,7 @@ public:
 
 bool OrdovanJournal::encode(const Sink& sink) const {
     std::string piece;
-    piece.reserve(encodedPieceSize + 16 * 1024);
+    piece.reserve(json::encodedPieceSize + 16 * 1024);
     piece += "{\n  \"createdAtEpoch\": ";
     json::appendNumber(piece, createdAtEpoch);
     piece += ",\n  \"entries\": [";
@@ -151,13 +143,13 @@ bool OrdovanJournal::encode(const Sink& sink) const {
         piece += first ? "\n" : ",\n";
         first = false;
         appendEntry(piece, entry);
-        if (piece.size() < encodedPieceSize) continue;
+        if (piece.size() < json::encodedPieceSize) continue;
         if (!sink(piece)) return false;
         piece.clear();
     }
     piece += entries.empty() ? "]" : "\n  ]";
     piece += ",\n  \"version\": ";
-    appendInteger(piece, version);
+    json::appendInteger(piece, version);
     piece += "\n}\n";
     return sink(piece);
 }

@@ -84,4 +84,10 @@ void appendText(std::string& out, std::string_view text);
 /// Infinities and NaN, which JSON lacks, are written as 0.
 void appendNumber(std::string& out, double number);
 
+/// Appends the decimal digits of a whole number.
+void appendInteger(std::string& out, std::int64_t number);
+
+/// About so much of a long document is put together before it is handed on, bytes.
+inline constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
+
 }  // namespace ordovan::json

@@ -93,6 +93,11 @@ void appendText(std::string& out, std::string_view text) {
     out += '"';
 }
 
+void appendInteger(std::string& out, std::int64_t number) {
+    char digits[24];
+    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
 void appendNumber(std::string& out, double number) {
     constexpr double plainLimit = 1e21;  // whole numbers up to here are written with all their digits
     char buffer[32];

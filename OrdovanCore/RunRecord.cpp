@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
 
 namespace json = ordovan::json;
@@ -14,15 +13,8 @@ using ordovan::SharedText;
 
 namespace {
 
-constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
-
 /// Two paths of PATH_MAX bytes, all of them escaped, and what stands around them.
 constexpr std::size_t longestLine = std::size_t{64} << 10;
-
-void appendInteger(std::string& out, std::int64_t number) {
-    char digits[24];
-    out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
-}
 
 /// The path below the root, or all of it where it does not lie there.
 std::string_view relative(std::string_view path, std::string_view root) {
@@ -258,11 +250,11 @@ std::optional<OrdovanRunNote> noteOf(std::string_view line, const OrdovanRunInte
 
 bool OrdovanRunIntent::encode(const Sink& sink) const {
     std::string piece;
-    piece.reserve(encodedPieceSize + 16 * 1024);
+    piece.reserve(json::encodedPieceSize + 16 * 1024);
     piece += "{\"id\":";
     json::appendText(piece, id.text());
     piece += ",\"items\":";
-    appendInteger(piece, static_cast<std::int64_t>(items.size()));
+    json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
     piece += ",\"kind\":";
     json::appendText(piece, rawValue(kind));
     piece += ",\"outputRoots\":[";
@@ -277,11 +269,11 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     piece += ",\"startedAtEpoch\":";
     json::appendNumber(piece, startedAtEpoch);
     piece += ",\"version\":";
-    appendInteger(piece, supportedVersion);
+    json::appendInteger(piece, supportedVersion);
     piece += "}\n";
     for (const OrdovanRunItem& item : items) {
         piece += "{\"bytes\":";
-        appendInteger(piece, item.byteSize);
+        json::appendInteger(piece, item.byteSize);
         piece += ",\"from\":";
         json::appendText(piece, relative(item.source, root.path()));
         piece += ",\"hash\":";
@@ -289,37 +281,37 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
         piece += ",\"identity\":";
         json::appendText(piece, item.identity);
         piece += ",\"modified\":";
-        appendInteger(piece, item.modifiedNs);
+        json::appendInteger(piece, item.modifiedNs);
         piece += ",\"names\":";
-        appendInteger(piece, static_cast<std::int64_t>(item.names));
+        json::appendInteger(piece, static_cast<std::int64_t>(item.names));
         piece += ",\"to\":";
         json::appendText(piece, relative(item.destination, root.path()));
         piece += "}\n";
-        if (piece.size() < encodedPieceSize) continue;
+        if (piece.size() < json::encodedPieceSize) continue;
         if (!sink(piece)) return false;
         piece.clear();
     }
     piece += "{\"end\":";
-    appendInteger(piece, static_cast<std::int64_t>(items.size()));
+    json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
     piece += "}\n";
     return sink(piece);
 }
 
 void OrdovanRunNote::appendTo(std::string& out, const OrdovanRunIntent& intent) const {
     out += "{\"bytes\":";
-    appendInteger(out, byteSize);
+    json::appendInteger(out, byteSize);
     out += ",\"hash\":";
     json::appendText(out, contentHash);
     if (kind == Kind::done && sameVolume && path.empty() && identity == intent.items[item].identity) {
         out += ",\"renamed\":";
-        appendInteger(out, static_cast<std::int64_t>(item));
+        json::appendInteger(out, static_cast<std::int64_t>(item));
         out += "}\n";
         return;
     }
     out += ",\"identity\":";
     json::appendText(out, identity);
     out += ",\"item\":";
-    appendInteger(out, static_cast<std::int64_t>(item));
+    json::appendInteger(out, static_cast<std::int64_t>(item));
     out += ",\"note\":";
     json::appendText(out, nameOf(kind));
     out += ",\"path\":";

@@ -57,8 +57,6 @@ std::string_view OrdovanTrashEntry::contentHash() const noexcept {
 
 namespace {
 
-constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
-
 void appendEntry(std::string& out, const OrdovanTrashEntry& entry) {
     out += "    {\n      \"byteSize\": " + std::to_string(entry.byteSize()) + ",\n      \"contentHash\": ";
     json::appendText(out, entry.contentHash());
@@ -110,14 +108,14 @@ std::size_t countOf(const std::vector<OrdovanExecutionOutcome>& outcomes, Status
 
 bool OrdovanTrashRecord::encode(const Sink& sink) const {
     std::string piece;
-    piece.reserve(encodedPieceSize + 16 * 1024);
+    piece.reserve(json::encodedPieceSize + 16 * 1024);
     piece += "{\n  \"entries\": [";
     bool first = true;
     for (const OrdovanTrashEntry& entry : entries) {
         piece += first ? "\n" : ",\n";
         first = false;
         appendEntry(piece, entry);
-        if (piece.size() < encodedPieceSize) continue;
+        if (piece.size() < json::encodedPieceSize) continue;
         if (!sink(piece)) return false;
         piece.clear();
     }
