@@ -83,6 +83,7 @@ void Session::tellOfInterruptedRun() {
     }
     console_.warn(block);
     model_.dismissInterruptedRun();
+    tellOfInterruptedRun();  // of the next one, if any
 }
 
 std::string Session::exportPlan(const Url& file, OrdovanPlanExportFormat format) {

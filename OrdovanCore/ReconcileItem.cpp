@@ -96,10 +96,30 @@ bool ItemReconciler::seesAnything() const {
 
 Settled ItemReconciler::settle(std::size_t index) {
     const Item item = itemOf(index);
-    if (auto refused = refusal(item)) return std::move(*refused);
+    if (auto refused = refusal(item)) {
+        if (isBelowRoot(item)) keepNoted(item, *refused);
+        return std::move(*refused);
+    }
     Settled settled = run_.intent.kind == Kind::trash ? settleTrash(item) : settleMove(item);
     if (settled.lies) movedOn_.insert(item.intended.source);
     return settled;
+}
+
+/// Whether the run may have acted on an item, which is out of reach now.
+bool ItemReconciler::isBelowRoot(const Item& item) const {
+    const std::string below = std::string(run_.intent.root.path()) + "/";
+    const auto isBelow = [&](const Url& url) { return namesOnePlace(url) && url.path().starts_with(below); };
+    return isBelow(item.from) && (item.to.path().empty() || isBelow(item.to));
+}
+
+/// What was noted as moved has its entry, though it can not be looked at: undoing it looks again.
+void ItemReconciler::keepNoted(const Item& item, Settled& settled) const {
+    if (item.done == nullptr) return;
+    if (run_.intent.kind == Kind::organize) {
+        settled.lies = {.place = item.to, .what = noted(*item.done), .sameVolume = item.done->sameVolume};
+    } else if (run_.intent.kind == Kind::trash) {
+        settled.lies = {.place = Url::file(item.done->path), .what = noted(*item.done), .sameVolume = true};
+    }
 }
 
 ItemReconciler::Item ItemReconciler::itemOf(std::size_t index) const {
@@ -434,7 +454,8 @@ Settled ItemReconciler::settleTrash(const Item& item) const {
 
 /// The file stands where it was: what the Trash has of it goes.
 Settled ItemReconciler::settleNotTrashed(const Item& item, const Sight& from) const {
-    if (!isTrashKnown_) return uncertain(notExamined);
+    // It may have a second name there, or be as it was.
+    if (!isTrashKnown_) return hasOneNameMore(item, from) ? uncertain(notExamined) : untouched();
     Settled result = untouched();
     const TrashedFile* otherPlace = nullptr;
     std::size_t otherPlaces = 0;

@@ -66,6 +66,8 @@ private:
     [[nodiscard]] Item itemOf(std::size_t index) const;
     [[nodiscard]] Sight look(const Url& url) const;
     [[nodiscard]] std::optional<Settled> refusal(const Item& item) const;
+    [[nodiscard]] bool isBelowRoot(const Item& item) const;
+    void keepNoted(const Item& item, Settled& settled) const;
     [[nodiscard]] Proof hasContent(const Url& url, const Sight& sight, std::int64_t byteSize,
                                    const std::string& contentHash) const;
     [[nodiscard]] Proof isTheFile(const Item& item, const Url& url, const Sight& sight) const;

@@ -117,7 +117,9 @@ OrdovanResult<std::string> RecordedFileSystem::contentHash(const Url& url) {
 
 OrdovanResult<std::string> RecordedFileSystem::fileIdentity(const Url& url) {
     auto identity = fs_.fileIdentity(url);
-    if (Examined* file = identity ? examined(url) : nullptr) file->note.identity = *identity;
+    if (Examined* file = identity ? examined(url) : nullptr) {
+        if (keepsIdentity(intent_.items[file->note.item])) file->note.identity = *identity;
+    }
     return identity;
 }
 
@@ -188,10 +190,18 @@ RecordedFileSystem::Examined* RecordedFileSystem::examined(const Url& url) {
     return &examined_;
 }
 
+/// False for a file that was looked at when the run began and has no identity: its volume keeps none.
+bool RecordedFileSystem::keepsIdentity(const OrdovanRunItem& item) {
+    return !item.identity.empty() || item.modifiedNs == OrdovanRunItem::unknownTime;
+}
+
 /// True when what the run found at an item's source is not the file of which the intent tells, or that tells too
 /// little to recognise it.
 bool RecordedFileSystem::isOther(std::size_t item) const {
-    return examined_.path == intent_.items[item].source && examined_.note.identity != intent_.items[item].identity;
+    const OrdovanRunItem& intended = intent_.items[item];
+    if (examined_.path != intended.source) return false;
+    return examined_.note.identity != intended.identity ||
+           (!keepsIdentity(intended) && examined_.note.byteSize != intended.byteSize);
 }
 
 void RecordedFileSystem::noteOther(std::size_t item) {

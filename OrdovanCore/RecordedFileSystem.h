@@ -69,6 +69,7 @@ private:
     [[nodiscard]] bool holdsDestinations(std::string_view folder);
     /// The file in work, if it is this one; begun anew when it is another of the items. Null for any other file.
     [[nodiscard]] Examined* examined(const Url& url);
+    [[nodiscard]] static bool keepsIdentity(const OrdovanRunItem& item);
     [[nodiscard]] bool isOther(std::size_t item) const;
 
     void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path);

@@ -37,8 +37,22 @@ void TidyViewModel::adoptRecovered(const Url& root, RecoveredRun recovered) {
         warnOfRecord(false, std::move(recovered.trash->warning));
     }
     if (recovered.run) adoptHistory(*recovered.run, std::move(recovered.history));
-    if (recovered.told && isNews(recovered.told)) {
-        publish(interruptedRun_, std::move(recovered.told), &TidyViewModel::interruptedRunChanged);
+    if (recovered.told && isNews(recovered.told)) tell(std::move(recovered.told));
+}
+
+/// A run of which more is known now takes its own place, any other waits until those before it are dismissed.
+void TidyViewModel::tell(std::shared_ptr<const OrdovanInterruptedRun> run) {
+    const bool isKnown = !run->isUnreadable;
+    if (!interruptedRun_ || (isKnown && interruptedRun_->id == run->id)) {
+        publish(interruptedRun_, std::move(run), &TidyViewModel::interruptedRunChanged);
+        return;
+    }
+    const auto same = [&](const auto& waiting) { return isKnown && waiting->id == run->id; };
+    const auto waiting = std::ranges::find_if(moreInterruptedRuns_, same);
+    if (waiting == moreInterruptedRuns_.end()) {
+        moreInterruptedRuns_.push_back(std::move(run));
+    } else {
+        *waiting = std::move(run);
     }
 }
 
@@ -62,7 +76,12 @@ void TidyViewModel::warnOfRecord(bool wasUnsaved, std::optional<std::string> war
 }
 
 void TidyViewModel::dismissInterruptedRun() {
-    publish(interruptedRun_, std::shared_ptr<const OrdovanInterruptedRun>(), &TidyViewModel::interruptedRunChanged);
+    std::shared_ptr<const OrdovanInterruptedRun> next;
+    if (!moreInterruptedRuns_.empty()) {
+        next = std::move(moreInterruptedRuns_.front());
+        moreInterruptedRuns_.erase(moreInterruptedRuns_.begin());
+    }
+    publish(interruptedRun_, std::move(next), &TidyViewModel::interruptedRunChanged);
 }
 
 /// Remembers a run whose record still stands, so that it is not taken for an interrupted one.

@@ -143,9 +143,10 @@ public:
     [[nodiscard]] const std::optional<std::string>& journalWarning() const { return journalWarning_; }
     /// Why the last run did nothing at all (another run holds the folder), until the next run starts.
     [[nodiscard]] const std::optional<std::string>& runRefusal() const { return runRefusal_; }
-    /// A run that was found interrupted and has been brought to an end, or null. It stays until it is dismissed or
-    /// another is found; another folder's as well.
+    /// A run that was found interrupted and has been brought to an end, or null: of those that were not dismissed yet,
+    /// whatever folder they worked in, the one that was found first.
     [[nodiscard]] const std::shared_ptr<const OrdovanInterruptedRun>& interruptedRun() const { return interruptedRun_; }
+    /// The next one, if any, takes its place.
     void dismissInterruptedRun();
     /// Whether something that can be undone or put back is in memory only, and lost when the program ends.
     [[nodiscard]] bool journalUnsaved() const;
@@ -311,6 +312,7 @@ private:
     void beginAnyRun();
     void endAnyRun(bool refused);
     void adoptRecovered(const Url& root, RecoveredRun recovered);
+    void tell(std::shared_ptr<const OrdovanInterruptedRun> run);
     [[nodiscard]] bool isNews(const std::shared_ptr<const OrdovanInterruptedRun>& told);
     void warnOfRecord(bool wasUnsaved, std::optional<std::string> warning);
     void keepRecord(bool isKept, const ordovan::Uuid& run);
@@ -374,6 +376,7 @@ private:
     std::optional<std::string> journalWarning_;
     std::optional<std::string> runRefusal_;
     std::shared_ptr<const OrdovanInterruptedRun> interruptedRun_;
+    std::vector<std::shared_ptr<const OrdovanInterruptedRun>> moreInterruptedRuns_;  // to be told after it
     std::vector<std::shared_ptr<const OrdovanInterruptedRun>> toldRuns_;  // each as it was told last
     std::vector<ordovan::Uuid> ownRuns_;  // of which the record still stands, though they came to their end
     OrdovanRuleSet rules_;

@@ -171,6 +171,27 @@ int search(const std::string& trash, const Places& places, std::vector<TrashedFi
     }
 }
 
+/// Whether an info file, which may have been found a while ago, still tells of this place, or of none.
+bool stillTellsOf(const std::string& text, const TrashedFile& file) {
+    const auto place = originalPlace(std::string(file.info.path()), text);
+    return !place || Places({&file.original, 1}).find(*place) != nullptr;
+}
+
+/// Returns 0 or the errno: ENOTEMPTY where there is an item.
+int removeOrphan(const char* item, const char* info, const TrashedFile& orphan) {
+    struct ::stat facts;
+    if (::lstat(item, &facts) == 0) return ENOTEMPTY;
+    if (errno != ENOENT) return errno;
+    const std::string text = textOf(AT_FDCWD, info);
+    if (!stillTellsOf(text, orphan)) return ENOTEMPTY;
+    if (::unlink(info) != 0) return errno == ENOENT ? 0 : errno;
+    if (::lstat(item, &facts) != 0) return 0;
+    // Another program that was just trashing the file has come to move it: it needs what it had written down.
+    const Descriptor again = Descriptor::open(info, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, 0600);
+    if (again && ::write(again.get(), text.data(), text.size()) < 0) return errno;
+    return ENOTEMPTY;
+}
+
 }  // namespace
 
 OrdovanResult<std::vector<TrashedFile>> findInTrash(std::span<const Url> originals) {
@@ -185,11 +206,11 @@ OrdovanResult<std::vector<TrashedFile>> findInTrash(std::span<const Url> origina
 }
 
 OrdovanResult<void> removeTrashInfo(const TrashedFile& orphan) {
-    const SystemPath item(orphan.item), info(orphan.info);
-    int error = item.error() != 0 ? item.error() : info.error();
-    struct ::stat facts;
-    if (error == 0) error = ::lstat(item.text(), &facts) == 0 ? ENOTEMPTY : errno == ENOENT ? 0 : errno;
-    if (error == 0 && ::unlink(info.text()) != 0 && errno != ENOENT) error = errno;
+    const SystemPath item(orphan.item), info(orphan.info), original(orphan.original);
+    for (const SystemPath* path : {&item, &info, &original}) {
+        if (path->error() != 0) return std::unexpected(OrdovanSystemError::posix(path->error()));
+    }
+    const int error = removeOrphan(item.text(), info.text(), orphan);
     if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
     return {};
 }

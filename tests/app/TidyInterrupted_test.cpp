@@ -286,6 +286,29 @@ TEST(TidyInterrupted, IsSettledByAPreviewOfAnyDepth) {
     }
 }
 
+TEST(TidyInterrupted, WaitsToBeToldUntilTheOneBeforeItIsDismissed) {
+    InterruptedWorld world;
+    world.start();
+    const auto first = world.model->interruptedRun();
+    ASSERT_TRUE(first);
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++moves == 2) throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setBeforeCall({});
+    world.model->preview();
+    world.tasks.finish();
+    EXPECT_EQ(world.model->interruptedRun(), first);
+    const SignalCount changes(*world.model, &TidyViewModel::interruptedRunChanged);
+    world.model->dismissInterruptedRun();
+    ASSERT_TRUE(world.model->interruptedRun());
+    EXPECT_NE(world.model->interruptedRun()->id, first->id);
+    world.model->dismissInterruptedRun();
+    EXPECT_FALSE(world.model->interruptedRun());
+    EXPECT_EQ(changes, 2);
+}
+
 TEST(TidyInterrupted, IsToldAlsoWhenThePreviewThatFoundItIsDropped) {
     InterruptedWorld world;
     const auto model = world.make();

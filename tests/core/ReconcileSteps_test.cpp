@@ -191,6 +191,24 @@ TEST_F(ReconcileAsides, AnOriginalThatCanNotBeBroughtBackKeepsTheRecord) {
     EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
 }
 
+TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheEntryThatWasNoted) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    memory.removeTree("/r/a");
+    memory.link("/r/ordovan+", "/s");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", run.intent.items[0].identity)));
+}
+
+TEST_F(ReconcileFixture, AFileOutsideTheFolderGetsNoEntryWhateverWasNoted) {
+    tree({"a = one"});
+    intend("/s/a", "/r/ordovan+/a");
+    note(NoteKind::done, "one");
+    EXPECT_THAT(reconcile().journal.entries, IsEmpty());
+}
+
 TEST_F(ReconcileFixture, TheEmptyFileThatKeptAPlaceInTheTrashGoesWithItsInfoFile) {
     constexpr const char* item = "/home/user/.local/share/Trash/files/a";
     constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";

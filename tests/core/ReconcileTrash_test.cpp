@@ -41,6 +41,31 @@ TEST_F(ReconcileTrash, ATrashedFileThatWasNotedNeedsNoSearch) {
     EXPECT_TRUE(found.isComplete);
 }
 
+TEST_F(ReconcileTrash, ATrashThatCanNotBeReadIsOfNoConcernToAFileThatStands) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    ordovan::ReconcilePorts blind = ports();
+    blind.findInTrash = [](std::span<const Url>) { return std::unexpected(OrdovanSystemError::posix(EACCES)); };
+    const auto found = OrdovanReconciler::reconcile(run, blind);
+    EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    EXPECT_TRUE(found.isComplete);
+    memory.hardLink("/home/user/second name", "/r/a");
+    EXPECT_FALSE(OrdovanReconciler::reconcile(run, blind).isComplete) << "it may be one in the Trash";
+    memory.removeTree("/r/a");
+    EXPECT_FALSE(OrdovanReconciler::reconcile(run, blind).isComplete) << "it may lie in the Trash";
+}
+
+TEST_F(ReconcileTrash, AFileThatIsOutOfReachByNowKeepsTheEntryThatWasNoted) {
+    tree({"sub/a = one"});
+    intend("/r/sub/a", "", Kind::trash);
+    note(NoteKind::done, "one", inTrash);
+    memory.removeTree("/r/sub");
+    memory.link("/r/sub", "/s");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_THAT(found.trashed.entries, ElementsAre(OrdovanTrashEntry("/r/sub/a", inTrash, 3, digestOf("one"))));
+}
+
 TEST_F(ReconcileTrash, OfATrashedFileThatAnotherReplacedTheNoteIsRecorded) {
     tree({"a = one"});
     intend("/r/a", "", Kind::trash);

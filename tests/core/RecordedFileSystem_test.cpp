@@ -254,6 +254,20 @@ TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {
     EXPECT_EQ(noted[0].path, "");
 }
 
+TEST_F(RecordedFileSystemTest, NotesNoIdentityWhereTheVolumeKeepsNone) {
+    tree({"a.pdf = one", "b.pdf = two"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    intend("/r/b.pdf", "/r/ordovan+/b.pdf");
+    for (OrdovanRunItem& item : intent.items) item.identity.clear();
+    memory.write("/r/b.pdf", "grown since");
+    EXPECT_EQ(organize().movedCount(), 2U);
+    EXPECT_THAT(events, ElementsAre("move", "append", "move")) << "only one of another size is told of before it moves";
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(3));
+    for (const OrdovanRunNote& note : noted) EXPECT_EQ(note.identity, "");
+    EXPECT_EQ(noted[1].contentHash, digestOf("grown since"));
+}
+
 TEST_F(RecordedFileSystemTest, NotesWhereAFileLiesInTheTrash) {
     tree({"a.pdf = one", "b.pdf = two"});
     intend("/r/b.pdf", "", Kind::trash);

@@ -285,6 +285,16 @@ TEST(RunRecord, DoesNotTakeANameForARename) {
     EXPECT_THAT(run->notes, ElementsAre(begun));
 }
 
+TEST(RunRecord, EndsItsNotesWhereAPowerCutLeftZeros) {
+    const std::string zeros(4096, '\0');
+    const std::string text = encoded(intent(), notes());
+    for (const std::string& tail : {zeros, zeros + "\n", zeros + text.substr(text.rfind('{'))}) {
+        const auto run = OrdovanUnfinishedRun::decoded(text + tail);
+        ASSERT_TRUE(run);
+        EXPECT_EQ(run->notes, notes());
+    }
+}
+
 TEST(RunRecord, EndsItsNotesAtALineThatIsTooLong) {
     const std::string head = encoded(intent(), {notes()[0]});
     const auto run = OrdovanUnfinishedRun::decoded(head + std::string(70'000, ' ') + "\n" + encoded(intent()));

@@ -7,13 +7,18 @@
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 using ordovan::findInTrash;
@@ -25,6 +30,19 @@ using ordovan::test::TempFolder;
 using ordovan::testing::describeTree;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+
+namespace {
+
+/// What another program does right before the next file is removed.
+std::function<void()> beforeUnlink;
+
+}  // namespace
+
+// Takes the place of the C library's.
+extern "C" int unlink(const char* path) noexcept {
+    if (beforeUnlink) std::exchange(beforeUnlink, nullptr)();
+    return static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
+}
 
 namespace {
 
@@ -190,6 +208,24 @@ TEST_F(TrashSearch, RemovesTheInfoFileOfAnItemThatIsGone) {
     EXPECT_EQ(error(removeTrashInfo(found->front())), 0);
     EXPECT_FALSE(home.has("data/Trash/info/a.trashinfo"));
     EXPECT_EQ(error(removeTrashInfo(found->front())), 0);
+}
+
+TEST_F(TrashSearch, LeavesAnInfoFileThatTellsOfAnotherFileByNow) {
+    const TrashedFile orphan{home.url("a"), home.url("data/Trash/info/a.trashinfo"), home.url("data/Trash/files/a")};
+    const std::string others = "[Trash Info]\nPath=/somewhere/else\nDeletionDate=2026-11-21T00:00:00\n";
+    home.write("data/Trash/info/a.trashinfo", others);
+    EXPECT_EQ(error(removeTrashInfo(orphan)), ENOTEMPTY);
+    EXPECT_EQ(home.read("data/Trash/info/a.trashinfo"), others);
+}
+
+TEST_F(TrashSearch, GivesAnInfoFileBackToAnItemThatArrivesAtTheLastInstant) {
+    const TrashedFile orphan{home.url("a"), home.url("data/Trash/info/a.trashinfo"), home.url("data/Trash/files/a")};
+    const std::string text = "[Trash Info]\nPath=" + home.path("a") + "\nDeletionDate=2026-11-21T00:00:00\n";
+    home.write("data/Trash/info/a.trashinfo", text);
+    beforeUnlink = [&] { home.write("data/Trash/files/a", "one"); };
+    EXPECT_EQ(error(removeTrashInfo(orphan)), ENOTEMPTY);
+    EXPECT_EQ(home.read("data/Trash/info/a.trashinfo"), text);
+    EXPECT_EQ(home.read("data/Trash/files/a"), "one");
 }
 
 }  // namespace
