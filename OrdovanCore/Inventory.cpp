@@ -71,7 +71,6 @@ public:
 
     /// Recursive; the depth of the call stack is the depth of the tree, which `maxDepth` bounds.
     void visit(const Url& directory, std::size_t depth) {
-        if (found_.truncated || cancelled_) return;
         if (shouldContinue_ && !shouldContinue_()) {
             cancelled_ = true;
             return;

@@ -10,6 +10,7 @@
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/FailingCalls.h"
 #include "tests/support/Results.h"
+#include "tests/support/SecondVolume.h"
 #include "tests/support/TempFolder.h"
 
 #include <dirent.h>
@@ -21,6 +22,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -28,6 +30,7 @@
 
 using ordovan::test::error;
 using ordovan::test::FailingCall;
+using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
 using ordovan::testing::buildOnDisk;
 
@@ -40,6 +43,8 @@ std::optional<long> typeToTell;
 
 // NOLINTBEGIN: the C library's names and signatures
 ORDOVAN_FAILING(ssize_t, getdents64, (int folder, void* entries, size_t size) noexcept, folder, entries, size)
+ORDOVAN_FAILING(int, statx, (int folder, const char* path, int flags, unsigned mask, struct statx* facts) noexcept,
+                folder, path, flags, mask, facts)
 ORDOVAN_FAILING(int, fstat, (int file, struct stat* facts) noexcept, file, facts)
 ORDOVAN_FAILING(int, unlink, (const char* path) noexcept, path)
 ORDOVAN_FAILING(ssize_t, write, (int file, const void* bytes, size_t count), file, bytes, count)
@@ -49,6 +54,14 @@ ORDOVAN_FAILING_POINTER(DIR*, opendir, (const char* path), path)
 ORDOVAN_FAILING_POINTER(struct dirent*, readdir, (DIR * listing), listing)
 ORDOVAN_FAILING_POINTER(char*, realpath, (const char* path, char* resolved) noexcept, path, resolved)
 
+extern "C" int fcntl(int file, int command, ...) {
+    static auto* const real = reinterpret_cast<int (*)(int, int, void*)>(::dlsym(RTLD_NEXT, "fcntl"));
+    std::va_list rest;
+    va_start(rest, command);
+    void* const argument = va_arg(rest, void*);
+    va_end(rest);
+    return FailingCall::befalls("fcntl") ? -1 : real(file, command, argument);
+}
 extern "C" int fstatfs(int file, struct statfs* volume) noexcept {
     static auto* const real = reinterpret_cast<decltype(&::fstatfs)>(::dlsym(RTLD_NEXT, "fstatfs"));
     if (FailingCall::befalls("fstatfs")) return -1;
@@ -72,6 +85,26 @@ TEST(PlatformFailures, OfListingAFolderAreTold) {
         FileManagerDirectoryReader reader;
         const FailingCall failing(function, EIO);
         EXPECT_EQ(error(reader.children(t.url())), EIO) << function;
+    }
+}
+
+TEST(PlatformFailures, OfComingBackFromADeepFolderAreTold) {
+    const TempFolder t;
+    std::string deep = "a";
+    for (int i = 1; i < 140; ++i) deep += "/" + std::to_string(i);  // deeper than folders are kept open
+    buildOnDisk(t.path(), {deep + "/file", "z/file"});
+    for (const char* function : {"fstat", "fcntl"}) {
+        int number = 0;
+        bool isBeyondTheLast = false;
+        while (!isBeyondTheLast) {
+            FileManagerDirectoryReader reader;
+            const FailingCall failing(function, EIO, ++number);
+            const auto found = OrdovanInventoryScanner::scan(t.url(), reader, {.maxDepth = 200}, {}, {});
+            isBeyondTheLast = failing.calls() < number;
+            EXPECT_EQ(found.skipped.empty(), isBeyondTheLast) << function << " " << number;
+            EXPECT_EQ(found.fileCount() == 2, isBeyondTheLast);
+        }
+        EXPECT_GT(number, 1) << function;
     }
 }
 
@@ -117,6 +150,12 @@ TEST(PlatformFailures, OfWritingADocumentKeepTheOldOne) {
     }
     EXPECT_EQ(t.read("plan.md"), "old");
     EXPECT_EQ(t.count(), 1U);
+    {
+        const FailingCall failing("fcntl", EMFILE);
+        EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), EMFILE);
+        EXPECT_EQ(failing.calls(), 1);
+    }
+    EXPECT_EQ(t.count(), 1U);
     const FailingCall interrupted("write", EINTR);
     const FailingCall unswept("opendir", EMFILE);
     EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), 0);
@@ -150,6 +189,22 @@ TEST_F(TrashFailures, OfRemovingAnInfoFileAreTold) {
     std::filesystem::remove(trashed->path());
     const FailingCall failing("unlink", EROFS);
     EXPECT_EQ(error(ordovan::removeTrashInfo(found->front())), EROFS);
+}
+
+TEST_F(TrashFailures, OfLookingAroundLeaveAFileInOnePlace) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume volume;
+    ::setenv("XDG_DATA_HOME", volume.root().path("data").c_str(), 1);
+    for (const char* function : {"fstat", "statx", "fstatfs", "readlink", "fcntl"}) {
+        int number = 0;
+        bool isBeyondTheLast = false;
+        while (!isBeyondTheLast) {
+            const Url file = volume.root().write("a.pdf", "a");
+            const FailingCall failing(function, EIO, ++number);
+            EXPECT_NE(fs.trash(file).has_value(), fs.exists(file)) << function << " " << number;
+            isBeyondTheLast = failing.calls() < number;
+        }
+    }
 }
 
 TEST_F(TrashFailures, AreNoneWhereTheKernelDoesNotTellTheFoldersPath) {

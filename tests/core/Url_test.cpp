@@ -12,6 +12,9 @@ TEST(Url, IsAFileUrlUnlessItHasAnotherScheme) {
     EXPECT_TRUE(Url::parse("file:///a").isFile());
     EXPECT_FALSE(Url::parse("https://example.org/a").isFile());
     EXPECT_EQ(Url::parse("https://example.org/a").scheme(), "https");
+    EXPECT_EQ(Url::parse("Coap+tcp-2.0://example.org/a").scheme(), "Coap+tcp-2.0");
+    EXPECT_TRUE(Url::parse("no scheme://a").isFile());
+    EXPECT_TRUE(Url::parse("://a").isFile());
 }
 
 TEST(Url, DecodesPercentEncodingInTheTextFormOnly) {
