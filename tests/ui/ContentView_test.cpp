@@ -308,6 +308,36 @@ TEST_F(ContentViews, TellsInEverySectionOfARunThatWasInterrupted) {
     EXPECT_FALSE(interrupted().isVisible());
 }
 
+TEST_F(ContentViews, TellsOfOneInterruptedRunAfterTheOther) {
+    tree({"a.pdf = 1"});
+    ordovan::testing::build(memory, "/s", {"b.pdf = 2"});
+    for (const char* folder : {"/r", "/s"}) {
+        model = make();
+        model->chooseFolder(Url::file(folder));
+        tasks.finish();
+        fs.setAfterCall([](const ordovan::testing::FaultyFileSystem::Call& call) {
+            if (call.operation == ordovan::testing::Operation::move) throw Killed();
+        });
+        model->organize();
+        EXPECT_THROW(tasks.finish(), Killed);
+        fs.setAfterCall({});
+    }
+    model = make();
+    view().show();
+    for (const char* folder : {"/r", "/s"}) {
+        view().previewFolder(Url::file(folder));
+        tasks.finish();
+    }
+    EXPECT_TRUE(interrupted().text().endsWith(u" It worked in “r”."_s)) << interrupted().text().toStdString();
+    interrupted().findChild<QPushButton*>(u"bannerClose"_s)->click();
+    EXPECT_TRUE(interrupted().isVisible());
+    EXPECT_EQ(model->interruptedRun()->root, Url::file("/s"));
+    EXPECT_FALSE(interrupted().text().contains(u"It worked in"_s));
+    EXPECT_EQ(announcer.lastSaid(), interrupted().text());
+    interrupted().findChild<QPushButton*>(u"bannerClose"_s)->click();
+    EXPECT_FALSE(interrupted().isVisible());
+}
+
 TEST_F(ContentViews, SaysThatTheRecordOfARunCouldNotBeRead) {
     memory.write(locations.runRecord(Url::file("/r")).path(), "garbage");
     view().show();
