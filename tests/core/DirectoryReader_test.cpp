@@ -4,6 +4,7 @@
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -49,6 +50,22 @@ TEST(DirectoryReader, ReportsEachKindWithSizeAndTimeInByteOrder) {
     EXPECT_EQ(children[3].byteSize, 5);
     EXPECT_EQ(children[3].modifiedEpoch, 1'600'000'000.5);
     EXPECT_TRUE(children[5].isSymbolicLink && !children[5].isDirectory);
+}
+
+TEST(DirectoryReader, TakesTheRootAndWhatEndsInSlashes) {
+    FileManagerDirectoryReader reader;
+    EXPECT_EQ(reader.resolvedPath(Url::file("/")), "/");
+    EXPECT_THAT(names(reader.children(Url::file("/")).value()), ::testing::Contains("tmp"));
+    EXPECT_EQ(reader.resolvedPath(Url::file("/")), "/");
+    EXPECT_TRUE(reader.children(Url::file("/tmp")));
+    EXPECT_EQ(reader.resolvedPath(Url::file("/tmp/")), "/tmp");
+
+    const TempFolder folder;
+    folder.write("sub/a", "");
+    EXPECT_EQ(reader.children(Url::file(folder.path() + "//")).value()[0].url.lastPathComponent(), "sub");
+    const auto found = reader.children(Url::file(folder.path("sub/"))).value();
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].url, folder.url("sub/a"));
 }
 
 TEST(DirectoryReader, KeepsNamesByteForByte) {

@@ -1,7 +1,11 @@
 #include "OrdovanCore/platform/FileCopy.h"
+
+#include "OrdovanCore/platform/Descriptor.h"
 #include "OrdovanCore/platform/Folders.h"
+#include "OrdovanCore/platform/WriterProbe.h"
 #include "tests/support/FailingCalls.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/Writers.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +15,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -18,7 +23,19 @@ using ordovan::CopyWays;
 using ordovan::test::FailingCall;
 using ordovan::test::TempFolder;
 
+namespace {
+
+/// What happens before the next flush.
+std::function<void()> atFlush;
+
+}  // namespace
+
 // NOLINTBEGIN: the C library's names and signatures
+extern "C" int fsync(int file) {
+    static auto* const real = reinterpret_cast<decltype(&::fsync)>(::dlsym(RTLD_NEXT, "fsync"));
+    if (atFlush) std::exchange(atFlush, nullptr)();
+    return real(file);
+}
 ORDOVAN_FAILING(ssize_t, flistxattr, (int file, char* list, size_t size) noexcept, file, list, size)
 ORDOVAN_FAILING(ssize_t, fgetxattr, (int file, const char* name, void* value, size_t size) noexcept, file, name, value,
                 size)
@@ -129,6 +146,17 @@ TEST_F(FileCopyFailures, AreNoneWhereReadingAndWritingAreInterrupted) {
     const FailingCall read("pread", EINTR), written("pwrite", EINTR);
     EXPECT_EQ(copy(), 0);
     EXPECT_EQ(t.read("b"), content);
+}
+
+TEST_F(FileCopyFailures, TellOfAFileThatIsBeingWrittenInTheEnd) {
+    if (!ordovan::test::hasLeases(t.path())) GTEST_SKIP() << ordovan::test::withoutLeases;
+    ordovan::Descriptor writer;
+    atFlush = [&] { writer = ordovan::Descriptor::open(t.path("a").c_str(), O_WRONLY); };
+    ordovan::WriterProbe writers;
+    const CopyWays ways = {.shareExtents = false, .sync = ordovan::syncFolderOf};
+    EXPECT_EQ(ordovan::copyExclusively(t.path("a").c_str(), t.path("b").c_str(), ways, {.writers = &writers}), EBUSY);
+    EXPECT_TRUE(writer);
+    EXPECT_EQ(t.count(), 1U);
 }
 
 TEST_F(FileCopyFailures, TellOfAFileThatBecameShorter) {

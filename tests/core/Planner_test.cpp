@@ -141,6 +141,7 @@ TEST(PlanResult, NamesTheCategoriesTouchedInByteOrder) {
 
 TEST(PlanResult, SelectsByExclusionInPlanOrder) {
     const OrdovanPlanResult result = plan({file("a.pdf"), file("b.pdf"), file("c.pdf")});
+    EXPECT_EQ(result.selectedProposals({}), result.proposals);
     const auto selected = result.selectedProposals({"/root/b.pdf -> /root/ordovan+/Documents/b.pdf", "stale"});
     ASSERT_EQ(selected.size(), 2U);
     EXPECT_EQ(selected[0].source.path(), "/root/a.pdf");

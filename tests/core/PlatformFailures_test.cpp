@@ -3,6 +3,9 @@
 
 #include "OrdovanCore/platform/DirectoryReader.h"
 #include "OrdovanCore/platform/DocumentWriter.h"
+#include "OrdovanCore/platform/FileRecordStorage.h"
+#include "OrdovanCore/platform/RealPath.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/TrashSearch.h"
 #include "OrdovanCore/platform/UserDatabase.h"
@@ -46,6 +49,8 @@ ORDOVAN_FAILING(ssize_t, getdents64, (int folder, void* entries, size_t size) no
 ORDOVAN_FAILING(int, statx, (int folder, const char* path, int flags, unsigned mask, struct statx* facts) noexcept,
                 folder, path, flags, mask, facts)
 ORDOVAN_FAILING(int, fstat, (int file, struct stat* facts) noexcept, file, facts)
+ORDOVAN_FAILING(int, fstatat, (int folder, const char* path, struct stat* facts, int flags) noexcept, folder, path,
+                facts, flags)
 ORDOVAN_FAILING(int, unlink, (const char* path) noexcept, path)
 ORDOVAN_FAILING(ssize_t, write, (int file, const void* bytes, size_t count), file, bytes, count)
 ORDOVAN_FAILING(ssize_t, readlink, (const char* path, char* text, size_t size) noexcept, path, text, size)
@@ -131,13 +136,15 @@ TEST(PlatformFailures, OfAskingAVolumeLeaveItsNamesUnknown) {
     EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), std::nullopt);
 }
 
-TEST(PlatformFailures, AreNotNeededToProbeTheNamesOfAFolder) {
+TEST(PlatformFailures, OfProbingTheNamesOfAFolderLeaveThemUnknown) {
     const TempFolder t;
-    buildOnDisk(t.path(), {"a.txt", "B.txt"});
-    typeToTell = FUSE_SUPER_MAGIC;
+    buildOnDisk(t.path(), {"a", "A"});
+    typeToTell = FUSE_SUPER_MAGIC;  // whose type does not tell
     EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), true);
-    const FailingCall failing("fdopendir", EMFILE, FailingCall::every);
-    EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), std::nullopt);
+    for (const char* function : {"fdopendir", "fstatat"}) {
+        const FailingCall failing(function, EIO, FailingCall::every);
+        EXPECT_EQ(ordovan::supportsCaseSensitiveNames(t.url()), std::nullopt) << function;
+    }
     typeToTell.reset();
 }
 
@@ -160,6 +167,35 @@ TEST(PlatformFailures, OfWritingADocumentKeepTheOldOne) {
     const FailingCall unswept("opendir", EMFILE);
     EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), 0);
     EXPECT_EQ(t.read("plan.md"), "new");
+}
+
+TEST(PlatformFailures, LeaveNoDataFolderToAUserWithoutAHome) {
+    const char* const home = std::getenv("HOME");
+    const std::string before = home == nullptr ? "" : home;
+    ::unsetenv("HOME");
+    ::unsetenv("XDG_DATA_HOME");
+    const FailingCall failing("getpwuid_r", EIO);
+    EXPECT_EQ(ordovan::userDataFolder(), "");
+    if (home != nullptr) ::setenv("HOME", before.c_str(), 1);
+}
+
+TEST(PlatformFailures, AreWhatAPathThatEndsInItsMiddleComesTo) {
+    using namespace std::string_literals;
+    const TempFolder t;
+    const Url file = t.write("a", "a");
+    const Url odd = Url::file(t.path() + "/b\0c"s);
+    SystemFileSystem fs;
+    EXPECT_EQ(error(fs.copy(odd, file)), EINVAL);
+    EXPECT_EQ(error(fs.copy(file, odd)), EINVAL);
+    ordovan::RunFileSystem run(t.url());
+    EXPECT_EQ(error(run.copy(odd, file)), EINVAL);
+    EXPECT_EQ(error(run.copy(file, odd)), EINVAL);
+    ordovan::FileRecordStorage records;
+    EXPECT_EQ(error(records.setAside(odd, file)), EINVAL);
+    EXPECT_EQ(error(records.setAside(file, odd)), EINVAL);
+    EXPECT_EQ(ordovan::realPath(odd.path()), std::nullopt);
+    EXPECT_EQ(t.read("a"), "a");
+    EXPECT_EQ(t.count(), 1U);
 }
 
 class TrashFailures : public ::testing::Test {

@@ -33,6 +33,12 @@ TEST(PreviewStatus, IsEqualOnlyWithEqualCounts) {
     EXPECT_NE(Status::ready(0, 0), Status::idle());
 }
 
+TEST(PreviewStatus, TellsItsCounts) {
+    EXPECT_EQ(Status::ready(12, 3).proposed(), 12);
+    EXPECT_EQ(Status::ready(12, 3).needReview(), 3);
+    EXPECT_EQ(Status::idle().proposed(), 0);
+}
+
 TEST(PreviewStatus, TellsItsKind) {
     EXPECT_EQ(Status::ready(1, 2).kind(), Status::Case::ready);
     EXPECT_EQ(Status::idle().kind(), Status::Case::idle);
