@@ -199,6 +199,11 @@ bool Sheet::focusNextPrevChild(bool next) {
     return true;
 }
 
+/// Some systems tell of a key that is held as of one that goes up and down again in the same moment.
+void Sheet::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) returnUp_ = event->timestamp();
+}
+
 void Sheet::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Escape:
@@ -207,7 +212,7 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
             // Who holds the key that asked the question down has not read it.
-            if (event->isAutoRepeat()) return;
+            if (event->isAutoRepeat() || (returnUp_ != 0 && event->timestamp() == returnUp_)) return;
             answer(confirm_->isEnabled() && (confirm_->hasFocus() || (!destructive_ && !cancel_->hasFocus())));
             return;
         case Qt::Key_Left:

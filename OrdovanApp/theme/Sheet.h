@@ -41,6 +41,7 @@ Q_SIGNALS:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -66,4 +67,5 @@ private:
     QVariantAnimation* fade_;
     double shown_ = 1;
     bool destructive_ = false;
+    quint64 returnUp_ = 0;  ///< when Return was let go, by the clock of its events; 0: never, or not told
 };

@@ -164,8 +164,15 @@ TEST_F(SheetTest, TakesNoKeyThatIsHeldForAnAnswer) {
     sheet->open();
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QString(), true);
     QApplication::sendEvent(focus(), &held);
+    QKeyEvent up(QEvent::KeyRelease, Qt::Key_Return, Qt::NoModifier);
+    QKeyEvent down(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    for (QKeyEvent* event : {&up, &down}) event->setTimestamp(5000);
+    for (QKeyEvent* event : {&up, &down}) QApplication::sendEvent(focus(), event);
     EXPECT_EQ(confirmed->count(), 0);
     EXPECT_TRUE(sheet->isVisible());
+    down.setTimestamp(5100);
+    QApplication::sendEvent(focus(), &down);
+    EXPECT_EQ(confirmed->count(), 1);
 }
 
 class SegmentsTest : public InAWindow {
