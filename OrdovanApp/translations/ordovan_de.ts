@@ -28,7 +28,7 @@
     </message>
     <message>
         <source>Hide Problems</source>
-        <translation>Probleme ausblenden</translation>
+        <translation>Ausblenden</translation>
     </message>
     <message>
         <source>Problems</source>
@@ -328,7 +328,7 @@
     </message>
     <message>
         <source>Hide Files</source>
-        <translation>Dateien ausblenden</translation>
+        <translation>Ausblenden</translation>
     </message>
     <message>
         <source>It worked in “%1”.</source>
@@ -1793,29 +1793,29 @@
     <message numerus="yes">
         <source>Last organize run moved %1 files.</source>
         <translation>
-            <numerusform>Zuletzt wurde %1 Datei einsortiert.</numerusform>
-            <numerusform>Zuletzt wurden %1 Dateien einsortiert.</numerusform>
+            <numerusform>Zuletzt %1 Datei einsortiert.</numerusform>
+            <numerusform>Zuletzt %1 Dateien einsortiert.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last organize run moved %1 files; %2.</source>
         <translation>
-            <numerusform>Zuletzt wurde %1 Datei einsortiert; %2.</numerusform>
-            <numerusform>Zuletzt wurden %1 Dateien einsortiert; %2.</numerusform>
+            <numerusform>Zuletzt %1 Datei einsortiert; %2.</numerusform>
+            <numerusform>Zuletzt %1 Dateien einsortiert; %2.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last undo run put back %1 files.</source>
         <translation>
-            <numerusform>Zuletzt wurde %1 Datei zurückgelegt.</numerusform>
-            <numerusform>Zuletzt wurden %1 Dateien zurückgelegt.</numerusform>
+            <numerusform>Zuletzt %1 Datei zurückgelegt.</numerusform>
+            <numerusform>Zuletzt %1 Dateien zurückgelegt.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
         <source>Last undo run put back %1 files; %2.</source>
         <translation>
-            <numerusform>Zuletzt wurde %1 Datei zurückgelegt; %2.</numerusform>
-            <numerusform>Zuletzt wurden %1 Dateien zurückgelegt; %2.</numerusform>
+            <numerusform>Zuletzt %1 Datei zurückgelegt; %2.</numerusform>
+            <numerusform>Zuletzt %1 Dateien zurückgelegt; %2.</numerusform>
         </translation>
     </message>
 </context>

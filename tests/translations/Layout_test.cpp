@@ -204,6 +204,8 @@ TEST_P(Layout, HoldsForARun) {
     memory.removeTree("/r/a.pdf");
     settle();
     look("result");
+    press(u"bannerToggle");
+    look("problems");
     show(Section::recovery);
     look("organized files");
     press(u"undoOrganize");

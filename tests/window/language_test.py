@@ -35,7 +35,7 @@ class Language(unittest.TestCase):
             window.press("2 Dateien einsortieren…")
             window.wait("Diese Dateien einsortieren?")
             window.press("2 Dateien einsortieren")
-            window.wait("Zuletzt wurden 2 Dateien einsortiert.")
+            window.wait("Zuletzt 2 Dateien einsortiert.")
             window.press("Verlauf")
             window.wait("2 Dateien in „Downloads“ einsortiert")
         self.assertEqual(harness.listing(self.folder),
