@@ -164,9 +164,17 @@ TEST(PlatformFailures, OfWritingADocumentKeepTheOldOne) {
     }
     EXPECT_EQ(t.count(), 1U);
     const FailingCall interrupted("write", EINTR);
-    const FailingCall unswept("opendir", EMFILE);
     EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), 0);
     EXPECT_EQ(t.read("plan.md"), "new");
+}
+
+TEST(PlatformFailures, OfSweepingUpLetARecordBeWritten) {
+    const TempFolder t;
+    ordovan::FileRecordStorage records;
+    const FailingCall failing("opendir", EMFILE);
+    EXPECT_TRUE(records.write(t.url("record"), [](const auto& sink) { return sink("text"); }));
+    EXPECT_EQ(failing.calls(), 1);
+    EXPECT_EQ(t.read("record"), "text");
 }
 
 TEST(PlatformFailures, LeaveNoDataFolderToAUserWithoutAHome) {
@@ -241,6 +249,31 @@ TEST_F(TrashFailures, OfLookingAroundLeaveAFileInOnePlace) {
             isBeyondTheLast = failing.calls() < number;
         }
     }
+}
+
+TEST_F(TrashFailures, OfFindingAHomeLeadToTheTrashOfTheVolume) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume volume;
+    const char* const home = std::getenv("HOME");
+    const std::string before = home == nullptr ? "" : home;
+    ::unsetenv("HOME");
+    ::unsetenv("XDG_DATA_HOME");
+    const FailingCall homeless("getpwuid_r", EIO, FailingCall::every);
+    volume.root().makeFolder(".Trash");
+    ::chmod(volume.root().path(".Trash").c_str(), 01777);
+    const std::string trash = volume.root().path(".Trash/") + std::to_string(::geteuid()) + "/files/a.pdf";
+    EXPECT_EQ(fs.trash(volume.root().write("a.pdf", "a")), Url::file(trash));
+    for (int number = 1, calls = number; calls >= number; ++number) {
+        const Url file = volume.root().write("a.pdf", "a");
+        const FailingCall failing("fstat", EIO, number);
+        EXPECT_NE(fs.trash(file).has_value(), fs.exists(file)) << number;
+        calls = failing.calls();
+    }
+    const Url file = volume.root().write("b.pdf", "b");
+    const FailingCall mountless("statx", ENOSYS, FailingCall::every);
+    EXPECT_FALSE(fs.trash(file));
+    EXPECT_TRUE(fs.exists(file));
+    if (home != nullptr) ::setenv("HOME", before.c_str(), 1);
 }
 
 TEST_F(TrashFailures, AreNoneWhereTheKernelDoesNotTellTheFoldersPath) {
