@@ -107,8 +107,6 @@ Calendar::Calendar(const TimeZone& zone) : state_(std::make_unique<State>()) {
         state_->zone = zoneNamed(zone.name());
 }
 Calendar::~Calendar() = default;
-Calendar::Calendar(Calendar&&) noexcept = default;
-Calendar& Calendar::operator=(Calendar&&) noexcept = default;
 
 LocalDateTime Calendar::at(double epoch) const {
     using namespace std::chrono;

@@ -176,10 +176,6 @@ int Collation::compare(std::string_view a, std::string_view b) const {
     return state_->compare(a, b);
 }
 
-int compareStandard(std::string_view a, std::string_view b) {
-    return Collation::system().compare(a, b);
-}
-
 struct StandardSorter::State {
     const Collation::State& collation;
     std::vector<char> arena;

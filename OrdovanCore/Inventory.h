@@ -16,11 +16,11 @@
 /// One item met by a scan.
 struct OrdovanInventoryEntry {
     Url url = {};
-    bool isDirectory = false;      ///< a package is also a directory
-    bool isSymbolicLink = false;   ///< never followed
-    bool isHidden = false;         ///< the name begins with a dot
-    bool isPackage = false;        ///< a directory shown to the user as one file
-    std::int64_t byteSize = 0;     ///< 0 when unknown
+    bool isDirectory = false;                            ///< a package is also a directory
+    bool isSymbolicLink = false;                         ///< never followed
+    bool isHidden = false;                               ///< the name begins with a dot
+    bool isPackage = false;                              ///< a directory shown to the user as one file
+    std::int64_t byteSize = 0;                           ///< 0 when unknown
     std::optional<double> modifiedEpoch = std::nullopt;  ///< seconds since 1970-01-01 00:00 UTC
 
     [[nodiscard]] std::string_view id() const noexcept { return url.path(); }
@@ -95,8 +95,9 @@ namespace OrdovanInventoryScanner {
 /// links, never entering packages, leaving out hidden items (unless asked) and the excluded subtrees.
 ///
 /// `shouldContinue` is polled on the calling thread once for each directory before it is read; once it says false the
-/// walk stops and what was gathered is returned with `truncated` false; without one nothing stops the walk. A limit that stops the walk is recorded as
-/// one skip. Never fails: a directory that can not be listed is a skip. Synchronous; keeps no state.
+/// walk stops and what was gathered is returned with `truncated` false; without one nothing stops the walk. A limit
+/// that stops the walk is recorded as one skip. Never fails: a directory that can not be listed is a skip. Synchronous;
+/// keeps no state.
 [[nodiscard]] OrdovanInventory scan(const Url& root, OrdovanDirectoryReading& reader,
                                     const OrdovanInventoryLimits& limits, std::span<const Url> excludedSubtrees,
                                     const std::function<bool()>& shouldContinue);

@@ -67,7 +67,8 @@ struct OrdovanJournal {
 
     /// Takes the stored form piece by piece; false stops the writing.
     using Sink = std::function<bool(std::string_view piece)>;
-    /// Writes the stored form (UTF-8 JSON, sorted keys, indented) in pieces of about 1 MiB; false when `sink` stopped it.
+    /// Writes the stored form (UTF-8 JSON, sorted keys, indented) in pieces of about 1 MiB; false when `sink` stopped
+    /// it.
     bool encode(const Sink& sink) const;
     /// The stored form in memory.
     [[nodiscard]] std::string encoded() const;

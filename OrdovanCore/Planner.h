@@ -47,7 +47,8 @@ struct OrdovanPlanResult {
     [[nodiscard]] std::vector<OrdovanFileCategory> categoriesTouched() const;
 
     /// The proposals whose id is not among the given ones, in plan order.
-    [[nodiscard]] std::vector<OrdovanFileProposal> selectedProposals(const std::unordered_set<std::string>& excluding) const;
+    [[nodiscard]] std::vector<OrdovanFileProposal> selectedProposals(
+        const std::unordered_set<std::string>& excluding) const;
 
     /// The ids of the proposals whose file is not older than `cutoff` (seconds since 1970, inclusive). A file with no
     /// entry in `modified` (path to modification time) counts as not older.
@@ -64,7 +65,8 @@ namespace OrdovanPlanner {
 ///
 /// `files`: the scan's files. `preexistingPaths`: what exists under the output root, as canonical paths.
 /// `caseInsensitive`: names that differ only in case are one name. `groupByMonth`: files with a known time go one
-/// folder deeper, named by their month in `timeZone`. A file whose path is not UTF-8 is skipped: no record could name it.
+/// folder deeper, named by their month in `timeZone`. A file whose path is not UTF-8 is skipped: no record could name
+/// it.
 [[nodiscard]] OrdovanPlanResult plan(std::span<const OrdovanInventoryEntry> files, const Url& authorizedRoot,
                                      const Url& outputRoot, const std::unordered_set<std::string>& preexistingPaths,
                                      bool caseInsensitive, const OrdovanRuleSet& rules, bool groupByMonth,

@@ -193,8 +193,6 @@ struct Proposer::State {
 Proposer::Proposer(const Url& authorizedRoot, const Url& outputRoot, const OrdovanRuleSet& rules)
     : state_(std::make_unique<State>(authorizedRoot, outputRoot, rules)) {}
 Proposer::~Proposer() = default;
-Proposer::Proposer(Proposer&&) noexcept = default;
-Proposer& Proposer::operator=(Proposer&&) noexcept = default;
 
 std::expected<OrdovanFileProposal, OrdovanProposalError> Proposer::preview(const Url& file,
                                                                            std::optional<std::string_view> subfolder) {

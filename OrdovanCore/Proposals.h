@@ -78,8 +78,8 @@ class Proposer {
 public:
     Proposer(const Url& authorizedRoot, const Url& outputRoot, const OrdovanRuleSet& rules);
     ~Proposer();
-    Proposer(Proposer&&) noexcept;
-    Proposer& operator=(Proposer&&) noexcept;
+    Proposer(const Proposer&) = delete;
+    Proposer& operator=(const Proposer&) = delete;
 
     [[nodiscard]] std::expected<OrdovanFileProposal, OrdovanProposalError> preview(
         const Url& file, std::optional<std::string_view> subfolder);

@@ -72,9 +72,6 @@ private:
     std::unique_ptr<const State> state_;
 };
 
-/// `Collation::system().compare`.
-[[nodiscard]] int compareStandard(std::string_view a, std::string_view b);
-
 /// Sorts by a collation, computing one sort key for each text instead of comparing texts again and again. One sorter
 /// keeps its memory from call to call; it is not shared between threads.
 class StandardSorter {
@@ -135,8 +132,8 @@ class Calendar {
 public:
     explicit Calendar(const TimeZone& zone);
     ~Calendar();
-    Calendar(Calendar&&) noexcept;
-    Calendar& operator=(Calendar&&) noexcept;
+    Calendar(const Calendar&) = delete;
+    Calendar& operator=(const Calendar&) = delete;
 
     /// `epoch` is in seconds since 1970-01-01 00:00 UTC. Years before 1 and after 9999 are pinned to those; NaN is
     /// 1970.

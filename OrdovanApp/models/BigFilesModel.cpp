@@ -193,9 +193,3 @@ std::vector<OrdovanFileTrasher::Item> BigFilesModel::tickedItems() const {
     }
     return items;
 }
-
-void BigFilesModel::untickAll() {
-    ticks_.clear();
-    allChanged();
-    Q_EMIT tickedChanged();
-}

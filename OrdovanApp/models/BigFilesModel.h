@@ -63,7 +63,6 @@ public:
     [[nodiscard]] Ticked ticked() const;
     /// The ticked files, biggest first.
     [[nodiscard]] std::vector<OrdovanFileTrasher::Item> tickedItems() const;
-    void untickAll();
     /// The file of a row; an empty URL for the head.
     [[nodiscard]] Url url(int row) const;
 

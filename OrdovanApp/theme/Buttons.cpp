@@ -50,10 +50,6 @@ QPushButton* Buttons::ghost(const QString& text, QWidget* parent) {
     return make(u"ghost"_s, text, parent);
 }
 
-QPushButton* Buttons::destructive(const QString& text, QWidget* parent) {
-    return make(u"destructive"_s, text, parent);
-}
-
 QPushButton* Buttons::link(const QString& text, QWidget* parent) {
     return make(u"link"_s, text, parent);
 }

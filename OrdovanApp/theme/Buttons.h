@@ -19,8 +19,6 @@ namespace Buttons {
 [[nodiscard]] QPushButton* quiet(const QString& text, QWidget* parent = nullptr);
 /// Text alone until the pointer is over it.
 [[nodiscard]] QPushButton* ghost(const QString& text, QWidget* parent = nullptr);
-/// Takes something away. Never a default button.
-[[nodiscard]] QPushButton* destructive(const QString& text, QWidget* parent = nullptr);
 /// Text in the accent, beside a sentence: unfolds or leads somewhere.
 [[nodiscard]] QPushButton* link(const QString& text, QWidget* parent = nullptr);
 /// Round at both ends, with a glyph: a folder to choose.

@@ -123,7 +123,7 @@ TEST_F(SmallWidgets, ButtonsAreNamedByTheirText) {
 }
 
 TEST_F(SmallWidgets, NoButtonIsADefaultButtonByItself) {
-    const std::unique_ptr<QPushButton> button(Buttons::destructive(u"Move to Trash…"_s));
+    const std::unique_ptr<QPushButton> button(Buttons::primary(u"Move to Trash…"_s));
     EXPECT_FALSE(button->isDefault());
 }
 
