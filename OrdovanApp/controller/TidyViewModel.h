@@ -377,7 +377,7 @@ private:
     std::optional<std::string> runRefusal_;
     std::shared_ptr<const OrdovanInterruptedRun> interruptedRun_;
     std::vector<std::shared_ptr<const OrdovanInterruptedRun>> moreInterruptedRuns_;  // to be told after it
-    std::vector<std::shared_ptr<const OrdovanInterruptedRun>> toldRuns_;  // each as it was told last
+    std::vector<std::shared_ptr<const OrdovanInterruptedRun>> toldRuns_;             // each as it was told last
     std::vector<ordovan::Uuid> ownRuns_;  // of which the record still stands, though they came to their end
     OrdovanRuleSet rules_;
     bool groupByMonth_ = false;
