@@ -128,7 +128,7 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     if (!item) return notIntended();
     copying_.reset();
     noteOther(*item);
-    claiming_ = *item;
+    claiming_ = item;
     auto place = fs_.trash(url);
     claiming_.reset();
     if (!place) return place;
