@@ -24,12 +24,18 @@ bool agree(const std::expected<Record, OrdovanRecordError>& a, const std::expect
     return std::holds_alternative<std::string>(b.error());
 }
 
-inline std::string journal(std::string_view input) {
-    const auto whole = OrdovanJournal::decoded(input);
-    OrdovanJournalDecoder decoder;
+/// What a decoder makes of a text that comes in small pieces.
+template <class Decoder>
+auto fedInPieces(std::string_view input) {
+    Decoder decoder;
     const std::size_t step = input.size() % 7 + 1;
     for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
-    if (!agree(decoder.finish(), whole)) return "a journal fed in pieces is read differently";
+    return decoder.finish();
+}
+
+inline std::string journal(std::string_view input) {
+    const auto whole = OrdovanJournal::decoded(input);
+    if (!agree(fedInPieces<OrdovanJournalDecoder>(input), whole)) return "a journal fed in pieces is read differently";
     if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
     if (OrdovanJournal::decoded(whole->encoded()) != whole) return "a journal is not read back equal";
     for (const OrdovanJournalEntry& entry : whole->entries) {
@@ -40,10 +46,8 @@ inline std::string journal(std::string_view input) {
 
 inline std::string trashRecord(std::string_view input) {
     const auto whole = OrdovanTrashRecord::decoded(input);
-    OrdovanTrashRecordDecoder decoder;
-    const std::size_t step = input.size() % 7 + 1;
-    for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
-    if (!agree(decoder.finish(), whole)) return "a Trash record fed in pieces is read differently";
+    if (!agree(fedInPieces<OrdovanTrashRecordDecoder>(input), whole))
+        return "a Trash record fed in pieces is read differently";
     if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
     if (OrdovanTrashRecord::decoded(whole->encoded()) != whole) return "a Trash record is not read back equal";
     for (const OrdovanTrashEntry& entry : whole->entries) {
@@ -80,10 +84,8 @@ inline std::string rules(std::string_view input) {
 
 inline std::string runRecord(std::string_view input) {
     const auto whole = OrdovanUnfinishedRun::decoded(input);
-    OrdovanRunRecordDecoder decoder;
-    const std::size_t step = input.size() % 7 + 1;
-    for (std::size_t at = 0; at < input.size(); at += step) decoder.feed(input.substr(at, step));
-    if (!agree(decoder.finish(), whole)) return "a run's record fed in pieces is read differently";
+    if (!agree(fedInPieces<OrdovanRunRecordDecoder>(input), whole))
+        return "a run's record fed in pieces is read differently";
     if (!whole) return describe(whole.error()).empty() ? "a refusal says nothing" : "";
     const OrdovanRunIntent& intent = whole->intent;
     if (!intent.root.path().starts_with('/') || intent.root.path() == "/") return "a run works nowhere";
