@@ -44,6 +44,7 @@ const Library& library() {
 
 }  // namespace
 
+// NOLINTBEGIN(clang-analyzer-core.CallAndMessage): there is a context only where all functions were found.
 struct LibrarySha256::State {
     EVP_MD_CTX* context = nullptr;
 
@@ -64,7 +65,6 @@ struct LibrarySha256::State {
 LibrarySha256::LibrarySha256() : state_(std::make_unique<State>()) {}
 LibrarySha256::~LibrarySha256() = default;
 
-// NOLINTBEGIN(clang-analyzer-core.CallAndMessage): there is a context only where all functions were found.
 bool LibrarySha256::begin() {
     return state_->hasContext() && library().init(state_->context, library().algorithm, nullptr) == 1;
 }
