@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -71,11 +72,15 @@ public:
         ::close(folder);
     }
 
-    /// The computer is started again: the volume is mounted from what its device holds.
-    void startAgain() {
+    /// The computer is started again: the volume is mounted from what its device holds. False when it has another
+    /// device number now (of btrfs, when another mount has come by the old one): what was recorded by identity is then
+    /// not found again, as told.
+    [[nodiscard]] bool startAgain() {
+        const ::dev_t before = number();
         detach();
         if (type_ == "btrfs") std::filesystem::rename(image_ + ".cut", image_);
         attach();
+        return type_ != "btrfs" || number() == before;
     }
 
 private:
@@ -89,6 +94,10 @@ private:
         if (::mount(device_.c_str(), path().c_str(), type_.c_str(), MS_NOSUID, "") != 0) {
             throw std::system_error(errno, std::generic_category(), "can not mount " + type_);
         }
+    }
+    [[nodiscard]] ::dev_t number() const {
+        struct ::stat facts{};
+        return ::stat(path().c_str(), &facts) == 0 ? facts.st_dev : 0;
     }
     void detach() {
         ::umount2(path().c_str(), 0);

@@ -175,7 +175,8 @@ public:
                 .trashRecords = trashRecords_,
                 .recentFolders = recentFolders_,
                 .settings = settings_,
-                .rules = rules_};
+                .rules = rules_,
+                .recording = recording(real.recording)};
     }
     [[nodiscard]] AppSettings& settings() { return settings_; }
     [[nodiscard]] RuleStore& rules() { return rules_; }
@@ -186,6 +187,17 @@ public:
     std::function<void(const Url& folder)> listing = [](const Url&) {};
 
 private:
+    [[nodiscard]] RecordingPorts recording(const RecordingPorts& real) {
+        return {.runRecords = &runRecords_,
+                .facts = watched("facts", real.facts),
+                .makeFacts = [this, make = real.makeFacts] { return watched("facts", make()); },
+                .findInTrash = watched("findInTrash", real.findInTrash),
+                .removeTrashInfo = watched("removeTrashInfo", real.removeTrashInfo),
+                .forgetTrashInfo = watched("forgetTrashInfo", real.forgetTrashInfo),
+                .syncMoves = watched("syncMoves", real.syncMoves),
+                .keepsIdentities = watched("keepsIdentities", real.keepsIdentities)};
+    }
+
     template <class Result, class... Arguments>
     std::function<Result(Arguments...)> watched(const char* name, std::function<Result(Arguments...)> call) {
         return [this, name, call](Arguments... arguments) {
@@ -207,6 +219,7 @@ private:
     JournalStore journals_{records_, locations_, lock_};
     HistoryStore history_{records_, locations_, lock_};
     TrashRecordStore trashRecords_{records_, locations_, lock_};
+    RunRecordStore runRecords_{records_, locations_};
     RecentFoldersStore recentFolders_{values_, [this](const Url& folder) { return fs_.exists(folder); }, resolve_};
     ThreadTaskRunner tasks_;  // last: its work ends while all of this is still there
 };

@@ -150,10 +150,11 @@ TEST_F(InterfaceThread, CallsNoPortWhateverIsDone) {
     model_.clearHistory();
     settle();
     EXPECT_THAT(ports_.watch.here(), IsEmpty());
-    EXPECT_THAT(
-        ports_.watch.elsewhere(),
-        IsSupersetOf({"children", "contentHash", "exists", "lock", "move", "open", "ownFolders", "read", "refresh",
-                      "removeEmptyFolders", "resolve", "timeZone", "trash", "update", "write", "writeDocument"}));
+    EXPECT_THAT(ports_.watch.elsewhere(),
+                IsSupersetOf({"children",     "contentHash",  "exists",     "facts",    "lock",    "move",
+                              "open",         "openNotes",    "ownFolders", "read",     "refresh", "removeEmptyFolders",
+                              "removeRecord", "resolve",      "syncMoves",  "timeZone", "trash",   "update",
+                              "write",        "writeDocument"}));
 }
 
 TEST_F(InterfaceThread, StoresSettingsAndRulesElsewhere) {
