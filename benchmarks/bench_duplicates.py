@@ -91,12 +91,10 @@ def last_bytes(root):
 
 
 def last_byte_large(root):
-    """240 files of 4 MB that differ in their last byte only."""
-    rng = random.Random(25)
-    pieces = [rng.randbytes(10 ** 6) for _ in range(4)]
-    pieces[-1] = pieces[-1][:-1]
-    for i in range(240):
-        write(root, spread(i), *pieces, bytes([i]))
+    """2,000 files of 300 kB that differ in their last bytes only."""
+    content = random.Random(25).randbytes(299_998)
+    for i in range(2_000):
+        write(root, spread(i), content, i.to_bytes(2, "big"))
     return []
 
 
