@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <limits>
+#include <mutex>
 
 namespace ordovan::text {
 namespace {
@@ -42,6 +43,13 @@ bool isInDatabase(std::string_view name) {
     return U_SUCCESS(status) && isSystemID != 0;
 }
 
+/// Held while the C library reads its time zone anew, which ICU makes it do as well: tzset(3) replaces what it
+/// remembered. The library has a lock of its own, but one that the thread sanitizer does not see.
+std::mutex& readingOfTheZone() {
+    static std::mutex mutex;
+    return mutex;
+}
+
 /// Seconds that the C library's clock is ahead of UTC.
 double libraryOffsetAt(double epoch) {
     const auto instant = static_cast<std::time_t>(std::floor(epoch));
@@ -57,6 +65,7 @@ TimeZone TimeZone::current() {
         if (name.starts_with(':')) name.remove_prefix(1);
         return isInDatabase(name) ? TimeZone(std::string(name)) : TimeZone(set, true);
     }
+    const std::lock_guard lock(readingOfTheZone());
     const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
     return zone == nullptr ? utc() : TimeZone(nameOf(*zone));
 }
@@ -101,10 +110,12 @@ struct Calendar::State {
 };
 
 Calendar::Calendar(const TimeZone& zone) : state_(std::make_unique<State>()) {
-    if (zone.isOfTheLibrary())
+    if (zone.isOfTheLibrary()) {
+        const std::lock_guard lock(readingOfTheZone());
         ::tzset();  // localtime_r(3) need not look at TZ by itself
-    else
+    } else {
         state_->zone = zoneNamed(zone.name());
+    }
 }
 Calendar::~Calendar() = default;
 
