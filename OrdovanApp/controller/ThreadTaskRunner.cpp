@@ -50,12 +50,14 @@ public:
 
 protected:
     bool event(QEvent* event) override {
-        if (event->type() != QEvent::User) return QObject::event(event);
+        // Locked before the event is looked at: another thread made it behind this lock. Qt's own lock orders the two
+        // as well, but Qt is not built for the thread sanitizer, which would take them for a race.
+        std::unique_lock guard(lock_);
+        const bool isWakeUp = event->type() == QEvent::User;
         std::vector<Delivery> deliveries;
-        {
-            const std::lock_guard guard(lock_);
-            deliveries.swap(deliveries_);
-        }
+        if (isWakeUp) deliveries.swap(deliveries_);
+        guard.unlock();
+        if (!isWakeUp) return QObject::event(event);
         for (Delivery& delivery : deliveries) {
             if (delivery.finishedTask) threads_.erase(*delivery.finishedTask);
             delivery.call();

@@ -137,7 +137,7 @@ TEST_F(SystemFiles, AreNotSocketsDevicesOrPipes) {
     t.path("socket").copy(address.sun_path, sizeof address.sun_path - 1);
     const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(::bind(listener, reinterpret_cast<const ::sockaddr*>(&address), sizeof address), 0);
-    for (const Url& url : {t.url("pipe"), t.url("socket"), Url::file("/dev/null"), Url::file("/dev/zero")}) {
+    for (const Url& url : {t.url("pipe"), t.url("socket"), Url::file("/dev/full"), Url::file("/dev/zero")}) {
         EXPECT_FALSE(fs.isRegularFile(url)) << url;
         EXPECT_EQ(error(fs.contentHash(url)), EINVAL) << url;
         EXPECT_EQ(error(fs.copy(url, t.url("copy"))), EINVAL) << url;
