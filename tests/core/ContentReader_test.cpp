@@ -2,13 +2,16 @@
 
 #include "OrdovanCore/Duplicates.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
+#include "tests/support/FailingCalls.h"
 #include "tests/support/Results.h"
 #include "tests/support/TempFolder.h"
 #include "tests/support/Unprivileged.h"
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -17,7 +20,15 @@
 #include <string>
 
 using ordovan::test::error;
+using ordovan::test::FailingCall;
 using ordovan::test::TempFolder;
+
+// NOLINTBEGIN: the C library's names and signatures
+ORDOVAN_FAILING(ssize_t, pread, (int file, void* bytes, size_t count, off_t at), file, bytes, count, at)
+ORDOVAN_FAILING(ssize_t, preadv2, (int file, const iovec* pieces, int count, off_t at, int flags), file, pieces, count,
+                at, flags)
+ORDOVAN_FAILING(int, posix_fadvise, (int file, off_t at, off_t size, int advice) noexcept, file, at, size, advice)
+// NOLINTEND
 
 namespace {
 
@@ -86,6 +97,31 @@ TEST(ContentReader, ReadsWithoutWaitingWhatIsAtHand) {
     EXPECT_EQ(bytes, "3456");
     EXPECT_EQ(content->readAtHand(10, bytes), 0U);
     EXPECT_EQ(error(content->readAtHand(-1, bytes)), EINVAL);
+}
+
+TEST(ContentReader, HasWhatIsNotAtHandBroughtThereAndSaysSo) {
+    const TempFolder folder;
+    const auto content = SystemContentReader().open(folder.write("a", "0123456789")).value();
+    std::string bytes(4, '\0');
+    const FailingCall away("preadv2", EAGAIN);
+    const FailingCall none("posix_fadvise", 0, 1000);
+    EXPECT_EQ(error(content->readAtHand(3, bytes)), EAGAIN);
+    EXPECT_EQ(none.calls(), 1);
+    EXPECT_EQ(content->readAtHand(3, bytes), 4U);
+    EXPECT_EQ(none.calls(), 1);
+}
+
+TEST(ContentReader, WaitsForWhatAFileSystemCanNotGiveWithoutWaiting) {
+    const TempFolder folder;
+    const auto content = SystemContentReader().open(folder.write("a", "0123456789")).value();
+    std::string bytes(4, '\0');
+    const FailingCall unknown("preadv2", EOPNOTSUPP);
+    const FailingCall interrupted("pread", EINTR);
+    EXPECT_EQ(content->readAtHand(3, bytes), 4U);
+    EXPECT_EQ(bytes, "3456");
+    EXPECT_EQ(interrupted.calls(), 2);
+    const FailingCall failing("pread", EIO);
+    EXPECT_EQ(error(content->read(3, bytes)), EIO);
 }
 
 TEST(ContentReader, TellsFilesApartAndHardLinksNot) {

@@ -229,6 +229,14 @@ TEST(ExclusiveMoveOfAFolder, NeverReplacesAnEmptyFolder) {
     EXPECT_EQ(t.count("b"), 0u);
 }
 
+TEST(ExclusiveMoveOfAFolder, HasNoOtherWayThanAPlaceholderWhereRenamesReplace) {
+    const TempFolder t;
+    t.write("a/x", "content");
+    EXPECT_EQ(move(t, "a", "b", byLink), ENOTSUP);
+    EXPECT_EQ(t.read("a/x"), "content");
+    EXPECT_EQ(t.count(), 1u);
+}
+
 TEST(ExclusiveMoveOfAFolder, RefusesItsOwnInsideAndLeavesNothingThere) {
     const TempFolder t;
     t.makeFolder("a");

@@ -8,10 +8,12 @@
 #include <linux/magic.h>
 #include <sys/vfs.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+using ordovan::makeFolders;
 using ordovan::syncMoves;
 using ordovan::test::Flushes;
 using ordovan::test::SecondVolume;
@@ -34,6 +36,17 @@ extern "C" int syncfs(int file) noexcept {
 }
 
 namespace {
+
+TEST(MakeFolders, MakesThoseThatAreMissing) {
+    const TempFolder t;
+    EXPECT_EQ(makeFolders(t.path("a/b/c"), 0700), 0);
+    EXPECT_EQ(makeFolders(t.path("a/b/c"), 0700), 0);
+    EXPECT_TRUE(std::filesystem::is_directory(t.path("a/b/c")));
+    t.write("file", "");
+    EXPECT_EQ(makeFolders(t.path("file"), 0700), EEXIST);
+    EXPECT_EQ(makeFolders(t.path("file/a"), 0700), ENOTDIR);
+    EXPECT_EQ(makeFolders("", 0700), ENOENT);
+}
 
 class SyncFolders : public testing::Test {
 protected:

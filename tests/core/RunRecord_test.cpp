@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -196,27 +197,30 @@ TEST(RunRecord, RefusesMoreItemsThanItMayHave) {
 
 TEST(RunRecord, RefusesAnIntentThatContradictsItself) {
     const std::string text = encoded(intent());
-    for (const auto& [from, to] : std::vector<std::pair<std::string_view, std::string_view>>{
-             {"\"items\":2", "\"items\":1"},
-             {"\"items\":2", "\"items\":3"},
-             {"\"items\":2", "\"items\":-1"},
-             {"{\"end\":2}", "{\"end\":1}"},
-             {"\"organize\"", "\"tidy\""},
-             {"\"organize\"", "\"trash\""},
-             {"\"root\":\"/r\"", "\"root\":\"/\""},
-             {"\"root\":\"/r\"", "\"root\":\"/r/../s\""},
-             {"\"root\":\"/r\"", "\"root\":\"r\""},
-             {"[\"/r/ordovan+\"]", "[\"/s/ordovan+\"]"},
-             {"[\"/r/ordovan+\"]", "[\"/r/../s\"]"},
-             {"[\"/r/ordovan+\"]", "[\"/r\"]"},
-             {"\"from\":\"a.pdf\"", "\"from\":\"\""},
-             {"\"to\":\"ordovan+/Documents/a.pdf\"", "\"to\":\"\""},
-             {"\"bytes\":5", "\"bytes\":-2"},
-             {"\"names\":1", "\"names\":-1"},
-             {"\"hash\":\"\"", "\"hash\":\"ABC\""},
-             {"01234567-89AB", "01234567-89AX"},
+    constexpr std::string_view value = "A value of the run record can not be.";
+    constexpr std::string_view outside = "An output folder lies outside the folder of the run.";
+    constexpr std::string_view destination = "An item of the run record has no destination, or one too many.";
+    for (const auto& [from, to, reason] : std::vector<std::array<std::string_view, 3>>{
+             {"\"items\":2", "\"items\":1", "\"end\" is missing."},
+             {"\"items\":2", "\"items\":3", "\"bytes\" is missing."},
+             {"\"items\":2", "\"items\":-1", value},
+             {"{\"end\":2}", "{\"end\":1}", "The run record ends with another number of items than it begins with."},
+             {"\"organize\"", "\"tidy\"", value},
+             {"\"organize\"", "\"trash\"", destination},
+             {"\"root\":\"/r\"", "\"root\":\"/\"", value},
+             {"\"root\":\"/r\"", "\"root\":\"/r/../s\"", value},
+             {"\"root\":\"/r\"", "\"root\":\"r\"", value},
+             {"[\"/r/ordovan+\"]", "[\"/s/ordovan+\"]", outside},
+             {"[\"/r/ordovan+\"]", "[\"/r/../s\"]", outside},
+             {"[\"/r/ordovan+\"]", "[\"/r\"]", outside},
+             {"\"from\":\"a.pdf\"", "\"from\":\"\"", value},
+             {"\"to\":\"ordovan+/Documents/a.pdf\"", "\"to\":\"\"", destination},
+             {"\"bytes\":5", "\"bytes\":-2", value},
+             {"\"names\":1", "\"names\":-1", value},
+             {"\"hash\":\"\"", "\"hash\":\"ABC\"", value},
+             {"01234567-89AB", "01234567-89AX", value},
          }) {
-        EXPECT_NE(refusal(replaced(text, from, to)), "read") << from << " -> " << to;
+        EXPECT_EQ(refusal(replaced(text, from, to)), reason) << from << " -> " << to;
     }
 }
 
@@ -331,6 +335,23 @@ TEST(RunRecord, StopsWritingWhenItIsToldTo) {
     int pieces = 0;
     EXPECT_FALSE(intent().encode([&](std::string_view) { return ++pieces < 1; }));
     EXPECT_EQ(pieces, 1);
+}
+
+TEST(RunRecord, IsWrittenInPiecesAndStopsAtEachWhenItIsToldTo) {
+    OrdovanRunIntent large = intent();
+    for (int i = 0; i < 10'000; ++i) large.items.push_back(large.items.front());
+    const auto piecesUntil = [&](int last) {
+        int pieces = 0;
+        const bool isWhole = large.encode([&](std::string_view) { return ++pieces < last; });
+        EXPECT_EQ(isWhole, pieces < last);
+        return pieces;
+    };
+    const int all = piecesUntil(1'000'000);
+    EXPECT_GT(all, 1);
+    for (int last = 1; last <= all; ++last) EXPECT_EQ(piecesUntil(last), last);
+    const auto run = OrdovanUnfinishedRun::decoded(encoded(large));
+    ASSERT_TRUE(run);
+    EXPECT_EQ(run->intent, large);
 }
 
 }  // namespace

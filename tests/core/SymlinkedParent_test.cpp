@@ -47,6 +47,11 @@ TEST_F(SymlinkedParent, IsLookedForUpToTheTopWhenTheRootIsNotOnTheWay) {
     EXPECT_FALSE(isFound("/r/plain/deep/x", "/elsewhere"));
 }
 
+TEST_F(SymlinkedParent, IsNotLookedForOnARelativeWay) {
+    EXPECT_FALSE(isFound("x"));
+    EXPECT_FALSE(isFound(""));
+}
+
 TEST_F(SymlinkedParent, IsFoundInPathsThatAreNotNormal) {
     EXPECT_TRUE(isFound("/r//link/./deep//x"));
     EXPECT_FALSE(isFound("/r//plain/./deep//x"));

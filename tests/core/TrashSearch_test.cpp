@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/FailingCalls.h"
 #include "tests/support/Results.h"
 #include "tests/support/SecondVolume.h"
 #include "tests/support/TempFolder.h"
@@ -25,6 +26,7 @@ using ordovan::findInTrash;
 using ordovan::removeTrashInfo;
 using ordovan::TrashedFile;
 using ordovan::test::error;
+using ordovan::test::FailingCall;
 using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
 using ordovan::testing::describeTree;
@@ -43,6 +45,8 @@ extern "C" int unlink(const char* path) noexcept {
     if (beforeUnlink) std::exchange(beforeUnlink, nullptr)();
     return static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
 }
+// NOLINTNEXTLINE: the C library's name and signature
+ORDOVAN_FAILING(ssize_t, write, (int file, const void* bytes, size_t count), file, bytes, count)
 
 namespace {
 
@@ -117,6 +121,13 @@ TEST_F(TrashSearch, FindsAPlaceThatIsReachedByALink) {
     const auto place = fs.trash(home.write("real/a", "one"));
     ASSERT_TRUE(place);
     EXPECT_EQ(items({home.url("link/a")}), std::vector{std::string(place->path())});
+}
+
+TEST_F(TrashSearch, FindsAPlaceWhoseFolderIsGone) {
+    const auto place = fs.trash(home.write("gone/a", "one"));
+    ASSERT_TRUE(place);
+    std::filesystem::remove(home.path("gone"));
+    EXPECT_EQ(items({home.url("gone/a")}), std::vector{std::string(place->path())});
 }
 
 TEST_F(TrashSearch, PassesOverWhatIsNoInfoFile) {
@@ -216,6 +227,29 @@ TEST_F(TrashSearch, LeavesAnInfoFileThatTellsOfAnotherFileByNow) {
     home.write("data/Trash/info/a.trashinfo", others);
     EXPECT_EQ(error(removeTrashInfo(orphan)), ENOTEMPTY);
     EXPECT_EQ(home.read("data/Trash/info/a.trashinfo"), others);
+}
+
+TEST_F(TrashSearch, LeavesAnInfoFileWhoseItemCanNotBeLookedAt) {
+    const TrashedFile orphan{home.url("a"), home.url("data/Trash/info/a.trashinfo"), home.url("data/Trash/files/a")};
+    home.write("data/Trash/info/a.trashinfo", "[Trash Info]\nPath=" + home.path("a") + "\n");
+    home.write("data/Trash/files", "no folder");
+    EXPECT_EQ(error(removeTrashInfo(orphan)), ENOTDIR);
+    EXPECT_TRUE(home.has("data/Trash/info/a.trashinfo"));
+}
+
+TEST_F(TrashSearch, RemovesNothingAtAPathThatIsNone) {
+    const Url info = home.write("data/Trash/info/a.trashinfo", "[Trash Info]\nPath=/a\n");
+    EXPECT_EQ(error(removeTrashInfo({Url::file("/a"), info, Url::file("relative")})), EINVAL);
+    EXPECT_TRUE(home.has("data/Trash/info/a.trashinfo"));
+}
+
+TEST_F(TrashSearch, SaysWhenAnInfoFileCanNotBeGivenBack) {
+    const TrashedFile orphan{home.url("a"), home.url("data/Trash/info/a.trashinfo"), home.url("data/Trash/files/a")};
+    home.write("data/Trash/info/a.trashinfo", "[Trash Info]\nPath=" + home.path("a") + "\n");
+    beforeUnlink = [&] { home.makeFolder("data/Trash/files/a"); };
+    const FailingCall full("write", ENOSPC);
+    EXPECT_EQ(error(removeTrashInfo(orphan)), ENOSPC);
+    EXPECT_TRUE(home.has("data/Trash/files/a"));
 }
 
 TEST_F(TrashSearch, GivesAnInfoFileBackToAnItemThatArrivesAtTheLastInstant) {
