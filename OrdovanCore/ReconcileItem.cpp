@@ -233,6 +233,7 @@ std::optional<Settled> ItemReconciler::settleAside(const Item& item, const Ordov
     // The rename takes steps on this volume, and was cut; or another file has taken the name since.
     const bool isOther = sight.facts.identity != from.facts.identity && sight.facts.byteSize != 0;
     const Sight to = look(item.to);
+    if (!to.isKnown()) return uncertain(notExamined);
     const Proof isSpare = isOther ? hasContent(item.to, to, copy.byteSize, copy.contentHash) : Proof::proved;
     const Proof isOriginal = isOther ? hasContent(aside, sight, copy.byteSize, copy.contentHash) : Proof::proved;
     if (isSpare == Proof::unknown || isOriginal == Proof::unknown) return uncertain(notExamined);
@@ -378,8 +379,13 @@ Settled ItemReconciler::settleCopies(const Item& item, const Sight& from, const 
         const Proof isVerified = hasContent(partial, sight, copy->byteSize, copy->contentHash);
         if (isVerified == Proof::unknown) return uncertain(notExamined);
         bool isFree = !from.isThere() && !to.isThere();
-        if (isVerified == Proof::proved && !from.isThere() && isPlaceholder(item, item.to, to) == Proof::proved) {
-            isFree = remove(item.to);
+        if (isVerified == Proof::proved && !from.isThere()) {
+            const Proof placeholder = isPlaceholder(item, item.to, to);
+            if (placeholder == Proof::unknown) return uncertain(notExamined);
+            if (placeholder == Proof::proved) {
+                if (!remove(item.to)) return uncertain(notRemoved);
+                isFree = true;
+            }
         }
         if (isVerified == Proof::refuted || !isFree) {
             return unsettled(copyLies(copy->path, isVerified == Proof::proved));

@@ -61,6 +61,13 @@ TEST_F(ReconcileClaims, AFileThatIsNotEmptyAnyMoreStays) {
     EXPECT_EQ(memory.read("/r/ordovan+/a"), "theirs");
 }
 
+TEST_F(ReconcileClaims, AFolderAtTheDestinationStays) {
+    memory.makeDirectory("/r/ordovan+/a");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre(occupied));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
 TEST_F(ReconcileClaims, AnEmptyFileThatIsOlderThanTheRunStays) {
     note(NoteKind::claimed, "one");
     leave("");
