@@ -7,6 +7,7 @@
 #include "OrdovanCore/platform/SameFile.h"
 
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace ordovan {
@@ -92,17 +93,27 @@ InfoFlusher::~InfoFlusher() {
 }
 
 void InfoFlusher::handOver() {
-    {
+    if (hasThread()) {
         const std::lock_guard lock(mutex_);
         if (handedOver_.empty()) {
             handedOver_.swap(batch_);
             more_.notify_one();
         }
     }
-    if (!thread_.joinable()) thread_ = std::jthread([this](const std::stop_token& stop) { work(stop); });
-    // Where the thread does not keep up, the work is shared.
+    // Where the thread does not keep up, the work is shared; where there is none, all of it is done here.
     for (const Descriptor& file : batch_) static_cast<void>(startWriting(file));
     batch_.clear();
+}
+
+/// Starts the thread when it is needed first, or again after the system had none to give.
+bool InfoFlusher::hasThread() {
+    if (thread_.joinable()) return true;
+    try {
+        thread_ = std::jthread([this](const std::stop_token& stop) { work(stop); });
+    } catch (const std::system_error&) {
+        return false;
+    }
+    return true;
 }
 
 void InfoFlusher::work(const std::stop_token& stop) {

@@ -35,7 +35,8 @@ private:
     Descriptor file_;
 };
 
-/// Sends many info files on their way to the disk, in batches on a thread of its own. Used by one thread.
+/// Sends many info files on their way to the disk, in batches on a thread of its own, or on the caller's where no more
+/// threads can be started. Used by one thread.
 ///
 /// A file system with a journal brings a new file's name and a rename to the disk in their order, but the text of the
 /// file may follow half a minute later: after a power cut the Trash then holds items of which nobody knows where they
@@ -56,6 +57,7 @@ private:
     using Clock = std::chrono::steady_clock;
 
     void handOver();
+    bool hasThread();
     void work(const std::stop_token& stop);
 
     std::vector<Descriptor> batch_;
