@@ -420,54 +420,6 @@ TEST_F(TidyPreview, ArrivingAfterTheControllerIsGoneDoesNothing) {
     EXPECT_EQ(tasks.waiting(), 0u);
 }
 
-TEST_F(TidyPreview, RemembersTheLastFiveFolders) {
-    const auto model = make();
-    for (const std::string name : {"/1", "/2", "/3", "/4", "/5", "/6", "/3"}) {
-        memory.makeDirectory(name);
-        model->chooseFolder(Url::file(name));
-        tasks.finish();
-    }
-    EXPECT_THAT(model->recentFolders(),
-                ElementsAre(Url::file("/3"), Url::file("/6"), Url::file("/5"), Url::file("/4"), Url::file("/2")));
-    EXPECT_EQ(make()->recentFolders(), model->recentFolders());
-}
-
-TEST_F(TidyPreview, ForgetsRecentFoldersThatAreGoneAtTheNextStart) {
-    const auto model = make();
-    for (const std::string name : {"/1", "/2"}) {
-        memory.makeDirectory(name);
-        model->chooseFolder(Url::file(name));
-        tasks.finish();
-    }
-    memory.removeTree("/2");
-    EXPECT_THAT(make()->recentFolders(), ElementsAre(Url::file("/1")));
-}
-
-TEST_F(TidyPreview, LooksUpRecentFoldersInTheBackground) {
-    tree({"x.pdf = 1"});
-    const auto model = make();
-    model->chooseFolder(Url::file("/r"));
-    tasks.work();
-    memory.clearLog();
-    tasks.deliver();
-    EXPECT_EQ(model->phase().kind, Phase::Case::ready);
-    EXPECT_THAT(memory.log(), IsEmpty());
-    EXPECT_THAT(model->recentFolders(), IsEmpty());
-    tasks.finish();
-    EXPECT_THAT(model->recentFolders(), ElementsAre(Url::file("/r")));
-}
-
-TEST_F(TidyPreview, KeepsTheRecentFoldersOfAnotherProcess) {
-    const auto first = make(), second = make();
-    for (const auto& [model, name] : {std::pair(first.get(), "/1"), std::pair(second.get(), "/2")}) {
-        memory.makeDirectory(name);
-        model->chooseFolder(Url::file(name));
-        tasks.finish();
-    }
-    EXPECT_THAT(second->recentFolders(), ElementsAre(Url::file("/2"), Url::file("/1")));
-    EXPECT_EQ(make()->recentFolders(), second->recentFolders());
-}
-
 TEST_F(TidyPreview, TellsHowManyFilesAndFoldersItHasMet) {
     tree(
         {"a.pdf = 1", ".hidden = 2", "link -> a.pdf", "sub/b.pdf = 3", "sub/c.pdf = 4", "sub/deep/", "ordovan+/d = 5"});

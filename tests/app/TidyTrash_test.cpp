@@ -1,13 +1,14 @@
 #include "OrdovanApp/controller/StoppableFileSystem.h"
 #include "OrdovanCore/testing/MemoryContentReader.h"
 #include "tests/support/QtTestMain.h"
-#include "tests/support/TidyWorld.h"
+#include "tests/support/TrashWorld.h"
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <tuple>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -32,42 +33,7 @@ constexpr const char* notUpdated =
 constexpr const char* held = "Another ordovan+ run is working in this folder. Try again when it has finished.";
 constexpr const char* trashFolder = "/home/user/.local/share/Trash/files";
 
-class TidyTrash : public ordovan::test::TidyWorld {
-protected:
-    /// A controller that has found the duplicates of "/r".
-    std::unique_ptr<TidyViewModel> searched(TidyViewModel::Options options = {}) {
-        auto model = previewed(options);
-        model->findDuplicates();
-        tasks.finish();
-        return model;
-    }
-    bool finished(bool started) {
-        tasks.finish();
-        return started;
-    }
-    /// The items of these files of "/r", with the sizes they have now.
-    std::vector<OrdovanFileTrasher::Item> items(std::initializer_list<std::string_view> names) {
-        std::vector<OrdovanFileTrasher::Item> result;
-        for (const std::string_view name : names) {
-            const Url url = Url::file("/r").appending(name);
-            result.push_back({url, memory.fileSize(url).value_or(0)});
-        }
-        return result;
-    }
-    /// A controller that has trashed these files of "/r".
-    std::unique_ptr<TidyViewModel> trashed(std::initializer_list<std::string_view> names,
-                                           TidyViewModel::Options options = {}) {
-        auto model = previewed(options);
-        finished(model->trashBigFiles(items(names)));
-        return model;
-    }
-    [[nodiscard]] bool exists(const std::string& path) const { return memory.item(path).has_value(); }
-    static std::vector<std::string> summaries(const TidyViewModel& model) {
-        std::vector<std::string> lines;
-        for (const auto& run : model.history().records) lines.push_back(run.summary());
-        return lines;
-    }
-};
+using TidyTrash = ordovan::test::TrashWorld;
 
 // Extras.
 
@@ -220,81 +186,6 @@ TEST_F(TidyTrash, EveryRunHasADiskOfItsOwnThatGoesBeforeTheRecordIsSaved) {
     EXPECT_EQ(std::exchange(seen, {}), expected);
     finished(model->restore({"/r/c"}));
     EXPECT_EQ(seen, expected);
-}
-
-// Restoring.
-
-TEST_F(TidyTrash, RestoreGivesTheFolderBack) {
-    tree({"a = 1", "b = 1", "sub/c = 1", "d = 2"});
-    const auto before = memory.snapshot("/r");
-    const auto model = searched();
-    finished(model->trashExtras());
-    now += 60;
-    EXPECT_TRUE(finished(model->restore()));
-    EXPECT_THAT(messages(*model->lastTrashReport()), ElementsAre(putBack, putBack));
-    EXPECT_EQ(memory.snapshot("/r"), before);
-    EXPECT_THAT(model->trashRecord()->entries, IsEmpty());
-    EXPECT_THAT(storedTrash()->entries, IsEmpty());
-    EXPECT_EQ(model->history().records.front().kind, OrdovanRunRecord::Kind::restoreTrash);
-    EXPECT_EQ(model->history().records.front().epoch, now);
-    EXPECT_THAT(model->inventory()->files, SizeIs(4));
-    EXPECT_FALSE(model->restore());
-}
-
-TEST_F(TidyTrash, RestoreOfOneFileLeavesTheOthersInTheRecord) {
-    tree({"a = 1", "b = 2", "c = 3"});
-    const auto model = trashed({"a", "b", "c"});
-    EXPECT_FALSE(model->restore({"/r/z"}));
-    EXPECT_TRUE(finished(model->restore({"/r/b"})));
-    EXPECT_EQ(memory.read("/r/b"), "2");
-    EXPECT_THAT(originals(*model->trashRecord()), ElementsAre("a", "c"));
-    EXPECT_EQ(storedTrash(), *model->trashRecord());
-}
-
-TEST_F(TidyTrash, RestoreConcernsTheChosenFolderOnly) {
-    tree({"a = 1"});
-    build(memory, "/s", {"b = 2"});
-    build(memory, "/rs", {"c = 3"});
-    const auto model = trashed({"a"});
-    for (const auto& [folder, file] : {std::pair("/s", "/s/b"), std::pair("/rs", "/rs/c")}) {
-        model->chooseFolder(Url::file(folder));
-        tasks.finish();
-        finished(model->trashBigFiles({{Url::file(file), 1}}));
-    }
-    model->chooseFolder(Url::file("/r"));
-    tasks.finish();
-    EXPECT_THAT(model->restorableEntries(), ElementsAre(model->trashRecord()->entries.at(0)));
-    EXPECT_FALSE(model->restore({"/s/b"}));
-    EXPECT_EQ(model->recoverableCount(), 0U);
-    model->countRecoverable();
-    tasks.finish();
-    EXPECT_EQ(model->recoverableCount(), 1U);
-    EXPECT_THAT(model->restorableEntries(), ElementsAre(model->trashRecord()->entries.at(0)));
-    EXPECT_TRUE(finished(model->restore()));
-    EXPECT_THAT(messages(*model->lastTrashReport()), ElementsAre(putBack));
-    EXPECT_THAT(originals(*storedTrash()), ElementsAre("/s/b", "/rs/c"));
-}
-
-TEST_F(TidyTrash, RestoreKeepsWhatItRefusesInTheRecord) {
-    tree({"a = 1", "b = 2", "c = 3", "d = 4"});
-    const auto model = trashed({"a", "b", "c", "d"});
-    memory.removeTree(std::string(trashFolder) + "/a");
-    memory.write(std::string(trashFolder) + "/b", "x");
-    memory.write("/r/c", "new");
-    EXPECT_TRUE(finished(model->restore()));
-    EXPECT_THAT(
-        messages(*model->lastTrashReport()),
-        ElementsAre(putBack, "Something now occupies the original location; restore skipped.",
-                    "The trashed file changed; restore skipped.", "No longer in the Trash (emptied or moved)."));
-    EXPECT_THAT(originals(*storedTrash()), ElementsAre("a", "b", "c"));
-    EXPECT_EQ(memory.read("/r/c"), "new");
-}
-
-TEST_F(TidyTrash, RestoreWithoutAFolderOrAnEntryDoesNothing) {
-    tree({"a = 1"});
-    EXPECT_FALSE(make()->restore());
-    EXPECT_THAT(make()->restorableEntries(), IsEmpty());
-    EXPECT_FALSE(previewed()->restore());
 }
 
 // Records that can not be stored or read.

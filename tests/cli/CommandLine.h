@@ -195,6 +195,17 @@ public:
     }
 };
 
+/// The files of Downloads that a preview told as JSON has selected, in its order.
+inline std::vector<std::string> selectedSources(const Home& home, const Finished& run) {
+    std::vector<std::string> sources;
+    const auto object = run.json();
+    for (const auto& proposal : object.at("proposals").as_array()) {
+        if (!proposal.at("selected").as_bool()) continue;
+        sources.push_back(text(proposal.at("source")).substr(home.downloads().size() + 1));
+    }
+    return sources;
+}
+
 /// For `Home::prepare`: no file can grow beyond 16 KiB, which is room for all records but that of some hundred files.
 inline void limitFileSize() {
     constexpr ::rlimit room = {.rlim_cur = 16 << 10, .rlim_max = 16 << 10};
