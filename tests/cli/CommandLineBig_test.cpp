@@ -244,6 +244,9 @@ TEST(BigTerminal, AsksBeforeAnythingMoves) {
     for (const char* name : {"a.bin", "b.bin"}) home.write(name, "1");
     Terminal one(home, {"big", "--trash", home.download("a.bin")});
     ASSERT_TRUE(one.waitFor("  a.bin\r\n"));
+    ASSERT_TRUE(one.waitFor(
+        "Files go to the Trash and are not deleted. Each file is checked again first; anything that changed "
+        "is left alone. You can put files back with \"ordovan-cli restore\" or from the Trash.\r\n"));
     ASSERT_TRUE(one.waitFor("Move 1 file to the Trash? [y/N] "));
     one.type("n\n");
     EXPECT_THAT(one.finish().out, EndsWith("Nothing was changed.\r\n"));

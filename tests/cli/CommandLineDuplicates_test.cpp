@@ -312,9 +312,9 @@ TEST(DuplicatesTerminal, AsksBeforeAnythingMoves) {
     home.write("b.txt", "1");
     Terminal no(home, {"duplicates", "--trash", "--no-color"});
     ASSERT_TRUE(no.waitFor("1 duplicate group · 2 files · 1 byte in extra copies\r\n"));
-    ASSERT_TRUE(
-        no.waitFor("The copy you chose to keep stays. Each extra is checked again first, and anything that "
-                   "changed is left alone. "));
+    ASSERT_TRUE(no.waitFor(
+        "The copy you chose to keep stays. Each extra is checked again first, and anything that "
+        "changed is left alone. You can put files back with \"ordovan-cli restore\" or from the Trash.\r\n"));
     ASSERT_TRUE(no.waitFor("Move duplicate extras to the Trash? [y/N] "));
     no.type("n\n");
     const Finished refused = no.finish();

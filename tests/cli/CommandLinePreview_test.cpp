@@ -53,6 +53,26 @@ TEST(PreviewText, TellsWhatNeedsReviewWhatIsSkippedAndWhatWasNotScanned) {
     EXPECT_EQ(run.status, 0);
 }
 
+TEST(PreviewText, CountsWhatWasNotScanned) {
+    const Home home;
+    std::string deep = "a";
+    for (int i = 0; i < 20; ++i) deep += "/a";
+    home.write(deep + "/too deep.pdf", "1");
+    for (const char* name : {"1", "2"}) {
+        home.write(std::string(".") + name, "1");
+        home.write(std::string(name) + ".app/x", "1");
+        home.folder.makeLink(std::string("Downloads/link") + name, "a");
+    }
+    const std::string counts =
+        "Not scanned\n  2 hidden items\n  2 symbolic links, not followed\n  2 packages, kept whole\n";
+    EXPECT_THAT(home.run({"preview"}).out, HasSubstr(counts + "  1 folder too deep\n"));
+    deep.replace(0, 1, "b");
+    home.write(deep + "/too deep.pdf", "1");
+    EXPECT_THAT(home.run({"preview"}).out, HasSubstr(counts + "  2 folders too deep\n"));
+    std::filesystem::remove_all(home.download("2.app"));
+    EXPECT_THAT(home.run({"preview"}).out, HasSubstr("  1 package, kept whole\n"));
+}
+
 TEST(PreviewText, NamesFoldersThatCouldNotBeRead) {
     Home home;
     home.write("closed/a.pdf", "1");
@@ -287,6 +307,12 @@ TEST(PreviewFolder, WarnsWhenNothingCouldBeOrganizedIntoIt) {
     EXPECT_EQ(run.err, "warning: \"" + home.download("ordovan+") +
                            "\" is no folder, so nothing can be organized into it. Rename it or move it away first.\n");
     EXPECT_EQ(run.status, 0);
+    std::filesystem::remove(home.download("ordovan+"));
+    home.folder.makeLink("Downloads/ordovan+", home.folder.path());
+    EXPECT_EQ(
+        home.run({"preview"}).err,
+        "warning: \"" + home.download("ordovan+") +
+            "\" is a link, not a folder, so nothing can be organized into it. Rename it or move it away first.\n");
 }
 
 TEST(PreviewFolder, ThatIsAFileIsRefused) {

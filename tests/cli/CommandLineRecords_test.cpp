@@ -61,6 +61,20 @@ TEST(RulesCommand, TellsThatTheyCouldNotBeSaved) {
     EXPECT_EQ(run.status, 3);
 }
 
+TEST(RulesCommand, TellsThatAChangeCouldNotBeSaved) {
+    Home home;
+    for (const char* folder : {"A", "B"}) ASSERT_EQ(home.run({"rules", "add", "txt", folder}).status, 0);
+    giveToUnprivileged(home.folder.path());
+    ::chmod(home.folder.path(".config/ordovan").c_str(), 0500);
+    home.runsUnprivileged = true;
+    for (const Home::Arguments& change : {Home::Arguments{"rules", "delete", "1"}, {"rules", "move", "1", "2"}}) {
+        const Finished run = home.run(change);
+        EXPECT_EQ(run.err, "error: The rules couldn't be saved.\n");
+        EXPECT_EQ(run.status, 3);
+    }
+    EXPECT_EQ(home.run({"rules", "list"}).out, "1  txt → A\n2  txt → B\n");
+}
+
 TEST(SettingsCommand, ShowsTheDefaults) {
     const Home home;
     EXPECT_EQ(home.run({"settings"}).out, "groupByMonth = false\nincludeHidden = false\ntheme = lagoon\n");

@@ -50,6 +50,9 @@ TEST(TerminalPrompt, OrganizesAfterAYes) {
     home.write("a.pdf", "1");
     Terminal terminal(home, {"organize", "--no-color"});
     ASSERT_TRUE(terminal.waitFor("  a.pdf\r\n\r\n1 proposed · 0 need review\r\n"));
+    ASSERT_TRUE(terminal.waitFor(
+        "Files move into the ordovan+ folder inside this folder. Nothing is copied or deleted, and you "
+        "can undo this with \"ordovan-cli undo\".\r\n"));
     ASSERT_TRUE(terminal.waitFor("Organize these files? [y/N] "));
     terminal.type("y\n");
     const Finished run = terminal.finish();
