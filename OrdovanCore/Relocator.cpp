@@ -6,6 +6,15 @@ namespace ordovan {
 
 using End = Relocation::End;
 
+namespace {
+
+bool isAbsence(const OrdovanSystemError& error) {
+    return error == OrdovanSystemError::posix(ENOENT) ||
+           error == OrdovanSystemError::cocoa(OrdovanSystemError::fileReadNoSuchFile);
+}
+
+}  // namespace
+
 Relocation Relocator::relocate(const Url& from, const Url& to, const Fingerprint& was,
                                const std::function<bool()>& mayTryAgain) {
     const Url folder = to.deletingLastPathComponent();
@@ -43,7 +52,7 @@ Relocation Relocator::rename(const Url& from, const Url& to, const Fingerprint& 
                              const std::function<bool()>& mayTryAgain) {
     const auto moved = inFolder(to.deletingLastPathComponent(), mayTryAgain, [&] { return fs_.move(from, to); });
     if (moved && fs_.isRegularFile(to)) return {End::done, true};
-    if (hasMoved(from, to, was.identity, was.identity)) return {End::done, true};
+    if (wasRenamed(from, to, was.identity)) return {End::done, true};
     // Two mounts of one device, or folders that the file system keeps apart: as if they were two volumes.
     if (!moved && moved.error() == OrdovanSystemError::posix(EXDEV)) return carry(from, to, was, mayTryAgain);
     return moved ? Relocation{End::didNotLand, true} : Relocation{End::moveFailed, true, moved.error()};
@@ -68,36 +77,55 @@ Relocation Relocator::carry(const Url& from, const Url& to, const Fingerprint& w
         return {End::verificationFailed};
     }
     const auto published = fs_.move(partial, to);
-    const bool landed = isThere(to, *copyIdentity);
-    if (published && landed) return replaceOriginal(from, to, *copyIdentity, was);
+    const auto landed = published ? identityOfLanded(partial, to, *copyIdentity, was) : std::nullopt;
+    if (landed) return replaceOriginal(from, to, *landed, was);
 
-    if (hasMoved(from, to, was.identity, *copyIdentity)) return {End::done};  // the original went away meanwhile
+    // The original went away meanwhile.
+    if (mayBeThere(to, *copyIdentity) && isGone(from, was.identity, fs_)) return {End::done};
     // A rename that reports an error may have happened and yet not be on disk, so it is the copy that goes.
     if (isThere(partial, *copyIdentity)) {
         discardPartial(partial, from);
-    } else if (isThere(to, *copyIdentity)) {
-        (void)fs_.remove(to);
+    } else {
+        discardPublished(to, *copyIdentity);
     }
     return published ? Relocation{End::didNotLand} : Relocation{End::publishFailed, false, published.error()};
 }
 
+/// The identity of the verified copy at its new place; nothing where it is not seen there. Some volumes number a file
+/// anew when it is renamed: there it is known by its content, and by its partial name being free again.
+std::optional<std::string> Relocator::identityOfLanded(const Url& partial, const Url& to,
+                                                       const std::string& copyIdentity, const Fingerprint& was) {
+    if (isThere(to, copyIdentity)) return copyIdentity;
+    if (!fs_.isRegularFile(to) || fs_.isRegularFile(partial) || fs_.fileSize(to) != was.byteSize) return std::nullopt;
+    const auto identity = fs_.fileIdentity(to);
+    if (!identity || fs_.contentHash(to) != was.contentHash) return std::nullopt;
+    return *identity;
+}
+
 /// The last step across volumes: the verified copy stands at `to`, so the original goes, or else the copy. The original
-/// is hashed once more, because a copy takes its time: what was written to it meanwhile exists nowhere else. One that
-/// is not seen counts as gone only while the copy is seen: a volume that answers nothing proves nothing.
+/// is hashed once more, because a copy takes its time: what was written to it meanwhile exists nowhere else. And the
+/// copy is looked at once more, because that takes its time as well. An original that can not be seen counts as gone
+/// only when that is certain, else nothing is removed at all.
 Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity,
                                       const Fingerprint& was) {
     const bool isUnchanged = fs_.contentHash(from) == was.contentHash;
     if (!isUnchanged || !isThere(from, was.identity)) {
-        if (!fs_.isRegularFile(from)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
-        if (isThere(to, copyIdentity)) (void)fs_.remove(to);
+        if (isGone(from, was.identity, fs_)) return {mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
+        if (!fs_.isRegularFile(from)) return {End::originalStays};
+        discardPublished(to, copyIdentity);
         return {End::verificationFailed};
+    }
+    if (!isThere(to, copyIdentity)) {
+        discardPublished(to, copyIdentity);
+        return {End::didNotLand};
     }
     const auto removed = fs_.remove(from);
     if (isThere(from, was.identity)) {
-        if (isThere(to, copyIdentity)) (void)fs_.remove(to);
-        return {End::originalStays};
+        discardPublished(to, copyIdentity);
+        return {!removed && removed.error() == originalChanged ? End::verificationFailed : End::originalStays};
     }
-    return {removed || hasMoved(from, to, was.identity, copyIdentity) ? End::done : End::originalStays};
+    if (removed) return {End::done};
+    return {isGone(from, was.identity, fs_) && mayBeThere(to, copyIdentity) ? End::done : End::originalStays};
 }
 
 bool Relocator::isThere(const Url& url, const std::string& identity) {
@@ -112,9 +140,8 @@ bool Relocator::mayBeThere(const Url& url, const std::string& identity) {
     return !found || *found == identity;
 }
 
-bool Relocator::hasMoved(const Url& from, const Url& to, const std::string& identityBefore,
-                         const std::string& identityAfter) {
-    return mayBeThere(to, identityAfter) && !mayBeThere(from, identityBefore);
+bool Relocator::wasRenamed(const Url& from, const Url& to, const std::string& identity) {
+    return mayBeThere(to, identity) && !mayBeThere(from, identity);
 }
 
 bool Relocator::isEmptyFile(const Url& url) {
@@ -123,6 +150,22 @@ bool Relocator::isEmptyFile(const Url& url) {
 
 void Relocator::discardPartial(const Url& partial, const Url& original) {
     if (fs_.isRegularFile(original)) (void)fs_.remove(partial);
+}
+
+void Relocator::discardPublished(const Url& to, const std::string& copyIdentity) {
+    if (isThere(to, copyIdentity)) (void)fs_.remove(to);
+}
+
+bool isGone(const Url& file, std::string_view identity, OrdovanFileSystem& fs) {
+    if (fs.isRegularFile(file)) return false;
+    if (!fs.isSymlink(file)) {
+        // Of all questions, this one is answered with the system's own error.
+        const auto content = fs.contentHash(file);
+        if (content || !isAbsence(content.error())) return false;
+    }
+    const auto deviceOf = [](std::string_view text) { return text.substr(0, text.find(':')); };
+    const auto folder = fs.fileIdentity(file.deletingLastPathComponent());
+    return folder && deviceOf(*folder) == deviceOf(identity);
 }
 
 }  // namespace ordovan

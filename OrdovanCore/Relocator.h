@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -27,12 +28,22 @@ struct Relocation {
         copyFailed,          ///< no copy came about
         verificationFailed,  ///< the copy differs, or the original changed meanwhile; the copy was removed
         publishFailed,       ///< the verified copy could not be renamed into place, and was removed
-        originalStays,       ///< the original could not be removed after the copy, which was therefore removed
+        originalStays,       ///< the original could not be removed after the copy, which was therefore removed; where
+                             ///< it can not be told whether the original is still there, the copy stays as well
     };
     End end;
     bool sameVolume = false;        ///< whether the file was renamed, and not copied
     OrdovanSystemError error = {};  ///< for the ends that a system error caused
 };
+
+/// How a port answers that it does not remove an original because that is not what was copied any more. Every other
+/// error of a removal says nothing about the copy.
+inline constexpr OrdovanSystemError originalChanged{OrdovanSystemError::Domain::other, 0, std::nullopt};
+
+/// True when a file that was seen with this identity is certainly not at its place any more: the system says that
+/// nothing is there, or a link is, and the folder is one of the volume on which the file was seen. A volume that is not
+/// there, or answers nothing, proves nothing.
+[[nodiscard]] bool isGone(const Url& file, std::string_view identity, OrdovanFileSystem& fs);
 
 /// Moves single files to free places, within a volume by a rename, across volumes by copy, verify, rename, remove; so
 /// too where one volume refuses the rename as if it were two (EXDEV: bind mounts, subvolumes, overlays).
@@ -60,14 +71,17 @@ private:
     Relocation rename(const Url& from, const Url& to, const Fingerprint& was, const std::function<bool()>& mayTryAgain);
     Relocation carry(const Url& from, const Url& to, const Fingerprint& was, const std::function<bool()>& mayTryAgain);
     Relocation replaceOriginal(const Url& from, const Url& to, const std::string& copyIdentity, const Fingerprint& was);
+    std::optional<std::string> identityOfLanded(const Url& partial, const Url& to, const std::string& copyIdentity,
+                                                const Fingerprint& was);
 
     /// Seen to be there, beyond doubt: reason enough to remove something else.
     bool isThere(const Url& url, const std::string& identity);
     /// A regular file is there, and its identity says nothing against its being this one.
     bool mayBeThere(const Url& url, const std::string& identity);
-    bool hasMoved(const Url& from, const Url& to, const std::string& identityBefore, const std::string& identityAfter);
+    bool wasRenamed(const Url& from, const Url& to, const std::string& identity);
     bool isEmptyFile(const Url& url);
     void discardPartial(const Url& partial, const Url& original);
+    void discardPublished(const Url& to, const std::string& copyIdentity);
 
     OrdovanFileSystem& fs_;
     std::unordered_set<std::string> madeFolders_;

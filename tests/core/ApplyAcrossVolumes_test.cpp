@@ -252,10 +252,99 @@ TEST_F(ApplyAcrossVolumes, TakesNoSightOfTheSourceForNoProofThatItIsGone) {
 TEST_F(ApplyAcrossVolumes, TakesNoSightOfTheSourceForNoProofThatItWasRemoved) {
     tree({"a = hello"});
     documentsOnAnotherVolume();
-    fs.failCall(Operation::isRegularFile, 4, EIO, Moment::beforeEffect, Lasting::forGood);
+    fs.failCall(Operation::isRegularFile, 5, EIO, Moment::beforeEffect, Lasting::forGood);
     fs.failCall(Operation::remove, 1, EIO);
     EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
     EXPECT_EQ(memory.read("/r/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, TakesAVolumeThatIsPulledForNoProofThatTheSourceIsGone) {
+    memory.addVolume("/r/sub");
+    tree({"sub/a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::copy) return;
+        memory.removeTree("/r/sub");
+        memory.makeDirectory("/r/sub");  // the folder on which it was mounted
+    });
+    EXPECT_EQ(fate(proposal("/r/sub/a", "/r/ordovan+/Documents/a")), failed(originalStays));
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, TakesASickVolumeForNoProofThatTheSourceIsGone) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    bool isSick = false;
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::copy || std::exchange(isSick, true)) return;
+        // The original's volume answers nothing any more; the copy's is in order.
+        fs.failCall(Operation::contentHash, 3, ESTALE, Moment::beforeEffect, Lasting::forGood);
+        fs.failCall(Operation::isRegularFile, 3, ESTALE, Moment::beforeEffect, Lasting::forGood);
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, KeepsTheSourceWhenItsCopyGoesWhileTheSourceIsHashed) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::contentHash && call.url == Url::file("/r/a") &&
+            memory.item("/r/ordovan+/Documents/a")) {
+            memory.removeTree("/r/ordovan+/Documents/a");
+        }
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed("Move did not land at the destination."));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, KeepsTheSourceWhenItsCopyIsReplacedWhileTheSourceIsHashed) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::contentHash && call.url == Url::file("/r/a") &&
+            memory.item("/r/ordovan+/Documents/a")) {
+            memory.replace("/r/ordovan+/Documents/a", "theirs");
+        }
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed("Move did not land at the destination."));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "theirs");
+}
+
+TEST_F(ApplyAcrossVolumes, KnowsACopyByItsContentWhereARenameNumbersItAnew) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.replace("/r/ordovan+/Documents/a", "hello");
+    });
+    EXPECT_EQ(fate(toDocuments("a")), "moved: Copied, verified and moved.");
+    EXPECT_FALSE(memory.item("/r/a"));
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, TakesAnotherFileOfItsSizeForNoCopy) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.replace("/r/ordovan+/Documents/a", "other");
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed("Move did not land at the destination."));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "other");
+}
+
+TEST_F(ApplyAcrossVolumes, TakesAFileOfItsContentForNoCopyWhileThePartialOneStands) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.failCall(Operation::move, 1, 0, Moment::insteadOfEffect);
+    fs.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) memory.write("/r/ordovan+/Documents/a", "hello");
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed("Move did not land at the destination."));
+    EXPECT_EQ(memory.read("/r/a"), "hello");
+    EXPECT_EQ(memory.list("/r/ordovan+/Documents")->size(), 1u);
 }
 
 TEST_F(ApplyAcrossVolumes, NeverReplacesADestinationThatAppearsDuringTheCopy) {
