@@ -1,6 +1,7 @@
 #include "OrdovanCore/Reconcile.h"
 
 #include "OrdovanCore/ReconcileItem.h"
+#include "OrdovanCore/RunProgress.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,10 +18,11 @@ namespace {
 /// Whether the folder can not be told to be the one in which the run worked. Its inode tells that only together with
 /// its device, of which the number may have changed since: the tops of volumes are alike. Then what lies in it has to
 /// tell.
-bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports, const ItemReconciler& reconciler) {
+bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports, const ItemReconciler& reconciler,
+                 ordovan::RunProgress& progress) {
     const auto root = ports.facts(run.intent.root);
     const bool isSame = root && !run.intent.rootIdentity.empty() && root->identity == run.intent.rootIdentity;
-    return !isSame && !run.intent.items.empty() && !reconciler.seesAnything();
+    return !isSame && !run.intent.items.empty() && !reconciler.seesAnything(progress);
 }
 
 /// Records what became of one item.
@@ -112,22 +114,30 @@ OrdovanRunRecord OrdovanReconciliation::historyRecord(const OrdovanRunIntent& in
             .failed = static_cast<std::int64_t>(failed)};
 }
 
-OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports) {
+OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports,
+                                                   const OrdovanRunControl& control) {
     OrdovanReconciliation result;
     result.run.id = run.intent.id;
     result.run.kind = run.intent.kind;
     result.run.startedAtEpoch = run.intent.startedAtEpoch;
     result.run.root = run.intent.root;
     result.journal.createdAtEpoch = run.intent.startedAtEpoch;
+    ordovan::RunProgress progress(control, run.intent.items.size());
     ItemReconciler reconciler(run, ports);
-    if (isElsewhere(run, ports, reconciler)) {
+    result.isElsewhere = isElsewhere(run, ports, reconciler, progress);
+    std::vector<Settled> settled(result.isElsewhere ? 0 : run.intent.items.size());
+    // Backwards: where a file was to be moved twice, the second move tells of the first.
+    for (std::size_t i = settled.size(); i > 0 && progress.mayContinue(); --i) {
+        settled[i - 1] = reconciler.settle(i - 1);
+        progress.fileDone();
+    }
+    // What could not be looked at may only have been given up.
+    result.isStopped = !progress.mayContinue();
+    if (result.isStopped) result.isElsewhere = false;
+    if (result.isStopped || result.isElsewhere) {
         result.isComplete = false;
-        result.isElsewhere = true;
         return result;
     }
-    std::vector<Settled> settled(run.intent.items.size());
-    // Backwards: where a file was to be moved twice, the second move tells of the first.
-    for (std::size_t i = settled.size(); i > 0; --i) settled[i - 1] = reconciler.settle(i - 1);
     for (std::size_t i = 0; i < settled.size(); ++i) {
         record(run.intent, run.intent.items[i], std::move(settled[i]), result);
     }

@@ -69,6 +69,9 @@ struct OrdovanReconciliation {
     /// The folder is not the one in which the run worked, and nothing of the run is in sight: its volume is probably
     /// not there. Nothing was decided, and nothing else here has a meaning.
     bool isElsewhere = false;
+    /// It was stopped before its end. Each file is settled or as it was, and nothing else here has a meaning: reconciling
+    /// once more settles them all.
+    bool isStopped = false;
 
     /// The run for the history: what lies at its destination counts as moved, what is not settled as failed.
     [[nodiscard]] OrdovanRunRecord historyRecord(const OrdovanRunIntent& intent) const;
@@ -81,6 +84,9 @@ struct OrdovanReconciliation {
 /// It may itself be interrupted at any moment and run again: that comes to the same end.
 namespace OrdovanReconciler {
 
-[[nodiscard]] OrdovanReconciliation reconcile(const OrdovanUnfinishedRun& run, const ordovan::ReconcilePorts& ports);
+/// `control` is asked before each file and once behind the last, and told after each; while it is looked for the folder
+/// (`isElsewhere`) it is only asked.
+[[nodiscard]] OrdovanReconciliation reconcile(const OrdovanUnfinishedRun& run, const ordovan::ReconcilePorts& ports,
+                                              const OrdovanRunControl& control = {});
 
 }  // namespace OrdovanReconciler

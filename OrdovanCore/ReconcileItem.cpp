@@ -76,11 +76,11 @@ ItemReconciler::ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcileP
     if (run.intent.kind == Kind::trash) searchTrash();
 }
 
-bool ItemReconciler::seesAnything() const {
+bool ItemReconciler::seesAnything(RunProgress& progress) const {
     const auto isIt = [this](const Item& item, const Url& url) {
         return !url.path().empty() && isTheFile(item, url, look(url)) == Proof::proved;
     };
-    for (std::size_t i = 0; i < run_.intent.items.size(); ++i) {
+    for (std::size_t i = 0; i < run_.intent.items.size() && progress.mayContinue(); ++i) {
         const Item item = itemOf(i);
         if (refusal(item)) continue;
         // Nothing else bears the name of a partial copy.

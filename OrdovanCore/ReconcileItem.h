@@ -3,6 +3,7 @@
 #include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/Reconcile.h"
 #include "OrdovanCore/Relocator.h"
+#include "OrdovanCore/RunProgress.h"
 #include "OrdovanCore/TrashMove.h"
 
 #include <cstddef>
@@ -38,8 +39,9 @@ public:
     /// Both outlive this object.
     ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports);
 
-    /// Whether a file is in sight, before or behind its move, that is proved to be one of the run's.
-    [[nodiscard]] bool seesAnything() const;
+    /// Whether a file is in sight, before or behind its move, that is proved to be one of the run's. `progress` is asked
+    /// before each; once it says stop, none is.
+    [[nodiscard]] bool seesAnything(RunProgress& progress) const;
     [[nodiscard]] Settled settle(std::size_t index);
 
 private:

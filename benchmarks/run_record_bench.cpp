@@ -42,11 +42,11 @@ double organize(const TidyPorts& ports, const Url& root) {
     const RunResult run = RunFlow::organize(ports, inputs, found.found.plan->proposals);
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
     const std::size_t all = found.found.plan->proposals.size();
-    if (run.refused || run.report->movedCount() != all || run.record.warning || run.keepsRecord) {
+    if (run.refused || run.report->movedCount() != all || !run.record || run.record->warning || run.keepsRecord) {
         fail("not every file was organized");
     }
-    inputs.memory.journal = run.record.journal;
-    const RunResult back = RunFlow::undo(ports, inputs, *run.record.journal);
+    inputs.memory.journal = run.record->journal;
+    const RunResult back = RunFlow::undo(ports, inputs, *run.record->journal);
     if (back.refused || back.report->movedCount() != all) fail("not every file was put back");
     return taken.count();
 }

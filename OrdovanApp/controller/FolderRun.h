@@ -22,17 +22,18 @@ namespace FolderRun {
 /// Trash. A record may name others; the run refuses those, and nothing is to open them before it does.
 [[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
 
-/// The file system that a run in a folder changes files through, told beforehand which files it will hash.
+/// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that
+/// is known.
 class FileSystem {
 public:
-    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed)
+    FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed = {})
         : own_(ports.makeRunFileSystem ? ports.makeRunFileSystem(root) : nullptr),
           disk_(own_ == nullptr ? ports.fileSystem : *own_),
-          ahead_(ports.hashAhead ? ports.hashAhead(disk_, toBeHashed,
-                                                   [root, &fs = ports.fileSystem](const Url& file) {
-                                                       return mayRead(file, root, fs);
-                                                   })
-                                 : nullptr),
+          ahead_(toBeHashed.empty() || !ports.hashAhead
+                     ? nullptr
+                     : ports.hashAhead(
+                           disk_, toBeHashed,
+                           [root, &fs = ports.fileSystem](const Url& file) { return mayRead(file, root, fs); })),
           port_(ahead_ == nullptr ? disk_ : *ahead_),
           contents_(dynamic_cast<OrdovanContentReading*>(own_.get())),
           stepwise_(dynamic_cast<ordovan::StepwiseMoves*>(own_.get())) {

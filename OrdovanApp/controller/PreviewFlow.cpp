@@ -117,10 +117,13 @@ RecordsInMemory recordsAfterRecovery(const TidyPorts& ports, const PreviewInputs
                               .unsavedRuns = inputs.unsavedRuns,
                               .ownRuns = inputs.ownRuns};
     memory.journal = memory.unsavedJournal;
+    const std::lock_guard turn(*inputs.recoveryTurn);
+    if (inputs.flag->isCancelled() || inputs.recovery.flag->isCancelled()) return memory;
     if (ports.recording.runRecords == nullptr || !ports.recording.runRecords->mayStand(root)) return memory;
     const auto lock = ports.tryLockFolder(root);
     if (!lock) return memory;
-    RecoveredRun recovered = RunRecovery::settle(ports, root, memory, ports.clock(), RunRecovery::Occasion::preview);
+    RecoveredRun recovered =
+        RunRecovery::settle(ports, root, memory, ports.clock(), RunRecovery::Occasion::preview, inputs.recovery);
     // Told while the folder is still locked, so that it comes before what any later run has to tell.
     if (inputs.recovered) inputs.recovered(root, std::move(recovered));
     return memory;
@@ -139,6 +142,8 @@ PreviewResult PreviewFlow::run(const TidyPorts& ports, PreviewInputs inputs) {
     PreviewResult result;
     result.found.root = root;
     const RecordsInMemory memory = recordsAfterRecovery(ports, inputs);
+    if (!shouldContinue()) return result;
+    result.unsavedBefore = memory.unsavedJournal;
     result.journal = ports.journals.load(root, memory.unsavedJournal, ports.clock(), ports.fileSystem);
     result.trash = ports.trashRecords.load(memory.trash);
     if (inputs.depth == PreviewDepth::records) return result;

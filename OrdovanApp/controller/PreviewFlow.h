@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -43,6 +44,10 @@ struct PreviewInputs {
     std::vector<ordovan::Uuid> ownRuns;  ///< as in `RecordsInMemory`
     /// Told on the running thread what became of a run that was found interrupted in this folder.
     std::function<void(const Url& root, RecoveredRun run)> recovered;
+    /// Stops that, also when a later preview of the folder has taken the place of this one.
+    RecoveryControl recovery;
+    /// Taken while an interrupted run is brought to its end: a later preview waits for an earlier one's.
+    std::shared_ptr<std::mutex> recoveryTurn = std::make_shared<std::mutex>();
     PreviewedFolder known;  ///< what was found last
     bool indexesPlan = false;
     std::shared_ptr<const CancelFlag> flag;
@@ -57,6 +62,7 @@ struct PreviewResult {
     bool partial = false;
     bool caseInsensitive = true;
     ordovan::JournalStore::Loaded journal;
+    ordovan::JournalStore::Journal unsavedBefore;  ///< what the journal was loaded with
     ordovan::TrashRecordStore::Known trash;
 };
 

@@ -21,7 +21,8 @@ void finish(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::K
     result.run = OrdovanRunRecord::make(kind, *result.report, inputs.root, inputs.nowEpoch);
     result.run.id = record.id();
     result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
-    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
+    const bool isMissing = result.record && result.record->warning;
+    result.keepsRecord = isMissing ? record.isStored() : !record.remove();
 }
 
 /// One folder and the entries that lie in it.
@@ -137,14 +138,12 @@ RunResult RunFlow::organize(const TidyPorts& ports, RunInputs inputs, std::span<
     using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
         RunResult result;
-        result.recovered =
-            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                               RunRecovery::Occasion::run, inputs.recovery);
         const RecordsInMemory& memory = inputs.memory;
         FolderRun::Record record(ports, Kind::organize, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
         result.report = std::make_shared<const OrdovanExecutionReport>(applyAll(ports, inputs, proposals, record));
-        if (result.report->journal.entries.empty()) {
-            result.record = {.journal = memory.journal, .unsaved = memory.unsavedJournal, .warning = std::nullopt};
-        } else {
+        if (!result.report->journal.entries.empty()) {
             result.record = ports.journals.append(inputs.root, result.report->journal, memory.journal,
                                                   memory.unsavedJournal, inputs.nowEpoch);
         }
@@ -157,8 +156,8 @@ RunResult RunFlow::undo(const TidyPorts& ports, RunInputs inputs, const OrdovanJ
     using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
         RunResult result;
-        result.recovered =
-            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                               RunRecovery::Occasion::run, inputs.recovery);
         const RecordsInMemory& memory = inputs.memory;
         FolderRun::Record record(ports, Kind::undo, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
         result.report = std::make_shared<const OrdovanExecutionReport>(undoBatches(ports, inputs, entries, record));

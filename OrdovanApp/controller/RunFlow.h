@@ -8,6 +8,7 @@
 #include "OrdovanCore/RunHistory.h"
 
 #include <memory>
+#include <optional>
 #include <span>
 
 /// What every run works from; nothing else is looked at while it runs.
@@ -16,6 +17,7 @@ struct RunInputs {
     Url outputRoot;
     double nowEpoch = 0;
     RecordsInMemory memory;
+    RecoveryControl recovery;  ///< its flag stops the run as well
     OrdovanRunControl control;
 };
 
@@ -25,7 +27,7 @@ struct RunResult {
     RecoveredRun recovered;    ///< an earlier one, that was found interrupted
     bool keepsRecord = false;  ///< the record of this run still stands
     std::shared_ptr<const OrdovanExecutionReport> report;
-    ordovan::JournalStore::Saved record;
+    std::optional<ordovan::JournalStore::Saved> record;  ///< nothing where there was nothing to record
     OrdovanRunRecord run{};
     ordovan::HistoryStore::Result history;
 };

@@ -1,5 +1,8 @@
 #include "OrdovanApp/controller/RunRecovery.h"
 
+#include "OrdovanApp/controller/FolderRun.h"
+#include "OrdovanApp/controller/StoppableFileSystem.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -28,6 +31,16 @@ bool isOf(const TidyPorts& ports, const Url& root, const OrdovanRunIntent& inten
     const auto here = ports.recording.facts(root);
     const auto there = ports.recording.facts(intent.root);
     return here && there && here->identity == there->identity;
+}
+
+OrdovanReconciliation reconciled(const TidyPorts& ports, const OrdovanUnfinishedRun& run,
+                                 const RecoveryControl& control) {
+    if (control.progressed) control.progressed(0, run.intent.items.size());
+    FolderRun::FileSystem files(ports, run.intent.root);
+    StoppableFileSystem fs(files.port(), files.contents(), *control.flag);
+    return OrdovanReconciler::reconcile(
+        run, reconcilePorts(ports, fs),
+        {.shouldContinue = [&] { return fs.beginFile(); }, .progressed = control.progressed});
 }
 
 std::unordered_set<std::string_view> viewsOf(const std::vector<std::string>& texts) {
@@ -106,7 +119,7 @@ RecoveredRun settleUnreadable(const TidyPorts& ports, const Url& root, double no
 }  // namespace
 
 RecoveredRun RunRecovery::settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
-                                 Occasion occasion) {
+                                 Occasion occasion, const RecoveryControl& control) {
     RecoveredRun result;
     const ordovan::RunRecordStore* store = ports.recording.runRecords;
     if (store == nullptr) return result;
@@ -120,9 +133,8 @@ RecoveredRun RunRecovery::settle(const TidyPorts& ports, const Url& root, Record
     const bool isOwn = std::ranges::find(memory.ownRuns, intent.id) != memory.ownRuns.end();
     if (isOwn && occasion == Occasion::preview) return result;
 
-    const auto disk = ports.makeRunFileSystem ? ports.makeRunFileSystem(intent.root) : nullptr;
-    OrdovanFileSystem& fs = disk == nullptr ? ports.fileSystem : *disk;
-    OrdovanReconciliation found = OrdovanReconciler::reconcile(stored.run, reconcilePorts(ports, fs));
+    OrdovanReconciliation found = reconciled(ports, stored.run, control);
+    if (found.isStopped) return result;
     const bool isStored =
         !found.isElsewhere && ::store(ports, root, stored.run, found, memory, nowEpoch, result) && found.isComplete;
     if (!found.isElsewhere) {

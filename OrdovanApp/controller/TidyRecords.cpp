@@ -29,7 +29,8 @@ RecordsInMemory TidyViewModel::recordsInMemory() const {
 /// Takes over what became of a run that had been interrupted in a folder.
 void TidyViewModel::adoptRecovered(const Url& root, RecoveredRun recovered) {
     if (recovered.journal) {
-        adoptJournal(root, std::move(recovered.journal->journal), std::move(recovered.journal->unsaved));
+        adoptJournal(root, std::move(recovered.journal->journal), std::move(recovered.journal->unsaved),
+                     recovered.journal->revision);
         warnOfRecord(false, std::move(recovered.journal->warning));
     }
     if (recovered.trash) {
@@ -169,9 +170,9 @@ void TidyViewModel::refreshRecords() {
                           .trash = ports.trashRecords.load(known),
                           .recentFolders = ports.recentFolders.reload(folders)};
         },
-        whileAlive([this, runs = finishedRuns_, revision = historyRevision_](Reread found) {
+        whileAlive([this, revision = historyRevision_](Reread found) {
+            adoptLoadedTrash(std::move(found.trash));
             // What was read before a run or a change ended is older than what that left here.
-            if (runs == finishedRuns_) adoptTrashRecord(std::move(found.trash));
             if (found.history && revision == historyRevision_) {
                 for (const OrdovanRunRecord& run : std::views::reverse(unsavedRuns_)) {
                     // Another process may have found its record and stored it.

@@ -180,7 +180,7 @@ void TidyViewModel::startTrashRun(Work work) {
     TrashInputs inputs = {.root = *rootURL_,
                           .nowEpoch = ports_.clock(),
                           .memory = recordsInMemory(),
-                          .flag = runFlag_,
+                          .recovery = recoveryControl(runFlag_),
                           .progressed = progressed};
     set(isTrashing_, true, &TidyViewModel::isTrashingChanged);
     ports_.tasks.compute(
@@ -194,8 +194,10 @@ void TidyViewModel::completeTrashRun(const Url& root, TrashResult result) {
         adoptRecovered(root, std::move(result.recovered));
         const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
-        adoptTrashRecord(std::move(result.record.known));
-        warnOfRecord(wasUnsaved, std::move(result.record.warning));
+        if (auto& record = result.record) {
+            adoptTrashRecord(std::move(record->known));
+            warnOfRecord(wasUnsaved, std::move(record->warning));
+        }
         publish(lastTrashReport_, std::move(result.report), &TidyViewModel::lastTrashReportChanged);
         adoptHistory(result.run, std::move(result.history));
     }
@@ -205,5 +207,11 @@ void TidyViewModel::completeTrashRun(const Url& root, TrashResult result) {
 
 void TidyViewModel::adoptTrashRecord(ordovan::TrashRecordStore::Known known) {
     unsavedTrash_ = std::move(known.unsaved);
+    trashRevision_ = std::max(trashRevision_, known.revision);
     publish(trashRecord_, std::move(known.record), &TidyViewModel::trashRecordChanged);
+}
+
+/// The same with what was read in the background, unless a run has left something later here meanwhile.
+void TidyViewModel::adoptLoadedTrash(ordovan::TrashRecordStore::Known known) {
+    if (known.revision > trashRevision_ && *known.unsaved == *unsavedTrash_) adoptTrashRecord(std::move(known));
 }

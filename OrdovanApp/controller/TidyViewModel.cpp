@@ -28,11 +28,11 @@ TidyViewModel::TidyViewModel(TidyPorts ports, Options options, QObject* parent)
     }
     history_ = ports_.history.load();
     recentFolders_ = ports_.recentFolders.load();
-    trashRecord_ = ports_.trashRecords.load({}).record;
+    adoptTrashRecord(ports_.trashRecords.load({}));
 }
 
 TidyViewModel::~TidyViewModel() {
-    for (const auto& flag : {scanFlag_, searchFlag_, runFlag_}) {
+    for (const auto& flag : {scanFlag_, recoveryFlag_, searchFlag_, runFlag_}) {
         if (flag) flag->cancel();
     }
 }
@@ -72,6 +72,7 @@ void TidyViewModel::chooseFolder(const Url& folder, PreviewDepth depth) {
     depth_ = depth;
     if (rootURL_ != folder) {
         cancelDuplicateSearch();
+        if (recoveryFlag_) recoveryFlag_->cancel();
         // The other folder's is not known before it has been read.
         journalRoot_.reset();
         adoptedSurvey_ = surveys_;
@@ -96,6 +97,7 @@ void TidyViewModel::preview() {
     if (!rootURL_) return;
     if (scanFlag_) scanFlag_->cancel();
     scanFlag_ = std::make_shared<CancelFlag>();
+    if (!recoveryFlag_ || recoveryFlag_->isCancelled()) recoveryFlag_ = std::make_shared<CancelFlag>();
     refreshInputs();
     set(phase_, Phase{Phase::Case::scanning, {}}, &TidyViewModel::phaseChanged);
     const auto adopt = whileAlive([this, chosen = *rootURL_](const Url& root) { adoptResolved(chosen, root); });
@@ -116,13 +118,15 @@ void TidyViewModel::preview() {
             [recover, &tasks = ports_.tasks](const Url& root, RecoveredRun run) {
                 tasks.post([recover, root, run = std::move(run)] { recover(root, run); });
             },
+        .recovery = recoveryControl(recoveryFlag_),
+        .recoveryTurn = recoveryTurn_,
         .known = {planRoot_.value_or(Url()), inventory_, plan_, planIndex_},
         .indexesPlan = options_.indexesPlans,
         .flag = scanFlag_,
         .progressed = previewProgress()};
     ports_.tasks.compute([ports = ports_, inputs] { return PreviewFlow::run(ports, inputs); },
-                         whileAlive([this, inputs, runs = finishedRuns_](PreviewResult result) {
-                             if (!inputs.flag->isCancelled()) completePreview(inputs, runs, std::move(result));
+                         whileAlive([this, inputs](PreviewResult result) {
+                             if (!inputs.flag->isCancelled()) completePreview(inputs, std::move(result));
                          }));
 }
 
@@ -137,9 +141,28 @@ std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> Tid
     };
 }
 
+/// How what brings an interrupted run to its end tells of that, and is stopped.
+RecoveryControl TidyViewModel::recoveryControl(std::shared_ptr<const CancelFlag> flag) {
+    const auto tell = whileAlive([this, flag](std::size_t done, std::size_t total) {
+        if (!flag->isCancelled()) Q_EMIT recoveryProgressed(done, total);
+    });
+    return {.flag = std::move(flag), .progressed = thinnedOut(tell)};
+}
+
+/// To be told on any thread of files done; tells of some of that on this one.
+template <class Tell>
+std::function<void(std::size_t done, std::size_t total)> TidyViewModel::thinnedOut(Tell tell) const {
+    return [tell, &tasks = ports_.tasks, clock = ports_.clock, throttle = ProgressThrottle()](std::size_t done,
+                                                                                              std::size_t total) {
+        if (!throttle.isDue(clock(), done == total)) return;
+        tasks.post([tell, done, total] { tell(done, total); });
+    };
+}
+
 void TidyViewModel::cancelPreview() {
     if (phase_.kind != Phase::Case::scanning) return;
     scanFlag_->cancel();
+    recoveryFlag_->cancel();
     rest();
 }
 
@@ -158,13 +181,10 @@ void TidyViewModel::refreshInputs() {
         &TidyViewModel::includeHiddenChanged);
 }
 
-void TidyViewModel::completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result) {
+void TidyViewModel::completePreview(const PreviewInputs& inputs, PreviewResult result) {
     const Url root = result.found.root;
-    // A record read before a run ended is older than the one that the run left here.
-    if (runsBefore == finishedRuns_) adoptTrashRecord(std::move(result.trash));
-    if (journalRoot_ != root || runsBefore == finishedRuns_) {
-        adoptJournal(root, std::move(result.journal.journal), std::move(result.journal.unsaved));
-    }
+    adoptLoadedTrash(std::move(result.trash));
+    adoptLoadedJournal(root, std::move(result.journal), result.unsavedBefore);
     if (inputs.depth == PreviewDepth::records) return rest();
     if (!result.found.plan) {
         set(phase_, Phase{Phase::Case::failed, std::string(OrdovanPreviewStatus::unreadableFolder)},
@@ -323,6 +343,7 @@ RunInputs TidyViewModel::beginRun() {
                         .outputRoot = *outputRoot(),
                         .nowEpoch = ports_.clock(),
                         .memory = recordsInMemory(),
+                        .recovery = recoveryControl(runFlag_),
                         .control = runControl()};
     set(isApplying_, true, &TidyViewModel::isApplyingChanged);
     return inputs;
@@ -337,7 +358,6 @@ void TidyViewModel::beginAnyRun() {
 
 /// What every run ends with.
 void TidyViewModel::endAnyRun(bool refused) {
-    ++finishedRuns_;
     runFlag_ = nullptr;
     if (refused) set(runRefusal_, std::optional<std::string>(heldElsewhere), &TidyViewModel::runRefusalChanged);
 }
@@ -345,12 +365,8 @@ void TidyViewModel::endAnyRun(bool refused) {
 OrdovanRunControl TidyViewModel::runControl() {
     OrdovanRunControl control;
     control.shouldContinue = [flag = runFlag_] { return !flag->isCancelled(); };
-    const auto tell = whileAlive([this](std::size_t done, std::size_t total) { Q_EMIT runProgressed(done, total); });
-    control.progressed = [tell, &tasks = ports_.tasks, clock = ports_.clock, throttle = ProgressThrottle()](
-                             std::size_t done, std::size_t total) {
-        if (!throttle.isDue(clock(), done == total)) return;
-        tasks.post([tell, done, total] { tell(done, total); });
-    };
+    control.progressed =
+        thinnedOut(whileAlive([this](std::size_t done, std::size_t total) { Q_EMIT runProgressed(done, total); }));
     return control;
 }
 
@@ -361,8 +377,10 @@ void TidyViewModel::completeRun(const Url& root, RunResult result) {
         const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
         publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);
-        adoptJournal(root, std::move(result.record.journal), std::move(result.record.unsaved));
-        warnOfRecord(wasUnsaved, std::move(result.record.warning));
+        if (auto& record = result.record) {
+            adoptJournal(root, std::move(record->journal), std::move(record->unsaved), record->revision);
+            warnOfRecord(wasUnsaved, std::move(record->warning));
+        }
         adoptHistory(result.run, std::move(result.history));
     }
     set(isApplying_, false, &TidyViewModel::isApplyingChanged);
@@ -371,7 +389,7 @@ void TidyViewModel::completeRun(const Url& root, RunResult result) {
 
 /// Takes over what can be undone in a folder; it is shown when that folder is still the chosen one.
 void TidyViewModel::adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
-                                 std::shared_ptr<const OrdovanJournal> unsaved) {
+                                 std::shared_ptr<const OrdovanJournal> unsaved, std::uint64_t revision) {
     if (unsaved) {
         unsavedJournals_.insert_or_assign(std::string(root.path()), std::move(unsaved));
     } else {
@@ -379,7 +397,18 @@ void TidyViewModel::adoptJournal(const Url& root, std::shared_ptr<const OrdovanJ
     }
     if (rootURL_ != root) return;
     journalRoot_ = root;
+    journalRevision_ = std::max(journalRevision_, revision);
     publish(journal_, std::move(journal), &TidyViewModel::recoverableJournalChanged);
+}
+
+/// The same with what was read in the background, unless a run has left something later here meanwhile.
+void TidyViewModel::adoptLoadedJournal(const Url& root, ordovan::JournalStore::Loaded loaded,
+                                       const std::shared_ptr<const OrdovanJournal>& unsavedBefore) {
+    const auto unsaved = unsavedJournal(root);
+    const bool hasSameUnsaved = unsaved == unsavedBefore || (unsaved && unsavedBefore && *unsaved == *unsavedBefore);
+    const bool isOlder = loaded.revision < journalRevision_ || !hasSameUnsaved;
+    if (journalRoot_ == root && isOlder) return;
+    adoptJournal(root, std::move(loaded.journal), std::move(loaded.unsaved), loaded.revision);
 }
 
 std::shared_ptr<const OrdovanJournal> TidyViewModel::unsavedJournal(const Url& root) const {

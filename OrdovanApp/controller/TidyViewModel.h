@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,7 @@ struct PreviewInputs;
 struct PreviewResult;
 struct RecordsInMemory;
 struct RecoveredRun;
+struct RecoveryControl;
 struct RunInputs;
 struct RunResult;
 struct TrashResult;
@@ -174,7 +176,8 @@ public:
     void chooseFolder(const Url& folder, PreviewDepth depth = PreviewDepth::plan);
     /// Previews the chosen folder anew; a preview under way is dropped. Without a chosen folder nothing happens.
     void preview();
-    /// Drops the preview under way: the phase is then `ready` where the folder has a plan, else `idle`.
+    /// Drops the preview under way: the phase is then `ready` where the folder has a plan, else `idle`. An interrupted
+    /// run that it was bringing to its end waits for the next preview or run.
     void cancelPreview();
     /// Applies from the next preview on.
     void setSettingOverrides(const SettingOverrides& overrides) { overrides_ = overrides; }
@@ -233,7 +236,7 @@ public:
     /// there are none.
     bool restore(const std::unordered_set<std::string>& entryIDs);
     /// Stops the run before its next file; what it did is recorded. A run with the Trash leaves a file in the middle of
-    /// examining it.
+    /// examining it. An interrupted run that it was bringing to its end waits for the next preview or run.
     void cancelRun();
 
     // Records.
@@ -274,6 +277,9 @@ Q_SIGNALS:
     void recentFoldersChanged();
     /// A preview goes on: files and folders met so far. At most some ten times a second, and at the end of the scan.
     void previewProgressed(quint64 files, quint64 folders);
+    /// A preview or a run brings an interrupted run to its end, before anything else: files of that run done, of how
+    /// many. At most some ten times a second, and at the end.
+    void recoveryProgressed(quint64 done, quint64 total);
     /// An export has ended: `error` is empty when the file was saved, else a sentence for the user.
     void planExported(const QString& error);
     /// Clearing the history has ended: `error` is empty when it is empty, else a sentence for the user.
@@ -295,11 +301,14 @@ private:
 
     void refreshInputs();
     void rest();
-    void completePreview(const PreviewInputs& inputs, std::uint64_t runsBefore, PreviewResult result);
+    void completePreview(const PreviewInputs& inputs, PreviewResult result);
     void adoptResolved(const Url& chosen, const Url& resolved);
     void addRecentFolder(const Url& folder);
     void adoptRecentFolders(ordovan::RecentFoldersStore::Result result);
     [[nodiscard]] std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> previewProgress();
+    [[nodiscard]] RecoveryControl recoveryControl(std::shared_ptr<const CancelFlag> flag);
+    template <class Tell>
+    [[nodiscard]] std::function<void(std::size_t done, std::size_t total)> thinnedOut(Tell tell) const;
     [[nodiscard]] std::vector<bool> changedSince(double epoch) const;
     [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
 
@@ -324,6 +333,7 @@ private:
     bool startRestore(std::vector<OrdovanTrashEntry> entries);
     void completeTrashRun(const Url& root, TrashResult result);
     void adoptTrashRecord(ordovan::TrashRecordStore::Known known);
+    void adoptLoadedTrash(ordovan::TrashRecordStore::Known known);
     /// What of a record can be put back in a folder.
     struct Restorable {
         std::shared_ptr<const OrdovanTrashRecord> record;
@@ -339,7 +349,9 @@ private:
     bool startUndo(OrdovanJournal entries);
     void completeRun(const Url& root, RunResult result);
     void adoptJournal(const Url& root, std::shared_ptr<const OrdovanJournal> journal,
-                      std::shared_ptr<const OrdovanJournal> unsaved);
+                      std::shared_ptr<const OrdovanJournal> unsaved, std::uint64_t revision);
+    void adoptLoadedJournal(const Url& root, ordovan::JournalStore::Loaded loaded,
+                            const std::shared_ptr<const OrdovanJournal>& unsavedBefore);
     [[nodiscard]] std::shared_ptr<const OrdovanJournal> unsavedJournal(const Url& root) const;
 
     /// A call that does nothing once this object is gone. For calls on the controller's thread.
@@ -363,7 +375,9 @@ private:
     std::shared_ptr<const OrdovanExecutionReport> lastReport_;
     std::shared_ptr<const OrdovanJournal> journal_;
     std::optional<Url> journalRoot_;
+    std::uint64_t journalRevision_ = 0;
     std::shared_ptr<const OrdovanTrashRecord> trashRecord_ = std::make_shared<const OrdovanTrashRecord>();
+    std::uint64_t trashRevision_ = 0;
     Restorable restorable_;  // as it was found last
     std::size_t recoverableCount_ = 0;
     std::uint64_t surveys_ = 0;
@@ -387,13 +401,14 @@ private:
     ExcludedProposals excluded_;
     OrdovanRunHistory history_;
     std::uint64_t historyRevision_ = 0;
-    std::uint64_t finishedRuns_ = 0;
     std::vector<OrdovanRunRecord> unsavedRuns_;  // newest first
     std::vector<Url> recentFolders_;
     std::uint64_t recentRevision_ = 0;
 
     bool isExporting_ = false;
     std::shared_ptr<CancelFlag> scanFlag_;
+    std::shared_ptr<CancelFlag> recoveryFlag_;  // of the previews of one folder
+    std::shared_ptr<std::mutex> recoveryTurn_ = std::make_shared<std::mutex>();
     std::shared_ptr<CancelFlag> searchFlag_;
     std::shared_ptr<CancelFlag> runFlag_;
     /// What could not be saved, for each folder: kept until it can be, or until the program ends.

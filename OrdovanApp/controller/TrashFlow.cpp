@@ -68,7 +68,7 @@ public:
         : inputs_(inputs),
           files_(files),
           disk_(ports, inputs.root, files.toBeHashed()),
-          fs_(disk_.port(), disk_.contents(), *inputs.flag),
+          fs_(disk_.port(), disk_.contents(), *inputs.recovery.flag),
           record_(record),
           recorded_(begun(record, files, fs_, disk_)),
           control_({.shouldContinue = [this] { return fs_.beginFile(); },
@@ -114,15 +114,16 @@ void finish(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord:
     result.run = OrdovanRunRecord::make(kind, result.report->asExecutionReport(), inputs.root, inputs.nowEpoch);
     result.run.id = record.id();
     result.history = ports.history.add(result.run, inputs.memory.unsavedRuns, inputs.nowEpoch);
-    result.keepsRecord = result.record.warning ? record.isStored() : !record.remove();
+    const bool isMissing = result.record && result.record->warning;
+    result.keepsRecord = isMissing ? record.isStored() : !record.remove();
 }
 
 /// Moves files to the Trash by `work` and records what was moved. Under the folder's lock.
 template <class Work>
 TrashResult trash(const TidyPorts& ports, TrashInputs& inputs, const RunFiles& files, Work work) {
     TrashResult result;
-    result.recovered =
-        RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+    result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                           RunRecovery::Occasion::run, inputs.recovery);
     constexpr auto kind = OrdovanRunRecord::Kind::trash;
     FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
     OrdovanTrashReport report;
@@ -130,9 +131,7 @@ TrashResult trash(const TidyPorts& ports, TrashInputs& inputs, const RunFiles& f
         Run run(ports, inputs, files, record);
         report = work(run);
     }
-    if (report.record.entries.empty()) {
-        result.record = {.known = inputs.memory.trash, .warning = std::nullopt};
-    } else {
+    if (!report.record.entries.empty()) {
         result.record = ports.trashRecords.append(report.record, inputs.memory.trash, inputs.nowEpoch);
     }
     result.report = std::make_shared<const OrdovanTrashReport>(std::move(report));
@@ -204,8 +203,8 @@ TrashResult TrashFlow::restore(const TidyPorts& ports, TrashInputs inputs, const
                       entry.byteSize());
         }
         TrashResult result;
-        result.recovered =
-            RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch, RunRecovery::Occasion::run);
+        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                               RunRecovery::Occasion::run, inputs.recovery);
         constexpr auto kind = OrdovanRunRecord::Kind::restoreTrash;
         FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
         {

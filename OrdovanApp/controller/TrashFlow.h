@@ -1,6 +1,5 @@
 #pragma once
 
-#include "OrdovanApp/controller/CancelFlag.h"
 #include "OrdovanApp/controller/RunRecovery.h"
 #include "OrdovanApp/controller/TidyPorts.h"
 #include "OrdovanCore/Duplicates.h"
@@ -11,6 +10,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 
 /// How far a run with the Trash is.
@@ -26,7 +26,7 @@ struct TrashInputs {
     Url root;  ///< the only folder from which anything is trashed and to which anything is put back
     double nowEpoch = 0;
     RecordsInMemory memory;
-    std::shared_ptr<const CancelFlag> flag;
+    RecoveryControl recovery;                              ///< its flag stops the run as well
     std::function<void(const TrashProgress&)> progressed;  ///< told after each file, on the running thread
 };
 
@@ -36,7 +36,7 @@ struct TrashResult {
     RecoveredRun recovered;    ///< an earlier one, that was found interrupted
     bool keepsRecord = false;  ///< the record of this run still stands
     std::shared_ptr<const OrdovanTrashReport> report;
-    ordovan::TrashRecordStore::Saved record;
+    std::optional<ordovan::TrashRecordStore::Saved> record;  ///< nothing where there was nothing to record
     OrdovanRunRecord run{};
     ordovan::HistoryStore::Result history;
 };

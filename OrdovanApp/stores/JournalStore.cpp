@@ -65,12 +65,13 @@ JournalStore::Stored JournalStore::read(const Url& root) const {
 
 JournalStore::Loaded JournalStore::load(const Url& root, const Journal& unsaved, double nowEpoch,
                                         OrdovanFileSystem& fs) const {
+    const std::uint64_t revision = ++revision_;  // a change that ends from now on may not be seen
     const Stored stored = read(root);
-    if (stored.state != Stored::State::none) return {joined(stored.journal, unsaved), unsaved};
-    Loaded loaded = {unsaved, unsaved};
+    if (stored.state != Stored::State::none) return {joined(stored.journal, unsaved), unsaved, revision};
+    Loaded loaded = {unsaved, unsaved, revision};
     for (const Older& older : readOlder(root, fs)) {
         const Saved saved = append(root, *older.journal, loaded.journal, loaded.unsaved, nowEpoch);
-        loaded = {saved.journal, saved.unsaved};
+        loaded = {saved.journal, saved.unsaved, saved.revision};
         // A removal that fails leaves a copy that is not asked for while there is another journal.
         if (!saved.warning) static_cast<void>(storage_.remove(older.file));
     }
@@ -103,6 +104,14 @@ bool JournalStore::takeOutOfOlder(const Url& root, const std::unordered_set<std:
 JournalStore::Saved JournalStore::append(const Url& root, const OrdovanJournal& run, const Journal& known,
                                          const Journal& unsaved, double nowEpoch) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
+    Saved saved = appended(lock, root, run, known, unsaved, nowEpoch);
+    saved.revision = ++revision_;
+    return saved;
+}
+
+JournalStore::Saved JournalStore::appended(const OrdovanResult<HeldLock>& lock, const Url& root,
+                                           const OrdovanJournal& run, const Journal& known, const Journal& unsaved,
+                                           double nowEpoch) const {
     const Url file = locations_.journal(root);
     const Journal pending = joined(unsaved, shared(run));
     const Stored stored = readDocument(file);
@@ -127,6 +136,15 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
                                                  const Journal& known, const Journal& unsaved, double nowEpoch,
                                                  OrdovanFileSystem& fs) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
+    Saved saved = withoutRestored(lock, root, restored, known, unsaved, nowEpoch, fs);
+    saved.revision = ++revision_;
+    return saved;
+}
+
+JournalStore::Saved JournalStore::withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
+                                                  const std::unordered_set<std::string_view>& restored,
+                                                  const Journal& known, const Journal& unsaved, double nowEpoch,
+                                                  OrdovanFileSystem& fs) const {
     const Url file = locations_.journal(root);
     const Stored stored = readDocument(file);
     const auto isLeft = [&](const OrdovanJournalEntry& entry) { return !restored.contains(entry.destination()); };

@@ -5,7 +5,9 @@
 #include "OrdovanCore/Journal.h"
 #include "OrdovanCore/RecordStorage.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -35,6 +37,7 @@ public:
         Journal journal;                     ///< what can be undone now; null when nothing can
         Journal unsaved;                     ///< the part of it that is in memory only; null when all is stored
         std::optional<std::string> warning;  ///< a sentence for the user when it could not be stored
+        std::uint64_t revision = 0;          ///< as that of `Loaded`
     };
 
     /// `lockRecords` takes the lock of the shared records. While another has it, nothing is written, and what should
@@ -51,6 +54,8 @@ public:
     struct Loaded {
         Journal journal;  ///< null when nothing can
         Journal unsaved;  ///< the part of it that is in memory only, or null
+        /// Of two results of one store for a folder, one that was read or written later has the higher.
+        std::uint64_t revision = 0;
     };
 
     /// The journal of a folder for a preview: the stored one, and behind it what could not be stored (`unsaved`, may
@@ -83,6 +88,11 @@ private:
         Url file;
         Journal journal;
     };
+    [[nodiscard]] Saved appended(const OrdovanResult<HeldLock>& lock, const Url& root, const OrdovanJournal& run,
+                                 const Journal& known, const Journal& unsaved, double nowEpoch) const;
+    [[nodiscard]] Saved withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
+                                        const std::unordered_set<std::string_view>& restored, const Journal& known,
+                                        const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs) const;
     [[nodiscard]] std::vector<Older> readOlder(const Url& root, OrdovanFileSystem& fs) const;
     [[nodiscard]] bool takeOutOfOlder(const Url& root, const std::unordered_set<std::string_view>& restored,
                                       OrdovanFileSystem& fs) const;
@@ -93,6 +103,7 @@ private:
     StorageLocations locations_;
     LockFunction lockRecords_;
     std::size_t maxEntries_;
+    mutable std::atomic<std::uint64_t> revision_ = 0;
 };
 
 }  // namespace ordovan

@@ -69,14 +69,22 @@ TrashRecordStore::TrashRecordStore(RecordStorage& storage, StorageLocations loca
       maxEntries_(maxEntries) {}
 
 TrashRecordStore::Known TrashRecordStore::load(const Known& known) const {
+    const std::uint64_t revision = ++revision_;  // a change that ends from now on may not be seen
     const Stored stored = read();
-    if (stored.state == Stored::State::unreadable) return known;
-    return {joined(stored.record, known.unsaved), known.unsaved};
+    if (stored.state == Stored::State::unreadable) return {known.record, known.unsaved};
+    return {joined(stored.record, known.unsaved), known.unsaved, revision};
 }
 
 TrashRecordStore::Saved TrashRecordStore::append(const OrdovanTrashRecord& run, const Known& known,
                                                  double nowEpoch) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
+    Saved saved = appended(lock, run, known, nowEpoch);
+    saved.known.revision = ++revision_;
+    return saved;
+}
+
+TrashRecordStore::Saved TrashRecordStore::appended(const OrdovanResult<HeldLock>& lock, const OrdovanTrashRecord& run,
+                                                   const Known& known, double nowEpoch) const {
     const Record pending = joined(known.unsaved, shared(run));
     const Stored stored = read();
     const bool readable = stored.state != Stored::State::unreadable;
@@ -93,6 +101,15 @@ TrashRecordStore::Saved TrashRecordStore::removePutBack(const std::unordered_set
                                                         const Known& known, double nowEpoch,
                                                         OrdovanFileSystem& fs) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
+    Saved saved = withoutPutBack(lock, putBack, known, nowEpoch, fs);
+    saved.known.revision = ++revision_;
+    return saved;
+}
+
+TrashRecordStore::Saved TrashRecordStore::withoutPutBack(const OrdovanResult<HeldLock>& lock,
+                                                         const std::unordered_set<std::string_view>& putBack,
+                                                         const Known& known, double nowEpoch,
+                                                         OrdovanFileSystem& fs) const {
     const Stored stored = read();
     const bool readable = stored.state != Stored::State::unreadable;
     const auto isLeft = [&](const OrdovanTrashEntry& entry) { return !putBack.contains(entry.trashed()); };

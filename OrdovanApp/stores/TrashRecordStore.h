@@ -5,7 +5,9 @@
 #include "OrdovanCore/RecordStorage.h"
 #include "OrdovanCore/TrashRecord.h"
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +28,8 @@ public:
     struct Known {
         Record record = std::make_shared<const OrdovanTrashRecord>();   ///< everything that can be put back
         Record unsaved = std::make_shared<const OrdovanTrashRecord>();  ///< the part of it that is in memory only
+        /// Of two results of one store, one that was read or written later has the higher; 0 where nothing was read.
+        std::uint64_t revision = 0;
     };
 
     /// What a change led to.
@@ -41,7 +45,8 @@ public:
     TrashRecordStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
                      std::size_t maxEntries = OrdovanTrashRecord::maxEntries);
 
-    /// The stored record, and behind it what could not be stored. Where it can not be read, what is known already.
+    /// The stored record, and behind it what could not be stored. Where it can not be read, what is known already,
+    /// with revision 0.
     [[nodiscard]] Known load(const Known& known) const;
 
     /// Adds what a run has trashed to the stored record, behind what earlier runs could not store. An unreadable
@@ -59,6 +64,11 @@ public:
 
 private:
     struct Stored;
+    [[nodiscard]] Saved appended(const OrdovanResult<HeldLock>& lock, const OrdovanTrashRecord& run, const Known& known,
+                                 double nowEpoch) const;
+    [[nodiscard]] Saved withoutPutBack(const OrdovanResult<HeldLock>& lock,
+                                       const std::unordered_set<std::string_view>& putBack, const Known& known,
+                                       double nowEpoch, OrdovanFileSystem& fs) const;
     [[nodiscard]] Stored read() const;
     [[nodiscard]] bool write(const OrdovanTrashRecord& record) const;
     [[nodiscard]] bool setAside(double nowEpoch) const;
@@ -67,6 +77,7 @@ private:
     StorageLocations locations_;
     LockFunction lockRecords_;
     std::size_t maxEntries_;
+    mutable std::atomic<std::uint64_t> revision_ = 0;
 };
 
 }  // namespace ordovan

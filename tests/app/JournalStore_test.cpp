@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 using ordovan::JournalStore;
 using State = JournalStore::Stored::State;
 using ::testing::ElementsAre;
+using ::testing::Gt;
 using ::testing::SizeIs;
 
 namespace {
@@ -264,6 +266,20 @@ TEST_F(JournalStoreTest, PutsWhatIsInMemoryOnlyBehindTheStoredEntries) {
     const auto loaded = store.load(root, unsaved, 7, memory);
     EXPECT_THAT(names(loaded.journal), ElementsAre("a", "b"));
     EXPECT_EQ(loaded.unsaved, unsaved);
+}
+
+TEST_F(JournalStoreTest, TellsWhatWasReadBeforeAChangeEndedFromWhatWasReadAfterIt) {
+    memory.write(file, journal({"a"}).encoded());
+    std::vector<std::uint64_t> changes;
+    records.observer = [&](const std::string&) {
+        records.observer = [](const std::string&) {};
+        changes.push_back(store.append(root, journal({"b"}), nullptr, nullptr, 1).revision);
+        changes.push_back(store.removeRestored(root, {"/r/ordovan+/b"}, nullptr, nullptr, 1, memory).revision);
+    };
+    const auto before = store.load(root, nullptr, 1, memory);
+    const auto after = store.load(root, nullptr, 1, memory);
+    EXPECT_THAT(changes, ElementsAre(Gt(before.revision), Gt(changes[0])));
+    EXPECT_GT(after.revision, changes[1]);
 }
 
 }  // namespace

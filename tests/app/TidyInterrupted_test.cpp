@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using ordovan::test::SignalCount;
@@ -18,6 +19,7 @@ using ordovan::testing::FaultyFileSystem;
 using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 using ::testing::SizeIs;
 
 namespace {
@@ -88,8 +90,31 @@ public:
         return killed;
     }
 
-    [[nodiscard]] bool hasRunRecord() const {
-        return memory.item(locations.runRecord(Url::file("/r")).path()).has_value();
+    /// Does something at the n-th call of the disk from now on. The returned flag tells whether it came to that.
+    std::shared_ptr<const bool> atCall(std::size_t number, std::function<void()> act) {
+        auto isReached = std::make_shared<bool>(false);
+        const auto count = std::make_shared<std::size_t>(0);
+        fs.setBeforeCall([count, number, act = std::move(act), isReached](const auto&) {
+            if (++*count != number) return;
+            *isReached = true;
+            act();
+        });
+        return isReached;
+    }
+
+    /// The program is started, and its preview cancelled at the n-th call of the disk. False when there are fewer.
+    bool isCancelledAt(std::size_t number) {
+        model = make({.repreviewsAfterRuns = false});
+        const auto isReached = atCall(number, [this] { model->cancelPreview(); });
+        model->chooseFolder(Url::file("/r"));
+        tasks.finish();
+        fs.setBeforeCall({});
+        return *isReached;
+    }
+
+    [[nodiscard]] bool hasRunRecord() const { return runRecord().has_value(); }
+    [[nodiscard]] std::optional<std::string> runRecord() const {
+        return memory.read(locations.runRecord(Url::file("/r")).path());
     }
     /// Files in the folder, by their path below it.
     [[nodiscard]] std::vector<std::string> files() const {
@@ -318,6 +343,115 @@ TEST(TidyInterrupted, IsToldAlsoWhenThePreviewThatFoundItIsDropped) {
     world.tasks.finish();
     EXPECT_TRUE(model->interruptedRun());
     EXPECT_THAT(World::recoverable(*model), SizeIs(1));
+}
+
+// Progress and stopping.
+
+TEST(TidyInterrupted, TellsHowFarPuttingItInOrderIs) {
+    InterruptedWorld world;
+    const auto model = world.make();
+    std::vector<std::pair<quint64, quint64>> told;
+    QObject::connect(model.get(), &TidyViewModel::recoveryProgressed,
+                     [&](quint64 done, quint64 total) { told.emplace_back(done, total); });
+    world.clockStep = 1;
+    model->chooseFolder(Url::file("/r"));
+    world.tasks.finish();
+    EXPECT_THAT(told, ElementsAre(Pair(0, 3), Pair(1, 3), Pair(2, 3), Pair(3, 3)));
+}
+
+TEST(TidyInterrupted, CancelledAtAnyCallWaitsForTheNextTime) {
+    std::size_t waiting = 0;
+    for (const Flow& flow : flows) {
+        for (std::size_t first = 1;; first += 7) {
+            World probe;
+            flow.prepare(probe);
+            if (!probe.isKilledAt(first, Moment::after, Notes::none, flow.run)) break;
+            for (std::size_t second = 1;; ++second) {
+                World world;
+                flow.prepare(world);
+                (void)world.isKilledAt(first, Moment::after, Notes::none, flow.run);
+                const auto record = world.runRecord();
+                if (!record || !world.isCancelledAt(second)) break;
+                SCOPED_TRACE(std::string(flow.name) + " after " + std::to_string(first) + ", cancelled at " +
+                             std::to_string(second));
+                EXPECT_EQ(world.model->phase().kind, TidyViewModel::Phase::Case::idle);
+                EXPECT_EQ(world.model->interruptedRun() == nullptr, world.hasRunRecord());
+                if (world.hasRunRecord()) {
+                    ++waiting;
+                    EXPECT_EQ(world.runRecord(), record);
+                    EXPECT_EQ(world.model->recoverableJournal(), nullptr);
+                }
+                world.start();
+                expectAllIsWell(world, flow);
+                if (::testing::Test::HasFailure()) return;
+            }
+        }
+    }
+    EXPECT_GT(waiting, 100U);
+}
+
+TEST(TidyInterrupted, IsLeftForTheNextTimeByARunThatIsStopped) {
+    World world;
+    world.start();
+    const auto other = world.previewed({.repreviewsAfterRuns = false});  // a second program
+    ASSERT_TRUE(world.isKilledAt(30, Moment::after, Notes::none, &World::organize));
+    const auto record = world.runRecord();
+    const auto isReached = world.atCall(3, [&] { other->cancelRun(); });
+    EXPECT_TRUE(other->organize());
+    world.tasks.finish();
+    EXPECT_TRUE(*isReached);
+    EXPECT_EQ(other->lastReport()->skippedCount(), 3U);
+    EXPECT_EQ(World::messages(*other)[0], "The run was stopped before this file; left untouched.");
+    EXPECT_FALSE(other->interruptedRun());
+    EXPECT_EQ(world.runRecord(), record);
+    world.fs.setBeforeCall({});
+    world.start();
+    EXPECT_TRUE(world.model->interruptedRun());
+    EXPECT_FALSE(world.hasRunRecord());
+    world.undo();
+    EXPECT_THAT(world.files(), ElementsAre("x.pdf", "y.jpg", "z.txt"));
+}
+
+TEST(TidyInterrupted, GoesOnWhenItsFolderIsPreviewedAnewMeanwhile) {
+    InterruptedWorld world;
+    const auto model = world.make();
+    const auto isReached = world.atCall(3, [&] { model->preview(); });
+    model->chooseFolder(Url::file("/r"));
+    world.tasks.work();
+    EXPECT_TRUE(*isReached);
+    EXPECT_FALSE(world.hasRunRecord());
+    world.tasks.finish();
+    EXPECT_TRUE(model->interruptedRun());
+    EXPECT_THAT(World::recoverable(*model), SizeIs(1));
+    EXPECT_EQ(model->phase().kind, TidyViewModel::Phase::Case::ready);
+}
+
+TEST(TidyInterrupted, WaitsWhenAnotherFolderIsChosenMeanwhile) {
+    InterruptedWorld world;
+    world.memory.makeDirectory("/other");
+    const auto model = world.make();
+    const auto isReached = world.atCall(3, [&] { model->chooseFolder(Url::file("/other")); });
+    model->chooseFolder(Url::file("/r"));
+    world.tasks.finish();
+    EXPECT_TRUE(*isReached);
+    EXPECT_TRUE(world.hasRunRecord());
+    EXPECT_FALSE(model->interruptedRun());
+    EXPECT_EQ(model->planRoot(), Url::file("/other"));
+}
+
+TEST(TidyInterrupted, APreviewBegunMeanwhileDoesNotBringBackWhatWasUnsaved) {
+    InterruptedWorld world;
+    world.records.failAll("write", ENOSPC);
+    world.start();
+    ASSERT_TRUE(world.model->journalUnsaved());
+    world.records.failAll("", 0);
+    const auto isReached = world.atCall(3, [&] { world.model->preview(); });
+    world.model->preview();
+    world.tasks.finish();
+    EXPECT_TRUE(*isReached);
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(1));
+    EXPECT_THAT(World::recoverable(*world.model), SizeIs(1));
+    EXPECT_FALSE(world.model->journalUnsaved());
 }
 
 TEST(TidyInterrupted, IsSettledBeforeTheNextRunWhereNoPreviewCameBetween) {

@@ -162,4 +162,21 @@ TEST_F(TidyRecords, OfARunUnderWayStandInTheWayOfAnother) {
     EXPECT_EQ(model->runObstacle(), std::nullopt);
 }
 
+TEST_F(TidyRecords, ReadWhileARunMovesNothingStay) {
+    const auto other = previewed();
+    const auto model = previewed({.repreviewsAfterRuns = false});
+    other->setExcluded({other->plan()->proposals[1].id()});
+    other->organize();
+    tasks.finish();
+    model->setExcluded({model->plan()->proposals[1].id()});  // what is left has been moved
+    EXPECT_TRUE(model->organize());
+    model->preview();
+    tasks.work(1);
+    tasks.deliver();
+    EXPECT_THAT(recoverable(*model), SizeIs(1));
+    tasks.finish();
+    EXPECT_EQ(model->lastReport()->movedCount(), 0U);
+    EXPECT_THAT(recoverable(*model), SizeIs(1));
+}
+
 }  // namespace

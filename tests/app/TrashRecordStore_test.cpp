@@ -7,12 +7,14 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <vector>
 
 using ordovan::TrashRecordStore;
 using ::testing::ElementsAre;
+using ::testing::Gt;
 using ::testing::IsEmpty;
 
 namespace {
@@ -236,6 +238,22 @@ TEST_F(TrashRecordStoreTest, IsNotChangedWhileAnotherProcessHasTheLock) {
     EXPECT_TRUE(taken.warning);
     EXPECT_THAT(names(taken.known.record), IsEmpty());
     EXPECT_EQ(memory.read(file), before);
+}
+
+TEST_F(TrashRecordStoreTest, TellsWhatWasReadBeforeAChangeEndedFromWhatWasReadAfterIt) {
+    memory.write(file, record({"a"}).encoded());
+    std::vector<std::uint64_t> changes;
+    records.observer = [&](const std::string&) {
+        records.observer = [](const std::string&) {};
+        changes.push_back(store.append(record({"b"}), {}, 1).known.revision);
+        changes.push_back(store.removePutBack({"/T/files/b"}, {}, 1, memory).known.revision);
+    };
+    const Known before = store.load({});
+    const Known after = store.load({});
+    EXPECT_THAT(changes, ElementsAre(Gt(before.revision), Gt(changes[0])));
+    EXPECT_GT(after.revision, changes[1]);
+    memory.write(file, "garbage");
+    EXPECT_EQ(store.load(after).revision, 0U);
 }
 
 }  // namespace

@@ -24,6 +24,51 @@ constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-40
 
 using Reconcile = ordovan::test::ReconcileFixture;
 
+// How far it is, and stopping.
+
+TEST_F(Reconcile, TellsHowFarItIsAndDecidesNothingOnceItIsStopped) {
+    tree({"a = one", "b = two", "c = three"});
+    for (const char* name : {"a", "b", "c"}) intend("/r/" + std::string(name), "/r/ordovan+/" + std::string(name));
+    move("/r/a", "/r/ordovan+/a");
+    move("/r/c", "/r/ordovan+/c");
+    std::vector<std::size_t> done;
+    const auto found = OrdovanReconciler::reconcile(run, ports(),
+                                                    {.shouldContinue = [&] { return done.size() < 2; },
+                                                     .progressed =
+                                                         [&](auto files, auto all) {
+                                                             EXPECT_EQ(all, 3U);
+                                                             done.push_back(files);
+                                                         }});
+    EXPECT_TRUE(found.isStopped);
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 0));
+    EXPECT_THAT(done, ElementsAre(1, 2));
+    EXPECT_THAT(counts(reconcile()), ElementsAre(2, 1, 0, 0));
+}
+
+TEST_F(Reconcile, StoppedBehindItsLastFileDecidesNothingEither) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    int asked = 0;
+    const auto found =
+        OrdovanReconciler::reconcile(run, ports(), {.shouldContinue = [&] { return ++asked < 2; }, .progressed = {}});
+    EXPECT_TRUE(found.isStopped);
+    EXPECT_EQ(asked, 2);
+}
+
+TEST_F(Reconcile, StoppedWhileItsFolderIsLookedForIsNotElsewhere) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    run.intent.rootIdentity = "7:7";
+    memory.removeTree("/r/a");
+    const auto found =
+        OrdovanReconciler::reconcile(run, ports(), {.shouldContinue = [] { return false; }, .progressed = {}});
+    EXPECT_TRUE(found.isStopped);
+    EXPECT_FALSE(found.isElsewhere);
+    EXPECT_TRUE(OrdovanReconciler::reconcile(run, ports()).isElsewhere);
+}
+
 // A move within a volume.
 
 TEST_F(Reconcile, AFileThatStandsWhereItWasIsUntouched) {
