@@ -1,12 +1,10 @@
 #include "OrdovanCLI/Commands.h"
 
+#include "OrdovanApp/stores/DownloadsFolder.h"
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/platform/Interrupts.h"
-
-#include <QFile>
-#include <QStandardPaths>
 
 #include <cstdlib>
 #include <filesystem>
@@ -23,7 +21,8 @@ std::expected<std::string, Outcome> namedFolder(const Invocation& invocation) {
         return std::unexpected(Outcome::impossible(
             "There is no telling where your Downloads folder is: the variable HOME holds no folder. Name the folder."));
     }
-    return QFile::encodeName(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)).toStdString();
+    if (const auto downloads = downloadsFolder()) return std::string(downloads->path());
+    return std::unexpected(Outcome::impossible("You have no Downloads folder; name the folder."));
 }
 
 /// True when the folder can be listed.

@@ -1,11 +1,12 @@
 #include "OrdovanApp/screens/SystemDesktop.h"
 
+#include "OrdovanApp/stores/DownloadsFolder.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDesktopServices>
-#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QStandardPaths>
@@ -59,13 +60,6 @@ Url urlOf(const QString& path) {
     return Url::file(QFile::encodeName(path).toStdString());
 }
 
-/// A desktop without the folder has it point at the home folder (user-dirs.dirs(5)).
-std::optional<Url> downloadsFolder() {
-    const QString path = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    if (path.isEmpty() || QDir::cleanPath(path) == QDir::homePath()) return std::nullopt;
-    return urlOf(path).standardized();
-}
-
 }  // namespace
 
 namespace PlanFile {
@@ -92,7 +86,7 @@ QStringList filters() {
 }  // namespace PlanFile
 
 SystemDesktop::SystemDesktop(std::function<std::optional<Url>()> currentFolder, QObject* parent)
-    : QObject(parent), currentFolder_(std::move(currentFolder)), downloads_(downloadsFolder()) {}
+    : QObject(parent), currentFolder_(std::move(currentFolder)), downloads_(ordovan::downloadsFolder()) {}
 
 /// One chooser at a time: null while one is open, which then comes forward.
 QFileDialog* SystemDesktop::dialog(QWidget* parent, const QString& title) {

@@ -280,6 +280,30 @@ TEST(PreviewFolder, HasToBeNamedWhereThereIsNoHome) {
     }
 }
 
+TEST(PreviewFolder, HasToBeNamedWhereDownloadsIsSwitchedOff) {
+    Home home;
+    home.folder.write("letter.pdf", "1");
+    home.folder.makeLink("way", ".");
+    for (const char* place : {"$HOME/", "$HOME", "$HOME/way"}) {
+        home.folder.write(".config/user-dirs.dirs", "XDG_DOWNLOAD_DIR=\"" + std::string(place) + "\"\n");
+        const Finished run = home.run({"organize", "--yes"});
+        EXPECT_EQ(run.err, "error: You have no Downloads folder; name the folder.\n") << place;
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.status, 3);
+    }
+    EXPECT_TRUE(home.folder.has("letter.pdf"));
+}
+
+TEST(PreviewFolder, IsFoundInAHomeWhoseNameIsNotUtf8) {
+    Home home;
+    home.folder.write("h\xff/Downloads/a.pdf", "1");
+    home.environment["HOME"] = home.folder.path("h\xff");
+    const Finished run = home.run({"preview", "--json"});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(run.json().contains("pathBase64"));
+}
+
 TEST(PreviewFolder, MayBeRelativeAndReachedThroughALink) {
     Home home;
     home.write("a.pdf", "1");
