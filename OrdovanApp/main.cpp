@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <QUrl>
 
 #include <chrono>
 #include <cstdio>
@@ -46,6 +47,14 @@ QByteArray activationToken() {
     return token.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : token;
 }
 
+/// What the Help item opens.
+QString documentation() {
+    const QString address = QStringLiteral(ORDOVAN_DOCUMENTATION);
+    if (!address.isEmpty()) return address;
+    const QDir programs(QCoreApplication::applicationDirPath());
+    return QUrl::fromLocalFile(QDir::cleanPath(programs.filePath(QStringLiteral(ORDOVAN_GUIDE)))).toString();
+}
+
 /// The window with all it stands on, and what reaches it from outside: the tray and later starts.
 class Application {
 public:
@@ -61,7 +70,7 @@ public:
                    .commands = commands_,
                    .desktop = desktop_,
                    .values = environment_.values(),
-                   .documentation = QStringLiteral(ORDOVAN_DOCUMENTATION),
+                   .documentation = documentation(),
                    .background = environment_.background()},
                   Sections::screens()) {
         environment_.storeInBackground();

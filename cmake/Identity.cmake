@@ -2,6 +2,8 @@
 set(ORDOVAN_APPLICATION_ID example.ordovan.ordovan CACHE STRING
     "Reverse domain name of the application: its desktop entry, icon and metainfo are called so")
 set(ORDOVAN_HOMEPAGE https://ordovan.example CACHE STRING "Where people read about ordovan+")
+set(ORDOVAN_DOCUMENTATION "" CACHE STRING
+    "The web address that the Help item of the window opens; empty for the guide installed with it")
 
 # The newest entry of the packages' changelog says when this version was released.
 set(ORDOVAN_CHANGELOG ${PROJECT_SOURCE_DIR}/packaging/debian/changelog)

@@ -11,9 +11,33 @@ install(FILES ${made}/${ORDOVAN_APPLICATION_ID}.desktop DESTINATION ${entries} C
 configure_file(desktop/folder.desktop.in ${made}/folder.desktop @ONLY)
 install(FILES ${made}/folder.desktop DESTINATION ${entries} RENAME zz.${ORDOVAN_APPLICATION_ID}.folder.desktop
         COMPONENT desktop)
+set(help "")
+if(ORDOVAN_DOCUMENTATION)
+  set(help "  <url type=\"help\">${ORDOVAN_DOCUMENTATION}</url>\n")
+endif()
 configure_file(desktop/metainfo.xml.in ${made}/${ORDOVAN_APPLICATION_ID}.metainfo.xml @ONLY)
 install(FILES ${made}/${ORDOVAN_APPLICATION_ID}.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo
         COMPONENT desktop)
+
+# The guide that the Help item opens: pages for a browser, of all that is about using ordovan+.
+add_executable(ordovan-guide guide/render.cpp)
+target_link_libraries(ordovan-guide PRIVATE ordovan_flags Qt6::Gui)
+set(documents user-guide command-line installing trash safety performance)
+foreach(document README history journal rules run-record settings trash-record)
+  list(APPEND documents formats/${document})
+endforeach()
+set(guide ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_DATADIR}/ordovan/guide)
+list(TRANSFORM documents REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/docs/\\1.md" OUTPUT_VARIABLE sources)
+list(TRANSFORM documents REPLACE "(.+)" "${guide}/\\1.html" OUTPUT_VARIABLE pages)
+file(GLOB shown CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/pictures/*.png)
+add_custom_command(
+  OUTPUT ${pages}
+  COMMAND ${CMAKE_COMMAND} -E env ASAN_OPTIONS=detect_leaks=0 $<TARGET_FILE:ordovan-guide> ${guide}
+          ${PROJECT_SOURCE_DIR}/docs ${documents}
+  COMMAND ${CMAKE_COMMAND} -E copy_directory ${PROJECT_SOURCE_DIR}/docs/pictures ${guide}/pictures
+  DEPENDS ordovan-guide ${sources} ${shown} VERBATIM)
+list(APPEND texts ${pages})
+install(DIRECTORY ${guide} DESTINATION ${CMAKE_INSTALL_DATADIR}/ordovan COMPONENT desktop)
 
 add_executable(ordovan-icons icons/render.cpp)
 target_link_libraries(ordovan-icons PRIVATE ordovan_flags Qt6::Gui Qt6::Svg)
