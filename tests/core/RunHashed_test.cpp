@@ -60,6 +60,15 @@ TEST_P(RunHashed, MissesAFileThatIsGoneSinceItWasHashed) {
     EXPECT_EQ(error(fs.remove(at("a"))), ENOENT);
 }
 
+TEST_P(RunHashed, TakesNoPathThatStepsUp) {
+    write("a", "a");
+    t.makeFolder("root/sub");
+    hash("a");
+    for (const char* way : {"../decoy/x", "sub/../x", ".."}) EXPECT_EQ(error(fs.move(at("a"), at(way))), EINVAL) << way;
+    EXPECT_EQ(read("a"), "a");
+    EXPECT_EQ(t.count("decoy"), 0u);
+}
+
 TEST_P(RunHashed, ComparesNothingThatWasNotHashed) {
     write("a", "a");
     write("b", "b");
