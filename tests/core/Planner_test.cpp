@@ -157,6 +157,12 @@ TEST(PlanResult, TakesFilesOfUnknownAgeAndThoseAtTheCutoffForNotOlder) {
     EXPECT_EQ(result.proposalIDs(100, {{"/root/a.pdf", 99}, {"/root/b.pdf", 100}}), (Ids{id("b"), id("c")}));
 }
 
+TEST(PlanSkip, IsKnownByItsFile) {
+    const OrdovanPlanSkip skip{Url::file("/root/a.pdf"), "Not a regular file."};
+    EXPECT_EQ(skip.id(), "/root/a.pdf");
+    EXPECT_FALSE(skip == (OrdovanPlanSkip{skip.source, "Could not evaluate this file."}));
+}
+
 TEST(PlanConflict, HasAnIdAndASentence) {
     const OrdovanPlanConflict conflict{root, output, OrdovanPlanConflict::Kind::destinationOccupied};
     EXPECT_EQ(conflict.id(), "/root#destinationOccupied");
