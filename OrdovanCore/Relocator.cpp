@@ -120,9 +120,10 @@ Relocation Relocator::replaceOriginal(const Url& from, const Url& to, const std:
         return {End::didNotLand};
     }
     const auto removed = fs_.remove(from);
-    if (isThere(from, was.identity)) {
+    const bool isChanged = !removed && removed.error() == originalChanged;
+    if (isThere(from, was.identity) || (isChanged && fs_.isRegularFile(from))) {
         discardPublished(to, copyIdentity);
-        return {!removed && removed.error() == originalChanged ? End::verificationFailed : End::originalStays};
+        return {isChanged ? End::verificationFailed : End::originalStays};
     }
     if (removed) return {End::done};
     return {isGone(from, was.identity, fs_) && mayBeThere(to, copyIdentity) ? End::done : End::originalStays};

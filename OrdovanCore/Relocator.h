@@ -36,8 +36,8 @@ struct Relocation {
     OrdovanSystemError error = {};  ///< for the ends that a system error caused
 };
 
-/// How a port answers that it does not remove an original because that is not what was copied any more. Every other
-/// error of a removal says nothing about the copy.
+/// How a port answers that it does not remove an original because what has its name is not what was copied any more.
+/// Every other error of a removal says nothing about that.
 inline constexpr OrdovanSystemError originalChanged{OrdovanSystemError::Domain::other, 0, std::nullopt};
 
 /// True when a file that was seen with this identity is certainly not at its place any more: the system says that
