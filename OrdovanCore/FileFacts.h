@@ -15,6 +15,7 @@ struct FileFacts {
     std::string identity = {};    ///< as `OrdovanFileSystem::fileIdentity` tells it, but of a link itself
     std::int64_t modifiedNs = 0;  ///< nanoseconds since 1970-01-01 UTC
     std::uint64_t names = 1;      ///< how many hard links there are
+    bool isPrivate = true;        ///< nobody but its owner may read, write or run it
     friend bool operator==(const FileFacts&, const FileFacts&) = default;
 };
 

@@ -84,8 +84,9 @@ bool ItemReconciler::seesAnything(RunProgress& progress) const {
         const Item item = itemOf(i);
         if (refusal(item)) continue;
         // Nothing else bears the name of a partial copy.
-        const auto stands = [this](const OrdovanRunNote* copy) { return look(Url::file(copy->path)).isRegular(); };
-        if (std::ranges::any_of(item.copies, stands) || isIt(item, item.from) || isIt(item, item.to)) return true;
+        const auto stands = [this](const OrdovanRunNote* note) { return look(Url::file(note->path)).isRegular(); };
+        const bool seesOurs = std::ranges::any_of(item.copies, stands) || std::ranges::any_of(item.hidden, stands);
+        if (seesOurs || isIt(item, item.from) || isIt(item, item.to)) return true;
         if (item.done != nullptr && isIt(item, Url::file(item.done->path))) return true;
         if (std::ranges::any_of(inTrash(item), [&](const TrashedFile* file) { return isIt(item, file->item); })) {
             return true;
@@ -100,7 +101,16 @@ Settled ItemReconciler::settle(std::size_t index) {
         if (isBelowRoot(item)) keepNoted(item, *refused);
         return std::move(*refused);
     }
+    std::optional<Settled> remains;
+    for (const OrdovanRunNote* note : item.hidden) {
+        if (auto left = settleHidden(item, Url::file(note->path))) remains = std::move(left);
+        if (remains && !remains->isCertain) return *std::move(remains);
+    }
     Settled settled = run_.intent.kind == Kind::trash ? settleTrash(item) : settleMove(item);
+    if (remains && settled.isCertain) {
+        settled.end = End::unsettled;
+        settled.sentence = std::move(remains->sentence);
+    }
     if (settled.lies) movedOn_.insert(item.intended.source);
     return settled;
 }
@@ -124,11 +134,15 @@ void ItemReconciler::keepNoted(const Item& item, Settled& settled) const {
 
 ItemReconciler::Item ItemReconciler::itemOf(std::size_t index) const {
     const OrdovanRunItem& intended = run_.intent.items[index];
-    Item item = {
-        .intended = intended, .from = Url::file(intended.source), .to = Url::file(intended.destination), .copies = {}};
+    Item item = {.intended = intended,
+                 .from = Url::file(intended.source),
+                 .to = Url::file(intended.destination),
+                 .copies = {},
+                 .hidden = {}};
     for (const OrdovanRunNote* note : std::ranges::equal_range(notes_, index, {}, &OrdovanRunNote::item)) {
         (note->kind == OrdovanRunNote::Kind::done ? item.done : item.begun) = note;
         if (note->kind == OrdovanRunNote::Kind::claimed) item.isClaimed = true;
+        if (note->kind == OrdovanRunNote::Kind::claimed && !note->path.empty()) item.hidden.push_back(note);
         if (note->kind == OrdovanRunNote::Kind::begun && !note->path.empty()) item.copies.push_back(note);
     }
     return item;
@@ -201,8 +215,10 @@ bool ItemReconciler::hasOneNameMore(const Item& item, const Sight& from) const {
 /// Whether a file is the empty one by which the run was about to take a place.
 ItemReconciler::Proof ItemReconciler::isPlaceholder(const Item& item, const Url& url, const Sight& sight) const {
     const double modified = static_cast<double>(sight.facts.modifiedNs) / 1e9;
+    // It is made for its owner alone. The volumes that keep no identities include those that store no such thing.
+    const bool mayBeOurs = sight.facts.isPrivate || item.intended.identity.empty();
     const bool mayBe = item.isClaimed && sight.isRegular() && sight.facts.byteSize == 0 && sight.facts.names == 1 &&
-                       modified >= run_.intent.startedAtEpoch - coarsestTime;
+                       modified >= run_.intent.startedAtEpoch - coarsestTime && mayBeOurs;
     return mayBe ? hasContent(url, sight, 0, hashOfNothing) : Proof::refuted;
 }
 
@@ -217,6 +233,25 @@ bool ItemReconciler::remove(const Url& url) const {
 }
 
 // Runs that move files.
+
+/// A file that had got its second name goes by a hidden one when it is looked at before it loses the old one. It gets
+/// that back, as does what another program had saved there, and is then settled as if nothing had happened. Says what
+/// is left.
+std::optional<Settled> ItemReconciler::settleHidden(const Item& item, const Url& hidden) const {
+    const Sight sight = look(hidden);
+    const Sight from = sight.isKnown() ? look(item.from) : Sight{};
+    if (!sight.isKnown() || !from.isKnown()) return uncertain(notExamined);
+    if (!sight.isThere()) return std::nullopt;
+    if (!from.isThere()) {
+        if (ports_.fs.move(hidden, item.from) || look(item.from).isThere()) return std::nullopt;
+        return uncertain(notExamined);
+    }
+    // Giving it back was cut; or another file has taken the old name since, and this one has the new one beside.
+    const bool isSpare = sight.facts.identity == from.facts.identity || hasOneNameMore(item, sight);
+    if (!isSpare) return unsettled(copyLies(hidden.path(), false));
+    if (!remove(hidden)) return uncertain(notRemoved);
+    return std::nullopt;
+}
 
 /// An original whose copy was in place goes by a hidden name when it is looked at for the last time. It gets its own
 /// name back, and is then settled as if nothing had happened. Says why it can not.

@@ -39,8 +39,8 @@ public:
     /// Both outlive this object.
     ItemReconciler(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports);
 
-    /// Whether a file is in sight, before or behind its move, that is proved to be one of the run's. `progress` is asked
-    /// before each; once it says stop, none is.
+    /// Whether a file is in sight, before or behind its move, that is proved to be one of the run's. `progress` is
+    /// asked before each; once it says stop, none is.
     [[nodiscard]] bool seesAnything(RunProgress& progress) const;
     [[nodiscard]] Settled settle(std::size_t index);
 
@@ -53,6 +53,7 @@ private:
         const OrdovanRunNote* done = nullptr;
         bool isClaimed = false;  ///< its new place was about to be taken by a second name or an empty file
         std::vector<const OrdovanRunNote*> copies;  ///< the notes of partial copies
+        std::vector<const OrdovanRunNote*> hidden;  ///< the notes of hidden names by which it may have been left
     };
     /// What is seen at a place.
     struct Sight {
@@ -79,6 +80,7 @@ private:
 
     [[nodiscard]] Proof isPlaceholder(const Item& item, const Url& url, const Sight& sight) const;
 
+    [[nodiscard]] std::optional<Settled> settleHidden(const Item& item, const Url& hidden) const;
     [[nodiscard]] std::optional<Settled> settleAside(const Item& item, const OrdovanRunNote& copy) const;
     [[nodiscard]] Settled settleMove(const Item& item) const;
     [[nodiscard]] Settled settleStanding(const Item& item, const Sight& from, const Sight& to) const;

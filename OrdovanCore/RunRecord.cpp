@@ -224,14 +224,16 @@ bool takeRenamed(std::size_t index, const json::Value& value, OrdovanRunNote& no
     return true;
 }
 
-/// Whether a run of this intent can have made a note: partial copies stand beside the item's destination, and only the
-/// Trash chooses a place, its own.
+/// Whether a run of this intent can have made a note: partial copies stand beside the item's destination, the hidden
+/// name of a claim beside its source, and only the Trash chooses a place, its own.
 bool isPossible(const OrdovanRunNote& note, const OrdovanRunIntent& intent) {
     const bool isTrash = intent.kind == OrdovanRunIntent::Kind::trash;
     if (note.kind == OrdovanRunNote::Kind::done) return isTrash ? ordovan::isInTrash(note.path) : note.path.empty();
     if (note.path.empty()) return true;
-    return !isTrash && note.kind == OrdovanRunNote::Kind::begun && OrdovanPartialName::isPartial(note.path) &&
-           ordovan::parentPath(note.path) == ordovan::parentPath(intent.items[note.item].destination);
+    const OrdovanRunItem& item = intent.items[note.item];
+    const bool isClaim = note.kind == OrdovanRunNote::Kind::claimed;
+    return (isClaim || !isTrash) && OrdovanPartialName::isPartial(note.path) &&
+           ordovan::parentPath(note.path) == ordovan::parentPath(isClaim ? item.source : item.destination);
 }
 
 /// The note that a line tells, or nothing where a run of this intent can not have made it.

@@ -60,7 +60,8 @@ struct OrdovanRunIntent {
 struct OrdovanRunNote {
     enum class Kind {
         begun,    ///< the file is about to be moved and is this; with a `path`: first copied to that partial name
-        claimed,  ///< the file is this, and its new place is about to be taken by a second name or an empty file
+        claimed,  ///< the file is this, and its new place is about to be taken by a second name or an empty file;
+                  ///< `path` is the hidden name by which it is then to lose its old one, or empty
         done,     ///< the file was this and has been moved; `path` is its place in the Trash
     };
     Kind kind = Kind::begun;

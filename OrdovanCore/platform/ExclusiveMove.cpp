@@ -1,9 +1,13 @@
 #include "OrdovanCore/platform/ExclusiveMove.h"
 
+#include "OrdovanCore/FileSystem.h"
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/MovedItem.h"
 #include "OrdovanCore/platform/SameFile.h"
 
 #include <cstdio>
+#include <string>
+#include <string_view>
 
 namespace ordovan {
 
@@ -27,22 +31,99 @@ void takeBackLink(FolderEntry from, FolderEntry to, ::nlink_t namesBefore) {
     if (isOurs) to.unlink();
 }
 
-/// `names` is how many the item had just now.
-int moveByLink(FolderEntry from, FolderEntry to, ::nlink_t names) {
-    if (::linkat(from.folder, from.name, to.folder, to.name, 0) != 0) return errno;
-    struct ::stat old, fresh;
-    int error = to.examine(fresh) ? 0 : errno;
-    if (error == 0) {
-        // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
-        // theirs. A look that fails otherwise proves no such thing.
-        const bool isSeen = from.examine(old);
-        if (isSeen && !isSameItem(old, fresh)) return 0;
-        if (isSeen && from.unlink() == 0) return 0;
-        if (errno == ENOENT) return 0;
-        error = errno;
+/// Whether looks at two names, the second at `place`, were looks at one file. Where numbers are made up for each name,
+/// the size and the time tell.
+bool isOneFile(const struct ::stat& a, const struct ::stat& b, FolderEntry place) {
+    return isSameItem(a, b) || isMoved(a, b, place);
+}
+
+/// Gives what goes by the hidden name the name that it had, if that is free. False when it has it not.
+bool giveBack(FolderEntry hidden, FolderEntry name) {
+    bool isBack = ::linkat(hidden.folder, hidden.name, name.folder, name.name, 0) == 0;
+    const int error = isBack ? 0 : errno;
+    if (!isBack) {
+        struct ::stat there, ours;
+        if (name.examine(there)) {
+            isBack = hidden.examine(ours) && isSameItem(there, ours);
+        } else if (errno == ENOENT && error != EEXIST) {
+            // Another user's file may be one that must not be linked.
+            return renameOver(hidden, name) == 0;
+        }
     }
+    if (isBack) hidden.unlink();
+    return isBack;
+}
+
+/// Takes the old name from an item that has a second one, which was seen as `fresh`.
+int removeOldName(FolderEntry from, FolderEntry to, const struct ::stat& fresh, ::nlink_t names) {
+    // Whoever replaced or removed the old name meanwhile did so to a file that had moved already: that name is
+    // theirs. A look that fails otherwise proves no such thing.
+    struct ::stat old;
+    const bool isSeen = from.examine(old);
+    if (isSeen && !isOneFile(old, fresh, to)) return 0;
+    if (isSeen && from.unlink() == 0) return 0;
+    if (errno == ENOENT) return 0;
+    const int error = errno;
     takeBackLink(from, to, names);
     return error;
+}
+
+/// The same by way of a hidden name, which nobody else replaces between the last look and the removal.
+int hideOldName(FolderEntry from, FolderEntry hidden, FolderEntry to, const struct ::stat& fresh, ::nlink_t names) {
+    int error = renameOver(from, hidden);
+    struct ::stat old;
+    if (!hidden.examine(old)) {
+        const int noSight = errno;
+        if (noSight == ENOENT && (error == 0 || error == ENOENT)) return 0;
+        if (error == 0) {
+            giveBack(hidden, from);
+            error = noSight;
+        }
+        takeBackLink(from, to, names);
+        return error;
+    }
+    if (!isOneFile(old, fresh, to)) {
+        giveBack(hidden, from);
+        return 0;
+    }
+    if (hidden.unlink() == 0 || errno == ENOENT) return 0;
+    error = errno;
+    // With its old name taken by another the item has moved, whatever else it is called.
+    if (!giveBack(hidden, from)) return 0;
+    takeBackLink(from, to, names);
+    return error;
+}
+
+/// `was` is what the item was just now; `hidden` the name by which it loses the old one, empty for none.
+int moveByLink(FolderEntry from, FolderEntry to, const struct ::stat& was, const std::string& hidden) {
+    const int error = ::linkat(from.folder, from.name, to.folder, to.name, 0) == 0 ? 0 : errno;
+    struct ::stat fresh;
+    if (!to.examine(fresh)) {
+        const int noSight = errno;
+        // What stood there already is not to be touched unseen.
+        if (noSight != ENOENT && error != EEXIST) takeBackLink(from, to, was.st_nlink);
+        return error == 0 ? noSight : error;
+    }
+    // The reply may have been lost, or be that to a question asked twice: one name more tells that it was done.
+    const bool isMade = error == 0 || (isSameItem(was, fresh) && fresh.st_nlink == was.st_nlink + 1);
+    if (!isMade) return error;
+    if (hidden.empty()) return removeOldName(from, to, fresh, was.st_nlink);
+    return hideOldName(from, {from.folder, hidden.c_str()}, to, fresh, was.st_nlink);
+}
+
+/// A fresh hidden name of ours beside an item's.
+std::string hiddenNameBeside(FolderEntry item) {
+    const std::string_view path = item.name;
+    const std::string_view name = lastPathComponent(path);
+    const Url hidden = OrdovanPartialName::beside(Url::file(std::string("/").append(name)));
+    return std::string(path.substr(0, path.size() - name.size())).append(hidden.lastPathComponent());
+}
+
+/// To a hidden name, which nobody else makes up.
+int moveToHiddenName(FolderEntry from, FolderEntry to) {
+    struct ::stat there;
+    if (to.examine(there)) return EEXIST;
+    return errno == ENOENT ? renameOver(from, to) : errno;
 }
 
 int moveFolderOverPlaceholder(FolderEntry from, FolderEntry to) {
@@ -116,10 +197,14 @@ int moveExclusively(FolderEntry from, FolderEntry to, MoveWays ways) {
     }
     struct ::stat facts;
     if (!from.examine(facts)) return errno;
-    if (ways.announce != nullptr) (*ways.announce)();
-    if (S_ISDIR(facts.st_mode)) return ways.placeholder ? moveFolderOverPlaceholder(from, to) : error;
+    const bool isFolder = S_ISDIR(facts.st_mode);
+    if (!isFolder && ways.link && OrdovanPartialName::isPartial(to.name)) return moveToHiddenName(from, to);
+    const bool hides = !isFolder && ways.link && ways.hidesOldName && !OrdovanPartialName::isPartial(from.name);
+    const std::string hidden = hides ? hiddenNameBeside(from) : std::string();
+    if (ways.announce != nullptr) (*ways.announce)(hidden.empty() ? hidden : std::string(lastPathComponent(hidden)));
+    if (isFolder) return ways.placeholder ? moveFolderOverPlaceholder(from, to) : error;
     if (ways.link) {
-        error = moveByLink(from, to, facts.st_nlink);
+        error = moveByLink(from, to, facts, hidden);
         // EPERM is also how a file that must not be linked or renamed at all answers; the rename then says so again.
         if (!isUnsupported(error) && error != EPERM && error != EMLINK) return error;
     }
@@ -131,6 +216,8 @@ int moveDurably(FolderEntry from, FolderEntry to, MoveWays ways, int (*sync)(Fol
     if (moved != 0) return moved;
     const int synced = sync(to);
     // The old name was free a moment ago. Should it be taken now, the item stays whole under its new name.
+    ways.announce = nullptr;
+    ways.hidesOldName = false;
     if (synced != 0) static_cast<void>(moveExclusively(to, from, ways));
     return synced;
 }

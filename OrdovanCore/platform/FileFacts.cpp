@@ -33,7 +33,8 @@ FileFacts told(const struct ::stat& facts) {
             .byteSize = facts.st_size,
             .identity = identityText(facts),
             .modifiedNs = nanoseconds(facts.st_mtim),
-            .names = facts.st_nlink};
+            .names = facts.st_nlink,
+            .isPrivate = (facts.st_mode & (S_IRWXG | S_IRWXO)) == 0};
 }
 
 /// Looks at one item after the other from the folder that holds them.

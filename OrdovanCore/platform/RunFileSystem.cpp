@@ -1,5 +1,6 @@
 #include "OrdovanCore/platform/RunFileSystem.h"
 
+#include "OrdovanCore/TrashPlace.h"
 #include "OrdovanCore/platform/FileCopy.h"
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
@@ -224,10 +225,16 @@ OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
     const SystemPath source(from), target(to);
     if (source.error() != 0) return failure(source.error());
     if (target.error() != 0) return failure(target.error());
-    const std::function<void()> announce = [&] { announce_(from); };
-    const int error = moveTo(target, source, {.announce = announce_ ? &announce : nullptr});
+    const std::function<void(const std::string&)> announce = [&](const std::string& name) { announceMove(from, name); };
+    // In a Trash an item belongs to its info file by its name, and keeps that.
+    const bool isBound = isInTrash(source.view());
+    const int error = moveTo(target, source, {.hidesOldName = !isBound, .announce = announce_ ? &announce : nullptr});
     if (error == 0) forgetTrashInfo(source.view(), target.view());
     return outcome(error);
+}
+
+void RunFileSystem::announceMove(const Url& item, const std::string& hiddenName) const {
+    announce_(item, hiddenName.empty() ? Url() : item.deletingLastPathComponent().appending(hiddenName));
 }
 
 int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways) {
@@ -260,7 +267,7 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, co
     error = syncFolderOf(*fresh);
     if (error == 0) return 0;
     // The old name was free a moment ago. Should it be taken now, the item stays whole under its new name.
-    static_cast<void>(moveExclusively(*fresh, *old));
+    static_cast<void>(moveExclusively(*fresh, *old, {.hidesOldName = false}));
     unvouch(target.view());
     forgetLook();
     return error;
@@ -282,7 +289,7 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
         return 0;  // no sight is no proof of anything; the caller will look as well
     }
     const bool isIt = fresh.examine(there) && isMoved(was, there, fresh);
-    static_cast<void>(moveExclusively(fresh, old));
+    static_cast<void>(moveExclusively(fresh, old, {.hidesOldName = false}));
     folders_.forget(parentPath(target.view()));
     if (!isIt) return EBUSY;
     // Its folder was exchanged: by what, the next attempt to enter it tells.
@@ -389,7 +396,7 @@ OrdovanResult<Url> RunFileSystem::trash(const Url& url) {
     const SystemPath path(url);
     if (path.error() != 0) return failure(path.error());
     if (hasDotDotPiece(path.view())) return failure(EINVAL);
-    const std::function<void()> announce = [&] { announce_(url); };
+    const std::function<void(const std::string&)> announce = [&](const std::string& name) { announceMove(url, name); };
     auto trashed = session_.move(
         url, {.confined = &folders_, .was = vouchedFor(path.view()), .announce = announce_ ? &announce : nullptr});
     if (trashed) unvouch(path.view());

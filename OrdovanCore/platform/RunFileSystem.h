@@ -66,7 +66,7 @@ public:
 
     OrdovanResult<std::unique_ptr<OrdovanOpenContent>> open(const Url& url) override;
 
-    void announceTo(std::function<void(const Url& item)> announce) override { announce_ = std::move(announce); }
+    void announceTo(Announce announce) override { announce_ = std::move(announce); }
 
     /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read. False when
     /// what was seen at the path last, or is seen there now, is another file or was changed since.
@@ -121,6 +121,7 @@ private:
     Entry targetEntryOf(const SystemPath& path);
     int openToHash(const SystemPath& path, RegularFile& file);
     int endHashing(const SystemPath& path, const RegularFile& file);
+    void announceMove(const Url& item, const std::string& hiddenName) const;
     int moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways);
     int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
     [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);
@@ -129,7 +130,7 @@ private:
     ConfinedFolders folders_;
     WriterProbe writers_;
     TrashSession session_;
-    std::function<void(const Url& item)> announce_;
+    Announce announce_;
     Look look_;
     Seen regular_;  // the regular file that was looked at last
     Way way_;

@@ -54,7 +54,7 @@ bool isProved(const TrashItem& item, const TrashFolder& trash, const std::string
 
 /// Undoes a move that could not be proved. True when the item is not in the Trash any more, or never was.
 bool takeBack(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
-    static_cast<void>(moveExclusively({trash.files.get(), name.c_str()}, item.entry()));
+    static_cast<void>(moveExclusively({trash.files.get(), name.c_str()}, item.entry(), {.hidesOldName = false}));
     struct ::stat there{};
     return !examine(trash.files, name, there);
 }

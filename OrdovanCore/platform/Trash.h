@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace ordovan {
 
@@ -16,7 +17,7 @@ struct TrashTerms {
     /// The item, untouched since it was examined so (EBUSY otherwise); null for any.
     const struct ::stat* was = nullptr;
     /// Called before a move that takes more than one step (`MoveWays`); null for nobody.
-    const std::function<void()>* announce = nullptr;
+    const std::function<void(const std::string& hiddenName)>* announce = nullptr;
 };
 
 /// Moves items to the user's Trash (freedesktop.org Trash specification 1.0). One object serves one run on one thread:

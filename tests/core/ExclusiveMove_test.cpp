@@ -11,6 +11,8 @@
 #include <unistd.h>
 
 #include <functional>
+#include <string>
+#include <string_view>
 #include <utility>
 
 using ordovan::MoveWays;
@@ -36,6 +38,28 @@ struct Refusal {
 Refusal examination;
 Refusal removal;
 
+/// What another program does right before the next rename, and whether the system does what it says it did not.
+std::function<void()> atRename;
+int renameReply = 0;
+int linkReply = 0;
+
+/// What can not be done to a hidden name of ours, and why not.
+struct HiddenRefusals {
+    int rename = 0;
+    int examination = 0;
+    int removal = 0;
+};
+HiddenRefusals hidden;
+
+bool isHidden(const char* path) {
+    return std::string_view(path).contains("/.a.ordovan-partial-");
+}
+
+bool fails(int error) {
+    errno = error;
+    return error != 0;
+}
+
 /// The errno with which looking at open files fails.
 int openFileRefusal = 0;
 
@@ -50,7 +74,7 @@ bool refuses(const Refusal& refusal, const char* path) {
 // Takes the place of the C library's, so that a test can act between two steps of a move.
 extern "C" int fstatat(int folder, const char* path, struct stat* facts, int flags) noexcept {
     if (atExamination && skip-- == 0) std::exchange(atExamination, nullptr)();
-    if (refuses(examination, path)) return -1;
+    if (refuses(examination, path) || (isHidden(path) && fails(hidden.examination))) return -1;
     return static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
 }
 extern "C" int fstat(int file, struct stat* facts) noexcept {
@@ -59,12 +83,19 @@ extern "C" int fstat(int file, struct stat* facts) noexcept {
     return -1;
 }
 extern "C" int unlinkat(int folder, const char* path, int flags) noexcept {
-    return refuses(removal, path) ? -1 : static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
+    if (refuses(removal, path) || (isHidden(path) && fails(hidden.removal))) return -1;
+    return static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
 }
 extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
-    if (linkRefusal == 0) return static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
-    errno = linkRefusal;
-    return -1;
+    if (fails(linkRefusal)) return -1;
+    const int done = static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
+    return done != 0 || fails(std::exchange(linkReply, 0)) ? -1 : 0;
+}
+extern "C" int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
+    if (atRename) std::exchange(atRename, nullptr)();
+    if (isHidden(to) && fails(hidden.rename)) return -1;
+    const int done = static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
+    return done != 0 || fails(std::exchange(renameReply, 0)) ? -1 : 0;
 }
 extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) noexcept {
     if (renameRefusal == 0) return static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
@@ -75,6 +106,7 @@ extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const c
 namespace {
 
 constexpr MoveWays byLink{.rename = false, .link = true, .placeholder = false};
+constexpr MoveWays byLinkPlainly{.rename = false, .link = true, .placeholder = false, .hidesOldName = false};
 constexpr MoveWays byPlaceholder{.rename = false, .link = false, .placeholder = true};
 constexpr MoveWays byLinkOrPlaceholder{.rename = false, .link = true, .placeholder = true};
 
@@ -90,10 +122,15 @@ int move(const TempFolder& t, const char* from, const char* to, MoveWays ways) {
 /// Every way alone.
 class ExclusiveMove : public testing::TestWithParam<MoveWays> {};
 
-INSTANTIATE_TEST_SUITE_P(EveryWay, ExclusiveMove, testing::Values(MoveWays{true, false, false}, byLink, byPlaceholder),
-                         [](const auto& way) {
-                             return way.param.rename ? "Rename" : way.param.link ? "Link" : "Placeholder";
-                         });
+std::string nameOf(const MoveWays& way) {
+    if (way.rename) return "Rename";
+    if (way.link) return way.hidesOldName ? "Link" : "LinkPlainly";
+    return "Placeholder";
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryWay, ExclusiveMove,
+                         testing::Values(MoveWays{true, false, false}, byLink, byLinkPlainly, byPlaceholder),
+                         [](const auto& way) { return nameOf(way.param); });
 
 TEST_P(ExclusiveMove, KeepsContentAndIdentity) {
     const TempFolder t;
@@ -279,6 +316,173 @@ TEST(ExclusiveMoveByLink, IsDoneWhenTheOldNameWentMeanwhile) {
     EXPECT_EQ(t.count(), 1u);
 }
 
+TEST(ExclusiveMoveByLink, GivesAFileItsNameBackThatWasSavedBehindTheLastLook) {
+    const TempFolder t;
+    t.write("a", "old");
+    t.write("fresh", "new");
+    atRename = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("a"), "new");
+    EXPECT_EQ(t.read("b"), "old");
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST(ExclusiveMoveByLink, IsDoneWhenTheOldNameWentBehindTheLastLook) {
+    const TempFolder t;
+    t.write("a", "old");
+    atRename = [&] { std::filesystem::remove(t.path("a")); };
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("b"), "old");
+    EXPECT_EQ(t.count(), 1u);
+}
+
+TEST(ExclusiveMoveByLink, LeavesAFileHiddenOnlyWhileAnotherHasItsName) {
+    const TempFolder t;
+    t.write("a", "old");
+    t.write("fresh", "new");
+    t.write("fresher", "newer");
+    atRename = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
+    atExamination = [&] {
+        atExamination = [&] { std::filesystem::rename(t.path("fresher"), t.path("a")); };
+        skip = 0;
+    };
+    skip = 1;  // looked at: a, b, then the hidden name
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("a"), "newer");
+    EXPECT_EQ(t.read("b"), "old");
+    EXPECT_EQ(t.count(), 3u) << "nothing of others is removed";
+}
+
+TEST(ExclusiveMoveByLink, TakesAHiddenNameOfOursWithoutMoreSteps) {
+    const TempFolder t;
+    const std::string own = ".a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+    int announced = 0;
+    const std::function<void(const std::string&)> announce = [&](const std::string&) { ++announced; };
+    const MoveWays ways{.rename = false, .announce = &announce};
+    t.write("a", "content");
+    linkRefusal = EIO;
+    EXPECT_EQ(move(t, "a", own.c_str(), ways), 0);
+    linkRefusal = 0;
+    EXPECT_EQ(announced, 0);
+    t.write("a", "other");
+    EXPECT_EQ(move(t, "a", own.c_str(), ways), EEXIST);
+    EXPECT_EQ(t.read(own), "content");
+    examination = {t.path(own), EIO};
+    EXPECT_EQ(move(t, "a", own.c_str(), ways), EIO);
+    examination = {};
+    EXPECT_EQ(t.read("a"), "other");
+}
+
+TEST(ExclusiveMoveByLink, AnnouncesTheHiddenNameThatItIsGoingToUse) {
+    for (const char* from : {"a", ".a.ordovan-partial-00000000-0000-4000-8000-000000000000"}) {
+        const TempFolder t;
+        t.write(from, "content");
+        std::string name = "none";
+        const std::function<void(const std::string&)> announce = [&](const std::string& hiddenName) {
+            name = hiddenName;
+        };
+        std::string seen;
+        atExamination = [&] { seen = !name.empty() && t.has(name) ? "hidden" : "not"; };
+        skip = 2;
+        EXPECT_EQ(move(t, from, "b", {.rename = false, .announce = &announce}), 0);
+        EXPECT_EQ(name.starts_with(".a.ordovan-partial-") ? "hidden" : "not", seen);
+        EXPECT_EQ(name.empty(), from[0] == '.') << "what bears one needs no other";
+        EXPECT_EQ(t.count(), 1u);
+        atExamination = nullptr;
+    }
+}
+
+/// The reply to a call says that it was not done, and it was.
+class ExclusiveMoveWithLostReplies : public testing::Test {
+protected:
+    ExclusiveMoveWithLostReplies() { t.write("a", "content"); }
+    ~ExclusiveMoveWithLostReplies() override {
+        linkReply = renameReply = 0;
+        hidden = {};
+        examination = {};
+        atExamination = nullptr;
+    }
+    void expectOnly(const char* name) {
+        EXPECT_EQ(t.read(name), "content");
+        EXPECT_EQ(t.count(), 1u);
+    }
+    TempFolder t;
+};
+
+TEST_F(ExclusiveMoveWithLostReplies, GoesOnWhenTheLinkWasMade) {
+    for (const int reply : {EIO, EEXIST, ETIMEDOUT}) {
+        for (const MoveWays ways : {byLink, byLinkPlainly}) {
+            linkReply = reply;
+            EXPECT_EQ(move(t, "a", "b", ways), 0);
+            expectOnly("b");
+            std::filesystem::rename(t.path("b"), t.path("a"));
+        }
+    }
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, LeavesANameThatTheFileHadBefore) {
+    std::filesystem::create_hard_link(t.path("a"), t.path("b"));
+    linkRefusal = EIO;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    linkRefusal = 0;
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, TakesTheLinkBackThatItCanNotSee) {
+    linkReply = EIO;
+    atExamination = [&] { examination = {t.path("b"), EIO}; };
+    skip = 0;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    expectOnly("a");
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, TouchesNothingUnseenWhereSomethingStoodAlready) {
+    linkReply = EEXIST;
+    atExamination = [&] { examination = {t.path("b"), EIO}; };
+    skip = 0;
+    EXPECT_EQ(move(t, "a", "b", byLink), EEXIST);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, GoesOnWhenTheOldNameWasHidden) {
+    for (const int reply : {EIO, ENOENT}) {
+        renameReply = reply;
+        EXPECT_EQ(move(t, "a", "b", byLink), 0);
+        expectOnly("b");
+        std::filesystem::rename(t.path("b"), t.path("a"));
+    }
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, TakesTheLinkBackWhenTheOldNameCanNotBeHidden) {
+    hidden.rename = EBUSY;
+    EXPECT_EQ(move(t, "a", "b", byLink), EBUSY);
+    expectOnly("a");
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, GoesBackWhenTheHiddenNameCanNotBeSeen) {
+    hidden.examination = EIO;
+    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    expectOnly("a");
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, HasItsOldNameWhenTheHiddenOneStays) {
+    hidden.removal = EBUSY;
+    EXPECT_EQ(move(t, "a", "b", byLink), EBUSY);
+    EXPECT_EQ(t.read("a"), "content");
+    EXPECT_FALSE(t.has("b"));
+    EXPECT_EQ(t.count(), 2u) << "the hidden name, which the record of the run tells";
+}
+
+TEST_F(ExclusiveMoveWithLostReplies, HasMovedWhenTheHiddenNameStaysAndTheOldOneIsTaken) {
+    hidden.removal = EBUSY;
+    atExamination = [&] { t.write("a", "new"); };
+    skip = 2;
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("a"), "new");
+    EXPECT_EQ(t.read("b"), "content");
+}
+
 TEST(ExclusiveMoveByPlaceholder, NeverReplacesWhatWasWrittenIntoThePlaceholder) {
     const TempFolder t;
     t.write("a", "content");
@@ -325,22 +529,22 @@ protected:
 };
 
 TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackThatItCanNotSee) {
-    EXPECT_EQ(moveBlind(byLink, 0), EIO);
+    EXPECT_EQ(moveBlind(byLinkPlainly, 0), EIO);
     expectOnlyTheOldName();
 }
 
 TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackOfAFileWithOtherNames) {
     std::filesystem::create_hard_link(t.path("a"), t.path("other"));
-    EXPECT_EQ(moveBlind(byLink, 0), EIO);
+    EXPECT_EQ(moveBlind(byLinkPlainly, 0), EIO);
     EXPECT_FALSE(t.has("b"));
     EXPECT_EQ(t.count(), 2u);
 }
 
 TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackWhenTheOldNameStays) {
     removal = {t.path("a"), EBUSY};
-    EXPECT_EQ(move(t, "a", "b", byLink), EBUSY);
+    EXPECT_EQ(move(t, "a", "b", byLinkPlainly), EBUSY);
     expectOnlyTheOldName();
-    EXPECT_EQ(moveBlind(byLink, 4), EBUSY);  // looked at: a, b, a, a, then b once more
+    EXPECT_EQ(moveBlind(byLinkPlainly, 4), EBUSY);  // looked at: a, b, a, a, then b once more
     expectOnlyTheOldName();
 }
 
@@ -350,7 +554,7 @@ TEST_F(ExclusiveMoveInTheDark, KeepsTheLinkWhenItIsTheOnlyName) {
         examination = {t.path("b"), EIO};
     };
     skip = 1;
-    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(move(t, "a", "b", byLinkPlainly), EIO);
     EXPECT_EQ(t.read("b"), "content");
 }
 
@@ -361,7 +565,7 @@ TEST_F(ExclusiveMoveInTheDark, KeepsAFileThatTookThePlaceOfTheLink) {
         examination = {t.path("b"), EIO};
     };
     skip = 1;
-    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(move(t, "a", "b", byLinkPlainly), EIO);
     EXPECT_EQ(t.read("b"), "someone else's");
     EXPECT_EQ(t.read("a"), "content");
 }
@@ -374,7 +578,7 @@ TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackWhenTheOldNameCanNotBeSeenForAMom
             skip = 0;
         };
         skip = 2;  // looked at: a, b, then a once more
-        EXPECT_EQ(move(t, "a", "b", byLink), error);
+        EXPECT_EQ(move(t, "a", "b", byLinkPlainly), error);
         expectOnlyTheOldName();
     }
 }
@@ -382,7 +586,7 @@ TEST_F(ExclusiveMoveInTheDark, TakesTheLinkBackWhenTheOldNameCanNotBeSeenForAMom
 TEST_F(ExclusiveMoveInTheDark, ClaimsNoSuccessWhileTheOldNameCanNotBeSeen) {
     atExamination = [&] { examination = {t.path("a"), EIO}; };
     skip = 2;
-    EXPECT_EQ(move(t, "a", "b", byLink), EIO);
+    EXPECT_EQ(move(t, "a", "b", byLinkPlainly), EIO);
     EXPECT_EQ(t.read("a"), "content");
     EXPECT_EQ(t.read("b"), "content");
 }

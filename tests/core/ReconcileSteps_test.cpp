@@ -125,6 +125,92 @@ TEST_F(ReconcileClaims, ASecondNameIsTakenAwayWhereTheVolumeKeepsNoIdentities) {
     EXPECT_EQ(memory.read("/r/a"), "one");
 }
 
+TEST_F(ReconcileClaims, AnEmptyFileThatOthersMayReadStays) {
+    note(NoteKind::claimed, "one");
+    leave("");
+    auto open = ports();
+    open.facts = [&](const Url& url) {
+        auto facts = ordovan::test::factsIn(memory, url);
+        if (facts) facts->isPrivate = false;
+        return facts;
+    };
+    EXPECT_THAT(sentences(OrdovanReconciler::reconcile(run, open)), ElementsAre(occupied));
+    EXPECT_TRUE(memory.item("/r/ordovan+/a"));
+    run.intent.items[0].identity.clear();
+    EXPECT_THAT(sentences(OrdovanReconciler::reconcile(run, open)), ElementsAre(removed))
+        << "the volume may store no such thing";
+}
+
+/// A move by a second name was cut behind the old one's turn to be hidden.
+class ReconcileHidden : public ReconcileClaims {
+protected:
+    ReconcileHidden() {
+        note(NoteKind::claimed, "one", aside);
+        memory.makeDirectory("/r/ordovan+");
+        memory.hardLink("/r/ordovan+/a", "/r/a");
+        move("/r/a", aside);
+    }
+};
+
+TEST_F(ReconcileHidden, TheFileGetsItsNameBackAndLosesTheSecond) {
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(ReconcileHidden, AThirdNameGoes) {
+    memory.hardLink("/r/a", aside);
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 0, 1, 0));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(ReconcileHidden, TheHiddenNameGoesWhereAnotherFileHasTheOldOne) {
+    memory.write("/r/a", "new");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(1, 0, 0, 0));
+    EXPECT_EQ(memory.read("/r/a"), "new");
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(ReconcileHidden, WhatAnotherProgramHadSavedGetsItsName) {
+    memory.removeTree(aside);
+    memory.write(aside, "theirs");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(1, 0, 0, 0));
+    EXPECT_EQ(memory.read("/r/a"), "theirs");
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+}
+
+TEST_F(ReconcileHidden, WhatAnotherProgramHadSavedStaysBesideWhatItSavedNext) {
+    memory.removeTree(aside);
+    memory.write(aside, "theirs");
+    memory.write("/r/a", "newer");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_EQ(memory.read(aside), "theirs");
+    EXPECT_EQ(memory.read("/r/a"), "newer");
+    EXPECT_EQ(found.journal.entries.size(), 1U) << "the file itself has arrived";
+}
+
+TEST_F(ReconcileHidden, WaitsWhileTheNameCanNotBeGivenBack) {
+    fs.failCall(Operation::move, 1, EIO);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(sentences(found), ElementsAre(notExamined));
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_EQ(memory.read(aside), "one");
+}
+
+TEST_F(ReconcileHidden, WaitsWhileTheHiddenNameCanNotBeRemoved) {
+    memory.write("/r/a", "new");
+    fs.failCall(Operation::remove, 1, EIO);
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_FALSE(found.isComplete);
+    EXPECT_EQ(memory.read(aside), "one");
+}
+
 /// The copy is in place, and the original on its way out.
 class ReconcileAsides : public ReconcileFixture {
 protected:

@@ -98,7 +98,7 @@ TEST_P(RunHashed, BelievesWhoHashedForIt) {
 
 TEST_P(RunHashed, AnnouncesMovesThatTakeMoreThanOneStep) {
     std::vector<std::string> announced;
-    fs.announceTo([&](const Url& item) {
+    fs.announceTo([&](const Url& item, const Url&) {
         EXPECT_TRUE(has("a"));
         EXPECT_FALSE(has("b"));
         announced.emplace_back(item.lastPathComponent());
@@ -109,7 +109,7 @@ TEST_P(RunHashed, AnnouncesMovesThatTakeMoreThanOneStep) {
     renameRefusal = EINVAL;
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), 0);
     EXPECT_EQ(announced, std::vector<std::string>{"a"});
-    fs.announceTo([&](const Url& item) { announced.emplace_back(item.lastPathComponent()); });
+    fs.announceTo([&](const Url& item, const Url&) { announced.emplace_back(item.lastPathComponent()); });
     linkRefusal = EPERM;
     EXPECT_EQ(error(fs.move(at("b"), at("a"))), 0);
     EXPECT_EQ(error(fs.trash(at("a"))), 0);

@@ -254,11 +254,16 @@ TEST(RunRecord, EndsItsNotesAtTheFirstThatCanNotBe) {
     }
 }
 
-TEST(RunRecord, TellsOfAClaimWithoutAPath) {
+TEST(RunRecord, TellsOfAClaimWithAHiddenNameBesideTheSourceOrNone) {
     OrdovanRunNote claim = notes()[1];
     claim.kind = NoteKind::claimed;
     claim.path = {};
     EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, ElementsAre(claim));
+    const Url hidden = OrdovanPartialName::beside(Url::file(intent().items[claim.item].source));
+    claim.path = hidden.sharedPath();
+    EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, ElementsAre(claim));
+    claim.path = Url::file(intent().items[claim.item].source).sharedPath();
+    EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, IsEmpty()) << "not hidden";
     claim.path = notes()[1].path;
     EXPECT_THAT(OrdovanUnfinishedRun::decoded(encoded(intent(), {claim}))->notes, IsEmpty());
 }
