@@ -12,8 +12,18 @@ namespace {
 
 constexpr std::size_t notesAtATime = std::size_t{32} << 10;
 
+std::unexpected<OrdovanSystemError> refused(int errnoValue) {
+    return std::unexpected(OrdovanSystemError::posix(errnoValue));
+}
+
 std::unexpected<OrdovanSystemError> notIntended() {
-    return std::unexpected(OrdovanSystemError::posix(EPERM));
+    return refused(EPERM);
+}
+
+/// Where a volume is full, or allows shorter names only, a file may be removed though it can not be renamed.
+bool isLackOfRoom(const OrdovanSystemError& error) {
+    return error == OrdovanSystemError::posix(ENOSPC) || error == OrdovanSystemError::posix(EDQUOT) ||
+           error == OrdovanSystemError::posix(ENAMETOOLONG);
 }
 
 }  // namespace
@@ -40,12 +50,16 @@ OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
         copying_ && copying_->partial == from.path() && intent_.items[copying_->item].destination == to.path();
     const bool isComingBack =
         trashed_ && trashed_->place == from.path() && intent_.items[trashed_->item].source == to.path();
-    if (isPublishing) return moveItem(copying_->item, from, to);
+    if (isPublishing) {
+        auto published = moveItem(copying_->item, from, to);
+        if (published) copying_->stage = Copying::Stage::published;
+        return published;
+    }
     if (isComingBack) return fs_.move(from, to);
 
     const auto item = itemWith(from.path(), to.path());
     if (!item || to.path().empty()) return notIntended();
-    copying_.reset();
+    endCopying();
     noteOther(*item);
     auto moved = moveItem(*item, from, to);
     if (moved) note(OrdovanRunNote::Kind::done, *item, true, {});
@@ -57,19 +71,30 @@ OrdovanResult<void> RecordedFileSystem::copy(const Url& from, const Url& to) {
     if (file == nullptr || !OrdovanPartialName::isPartial(to.path())) return notIntended();
     const OrdovanRunItem& item = intent_.items[file->note.item];
     if (item.destination.empty() || parentPath(to.path()) != parentPath(item.destination)) return notIntended();
-    copying_ = {file->note.item, to.sharedPath()};
+    endCopying();
+    copying_ = {.item = file->note.item,
+                .partial = to.sharedPath(),
+                .was = {file->note.byteSize, file->note.contentHash, file->identity},
+                .identity = {}};
     note(OrdovanRunNote::Kind::begun, file->note.item, false, to.sharedPath());
     handOver();
     if (takesNotes_ && !notes_.sync()) takesNotes_ = false;
-    return fs_.copy(from, to);
+    auto copied = fs_.copy(from, to);
+    // A copy that fails leaves nothing, and what has taken its name is not the run's.
+    const bool isTaken = !copied && copied.error() == OrdovanSystemError::posix(EEXIST);
+    if (isTaken || (!copied && !fs_.isRegularFile(to))) copying_->stage = Copying::Stage::settled;
+    return copied;
 }
 
 OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
     if (!copying_) return notIntended();
     const OrdovanRunItem& item = intent_.items[copying_->item];
-    if (copying_->partial == url.path() || item.destination == url.path()) return fs_.remove(url);
-    if (item.source != url.path()) return notIntended();
+    if (copying_->partial == url.path()) return removePartial(url);
+    if (item.destination == url.path()) return removePublished(url);
+    if (item.source != url.path() || copying_->stage != Copying::Stage::published) return notIntended();
     auto removed = removeOriginal(url);
+    const bool isChanged = !removed && removed.error() == OrdovanSystemError::posix(EBUSY);
+    if (isChanged && copying_->stage != Copying::Stage::hidden) return std::unexpected(originalChanged);
     if (removed) note(OrdovanRunNote::Kind::done, copying_->item, false, {});
     return removed;
 }
@@ -81,23 +106,125 @@ OrdovanResult<void> RecordedFileSystem::moveItem(std::size_t item, const Url& fr
     return moved;
 }
 
-/// In a Trash an item belongs to its info file by its name, and keeps that.
+bool RecordedFileSystem::isOriginal(const Url& url) const {
+    return copying_ && intent_.items[copying_->item].source == url.path();
+}
+
+/// Whether the original that was copied can be taken for what it was until its removal looks closer.
+bool RecordedFileSystem::looksUnchanged(const Url& original) {
+    const Fingerprint& was = copying_->was;
+    return !isInTrash(original.path()) && fs_.isRegularFile(original) && fs_.fileSize(original) == was.byteSize &&
+           fs_.fileIdentity(original) == was.identity;
+}
+
+bool RecordedFileSystem::copyStands() {
+    const Url copy = Url::file(intent_.items[copying_->item].destination);
+    return !copying_->identity.empty() && fs_.isRegularFile(copy) && fs_.fileIdentity(copy) == copying_->identity;
+}
+
+/// That an original may go, whatever its name: it is what was copied, and the copy stands. Else why it may not. (That
+/// it is the same file as well, the move to its hidden name has looked at.)
+OrdovanResult<void> RecordedFileSystem::prove(const Url& original) {
+    const Fingerprint& was = copying_->was;
+    if (fs_.contentHash(original) != was.contentHash || fs_.fileSize(original) != was.byteSize) return refused(EBUSY);
+    if (!copyStands()) return refused(ENOENT);
+    return {};
+}
+
 OrdovanResult<void> RecordedFileSystem::removeOriginal(const Url& original) {
-    if (isInTrash(original.path())) return fs_.remove(original);
+    // In a Trash an item belongs to its info file by its name, and keeps that.
+    if (isInTrash(original.path())) return copyStands() ? removeAsItIs(original) : refused(ENOENT);
     const Url aside = OrdovanPartialName::asideOf(original, copying_->partial);
     const auto renamed = fs_.move(original, aside);
-    if (!renamed && !fs_.isRegularFile(aside)) {
-        // A file that changed stays. Where a volume is full, say, removing may work though renaming does not.
-        return renamed.error() == OrdovanSystemError::posix(EBUSY) ? renamed : fs_.remove(original);
-    }
-    if (!renamed && fs_.isRegularFile(original)) {
-        // What was left behind by a rename in steps.
+    if (renamed) return removeHidden(original, aside);
+    if (fs_.isRegularFile(aside)) {
+        // The reply was lost, or a rename in steps has left a second name behind.
+        if (!fs_.isRegularFile(original)) return removeHidden(original, aside);
         if (fs_.fileIdentity(aside) == fs_.fileIdentity(original)) (void)fs_.remove(aside);
+        if (!isGone(aside, copying_->was.identity, fs_)) leavesSomething_ = true;
         return renamed;
     }
-    auto removed = fs_.remove(aside);
-    if (!removed) (void)fs_.move(aside, original);
+    const bool isSeen = fs_.isRegularFile(original) || isGone(aside, copying_->was.identity, fs_);
+    if (!isSeen) copying_->stage = Copying::Stage::hidden;  // for all that can be told
+    if (!isSeen || !isLackOfRoom(renamed.error())) return renamed;
+    if (auto proved = prove(original); !proved) return proved;
+    return removeAsItIs(original);
+}
+
+OrdovanResult<void> RecordedFileSystem::removeAsItIs(const Url& url) {
+    auto removed = fs_.remove(url);
+    if (removed) copying_->stage = Copying::Stage::settled;
     return removed;
+}
+
+/// An original that does not go and does not get its name back stays where it is: the copy stays as well then.
+OrdovanResult<void> RecordedFileSystem::removeHidden(const Url& original, const Url& aside) {
+    copying_->stage = Copying::Stage::hidden;
+    auto removed = prove(aside);
+    if (removed) {
+        removed = fs_.remove(aside);
+        if (removed || isGone(aside, copying_->was.identity, fs_)) {
+            copying_->stage = Copying::Stage::settled;
+            return {};
+        }
+    }
+    if (giveBack(aside, original)) copying_->stage = Copying::Stage::published;
+    return removed;
+}
+
+/// Gives a file under a hidden name its own back, if that is free.
+bool RecordedFileSystem::giveBack(const Url& hidden, const Url& file) {
+    const auto identity = fs_.fileIdentity(hidden);
+    auto moved = fs_.move(hidden, file);
+    if (!moved && moved.error() == OrdovanSystemError::posix(EBUSY)) {
+        // It is not what was hashed last, whatever it is.
+        (void)fs_.contentHash(hidden);
+        moved = fs_.move(hidden, file);
+    }
+    return moved || (identity && fs_.fileIdentity(file) == identity && !fs_.isRegularFile(hidden));
+}
+
+OrdovanResult<void> RecordedFileSystem::removePartial(const Url& partial) {
+    auto removed = fs_.remove(partial);
+    if (removed) {
+        copying_->stage = Copying::Stage::settled;
+    } else if (fs_.isRegularFile(partial)) {
+        copying_->stage = Copying::Stage::copied;
+    }
+    return removed;
+}
+
+/// Another file that has taken the copy's place at the last instant gets its name back.
+OrdovanResult<void> RecordedFileSystem::removePublished(const Url& copy) {
+    const Url partial = Url::file(copying_->partial);
+    const auto renamed = fs_.move(copy, partial);
+    if (!renamed && !fs_.isRegularFile(partial)) {
+        return isLackOfRoom(renamed.error()) ? removeAsItIs(copy) : renamed;
+    }
+    if (!renamed && fs_.isRegularFile(copy)) {
+        if (fs_.fileIdentity(partial) == fs_.fileIdentity(copy)) (void)fs_.remove(partial);
+        return renamed;
+    }
+    const bool isOurs =
+        fs_.fileIdentity(partial) == copying_->identity || fs_.contentHash(partial) == copying_->was.contentHash;
+    if (isOurs) return removePartial(partial);
+    (void)giveBack(partial, copy);
+    return refused(EBUSY);
+}
+
+/// The run turns to another file, or comes to its end. Where the original went away by itself, its copy is all there is
+/// to be.
+void RecordedFileSystem::endCopying() {
+    if (copying_ && copying_->stage != Copying::Stage::settled) {
+        const Url original = Url::file(intent_.items[copying_->item].source);
+        if (!copyStands() || !isGone(original, copying_->was.identity, *this)) leavesSomething_ = true;
+    }
+    copying_.reset();
+}
+
+bool RecordedFileSystem::leavesSomething() {
+    endCopying();
+    return leavesSomething_;
 }
 
 OrdovanResult<std::int64_t> RecordedFileSystem::fileSize(const Url& url) {
@@ -110,14 +237,24 @@ OrdovanResult<std::int64_t> RecordedFileSystem::fileSize(const Url& url) {
 }
 
 OrdovanResult<std::string> RecordedFileSystem::contentHash(const Url& url) {
+    if (isOriginal(url)) {
+        // Nothing that is found under its own name is the original.
+        if (copying_->stage == Copying::Stage::hidden) return refused(EBUSY);
+        if (copying_->stage == Copying::Stage::published && looksUnchanged(url)) return copying_->was.contentHash;
+    }
     auto hash = fs_.contentHash(url);
     if (Examined* file = hash ? examined(url) : nullptr) file->note.contentHash = *hash;
+    // A copy that its volume numbered anew when it got its name.
+    const bool isCopy = copying_ && hash && intent_.items[copying_->item].destination == url.path();
+    if (isCopy && *hash == copying_->was.contentHash) copying_->identity = fs_.fileIdentity(url).value_or("");
     return hash;
 }
 
 OrdovanResult<std::string> RecordedFileSystem::fileIdentity(const Url& url) {
     auto identity = fs_.fileIdentity(url);
+    if (copying_ && identity && copying_->partial == url.path()) copying_->identity = *identity;
     if (Examined* file = identity ? examined(url) : nullptr) {
+        file->identity = *identity;
         if (keepsIdentity(intent_.items[file->note.item])) file->note.identity = *identity;
     }
     return identity;
@@ -126,7 +263,7 @@ OrdovanResult<std::string> RecordedFileSystem::fileIdentity(const Url& url) {
 OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     const auto item = itemWith(url.path(), {});
     if (!item) return notIntended();
-    copying_.reset();
+    endCopying();
     noteOther(*item);
     claiming_ = item;
     auto place = fs_.trash(url);
@@ -187,6 +324,7 @@ RecordedFileSystem::Examined* RecordedFileSystem::examined(const Url& url) {
     examined_.note.item = *item;
     examined_.note.contentHash.clear();
     examined_.note.identity.clear();
+    examined_.identity.clear();
     return &examined_;
 }
 

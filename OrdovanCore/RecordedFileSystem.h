@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanCore/FileSystem.h"
+#include "OrdovanCore/Relocator.h"
 #include "OrdovanCore/RunNotes.h"
 #include "OrdovanCore/RunRecord.h"
 #include "OrdovanCore/StepwiseMoves.h"
@@ -28,8 +29,14 @@ namespace ordovan {
 /// disk tells. Notes that can not be written are a loss of certainty after an interruption and of nothing else: the run
 /// goes on without more of them.
 ///
-/// An original whose copy is in place is renamed to a hidden name of ours, where nobody else replaces it, before it is
-/// looked at for the last time and removed.
+/// An original whose copy is in place is renamed to a hidden name of ours, where nobody else replaces it or opens it
+/// for writing. There it is hashed for the last time and, if it is what was copied and the copy still stands, removed;
+/// else it gets its own name back, and the answer is `originalChanged` where it is that. That hash is the only one
+/// behind the copy: asked for the content of an original that looks as it did, this port says what it was. (An item of
+/// a Trash keeps its name, by which its info file knows it. It is hashed when that is asked for.)
+///
+/// A copy that has got its new name and is to go again is renamed back to its partial name, looked at there, and
+/// removed. Where a volume has no room for another name, both are removed under the one they have.
 ///
 /// Used by one thread.
 class RecordedFileSystem final : public OrdovanFileSystem {
@@ -55,12 +62,17 @@ public:
     OrdovanResult<std::string> fileIdentity(const Url& url) override;
     OrdovanResult<Url> trash(const Url& url) override;
 
+    /// Whether something of a file is left that the run meant to take away again, or that can not be told: a copy
+    /// beside its original, or an original under its hidden name. To be asked when the run is over.
+    [[nodiscard]] bool leavesSomething();
+
 private:
     /// What the run has found out about the file in work: what can be noted of it.
     struct Examined {
         SharedText path;
         bool isSized = false;
         OrdovanRunNote note;
+        std::string identity;  // also where it can not be noted, because it does not last
         [[nodiscard]] bool isWhole() const { return isSized && !note.contentHash.empty(); }
     };
 
@@ -76,7 +88,18 @@ private:
     void noteOther(std::size_t item);
     void noteClaim(const Url& hidden);
     OrdovanResult<void> moveItem(std::size_t item, const Url& from, const Url& to);
+
+    [[nodiscard]] bool isOriginal(const Url& url) const;
+    [[nodiscard]] bool looksUnchanged(const Url& original);
+    [[nodiscard]] bool copyStands();
+    OrdovanResult<void> prove(const Url& original);
     OrdovanResult<void> removeOriginal(const Url& original);
+    OrdovanResult<void> removeHidden(const Url& original, const Url& aside);
+    OrdovanResult<void> removeAsItIs(const Url& url);
+    [[nodiscard]] bool giveBack(const Url& hidden, const Url& file);
+    OrdovanResult<void> removePartial(const Url& partial);
+    OrdovanResult<void> removePublished(const Url& copy);
+    void endCopying();
     void handOver();
 
     OrdovanFileSystem& fs_;
@@ -93,10 +116,20 @@ private:
     Examined examined_;
 
     struct Copying {
+        enum class Stage {
+            copied,     // there may be a copy beside the original
+            published,  // the copy has its new name
+            hidden,     // and the original has a hidden one
+            settled,    // only one of them is left
+        };
         std::size_t item;
         SharedText partial;
+        Fingerprint was;       // the original
+        std::string identity;  // the copy's, as far as it is known
+        Stage stage = Stage::copied;
     };
     std::optional<Copying> copying_;  // the last file that was copied
+    bool leavesSomething_ = false;
     struct Trashed {
         std::size_t item;
         SharedText place;
