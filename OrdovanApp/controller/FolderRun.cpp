@@ -6,12 +6,25 @@
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/TrashPlace.h"
 
+#include <cerrno>
 #include <limits>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace FolderRun {
+
+namespace {
+
+/// The notes of a run without a record.
+class NoNotes final : public ordovan::RunNotes {
+public:
+    OrdovanResult<void> append(std::string_view) override { return std::unexpected(OrdovanSystemError::posix(EBADF)); }
+    OrdovanResult<void> sync() override { return {}; }
+};
+
+}  // namespace
 
 bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     if (!ordovan::namesOnePlace(file)) return false;
@@ -22,8 +35,9 @@ bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
 
 Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch, bool isWanted)
     : ports_(ports),
-      isWanted_(isWanted && ports.recording.runRecords != nullptr && root.path() != "/" &&
-                ordovan::isNormalPath(root.path()) && ordovan::namesOnePlace(root)),
+      isKept_(ports.recording.runRecords != nullptr && root.path() != "/" && ordovan::isNormalPath(root.path()) &&
+              ordovan::namesOnePlace(root)),
+      isWanted_(isKept_ && isWanted),
       below_(std::string(root.path()) + "/") {
     intent_.id = ordovan::Uuid::random();
     intent_.kind = kind;
@@ -35,7 +49,7 @@ Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& r
 }
 
 void Record::reserve(std::size_t files) {
-    if (isWanted_) intent_.items.reserve(files);
+    if (isKept_) intent_.items.reserve(files);
 }
 
 void Record::addOutputRoot(const Url& folder) {
@@ -46,7 +60,7 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
     // What a record can not name is not moved.
     const bool isNamed =
         ordovan::namesOnePlace(source) && (destination.path().empty() || ordovan::namesOnePlace(destination));
-    if (!isWanted_ || !isNamed) return;
+    if (!isKept_ || !isNamed) return;
     intent_.items.push_back({.source = source.sharedPath(),
                              .destination = destination.sharedPath(),
                              .byteSize = knownSize,
@@ -100,18 +114,21 @@ bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destinatio
 }
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
-    if (!isWanted_) return fs;
-    lookAtAll();
-    facts_ = {};
-    auto notes = ports_.recording.runRecords->begin(intent_);
-    if (!notes) return fs;
-    isStored_ = true;
-    notes_ = std::move(*notes);
+    if (!isKept_) return fs;
+    if (isWanted_) {
+        lookAtAll();
+        facts_ = {};
+        auto notes = ports_.recording.runRecords->begin(intent_);
+        isStored_ = notes.has_value();
+        if (notes) notes_ = std::move(*notes);
+    }
+    if (notes_ == nullptr) notes_ = std::make_unique<NoNotes>();
     return recorded_.emplace(fs, intent_, *notes_, disk);
 }
 
 void Record::endNotes() {
     if (notes_ != nullptr) syncMoves();
+    if (recorded_) leavesSomething_ = recorded_->leavesSomething();
     recorded_.reset();
     notes_.reset();
 }
@@ -134,7 +151,7 @@ void Record::syncMoves() const {
 }
 
 bool Record::remove() {
-    return !isStored_ || ports_.recording.runRecords->remove(intent_.root);
+    return !isStored_ || leavesSomething_ || ports_.recording.runRecords->remove(intent_.root);
 }
 
 }  // namespace FolderRun

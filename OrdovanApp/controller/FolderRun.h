@@ -59,7 +59,8 @@ private:
 
 /// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.
 ///
-/// Where no records are kept, or this one can not be stored, the run goes on without it.
+/// Where this record is not wanted or can not be stored, the run goes on without it, kept to what it is going to do all
+/// the same. Only where no records are kept at all, or none can name the folder, it is not.
 class Record {
 public:
     /// `isWanted`: false for a run that must do without.
@@ -76,12 +77,13 @@ public:
              std::string_view knownHash = {});
 
     /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
-    /// kept to what is recorded.
+    /// kept to what was added.
     /// `disk` is what of that moves in steps; null where nothing does.
     OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();
-    /// Removes the record, which is not needed any more. False when it still stands.
+    /// Removes the record, which is not needed any more; but where the run has left something that is to be put right
+    /// (`RecordedFileSystem::leavesSomething`) it stays for the next preview. False when it could not be removed.
     bool remove();
 
     /// The run's.
@@ -95,8 +97,10 @@ private:
     void syncMoves() const;
 
     const TidyPorts& ports_;
-    bool isWanted_;
+    bool isKept_;    // the run is kept to what was added
+    bool isWanted_;  // and that is recorded
     bool isStored_ = false;
+    bool leavesSomething_ = false;
     OrdovanRunIntent intent_;
     ordovan::FactsFunction facts_;
     std::string below_;            // what the paths in the run's folder begin with
