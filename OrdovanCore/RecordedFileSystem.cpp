@@ -334,12 +334,12 @@ bool RecordedFileSystem::keepsIdentity(const OrdovanRunItem& item) {
 }
 
 /// True when what the run found at an item's source is not the file of which the intent tells, or that tells too
-/// little to recognise it.
+/// little to recognise it: where no identity is kept, a file of the same size may be another.
 bool RecordedFileSystem::isOther(std::size_t item) const {
     const OrdovanRunItem& intended = intent_.items[item];
     if (examined_.path != intended.source) return false;
     return examined_.note.identity != intended.identity ||
-           (!keepsIdentity(intended) && examined_.note.byteSize != intended.byteSize);
+           (!keepsIdentity(intended) && examined_.note.contentHash != intended.contentHash);
 }
 
 void RecordedFileSystem::noteOther(std::size_t item) {
