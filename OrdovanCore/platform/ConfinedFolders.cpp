@@ -189,7 +189,11 @@ int ConfinedFolders::makeOne(std::string_view path, ::mode_t mode) {
     const auto above = open(parentPath(path));
     if (!above) return above.error();
     const std::string name(lastPathComponent(path));
-    if (::mkdirat((*above)->descriptor.get(), name.c_str(), mode) == 0) return 0;
+    const int folder = (*above)->descriptor.get();
+    if (::mkdirat(folder, name.c_str(), mode) == 0) {
+        // Else a file could reach the disk in a folder that does not, and leave its old place.
+        return keepsOrder(folder) ? 0 : syncFolderOf({folder, name.c_str()});
+    }
     if (errno != EEXIST) return errno;
     // Another process may have made it meanwhile.
     const auto there = open(path);

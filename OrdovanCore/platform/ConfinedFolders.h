@@ -61,7 +61,8 @@ public:
     [[nodiscard]] int openFile(std::string_view path, RegularFile& file);
 
     /// Makes a folder that `leadsBelow` the root and every missing one above it, with `mode` less the umask. An
-    /// existing folder is no error. Returns 0 or the errno: EEXIST when something else bears the name, else as for
+    /// existing folder is no error. Where the file system does not `keepsOrder`, each that is made is on the disk when
+    /// this comes back. Returns 0 or the errno: EEXIST when something else bears the name, else as for
     /// `open`.
     [[nodiscard]] int make(std::string_view path, ::mode_t mode);
 

@@ -21,6 +21,15 @@ namespace {
 /// A flush of one folder waits for the device, and so does one of its whole volume: from here on the latter is quicker.
 constexpr std::size_t mostFoldersOneByOne = 32;
 
+unsigned long typeOf(const struct ::statfs& volume) {
+    // The field is signed on some machines and must not drag its sign along.
+    return static_cast<unsigned long>(volume.f_type) & 0xffffffff;
+}
+
+bool isOrdered(unsigned long type) {
+    return type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC || type == F2FS_SUPER_MAGIC;
+}
+
 bool isFolder(const char* path) {
     struct ::stat facts;
     return ::stat(path, &facts) == 0 && S_ISDIR(facts.st_mode);
@@ -42,17 +51,13 @@ public:
         isThere_ = folder && ::fstat(folder.get(), &facts) == 0 && ::fstatfs(folder.get(), &volume) == 0;
         if (!isThere_) return;
         device_ = facts.st_dev;
-        // The field is signed on some machines and must not drag its sign along.
-        type_ = static_cast<unsigned long>(volume.f_type) & 0xffffffff;
+        type_ = typeOf(volume);
     }
 
     [[nodiscard]] bool isThere() const { return isThere_; }
     [[nodiscard]] ::dev_t device() const { return device_; }
     /// Whether a rename reaches the disk whole or not at all, with either folder.
-    [[nodiscard]] bool renamesAtOnce() const {
-        return type_ == EXT4_SUPER_MAGIC || type_ == XFS_SUPER_MAGIC || type_ == BTRFS_SUPER_MAGIC ||
-               type_ == F2FS_SUPER_MAGIC;
-    }
+    [[nodiscard]] bool renamesAtOnce() const { return isOrdered(type_); }
     /// Where folders are flushed one by one, btrfs would keep the new name and, where the old one's folder is not
     /// flushed as well, the old one too. The server of a FUSE volume is told of flushed folders only.
     [[nodiscard]] bool wantsWholeVolume(bool areMany) const {
@@ -112,6 +117,11 @@ int syncFolderOf(FolderEntry item) {
     if (errno != EACCES) return errno;
     const Descriptor inside = Descriptor::openAt(item.folder, item.name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
+}
+
+bool keepsOrder(int openFolder) {
+    struct ::statfs volume;
+    return ::fstatfs(openFolder, &volume) == 0 && isOrdered(typeOf(volume));
 }
 
 void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures) {

@@ -20,6 +20,10 @@ int makeFolders(std::string_view path, ::mode_t mode);
 /// counts as having done so.
 int syncFolderOf(FolderEntry item);
 
+/// Whether the file system of an open folder brings changes of names to the disk in their order, a rename as one,
+/// because it has a journal or the like: ext4, XFS, btrfs and F2FS. Not so FAT, for one.
+[[nodiscard]] bool keepsOrder(int openFolder);
+
 /// Puts the names of items that were moved on the disk, as far as that can be done, so that after a power cut each item
 /// has its new name and no other. `arrivals` are the new places; nothing is done for an item that is not there. Then
 /// come the folders of `departures`, the old places, or where such a folder is gone the next one above it: on volumes

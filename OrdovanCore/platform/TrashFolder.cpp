@@ -41,7 +41,12 @@ std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name
         folder = Descriptor::openAt(above.get(), name, folderItself);
     }
     if (!folder) return std::unexpected(errno);
-    if (isPrivate(folder)) return folder;
+    if (isPrivate(folder)) {
+        // Else an item could leave its place for a folder that never reaches the disk.
+        const int error = made && !keepsOrder(above.get()) ? syncFolderOf({above.get(), name}) : 0;
+        if (error != 0) return std::unexpected(error);
+        return folder;
+    }
     // A volume that gives new folders to somebody else is not for a Trash.
     if (made) ::unlinkat(above.get(), name, AT_REMOVEDIR);
     return std::unexpected(EPERM);
