@@ -60,7 +60,9 @@ const std::array<CommandSpec, commandCount> commands = {{
      {},
      "Find files of equal content, and move the extra copies to the Trash",
      "Compares whole contents, not names. Without --trash nothing is changed. Unless --keep says otherwise, the first "
-     "copy of each group by its path is the one to keep. \"restore\" puts trashed files back."},
+     "copy of each group by its path is the one to keep. What lies in the folder's \"ordovan+\" is left out. "
+     "\"restore\" "
+     "puts trashed files back."},
     {Command::big,
      "big",
      "[FOLDER]",
@@ -68,7 +70,7 @@ const std::array<CommandSpec, commandCount> commands = {{
      {},
      "List the largest files, and move files to the Trash",
      "Without --trash nothing is changed. --min-size and --limit say what is listed, not what may be moved. "
-     "\"restore\" puts trashed files back."},
+     "What lies in the folder's \"ordovan+\" is left out. \"restore\" puts trashed files back."},
     {Command::recovery,
      "recovery",
      "[FOLDER]",
@@ -184,16 +186,16 @@ const std::array<OptionSpec, optionCount> options = {{
     {Option::json, "--json", "", false, every, {}, "Print the result as one JSON object"},
     {Option::quiet, "--quiet", "", false, every, {}, "No progress and no remarks; results, warnings and errors only"},
     {Option::noColor, "--no-color", "", false, every, {}, "No colours (the NO_COLOR variable does the same)"},
-    {Option::help, "--help", "", false, every, {}, "Show help, also for one command: \"preview --help\""},
+    {Option::help, "--help", "", false, every, {}, "Show help, also for one command (so do \"help COMMAND\" and -h)"},
     {Option::version, "--version", "", false, every, {}, "Show the version"},
 }};
 
 constexpr std::array<ExitStatusSpec, 5> exitStatuses = {{
-    {0, "done"},
-    {1, "done, but some files were skipped or failed"},
-    {2, "wrong usage"},
-    {3, "could not be done"},
-    {130, "interrupted"},
+    {exitDone, "done"},
+    {exitFlawed, "done, but some files were skipped or failed"},
+    {exitUsage, "wrong usage"},
+    {exitImpossible, "could not be done"},
+    {exitInterrupted, "interrupted"},
 }};
 
 }  // namespace

@@ -2,12 +2,16 @@
 
 #include "OrdovanApp/stores/DownloadsFolder.h"
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/TextPage.h"
 #include "OrdovanCore/PreviewStatus.h"
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/platform/Interrupts.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
+#include <span>
 #include <system_error>
 
 namespace ordovan::cli {
@@ -15,7 +19,11 @@ namespace {
 
 /// The folder as it was typed, or the user's Downloads.
 std::expected<std::string, Outcome> namedFolder(const Invocation& invocation) {
-    if (!invocation.arguments.empty()) return std::string(invocation.arguments.front());
+    if (!invocation.arguments.empty()) {
+        const std::string_view typed = invocation.arguments.front();
+        const Url address = Url::parse(typed);
+        return std::string(typed.starts_with("file://") && address.isFile() ? address.path() : typed);
+    }
     const char* const home = std::getenv("HOME");
     if (home == nullptr || *home != '/') {
         return std::unexpected(Outcome::impossible(
@@ -46,6 +54,32 @@ std::string_view verb(OrdovanRunRecord::Kind kind) {
     return "Putting back";
 }
 
+bool isDamaged(const JournalStore& journals, const Url& root) {
+    return journals.read(root).state == JournalStore::Stored::State::unreadable;
+}
+
+bool isDamaged(const TrashRecordStore& records) {
+    return records.load({}).revision == 0;
+}
+
+/// How many things a warning names at most.
+constexpr std::size_t mostNamed = 20;
+
+/// "2 folders left out:" and a line for each, the first ones.
+template <class Thing, class AppendLine>
+std::string listed(std::span<const Thing> things, std::string_view noun, std::string_view what, AppendLine appendLine) {
+    std::string block;
+    appendCount(block, things.size(), noun);
+    block.append(what).append(":");
+    for (const Thing& thing : things.first(std::min(things.size(), mostNamed))) {
+        block += "\n  ";
+        appendLine(block, thing);
+    }
+    if (things.size() > mostNamed)
+        block.append("\n  and ").append(std::to_string(things.size() - mostNamed)) += " more";
+    return block;
+}
+
 /// Adds what the run that has just ended did.
 void addReport(RunReport& result, const TidyViewModel& model) {
     using Kind = OrdovanRunRecord::Kind;
@@ -68,7 +102,11 @@ std::expected<Url, Outcome> chosenFolder(const Invocation& invocation) {
     if (typed->empty()) return std::unexpected(Outcome::usage("The folder's name is empty."));
     std::error_code error;
     const fs::path path = fs::absolute(*typed, error);
-    const fs::file_status status = error ? fs::file_status(fs::file_type::none) : fs::status(path, error);
+    if (error) {
+        return std::unexpected(
+            Outcome::impossible("There is no folder " + inQuotes(*typed) + ": the current folder is gone."));
+    }
+    const fs::file_status status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found) {
         return std::unexpected(Outcome::impossible("There is no folder " + inQuotes(*typed) + "."));
     }
@@ -87,8 +125,15 @@ std::expected<Url, Outcome> chosenFolder(const Invocation& invocation) {
 }
 
 std::optional<Outcome> interruptibleFromHere() {
-    interrupts::letThemEndTheProgram();
+    interrupts::letThemEndTheProgram(exitInterrupted);
     return interrupts::requested() ? std::optional(Outcome::interrupted()) : std::nullopt;
+}
+
+std::string Context::callOf(std::string_view command) const {
+    std::string call = "\"ordovan-cli ";
+    call += command;
+    if (!invocation.arguments.empty()) call += " " + inShellQuotes(session.model().rootURL()->path());
+    return call + "\"";
 }
 
 std::optional<Outcome> Context::refusal(std::string_view act) const {
@@ -120,13 +165,13 @@ std::optional<Outcome> Context::unrecordable(OrdovanRunRecord::Kind kind) const 
                                inQuotes(session.recordsFolder().path()) + " and the free space there.");
 }
 
-std::optional<Outcome> Context::declined(OrdovanRunRecord::Kind kind, std::string_view question) {
-    if (auto end = unrecordable(kind)) return end;
+std::optional<Outcome> Context::declined(const RunReport& intended, std::string_view question) {
+    if (auto end = unrecordable(intended.kind)) return end;
     switch (consent(question)) {
         case Console::Answer::interrupted:
             return Outcome::interrupted();
         case Console::Answer::no:
-            if (wantsJson()) put(RunReport{kind, *session.model().rootURL(), nullptr, {}});
+            if (wantsJson()) put(intended);
             return Outcome();
         case Console::Answer::yes:
             break;
@@ -143,22 +188,85 @@ std::optional<Outcome> Context::preview(const Url& folder, const TidyViewModel::
     return std::nullopt;
 }
 
-Outcome Context::run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start) {
+std::optional<std::string> Context::unreadable(std::initializer_list<Record> records) {
+    const TidyPorts ports = session.ports();
+    for (const Record record : records) {
+        if (record == Record::settings) {
+            if (const auto problem = session.settingsProblem()) return std::string(*problem);
+            continue;
+        }
+        if (!session.canReachRecords()) {
+            return "The folder of the records, " + inQuotes(session.recordsFolder().path()) + ", can't be reached.";
+        }
+        // What could be read and holds something need not be read again.
+        const TidyViewModel& model = session.model();
+        if (record == Record::journal && !model.recoverableJournal() && isDamaged(ports.journals, *model.rootURL())) {
+            return "The undo record of this folder couldn't be read.";
+        }
+        if (record == Record::trash && model.trashRecord()->entries.empty() && isDamaged(ports.trashRecords)) {
+            return "The record of what was moved to the Trash couldn't be read.";
+        }
+        if (record == Record::history && !ports.history.loadReadable()) return "The history couldn't be read.";
+    }
+    return std::nullopt;
+}
+
+void Context::warnOfRecords(std::initializer_list<Record> records) {
+    for (const Record record : records) {
+        const auto sentence = unreadable({record});
+        if (!sentence) continue;
+        console.warn(*sentence);
+        isFlawed = true;
+    }
+}
+
+Unseen Context::unseen() const {
+    using Reason = OrdovanInventorySkip::Reason;
+    Unseen unseen{.isPartialScan = session.model().partialScan()};
+    std::ranges::copy_if(
+        session.model().inventory()->skipped, std::back_inserter(unseen.folders), [](const OrdovanInventorySkip& skip) {
+            return skip.reason == Reason::unreadableDirectory || skip.reason == Reason::depthLimitReached;
+        });
+    return unseen;
+}
+
+void Context::warnOf(const Unseen& unseen) {
+    const Url& root = *session.model().rootURL();
+    if (unseen.isPartialScan) console.warn(partialScanSentence);
+    if (!unseen.folders.empty()) {
+        const auto line = [&](std::string& out, const OrdovanInventorySkip& skip) {
+            appendSafe(out, below(skip.url.path(), root.path()));
+            out +=
+                skip.reason == OrdovanInventorySkip::Reason::depthLimitReached ? ": too deep" : ": could not be read";
+        };
+        console.warn(listed(std::span(unseen.folders), "folder", " left out", line));
+    }
+    if (!unseen.files.empty()) {
+        const auto line = [&](std::string& out, const Url& file) { appendSafe(out, below(file.path(), root.path())); };
+        console.warn(listed(std::span(unseen.files), "file", " couldn't be read and compared with others", line));
+    }
+}
+
+Outcome Context::run(RunReport intended, const std::function<bool(TidyViewModel&)>& start) {
     const TidyViewModel& model = session.model();
-    const bool started = session.run(verb(kind), start);
+    const bool started = session.run(verb(intended.kind), start);
     const bool wasStopped = interrupts::requested();
-    interrupts::letThemEndTheProgram();
+    interrupts::letThemEndTheProgram(exitInterrupted);
     if (model.runRefusal()) return Outcome::impossible(*model.runRefusal());
-    RunReport result{kind, *model.rootURL(), nullptr, model.journalWarning()};
+    RunReport result = std::move(intended);
+    result.warning = model.journalWarning();
     if (started) addReport(result, model);
     put(result);
     if (result.warning) console.warn(*result.warning);
-    const std::size_t moved = result.report ? result.report->movedCount() : 0;
-    const bool someStayed = result.report && moved < result.report->outcomes.size();
     return {.kind = wasStopped ? Outcome::Kind::interrupted : Outcome::Kind::done,
-            .isFlawed = someStayed || result.warning,
-            .didChange = moved > 0,
+            .isFlawed = result.isFlawed(),
+            .didChange = result.report && result.report->movedCount() > 0,
             .sentence = {}};
+}
+
+Outcome Context::runOfNothing(const RunReport& intended) {
+    put(intended);
+    return {.kind = Outcome::Kind::done, .isFlawed = intended.isFlawed(), .didChange = false, .sentence = {}};
 }
 
 Outcome runCommand(Context& context) {

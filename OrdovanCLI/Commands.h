@@ -10,6 +10,7 @@
 
 #include <expected>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -46,6 +47,7 @@ struct Context {
     Console& console;
     Output& output;
     Session& session;
+    bool isFlawed = false;  ///< something was found on the way that makes the outcome so
 
     [[nodiscard]] bool wantsJson() const { return invocation.has(Option::json); }
     [[nodiscard]] TextStyle textStyle() { return {console.coloursResults(), session.ports().timeZone()}; }
@@ -55,6 +57,9 @@ struct Context {
     void put(const Result& result) {
         wantsJson() ? writeJson(output, result) : writeText(output, result, textStyle());
     }
+
+    /// How to call the program with a command ("undo") in the folder of this session, in quotes.
+    [[nodiscard]] std::string callOf(std::string_view command) const;
 
     /// Explains what was put out so far, which is shown first.
     void explain(std::string_view sentence) {
@@ -72,13 +77,27 @@ struct Context {
     [[nodiscard]] std::optional<Outcome> unrecordable(OrdovanRunRecord::Kind kind) const;
     /// Asks before a run, and before that sees whether its record could be saved: what is in memory only can not be
     /// taken back once the program has ended. Nothing when the run may start; else how the command ends.
-    [[nodiscard]] std::optional<Outcome> declined(OrdovanRunRecord::Kind kind, std::string_view question);
+    /// `intended`: the run's report as far as it is known.
+    [[nodiscard]] std::optional<Outcome> declined(const RunReport& intended, std::string_view question);
 
     /// Previews a folder. Nothing when that is done; else how the command ends.
     [[nodiscard]] std::optional<Outcome> preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides,
                                                  PreviewDepth depth);
-    /// Starts a run, waits for its end and puts out what it did. `start` as for `Session::run`.
-    [[nodiscard]] Outcome run(OrdovanRunRecord::Kind kind, const std::function<bool(TidyViewModel&)>& start);
+    /// The stored records that a command can rely on.
+    enum class Record { journal, trash, history, settings };
+    /// The first of these that is there and could not be read, as a sentence; nothing when all could be.
+    [[nodiscard]] std::optional<std::string> unreadable(std::initializer_list<Record> records);
+    /// Warns of these records as above, and remembers that the command is done but not whole.
+    void warnOfRecords(std::initializer_list<Record> records);
+
+    /// What the last preview could not look at.
+    [[nodiscard]] Unseen unseen() const;
+    /// Warns of it, naming some of it.
+    void warnOf(const Unseen& unseen);
+    /// Starts a run, waits for its end and puts out what it did. `intended` as above; `start` as for `Session::run`.
+    [[nodiscard]] Outcome run(RunReport intended, const std::function<bool(TidyViewModel&)>& start);
+    /// Puts out that there was nothing to do for a run.
+    [[nodiscard]] Outcome runOfNothing(const RunReport& intended);
 };
 
 /// The folder a command was given, or the user's Downloads: an existing folder that is not too broad, as an absolute

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
 namespace ordovan::cli {
@@ -44,6 +45,7 @@ std::expected<PlanView, Outcome> planned(Context& context) {
     if (!folder) return std::unexpected(folder.error());
     if (auto end = context.preview(*folder, options->overrides, PreviewDepth::plan))
         return std::unexpected(std::move(*end));
+    context.warnOfRecords({Context::Record::settings, Context::Record::journal});
     TidyViewModel& model = context.session.model();
     PlanView view{.plan = model.plan(),
                   .inventory = model.inventory(),
@@ -61,7 +63,6 @@ std::expected<PlanView, Outcome> planned(Context& context) {
         view.leaveOut(model.excluded());
     }
     if (!context.invocation.has(Option::includePartial)) view.leaveOutPartialDownloads();
-    if (view.partialScan && !context.wantsJson()) context.console.warn(partialScanSentence);
     return view;
 }
 
@@ -93,14 +94,25 @@ std::optional<Outcome> exportPlan(Context& context, const PlanView& view, const 
     if (made == nullptr && errno == EEXIST) {
         return Outcome::impossible(inQuotes(file) + " exists already and was left as it is.");
     }
+    if (made == nullptr) {
+        return Outcome::impossible(inQuotes(file) + " couldn't be made: " + std::strerror(errno) + ".");
+    }
     std::error_code error;
-    if (made != nullptr) static_cast<void>(std::fclose(made));
+    static_cast<void>(std::fclose(made));
     context.session.model().setExcluded(view.leftOutIDs());
-    const std::string failure =
-        context.session.exportPlan(Url::file(std::filesystem::absolute(file, error).native()), format);
-    if (failure.empty()) return std::nullopt;
-    if (made != nullptr) std::filesystem::remove(file, error);
-    return Outcome::impossible(failure);
+    const auto failure = context.session.exportPlan(Url::file(std::filesystem::absolute(file, error).native()), format);
+    if (!failure) return std::nullopt;
+    std::filesystem::remove(file, error);
+    return Outcome::impossible(*failure);
+}
+
+/// The end of an organize without a file to move. With `--yes` only the result is wanted, and that is that nothing was
+/// done.
+Outcome organizeNothing(Context& context, const PlanView& view, const RunReport& intended) {
+    if (context.wantsJson() || context.invocation.has(Option::yes)) return context.runOfNothing(intended);
+    context.put(view);
+    if (!view.plan->proposals.empty()) context.explain("No file is selected, so nothing was moved.");
+    return {.kind = Outcome::Kind::done, .isFlawed = intended.isFlawed(), .didChange = false, .sentence = {}};
 }
 
 }  // namespace
@@ -121,7 +133,8 @@ Outcome runPreview(Context& context) {
     if (auto sentence = view->selectedCount() > 0 ? obstacle(view->outputRoot) : std::nullopt) {
         context.console.warn(*sentence);
     }
-    interrupts::letThemEndTheProgram();
+    if (view->partialScan) context.console.warn(partialScanSentence);
+    interrupts::letThemEndTheProgram(exitInterrupted);
     context.put(*view);
     return {.kind = Outcome::Kind::done, .isFlawed = false, .didChange = format.has_value(), .sentence = {}};
 }
@@ -130,21 +143,21 @@ Outcome runOrganize(Context& context) {
     if (auto refused = context.refusal("organize")) return std::move(*refused);
     const auto view = planned(context);
     if (!view) return view.error();
-    constexpr auto kind = OrdovanRunRecord::Kind::organize;
-    if (view->selectedCount() == 0) {
-        context.wantsJson() ? context.put(RunReport{kind, view->root, nullptr, std::nullopt}) : context.put(*view);
-        return {};
-    }
+    const RunReport intended{
+        .kind = OrdovanRunRecord::Kind::organize, .folder = view->root, .plan = view->plan, .unseen = context.unseen()};
+    context.warnOf(*intended.unseen);
+    if (view->selectedCount() == 0) return organizeNothing(context, *view, intended);
     if (auto sentence = obstacle(view->outputRoot)) return Outcome::impossible(std::move(*sentence));
     if (!context.invocation.has(Option::yes)) {
         context.wantsJson() ? context.console.remark(view->status) : context.put(*view);
         context.explain(
             "Files move into the ordovan+ folder inside this folder. Nothing is copied or deleted, and "
-            "you can undo this with \"ordovan-cli undo\".");
+            "you can undo this with " +
+            context.callOf("undo") + ".");
     }
-    if (auto end = context.declined(kind, "Organize these files?")) return std::move(*end);
+    if (auto end = context.declined(intended, "Organize these files?")) return std::move(*end);
     context.session.model().setExcluded(view->leftOutIDs());
-    return context.run(kind, [](TidyViewModel& model) { return model.organize(); });
+    return context.run(intended, [](TidyViewModel& model) { return model.organize(); });
 }
 
 }  // namespace ordovan::cli

@@ -8,6 +8,16 @@
 namespace ordovan::cli {
 namespace {
 
+/// Why settings or rules could not be stored, as far as that can be told.
+Outcome notSaved(Context& context, std::string_view sentence) {
+    if (context.session.areSettingsHeldElsewhere()) {
+        return Outcome::impossible(std::string(sentence) +
+                                   " Another ordovan+ is saving its settings. Try again in a moment.");
+    }
+    return Outcome::impossible(std::string(sentence) + " Check the permissions of " +
+                               inQuotes(context.session.settingsFolder().path()) + " and the free space there.");
+}
+
 // Rules.
 
 /// A rule's position, counted from 0, from the number of the list; else how the command ends.
@@ -23,8 +33,7 @@ std::optional<Outcome> addRule(Context& context) {
     const auto& arguments = context.invocation.arguments;
     auto refusal = context.session.rules().add(arguments[0], arguments[1]);
     if (!refusal) return std::nullopt;
-    return *refusal == RuleStore::notAdded ? Outcome::impossible(std::move(*refusal))
-                                           : Outcome::usage(std::move(*refusal));
+    return *refusal == RuleStore::notAdded ? notSaved(context, *refusal) : Outcome::usage(std::move(*refusal));
 }
 
 /// Deletes or moves one rule.
@@ -42,16 +51,15 @@ std::optional<Outcome> changeRule(Context& context) {
     const bool isDone = context.invocation.action == "delete"
                             ? rules.remove({from})
                             : rules.move({from}, positions[1] > from ? positions[1] + 1 : positions[1]);
-    return isDone ? std::nullopt : std::optional(Outcome::impossible("The rules couldn't be saved."));
+    return isDone ? std::nullopt : std::optional(notSaved(context, "The rules couldn't be saved."));
 }
 
 // Settings.
 
-/// One setting: its key, how it reads and how it is changed.
+/// One setting: its key, as the table has it, how it reads and how it is changed.
 struct Setting {
     std::string_view key;
     bool isBoolean;
-    std::string_view allowed;
     std::string (*read)(const AppSettings&);
     /// Whether it was stored; nothing for a text that is no value of it.
     std::optional<bool> (*write)(AppSettings&, std::string_view text);
@@ -79,12 +87,11 @@ std::optional<bool> writeTheme(AppSettings& settings, std::string_view text) {
 }
 
 constexpr std::array<Setting, 3> settingTable = {{
-    {"groupByMonth", true, "true or false", [](const AppSettings& s) { return booleanText(s.groupByMonth()); },
+    {"groupByMonth", true, [](const AppSettings& s) { return booleanText(s.groupByMonth()); },
      writeBoolean<&AppSettings::setGroupByMonth>},
-    {"includeHidden", true, "true or false", [](const AppSettings& s) { return booleanText(s.includeHidden()); },
+    {"includeHidden", true, [](const AppSettings& s) { return booleanText(s.includeHidden()); },
      writeBoolean<&AppSettings::setIncludeHidden>},
-    {"theme", false, "lagoon, sunset, grape, forest or candy",
-     [](const AppSettings& s) { return std::string(rawValue(s.theme())); }, writeTheme},
+    {"theme", false, [](const AppSettings& s) { return std::string(rawValue(s.theme())); }, writeTheme},
 }};
 
 }  // namespace
@@ -98,6 +105,7 @@ Outcome runRules(Context& context) {
     }
     const OrdovanRuleSet& rules = context.session.rules().ruleSet();
     context.put(rules);
+    context.warnOfRecords({Context::Record::settings});
     if (rules.rules.empty()) context.console.remark("No rules. Files use the built-in folders (Documents, Images…).");
     return isChange ? Outcome::changed() : Outcome();
 }
@@ -107,7 +115,8 @@ Outcome runHistory(Context& context) {
     const auto kindName = invocation.value(Option::kind);
     const auto kind = kindName ? runKindFromRawValue(*kindName) : std::nullopt;
     if (kindName && !kind) {
-        return Outcome::usage("--kind takes organize, undo, trash or restoreTrash, not " + inQuotes(*kindName) + ".");
+        return Outcome::usage("--kind takes " + alternatives(spec(Option::kind).values) + ", not " +
+                              inQuotes(*kindName) + ".");
     }
     const bool isToClear = invocation.has(Option::clear);
     bool isCleared = false;
@@ -122,14 +131,18 @@ Outcome runHistory(Context& context) {
     }
     if (auto end = interruptibleFromHere()) return std::move(*end);
     HistoryStore& store = context.session.ports().history;
-    if (isCleared && !store.clear().saved) return Outcome::impossible("The history couldn't be cleared.");
+    if (isCleared) {
+        auto cleared = store.clear();
+        if (!cleared.saved) return Outcome::impossible(std::move(*cleared.warning));
+    }
+    context.warnOfRecords({Context::Record::history});
     std::vector<OrdovanRunRecord> runs = store.load().records;
     const bool hasAny = !runs.empty();
     if (kind) std::erase_if(runs, [&](const OrdovanRunRecord& run) { return run.kind != *kind; });
     if (!isToClear || context.wantsJson()) context.put(std::span<const OrdovanRunRecord>(runs));
-    if (!hasAny)
+    if (!hasAny && !context.isFlawed)
         context.console.remark("Each time you organize or undo, a summary appears here.");
-    else if (runs.empty())
+    else if (hasAny && runs.empty())
         context.console.remark("No run of this kind.");
     return isCleared ? Outcome::changed() : Outcome();
 }
@@ -138,6 +151,7 @@ Outcome runSettings(Context& context) {
     if (auto end = interruptibleFromHere()) return std::move(*end);
     const auto& arguments = context.invocation.arguments;
     AppSettings& settings = context.session.settings();
+    context.warnOfRecords({Context::Record::settings});
     SettingsResult result;
     const auto show = [&](const Setting& setting) {
         result.values.push_back({setting.key, setting.read(settings), setting.isBoolean});
@@ -149,17 +163,20 @@ Outcome runSettings(Context& context) {
     }
     const auto found = std::ranges::find(settingTable, arguments[0], &Setting::key);
     if (found == settingTable.end()) {
-        return Outcome::usage("There is no setting " + inQuotes(arguments[0]) +
-                              "; the keys are groupByMonth, includeHidden and theme.");
+        std::vector<std::string_view> known;
+        for (const KeySpec& key : spec(Command::settings).keys) known.push_back(key.name);
+        return Outcome::usage("There is no setting " + inQuotes(arguments[0]) + "; the keys are " +
+                              alternatives(known, "and") + ".");
     }
     const bool isChange = arguments.size() == 2;
     if (isChange) {
         const auto stored = found->write(settings, arguments[1]);
         if (!stored) {
-            return Outcome::usage(std::string(found->key) + " is " + std::string(found->allowed) + ", not " +
+            const auto key = std::ranges::find(spec(Command::settings).keys, found->key, &KeySpec::name);
+            return Outcome::usage(std::string(found->key) + " is " + alternatives(key->values) + ", not " +
                                   inQuotes(arguments[1]) + ".");
         }
-        if (!*stored) return Outcome::impossible("The setting couldn't be saved.");
+        if (!*stored) return notSaved(context, "The setting couldn't be saved.");
     }
     show(*found);
     context.put(result);

@@ -2,6 +2,7 @@
 
 #include "OrdovanCLI/Format.h"
 #include "OrdovanCLI/PlanView.h"
+#include "OrdovanCLI/TextPage.h"
 #include "OrdovanCore/Categories.h"
 #include "OrdovanCore/FileTrasher.h"
 #include "OrdovanCore/KeepPolicy.h"
@@ -20,6 +21,11 @@ namespace {
 constexpr const char* trashingAct = "move files to the Trash";
 constexpr std::int64_t usualLimit = 50;
 
+/// The end of a command that changed nothing.
+Outcome flawedBy(const Unseen& unseen) {
+    return {.kind = Outcome::Kind::done, .isFlawed = unseen.isAnything(), .didChange = false, .sentence = {}};
+}
+
 /// Scans the chosen folder.
 std::expected<Url, Outcome> scanned(Context& context) {
     const auto folder = chosenFolder(context.invocation);
@@ -27,7 +33,7 @@ std::expected<Url, Outcome> scanned(Context& context) {
     const auto includeHidden = context.invocation.choice(Option::includeHidden, Option::noIncludeHidden);
     if (auto end = context.preview(*folder, {std::nullopt, includeHidden}, PreviewDepth::files))
         return std::unexpected(std::move(*end));
-    if (context.session.model().partialScan()) context.console.warn(partialScanSentence);
+    context.warnOfRecords({Context::Record::settings});
     return *context.session.model().rootURL();
 }
 
@@ -44,11 +50,13 @@ std::expected<std::optional<OrdovanKeepPolicy>, Outcome> keepPolicy(const Invoca
     const auto found = std::ranges::find(names, *typed, &decltype(names)::value_type::first);
     if (found != names.end()) return found->second;
     return std::unexpected(
-        Outcome::usage("--keep takes oldest, newest, shortest or deepest, not " + inQuotes(*typed) + "."));
+        Outcome::usage("--keep takes " + alternatives(spec(Option::keep).values) + ", not " + inQuotes(*typed) + "."));
 }
 
-DuplicatesResult duplicates(const TidyViewModel& model) {
-    DuplicatesResult result{*model.rootURL(), model.inventory(), model.duplicateReport(), {}};
+DuplicatesResult duplicates(const Context& context) {
+    const TidyViewModel& model = context.session.model();
+    DuplicatesResult result{*model.rootURL(), model.inventory(), model.duplicateReport(), {}, context.unseen()};
+    result.unseen.files = context.session.unreadFiles();
     result.keep.reserve(result.report->groups.size());
     for (const OrdovanDuplicateGroup& group : result.report->groups) {
         const auto kept = std::ranges::find(group.files, model.keeper(group));
@@ -58,20 +66,22 @@ DuplicatesResult duplicates(const TidyViewModel& model) {
 }
 
 Outcome trashExtras(Context& context, const DuplicatesResult& result) {
+    const RunReport intended{.kind = OrdovanRunRecord::Kind::trash, .folder = result.folder, .unseen = result.unseen};
     if (result.report->groups.empty()) {
-        context.wantsJson() ? context.put(RunReport{OrdovanRunRecord::Kind::trash, result.folder, nullptr, {}})
-                            : context.put(result);
-        return {};
+        if (context.wantsJson()) return context.runOfNothing(intended);
+        context.put(result);
+        return flawedBy(result.unseen);
     }
     if (!context.invocation.has(Option::yes)) {
         context.wantsJson() ? context.console.remark(duplicatesSentence(*result.report)) : context.put(result);
-        context.explain(
-            "The copy you chose to keep stays. Each extra is checked again first, and anything that changed is left "
-            "alone. You can put files back with \"ordovan-cli restore\" or from the Trash.");
+        const bool isChosen = context.invocation.has(Option::keep);
+        context.explain((isChosen ? "The copy you chose to keep stays." : "One copy stays, the one marked \"keep\".") +
+                        std::string(" Each extra is checked again first, and anything that changed is left alone. You "
+                                    "can put files back with ") +
+                        context.callOf("restore") + " or from the Trash.");
     }
-    constexpr auto kind = OrdovanRunRecord::Kind::trash;
-    if (auto end = context.declined(kind, "Move duplicate extras to the Trash?")) return std::move(*end);
-    return context.run(kind, [](TidyViewModel& model) { return model.trashExtras(); });
+    if (auto end = context.declined(intended, "Move duplicate extras to the Trash?")) return std::move(*end);
+    return context.run(intended, [](TidyViewModel& model) { return model.trashExtras(); });
 }
 
 // Big files.
@@ -87,7 +97,8 @@ std::expected<Listing, Outcome> listing(const Invocation& invocation) {
         const auto size = parsedSize(*typed);
         if (!size) {
             return std::unexpected(
-                Outcome::usage("--min-size takes a size such as 500k, 10MB or 1.5GB, not " + inQuotes(*typed) + "."));
+                Outcome::usage("--min-size takes a size of at most 9.2 EB, such as 500k, 10MB or 1.5GB, not " +
+                               inQuotes(*typed) + "."));
         }
         listing.minimumBytes = *size;
     }
@@ -102,7 +113,8 @@ std::expected<Listing, Outcome> listing(const Invocation& invocation) {
 
 /// The files of the inventory that the command line names, each once, in the order named.
 std::expected<std::vector<OrdovanInventoryEntry>, Outcome> chosenFiles(const Invocation& invocation,
-                                                                       const OrdovanInventory& inventory) {
+                                                                       const OrdovanInventory& inventory,
+                                                                       const Url& outputRoot) {
     std::unordered_map<std::string_view, const OrdovanInventoryEntry*> byPath;
     for (const OrdovanInventoryEntry& entry : inventory.files) {
         if (entry.isRegularFile()) byPath.emplace(entry.id(), &entry);
@@ -111,11 +123,15 @@ std::expected<std::vector<OrdovanInventoryEntry>, Outcome> chosenFiles(const Inv
     std::unordered_set<const OrdovanInventoryEntry*> seen;
     for (const std::string_view name : invocation.values(Option::trashFile)) {
         const OrdovanInventoryEntry* found = nullptr;
+        bool isOrganized = false;
         for (const std::string& path : absoluteForms(name)) {
+            isOrganized |= below(path, outputRoot.path()) != path;
             if (const auto entry = byPath.find(path); entry != byPath.end()) found = entry->second;
         }
         if (found == nullptr) {
-            return std::unexpected(Outcome::usage("There is no file of this folder at " + inQuotes(name) + "."));
+            std::string sentence = "There is no file of this folder at " + inQuotes(name);
+            if (isOrganized) sentence += "; what lies in its " + inQuotes(OrdovanOutput::folderName) + " is left out";
+            return std::unexpected(Outcome::usage(sentence + "."));
         }
         if (seen.insert(found).second) chosen.push_back(*found);
     }
@@ -123,21 +139,23 @@ std::expected<std::vector<OrdovanInventoryEntry>, Outcome> chosenFiles(const Inv
 }
 
 Outcome trashFiles(Context& context, const Url& folder) {
-    const auto chosen = chosenFiles(context.invocation, *context.session.model().inventory());
+    const TidyViewModel& model = context.session.model();
+    const auto chosen = chosenFiles(context.invocation, *model.inventory(), *model.outputRoot());
     if (!chosen) return chosen.error();
     std::string count;
     appendCount(count, chosen->size(), "file");
     if (!context.invocation.has(Option::yes)) {
-        if (!context.wantsJson()) context.put(LargeFilesResult{folder, *chosen});
+        if (!context.wantsJson()) context.put(LargeFilesResult{folder, model.inventory(), *chosen, {}});
         context.explain(
             "Files go to the Trash and are not deleted. Each file is checked again first; anything that changed is "
-            "left alone. You can put files back with \"ordovan-cli restore\" or from the Trash.");
+            "left alone. You can put files back with " +
+            context.callOf("restore") + " or from the Trash.");
     }
-    constexpr auto kind = OrdovanRunRecord::Kind::trash;
-    if (auto end = context.declined(kind, "Move " + count + " to the Trash?")) return std::move(*end);
+    const RunReport intended{.kind = OrdovanRunRecord::Kind::trash, .folder = folder};
+    if (auto end = context.declined(intended, "Move " + count + " to the Trash?")) return std::move(*end);
     std::vector<OrdovanFileTrasher::Item> items;
     for (const OrdovanInventoryEntry& file : *chosen) items.push_back({file.url, file.byteSize});
-    return context.run(kind, [&](TidyViewModel& model) { return model.trashBigFiles(items); });
+    return context.run(intended, [&](TidyViewModel& running) { return running.trashBigFiles(items); });
 }
 
 bool isInstaller(const OrdovanInventoryEntry& file) {
@@ -158,11 +176,12 @@ Outcome runDuplicates(Context& context) {
     TidyViewModel& model = context.session.model();
     if (!context.session.findDuplicates()) return Outcome::interrupted();
     if (*policy) model.autoPick(**policy);
-    const DuplicatesResult result = duplicates(model);
+    const DuplicatesResult result = duplicates(context);
+    context.warnOf(result.unseen);
     if (isToTrash) return trashExtras(context, result);
-    interrupts::letThemEndTheProgram();
+    interrupts::letThemEndTheProgram(exitInterrupted);
     context.put(result);
-    return {};
+    return flawedBy(result.unseen);
 }
 
 Outcome runBig(Context& context) {
@@ -175,15 +194,18 @@ Outcome runBig(Context& context) {
     const auto folder = scanned(context);
     if (!folder) return folder.error();
     if (isToTrash) return trashFiles(context, *folder);
-    const LargeFilesResult result{*folder, context.session.model().largeFiles(shown->limit, shown->minimumBytes)};
-    interrupts::letThemEndTheProgram();
+    const TidyViewModel& model = context.session.model();
+    const LargeFilesResult result{*folder, model.inventory(), model.largeFiles(shown->limit, shown->minimumBytes),
+                                  context.unseen()};
+    context.warnOf(result.unseen);
+    interrupts::letThemEndTheProgram(exitInterrupted);
     context.put(result);
     if (!context.wantsJson() && std::ranges::any_of(result.files, isInstaller)) {
         context.explain(
             "Installers (.dmg, .pkg) are often safe to remove once the app is installed. Organize sends them to " +
             std::string(OrdovanOutput::folderName) + "/Installers so you can review them in one place.");
     }
-    return {};
+    return flawedBy(result.unseen);
 }
 
 }  // namespace ordovan::cli

@@ -23,13 +23,6 @@ RecoveryResult recovery(Context& context, const Url& folder, Journal journal, st
                                        context.session.ports().fileSystem)};
 }
 
-/// A stored undo record is there and can not be used.
-bool isJournalUnreadable(Context& context, const Url& folder) {
-    return context.session.ports().journals.read(folder).state == JournalStore::Stored::State::unreadable;
-}
-
-constexpr const char* unreadableJournal = "The undo record of this folder couldn't be read.";
-
 /// The ids of the entries with these names, as typed; empty where there are none. `kind` is what the entries are
 /// ("organized file").
 template <class Entry>
@@ -77,8 +70,9 @@ Outcome putBack(Context& context, OrdovanRunRecord::Kind kind, const Asked& aske
     if (!context.invocation.has(Option::yes)) {
         context.wantsJson() ? context.console.remark(asked.sentence) : context.put(asked.list());
     }
-    if (auto end = context.declined(kind, "Put these files back?")) return std::move(*end);
-    return context.run(kind, start);
+    const RunReport intended{.kind = kind, .folder = *context.session.model().rootURL()};
+    if (auto end = context.declined(intended, "Put these files back?")) return std::move(*end);
+    return context.run(intended, start);
 }
 
 }  // namespace
@@ -90,8 +84,10 @@ Outcome runUndo(Context& context) {
     if (auto end = context.preview(*folder, {}, PreviewDepth::records)) return std::move(*end);
     TidyViewModel& model = context.session.model();
     const Journal journal = model.recoverableJournal();
-    if (!journal && isJournalUnreadable(context, *model.rootURL())) return Outcome::impossible(unreadableJournal);
-    if (!journal) return Outcome::impossible("There is nothing to undo in this folder.");
+    if (!journal) {
+        const auto problem = context.unreadable({Context::Record::journal});
+        return Outcome::impossible(problem.value_or("There is nothing to undo in this folder."));
+    }
     const auto ids = chosenIDs(context.invocation.values(Option::entry), journal->entries, "organized file");
     if (!ids) return ids.error();
     const Asked asked = {
@@ -110,7 +106,10 @@ Outcome runRestore(Context& context) {
     if (auto end = context.preview(*folder, {}, PreviewDepth::records)) return std::move(*end);
     TidyViewModel& model = context.session.model();
     const std::vector<OrdovanTrashEntry> entries = model.restorableEntries();
-    if (entries.empty()) return Outcome::impossible("There is nothing to put back from the Trash in this folder.");
+    if (entries.empty()) {
+        const auto problem = context.unreadable({Context::Record::trash});
+        return Outcome::impossible(problem.value_or("There is nothing to put back from the Trash in this folder."));
+    }
     const auto ids = chosenIDs(context.invocation.values(Option::original), entries, "trashed file");
     if (!ids) return ids.error();
     const Asked asked = {restorableSentence(ids->empty() ? entries.size() : ids->size()),
@@ -128,10 +127,13 @@ Outcome runRecovery(Context& context) {
     const Url root = *model.rootURL();
     Journal journal = model.recoverableJournal();
     std::vector<OrdovanTrashEntry> trashed = model.restorableEntries();
-    const bool isUnreadable = !journal && isJournalUnreadable(context, root);
     context.put(recovery(context, root, std::move(journal), std::move(trashed)));
-    if (isUnreadable) context.console.warn(unreadableJournal);
-    return {.kind = Outcome::Kind::done, .isFlawed = isUnreadable, .didChange = false, .sentence = {}};
+    if (context.session.canReachRecords()) {
+        context.warnOfRecords({Context::Record::journal, Context::Record::trash});
+    } else {
+        context.warnOfRecords({Context::Record::journal});
+    }
+    return {};
 }
 
 }  // namespace ordovan::cli

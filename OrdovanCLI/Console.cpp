@@ -71,7 +71,7 @@ void Console::fail(std::string_view sentence) {
 }
 
 bool Console::canAsk() const {
-    return ::isatty(STDIN_FILENO) == 1;
+    return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1;
 }
 
 Console::Answer Console::ask(std::string_view question) {

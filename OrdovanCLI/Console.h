@@ -26,7 +26,7 @@ public:
     /// Why the program could not do what it was told.
     void fail(std::string_view sentence);
 
-    /// True when somebody can answer: standard input is a terminal.
+    /// True when somebody can read a question and answer it: standard error and standard input are terminals.
     [[nodiscard]] bool canAsk() const;
 
     enum class Answer { yes, no, interrupted };

@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/Hex.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -134,6 +135,31 @@ std::string inQuotes(std::string_view text) {
     appendSafe(out, text);
     out.push_back('"');
     return out;
+}
+
+std::string inShellQuotes(std::string_view text) {
+    constexpr std::string_view harmless = "@%+=:,./_-";
+    const auto isHarmless = [&](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || harmless.contains(c);
+    };
+    if (!text.empty() && std::ranges::all_of(text, isHarmless)) return std::string(text);
+    std::string plain(text), shown;
+    std::erase(plain, '\\');  // the one harmless character that is not shown as it is
+    appendSafe(shown, plain);
+    const bool isPrintable = shown == plain;
+    std::string quoted = isPrintable ? "'" : "$'";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (isPrintable) {
+            quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        } else if (byte >= 0x20 && byte < 0x7f && c != '\'' && c != '\\') {
+            quoted += c;
+        } else {
+            quoted += '\\';
+            for (const int shift : {6, 3, 0}) quoted += static_cast<char>('0' + (byte >> shift & 7));
+        }
+    }
+    return quoted + "'";
 }
 
 void appendInteger(std::string& out, std::int64_t number) {

@@ -21,6 +21,10 @@ void appendSafe(std::string& out, std::string_view text);
 /// The text made safe, between double quotes.
 [[nodiscard]] std::string inQuotes(std::string_view text);
 
+/// The text as one word of a POSIX shell's command line, quoted where it has to be. What could drive a terminal is
+/// written in octal within $'...', which bash, zsh and ksh read.
+[[nodiscard]] std::string inShellQuotes(std::string_view text);
+
 /// Appends a number in decimal.
 void appendInteger(std::string& out, std::int64_t number);
 

@@ -220,6 +220,17 @@ void writeJson(Output& output, const RunReport& result) {
     object.integer("skipped", static_cast<std::int64_t>(report.skippedCount()));
     object.integer("failed", static_cast<std::int64_t>(report.failedCount()));
     object.textOrNull("warning", result.warning);
+    if (result.plan) {
+        object.integer("needReview", static_cast<std::int64_t>(result.needReview()));
+        object.integer("notEvaluated", static_cast<std::int64_t>(result.notEvaluated()));
+    }
+    if (result.unseen) {
+        object.boolean("partialScan", result.unseen->isPartialScan);
+        object.integer("foldersLeftOut", static_cast<std::int64_t>(result.unseen->folders.size()));
+    }
+    if (result.unseen && result.kind == OrdovanRunRecord::Kind::trash) {
+        object.integer("filesNotRead", static_cast<std::int64_t>(result.unseen->files.size()));
+    }
     document.end();
 }
 
@@ -255,6 +266,10 @@ void writeJson(Output& output, const DuplicatesResult& result) {
     });
     document.object().integer("reclaimableBytes", result.report->reclaimableBytes());
     document.object().integer("duplicateFileCount", result.report->duplicateFileCount());
+    document.object().boolean("partialScan", result.unseen.isPartialScan);
+    writeScan(document, *result.inventory, output.buffer());
+    document.list("filesNotRead", result.unseen.files,
+                  [](Object& record, const Url& file) { record.path("path", file.path()); });
     document.end();
 }
 
@@ -265,6 +280,8 @@ void writeJson(Output& output, const LargeFilesResult& result) {
         record.integer("byteSize", entry.byteSize);
         entry.modifiedEpoch ? record.number("modifiedEpoch", *entry.modifiedEpoch) : record.null("modifiedEpoch");
     });
+    document.object().boolean("partialScan", result.unseen.isPartialScan);
+    writeScan(document, *result.inventory, output.buffer());
     document.end();
 }
 
@@ -304,9 +321,9 @@ void writeJson(Output& output, const SettingsResult& settings) {
     document.end();
 }
 
-void writeJsonFailure(Output& output, std::string_view sentence) {
+void writeJsonText(Output& output, std::string_view key, std::string_view text) {
     Document document(output);
-    document.object().text("error", sentence);
+    document.object().text(key, text);
     document.end();
 }
 

@@ -18,7 +18,7 @@ void writeJson(Output& output, const LargeFilesResult& result);
 void writeJson(Output& output, std::span<const OrdovanRunRecord> history);
 void writeJson(Output& output, const OrdovanRuleSet& rules);
 void writeJson(Output& output, const SettingsResult& settings);
-/// The object that stands in for the result of a command that could not do its work.
-void writeJsonFailure(Output& output, std::string_view sentence);
+/// An object with one text: "error" for a command that could not do its work, "version", "help".
+void writeJsonText(Output& output, std::string_view key, std::string_view text);
 
 }  // namespace ordovan::cli

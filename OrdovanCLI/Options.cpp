@@ -40,12 +40,15 @@ private:
         return first;
     }
 
+    void askForHelp() { result_.options.emplace_back(Option::help, std::string_view()); }
+
     /// Only the first mistake is told.
     void fail(std::string sentence) {
         if (error_.empty()) error_ = std::move(sentence);
     }
 
     void option(std::string_view argument) {
+        if (argument == "-h") return askForHelp();
         const std::size_t equals = argument.find('=');
         const std::string_view name = argument.substr(0, equals);
         const OptionSpec* found = named(name);
@@ -85,6 +88,7 @@ private:
     void plain(std::string_view argument) {
         if (result_.command) return result_.arguments.push_back(argument);
         if (commandNamed_) return;
+        if (argument == "help" && !result_.has(Option::help)) return askForHelp();
         commandNamed_ = true;
         const auto table = commandTable();
         const auto found = std::ranges::find(table, argument, &CommandSpec::name);
@@ -129,13 +133,10 @@ private:
         }
         const auto found = std::ranges::find(command.actions, result_.arguments.front(), &ActionSpec::name);
         if (found == command.actions.end()) {
-            std::string names;
-            for (const ActionSpec& action : command.actions) {
-                if (!names.empty()) names += &action == &command.actions.back() ? " or " : ", ";
-                names += action.name;
-            }
+            std::vector<std::string_view> names;
+            for (const ActionSpec& action : command.actions) names.push_back(action.name);
             const std::string what = inQuotes(result_.arguments.front());
-            return fail(std::string(command.name) + " can not " + what + "; say " + names + ".");
+            return fail(std::string(command.name) + " can not " + what + "; say " + alternatives(names) + ".");
         }
         result_.action = found->name;
         result_.arguments.erase(result_.arguments.begin());
@@ -300,6 +301,15 @@ std::optional<std::int64_t> parsedSize(std::string_view text) {
     if (__builtin_mul_overflow(*whole, *unit, &bytes)) return std::nullopt;
     if (__builtin_add_overflow(bytes, scaledUp(fraction, *unit), &sum)) return std::nullopt;
     return sum;
+}
+
+std::string alternatives(std::span<const std::string_view> words, std::string_view last) {
+    std::string text;
+    for (const std::string_view& word : words) {
+        if (!text.empty()) text += &word == &words.back() ? " " + std::string(last) + " " : ", ";
+        text += word;
+    }
+    return text;
 }
 
 std::string helpText(std::optional<Command> command) {

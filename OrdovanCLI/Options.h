@@ -11,8 +11,8 @@
 #include <utility>
 #include <vector>
 
-/// The one table of commands and options. Parsing, help, the manual page and what shells complete are made from it, and
-/// nothing else knows their names.
+/// The one table of commands and options: parsing, help, the manual page and what shells complete are made from it.
+/// Sentences that explain one option or advise another command name them as well.
 namespace ordovan::cli {
 
 enum class Command { preview, organize, undo, duplicates, big, recovery, restore, rules, history, settings };
@@ -84,6 +84,13 @@ struct OptionSpec {
     [[nodiscard]] bool takesValue() const noexcept { return !argument.empty(); }
 };
 
+// The exit statuses; `exitStatusTable` tells what they mean.
+inline constexpr int exitDone = 0;
+inline constexpr int exitFlawed = 1;
+inline constexpr int exitUsage = 2;
+inline constexpr int exitImpossible = 3;
+inline constexpr int exitInterrupted = 130;
+
 struct ExitStatusSpec {
     int status;
     std::string_view meaning;  ///< without a full stop
@@ -125,6 +132,9 @@ struct Invocation {
 /// ("500k", "10MB", "1.5 GB"; up to EB). A part of a byte counts as one. Nothing for any other text, and beyond 64
 /// bits.
 [[nodiscard]] std::optional<std::int64_t> parsedSize(std::string_view text);
+
+/// Texts as alternatives: "a, b or c".
+[[nodiscard]] std::string alternatives(std::span<const std::string_view> words, std::string_view last = "or");
 
 /// The help text of the program, or of one command. Ends with a line end.
 [[nodiscard]] std::string helpText(std::optional<Command> command);

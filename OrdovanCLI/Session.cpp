@@ -2,6 +2,7 @@
 
 #include "OrdovanApp/stores/HeldLock.h"
 #include "OrdovanCLI/Format.h"
+#include "OrdovanCLI/Options.h"
 #include "OrdovanCLI/TextPage.h"
 #include "OrdovanCore/platform/Interrupts.h"
 
@@ -11,7 +12,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <ranges>
+#include <system_error>
 #include <utility>
 
 namespace ordovan::cli {
@@ -20,8 +23,29 @@ namespace {
 /// The program ends after its run, so nobody would see a second preview.
 constexpr TidyViewModel::Options withoutRepreviews = {.repreviewsAfterRuns = false};
 
+/// Shows how far bringing an interrupted run to its end is, while this object lives.
+class RecoveryProgress {
+public:
+    RecoveryProgress(TidyViewModel& model, Console& console)
+        : shown_(QObject::connect(&model, &TidyViewModel::recoveryProgressed, &model,
+                                  [&console](quint64 done, quint64 total) {
+                                      if (done == 0) console.clearProgress();  // the next line is shown at once
+                                      std::string line = "Putting an interrupted run in order… ";
+                                      appendInteger(line, static_cast<std::int64_t>(done));
+                                      line += " of ";
+                                      appendCount(line, total, "file");
+                                      console.progress(line);
+                                  })) {}
+    ~RecoveryProgress() { QObject::disconnect(shown_); }
+    RecoveryProgress(const RecoveryProgress&) = delete;
+    RecoveryProgress& operator=(const RecoveryProgress&) = delete;
+
+private:
+    QMetaObject::Connection shown_;
+};
+
 /// Twice as long as saving a journal of a million entries takes.
-constexpr LockPatience forTheRecords = {.longest = std::chrono::seconds(4), .endsWithASignal = true};
+constexpr std::chrono::seconds longestForTheRecords{4};
 
 /// The settings file's lock is waited for two seconds.
 constexpr std::chrono::seconds longestFinish{3};
@@ -33,9 +57,16 @@ void waitWhile(IsRunning isRunning) {
 
 }  // namespace
 
-Session::Session(Console& console) : console_(console), model_(environment_.ports(), withoutRepreviews) {
+Session::Session(Console& console)
+    : console_(console), contents_(*environment_.ports().contents), model_(ports(), withoutRepreviews) {
     auto* notifier = new QSocketNotifier(interrupts::descriptor(), QSocketNotifier::Read, &model_);
     QObject::connect(notifier, &QSocketNotifier::activated, &model_, [this] { stopWhatRuns(); });
+}
+
+TidyPorts Session::ports() {
+    TidyPorts ports = environment_.ports();
+    ports.contents = &contents_;
+    return ports;
 }
 
 void Session::stopWhatRuns() {
@@ -44,15 +75,21 @@ void Session::stopWhatRuns() {
         if (!std::exchange(isStopping_, true)) console_.remark("Stopping after the file in work.");
         return model_.cancelRun();
     }
-    interrupts::letThemEndTheProgram();
+    interrupts::letThemEndTheProgram(exitInterrupted);
     model_.isScanningDuplicates() ? model_.cancelDuplicateSearch() : model_.cancelPreview();
 }
 
 bool Session::areRecordsHeldElsewhere() const {
-    return isHeldElsewhere(lockFolderWithin(forTheRecords)(recordsFolder()));
+    return isHeldElsewhere(
+        lockFolderWithin({.longest = longestForTheRecords, .isEnded = interrupts::requested})(recordsFolder()));
+}
+
+bool Session::areSettingsHeldElsewhere() const {
+    return isHeldElsewhere(tryLockFolder(settingsFolder()));
 }
 
 void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& overrides, PreviewDepth depth) {
+    const RecoveryProgress recovery(model_, console_);
     console_.progress(OrdovanPreviewStatus::scanning().pulseSummary());
     model_.setSettingOverrides(overrides);
     model_.chooseFolder(folder, depth);
@@ -86,13 +123,15 @@ void Session::tellOfInterruptedRun() {
     tellOfInterruptedRun();  // of the next one, if any
 }
 
-std::string Session::exportPlan(const Url& file, OrdovanPlanExportFormat format) {
-    std::optional<std::string> failure;
+std::optional<std::string> Session::exportPlan(const Url& file, OrdovanPlanExportFormat format) {
+    std::optional<std::string> answer;
     const auto told = QObject::connect(&model_, &TidyViewModel::planExported, &model_,
-                                       [&](const QString& error) { failure = error.toStdString(); });
-    if (model_.exportPlan(file, format)) waitWhile([&] { return !failure.has_value(); });
+                                       [&](const QString& error) { answer = error.toStdString(); });
+    const bool isStarted = model_.exportPlan(file, format);
+    if (isStarted) waitWhile([&] { return !answer.has_value(); });
     QObject::disconnect(told);
-    return failure.value_or("");
+    if (!isStarted) return "There is no plan to save.";
+    return answer->empty() ? std::nullopt : answer;
 }
 
 bool Session::findDuplicates() {
@@ -111,6 +150,7 @@ bool Session::findDuplicates() {
 }
 
 bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&)>& start) {
+    const RecoveryProgress recovery(model_, console_);
     const auto shown =
         QObject::connect(&model_, &TidyViewModel::runProgressed, &model_, [&](quint64 done, quint64 total) {
             std::string line = std::string(verb) + "… ";
@@ -133,8 +173,24 @@ bool Session::run(std::string_view verb, const std::function<bool(TidyViewModel&
     return started;
 }
 
+bool Session::canReachRecords() const {
+    namespace fs = std::filesystem;
+    std::error_code unknown;
+    fs::path place = recordsFolder().path();
+    while (fs::symlink_status(place, unknown).type() == fs::file_type::not_found && place.has_relative_path()) {
+        place = place.parent_path();
+    }
+    return fs::is_directory(place, unknown);
+}
+
+std::optional<std::string_view> Session::settingsProblem() {
+    if (!environment_.couldReadSettings()) return "The settings couldn't be read; without them there are no rules.";
+    if (!rules().wasWhole()) return "Not all of your rules could be read.";
+    return std::nullopt;
+}
+
 bool Session::finish() {
-    interrupts::letThemEndTheProgram();
+    interrupts::letThemEndTheProgram(exitInterrupted);
     return environment_.waitForWork(longestFinish);
 }
 

@@ -129,17 +129,32 @@ std::string_view leftBehindHead(OrdovanRunRecord::Kind kind) {
 }
 
 void writeLeftBehind(Page& page, const RunReport& result) {
-    const std::size_t count = result.report->skippedCount() + result.report->failedCount();
+    const std::size_t stayed = result.report ? result.report->skippedCount() + result.report->failedCount() : 0;
+    const std::size_t count = stayed + result.notEvaluated();
     if (count == 0) return;
     // A file is told by where it lies in the folder: after an undo by where it stayed, in the Trash by where it was.
     const bool isToldByDestination =
         result.kind == OrdovanRunRecord::Kind::undo || result.kind == OrdovanRunRecord::Kind::restoreTrash;
     page.bold(leftBehindHead(result.kind)).raw("  ").count(count, "file").endLine();
-    for (const OrdovanExecutionOutcome& outcome : result.report->outcomes) {
-        if (outcome.status == OrdovanExecutionStatus::moved) continue;
-        const Url& told = isToldByDestination ? outcome.destination : outcome.source;
-        page.raw("  ").safe(below(told.path(), result.folder.path())).raw(": ").safe(outcome.message).endLine();
+    const auto line = [&](const Url& file, std::string_view reason) {
+        page.raw("  ").safe(below(file.path(), result.folder.path())).raw(": ").safe(reason).endLine();
+    };
+    if (stayed > 0) {
+        for (const OrdovanExecutionOutcome& outcome : result.report->outcomes) {
+            if (outcome.status == OrdovanExecutionStatus::moved) continue;
+            line(isToldByDestination ? outcome.destination : outcome.source, outcome.message);
+        }
     }
+    if (!result.plan) return;
+    for (const OrdovanPlanSkip& skip : result.plan->skipped) line(skip.source, skip.reason);
+}
+
+/// What a preview found contested: a run does not touch it.
+void writeNeedsReview(Page& page, const RunReport& result) {
+    const std::size_t count = result.needReview();
+    if (count == 0) return;
+    page.count(count, "file").raw(count == 1 ? " needs review; " : " need review; ");
+    page.raw("\"preview\" shows which and why.").endLine();
 }
 
 /// What a run did, in one line.
@@ -210,13 +225,17 @@ void writeText(Output& output, const PlanView& view, const TextStyle& style) {
 
 void writeText(Output& output, const RunReport& result, const TextStyle& style) {
     Page page(output, style);
-    if (!result.report) {
-        const bool isOrganize = result.kind == OrdovanRunRecord::Kind::organize;
-        return page.raw(isOrganize ? "Nothing to organize" : "Nothing was changed").endLine();
+    if (result.report) {
+        writeSummary(page, result);
+        if (result.kind == OrdovanRunRecord::Kind::organize) writeDestinations(page, result);
+    } else if (result.plan) {
+        const bool isSelection = !result.plan->proposals.empty();
+        page.raw(isSelection ? "No file is selected, so nothing was moved." : "Nothing to organize").endLine();
+    } else {
+        page.raw("Nothing was changed").endLine();
     }
-    writeSummary(page, result);
-    if (result.kind == OrdovanRunRecord::Kind::organize) writeDestinations(page, result);
     writeLeftBehind(page, result);
+    writeNeedsReview(page, result);
 }
 
 void writeText(Output& output, const RecoveryResult& result, const TextStyle& style) {

@@ -30,6 +30,7 @@ void writeText(Output& output, const DuplicatesResult& result, const TextStyle& 
     Page page(output, style);
     const OrdovanDuplicateReport& report = *result.report;
     if (report.groups.empty()) {
+        if (result.unseen.isAnything()) return page.raw("No exact duplicates among what could be read").endLine();
         page.raw("No exact duplicates").endLine();
         return page.raw("Every file in this folder is unique by content.").endLine();
     }

@@ -1,5 +1,5 @@
 #include "OrdovanCLI/Commands.h"
-
+#include "OrdovanCLI/Format.h"
 #include "OrdovanCore/platform/Interrupts.h"
 
 #include <QCoreApplication>
@@ -34,10 +34,16 @@ Outcome runWithEvents(int& argc, char** argv, const Invocation& invocation, Cons
     // Taking a plan of fifty thousand files apart takes longer than printing it, so the world is left to the end of the
     // process.
     static World* const world = new World(argc, argv, console);
-    Context context{invocation, console, output, world->session};
+    Context context{invocation, console, output, world->session, false};
     Outcome outcome = runCommand(context);
     output.flush();
     isAtRest = outcome.kind != Outcome::Kind::interrupted && world->session.finish();
+    for (const auto& [file, to] : world->session.allSetAside()) {
+        console.warn(inQuotes(file.path()) + " couldn't be read. It was set aside as " +
+                     inQuotes(to.lastPathComponent()) + ".");
+        context.isFlawed = true;
+    }
+    outcome.isFlawed |= context.isFlawed;
     return outcome;
 }
 
@@ -54,11 +60,11 @@ Outcome finished(Outcome outcome, Output& output) {
 }
 
 int exitStatus(const Outcome& outcome) {
-    return outcome.kind == Outcome::Kind::interrupted  ? 130
-           : outcome.kind == Outcome::Kind::usage      ? 2
-           : outcome.kind == Outcome::Kind::impossible ? 3
-           : outcome.isFlawed                          ? 1
-                                                       : 0;
+    return outcome.kind == Outcome::Kind::interrupted  ? exitInterrupted
+           : outcome.kind == Outcome::Kind::usage      ? exitUsage
+           : outcome.kind == Outcome::Kind::impossible ? exitImpossible
+           : outcome.isFlawed                          ? exitFlawed
+                                                       : exitDone;
 }
 
 }  // namespace
@@ -77,15 +83,17 @@ int main(int argc, char** argv) {
     if (!understood) {
         outcome = Outcome::usage(invocation.error());
     } else if (invocation->has(Option::help)) {
-        output.buffer() += helpText(invocation->command);
+        const std::string help = helpText(invocation->command);
+        invocation->has(Option::json) ? writeJsonText(output, "help", help) : void(output.buffer() += help);
     } else if (invocation->has(Option::version)) {
-        output.buffer() += "ordovan-cli " ORDOVAN_VERSION "\n";
+        invocation->has(Option::json) ? writeJsonText(output, "version", ORDOVAN_VERSION)
+                                      : void(output.buffer() += "ordovan-cli " ORDOVAN_VERSION "\n");
     } else {
         // The event loop gets no arguments: an option of ours must never be taken for one of its own.
         static int nameOnly = 1;
         outcome = runWithEvents(nameOnly, argv, *invocation, console, output, isAtRest);
         const bool isFailure = !outcome.sentence.empty() && outcome.kind != Outcome::Kind::usage;
-        if (isFailure && invocation->has(Option::json)) writeJsonFailure(output, outcome.sentence);
+        if (isFailure && invocation->has(Option::json)) writeJsonText(output, "error", outcome.sentence);
     }
     outcome = finished(std::move(outcome), output);
     if (!outcome.sentence.empty()) console.fail(outcome.sentence);

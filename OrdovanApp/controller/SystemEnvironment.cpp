@@ -12,6 +12,7 @@
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/HashAhead.h"
+#include "OrdovanCore/platform/Interrupts.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/StableIdentity.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
@@ -23,16 +24,30 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
 
-/// What a run moved must be recorded: a signal does not end the wait. The longest anybody has the lock is the two
-/// seconds that a journal of a million entries takes.
-constexpr ordovan::LockPatience forTheRecordOfARun = {.longest = std::chrono::seconds(10), .endsWithASignal = false};
-constexpr ordovan::LockPatience forTheHistory = {.longest = std::chrono::seconds(10), .endsWithASignal = true};
+/// The longest anybody has the lock is the two seconds that a journal of a million entries takes.
+constexpr std::chrono::seconds longestWait{10};
+
+/// What a run moved must be recorded: a request to stop does not end the wait.
+ordovan::LockFunction forTheRecordOfARun() {
+    return ordovan::lockFolderWithin({.longest = longestWait});
+}
+
+/// A request to stop that came before the wait was for the run; one that comes during it is for the wait.
+ordovan::LockFunction forTheHistory() {
+    return [](const Url& folder) {
+        const auto isEnded = [before = ordovan::interrupts::count()] {
+            return ordovan::interrupts::count() != before;
+        };
+        return ordovan::lockFolderWithin({.longest = longestWait, .isEnded = isEnded})(folder);
+    };
+}
 
 }  // namespace
 
@@ -66,11 +81,12 @@ struct SystemEnvironment::State {
     SystemContentReader contents;
     ordovan::FileRecordStorage records;
     ordovan::SettingsFileStore values{locations.settingsFile()};
+    const bool couldReadSettings = values.isReadable();
     AppSettings settings{values};
     RuleStore rules{values};
-    ordovan::JournalStore journals{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
-    ordovan::HistoryStore history{records, locations, ordovan::lockFolderWithin(forTheHistory)};
-    ordovan::TrashRecordStore trashRecords{records, locations, ordovan::lockFolderWithin(forTheRecordOfARun)};
+    ordovan::JournalStore journals{records, locations, forTheRecordOfARun()};
+    ordovan::HistoryStore history{records, locations, forTheHistory()};
+    ordovan::TrashRecordStore trashRecords{records, locations, forTheRecordOfARun()};
     ordovan::RunRecordStore runRecords{records, locations};
     ordovan::RecentFoldersStore recentFolders{values, [this](const Url& folder) { return fileSystem.exists(folder); },
                                               OrdovanProposalPlanner::resolveExisting};
@@ -151,6 +167,16 @@ RuleStore& SystemEnvironment::rules() {
 
 const ordovan::StorageLocations& SystemEnvironment::locations() const {
     return state_->locations;
+}
+
+bool SystemEnvironment::couldReadSettings() const {
+    return state_->couldReadSettings;
+}
+
+std::vector<ordovan::FileRecordStorage::SetAside> SystemEnvironment::allSetAside() const {
+    auto all = state_->records.allSetAside();
+    std::ranges::move(state_->values.allSetAside(), std::back_inserter(all));
+    return all;
 }
 
 bool SystemEnvironment::waitForWork(std::chrono::milliseconds longest) {

@@ -4,9 +4,11 @@
 #include "OrdovanApp/stores/AppSettings.h"
 #include "OrdovanApp/stores/RuleStore.h"
 #include "OrdovanApp/stores/StorageLocations.h"
+#include "OrdovanCore/platform/FileRecordStorage.h"
 
 #include <chrono>
 #include <memory>
+#include <vector>
 
 /// The real disk, clock, threads and stores, as both front ends use them. Made on the main thread once there is a
 /// QCoreApplication, and destroyed (waiting for running work) on it after the controllers that use its ports.
@@ -31,6 +33,11 @@ public:
     [[nodiscard]] AppSettings& settings();
     [[nodiscard]] RuleStore& rules();
     [[nodiscard]] const ordovan::StorageLocations& locations() const;
+
+    /// False when the settings file was there and could not be read as this was made.
+    [[nodiscard]] bool couldReadSettings() const;
+    /// The stored documents that could not be used and were set aside since then.
+    [[nodiscard]] std::vector<ordovan::FileRecordStorage::SetAside> allSetAside() const;
 
     /// Waits until nothing is at work in the background any more, at most this long. True when that is so.
     [[nodiscard]] bool waitForWork(std::chrono::milliseconds longest);

@@ -71,8 +71,11 @@ std::vector<OrdovanRule> takeOut(std::vector<OrdovanRule>& rules, const std::set
 
 }  // namespace
 
-RuleStore::RuleStore(ordovan::KeyValueStore& store, QObject* parent)
-    : QObject(parent), store_(store), ruleSet_(decoded(store.value(key())).set) {}
+RuleStore::RuleStore(ordovan::KeyValueStore& store, QObject* parent) : QObject(parent), store_(store) {
+    Decoded stored = decoded(store.value(key()));
+    wasWhole_ = stored.isWhole;
+    ruleSet_ = std::move(stored.set);
+}
 
 void RuleStore::storeThrough(ordovan::BackgroundWork work) {
     background_ = std::move(work);

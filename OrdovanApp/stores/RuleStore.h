@@ -37,6 +37,8 @@ public:
     void storeThrough(ordovan::BackgroundWork work);
 
     [[nodiscard]] const OrdovanRuleSet& ruleSet() const { return ruleSet_; }
+    /// False when what was stored at the beginning could not be read, or was cut.
+    [[nodiscard]] bool wasWhole() const { return wasWhole_; }
 
     /// What `add` says when the text was right but the rule could not be stored.
     static constexpr std::string_view notAdded = "That rule couldn't be added.";
@@ -78,5 +80,6 @@ private:
 
     ordovan::KeyValueStore& store_;
     ordovan::BackgroundWork background_;
+    bool wasWhole_ = true;
     OrdovanRuleSet ruleSet_;
 };

@@ -3,6 +3,7 @@
 #include "OrdovanApp/stores/RecordErrors.h"
 #include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCore/Text.h"
+#include "OrdovanCore/platform/Interrupts.h"
 #include "OrdovanCore/platform/RealPath.h"
 
 #include <QDir>
@@ -20,7 +21,9 @@ namespace ordovan {
 namespace {
 
 /// The file is only ever locked for the moment of a change.
-constexpr LockPatience patience = {.longest = std::chrono::seconds(2), .endsWithASignal = true};
+LockPatience patience() {
+    return {.longest = std::chrono::seconds(2), .isEnded = interrupts::requested};
+}
 
 /// Fifty rules of a hundred extensions take some 100 KiB; a file far beyond that is not ours and is not parsed.
 constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
@@ -31,7 +34,7 @@ Url urlOf(const QString& path) {
 
 }  // namespace
 
-SettingsFileStore::SettingsFileStore(const Url& file) : lock_(lockFolderWithin(patience)) {
+SettingsFileStore::SettingsFileStore(const Url& file) : lock_(lockFolderWithin(patience())) {
     if (!text::isUtf8(file.path())) return;
     path_ = QString::fromUtf8(file.path().data(), static_cast<qsizetype>(file.path().size()));
     read();
@@ -59,6 +62,11 @@ bool SettingsFileStore::update(const std::function<void(Values& values)>& edit) 
     state_ = State::usable;
     read_ = stamp();
     return true;
+}
+
+bool SettingsFileStore::isReadable() const {
+    const std::lock_guard guard(mutex_);
+    return state_ == State::usable;
 }
 
 void SettingsFileStore::refresh() {

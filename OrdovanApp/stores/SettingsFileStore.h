@@ -8,6 +8,7 @@
 #include <QDateTime>
 
 #include <mutex>
+#include <vector>
 
 namespace ordovan {
 
@@ -15,7 +16,7 @@ namespace ordovan {
 /// (0600), and so is its folder (0700), which is made at the first write. Other processes' keys are kept.
 ///
 /// Any thread. Changes are made under a kernel-released lock on the file's folder; while another process has it they
-/// wait for at most two seconds, or until the waiting thread handles a signal, and are then refused. A damaged file is
+/// wait for at most two seconds, or until a request to stop, and are then refused. A damaged file is
 /// set aside before the first change; one that can not be read, or is no file, is left alone and changes are refused.
 class SettingsFileStore final : public KeyValueStore {
 public:
@@ -25,6 +26,11 @@ public:
     [[nodiscard]] std::optional<QVariant> value(const QString& key) const override;
     [[nodiscard]] bool update(const std::function<void(Values& values)>& edit) override;
     void refresh() override;
+
+    /// False when there is a file that could not be read whole. Where there is none, the defaults are all there is.
+    [[nodiscard]] bool isReadable() const;
+    /// What of the file was set aside, as `FileRecordStorage::allSetAside`.
+    [[nodiscard]] std::vector<FileRecordStorage::SetAside> allSetAside() const { return storage_.allSetAside(); }
 
 private:
     /// What the file was found to be.

@@ -135,14 +135,27 @@ OrdovanResult<std::unique_ptr<RunNotes>> FileRecordStorage::openNotes(const Url&
 OrdovanResult<void> FileRecordStorage::remove(const Url& file) {
     const SystemPath path(file);
     if (path.error() != 0) return outcome(path.error());
-    return outcome(::unlink(path.text()) == 0 || errno == ENOENT ? 0 : errno);
+    if (::unlink(path.text()) != 0) return outcome(errno == ENOENT ? 0 : errno);
+    // So that a power cut does not bring it back. Where it can not be flushed it is gone all the same.
+    static_cast<void>(syncFolderOf(path.text()));
+    return {};
 }
 
 OrdovanResult<void> FileRecordStorage::setAside(const Url& file, const Url& to) {
     const SystemPath from(file), target(to);
     if (from.error() != 0) return outcome(from.error());
     if (target.error() != 0) return outcome(target.error());
-    return outcome(moveExclusively(from.text(), target.text()));
+    const int error = moveExclusively(from.text(), target.text());
+    if (error == 0) {
+        const std::lock_guard guard(mutex_);
+        setAside_.push_back({file, to});
+    }
+    return outcome(error);
+}
+
+std::vector<FileRecordStorage::SetAside> FileRecordStorage::allSetAside() const {
+    const std::lock_guard guard(mutex_);
+    return setAside_;
 }
 
 }  // namespace ordovan

@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::chrono::milliseconds betweenTries{20};
 
+/// How often another folder may bear the name when a lock was had, or none.
+constexpr int mostExchanges = 100;
+
 /// flock(2), again after an interrupting signal; 0 or the errno.
 int lock(int folder, int operation) {
     while (::flock(folder, operation) != 0) {
@@ -39,10 +42,10 @@ bool leadsTo(const char* path, int folder) {
     return ::stat(path, &there) == 0 && ::fstat(folder, &opened) == 0 && isSameFile(there, opened);
 }
 
-/// Sleeps until the next try. False when a handled signal woke the thread before that.
-bool pause() {
+/// Sleeps until the next try, which a signal brings forward.
+void pause() {
     const ::timespec time = {.tv_sec = 0, .tv_nsec = std::chrono::nanoseconds(betweenTries).count()};
-    return ::nanosleep(&time, nullptr) == 0 || errno != EINTR;
+    static_cast<void>(::nanosleep(&time, nullptr));
 }
 
 }  // namespace
@@ -59,20 +62,26 @@ OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
 OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatience& patience) {
     const SystemPath path(folder);
     if (path.error() != 0) return std::unexpected(OrdovanSystemError::posix(path.error()));
-    std::chrono::milliseconds waited{0};
-    for (;;) {
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + patience.longest;
+    for (int exchanges = 0;;) {
         int error = makeFolders(path.view(), 0700);
         if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
         Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
         error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
         // While we waited, somebody may have put another folder in its place, which others would lock from now on.
         if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(std::move(opened));
-        if (error == 0 || error == ENOENT) continue;
-        if (error != EWOULDBLOCK || waited >= patience.longest) {
-            return std::unexpected(OrdovanSystemError::posix(error));
+        if (error == 0 || error == ENOENT) {
+            // Once is chance and wants no pause. Somebody who goes on with it is not to keep us here for ever.
+            if (++exchanges == mostExchanges) {
+                return std::unexpected(OrdovanSystemError::posix(error == 0 ? EWOULDBLOCK : error));
+            }
+            if (exchanges > 1) pause();
+            continue;
         }
-        if (!pause() && patience.endsWithASignal) return std::unexpected(OrdovanSystemError::posix(EINTR));
-        waited += betweenTries;
+        if (error != EWOULDBLOCK || Clock::now() >= end) return std::unexpected(OrdovanSystemError::posix(error));
+        if (patience.isEnded && patience.isEnded()) return std::unexpected(OrdovanSystemError::posix(EINTR));
+        pause();
     }
 }
 

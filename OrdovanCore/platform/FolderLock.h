@@ -4,6 +4,7 @@
 #include "OrdovanCore/platform/Descriptor.h"
 
 #include <chrono>
+#include <functional>
 #include <utility>
 
 namespace ordovan {
@@ -11,7 +12,8 @@ namespace ordovan {
 /// How long a lock is waited for.
 struct LockPatience {
     std::chrono::milliseconds longest{0};
-    bool endsWithASignal = false;  ///< whether a signal that the waiting thread handles ends the wait
+    /// Asked whenever the lock was not to be had; true ends the wait. Empty: nothing but the time does.
+    std::function<bool()> isEnded = {};
 };
 
 /// An exclusive lock on a folder (flock(2) on the folder itself), for processes that agree to ask for it. It leaves no
@@ -23,7 +25,7 @@ public:
     /// A file system without locks (ENOLCK, ENOTSUP) gives a lock that excludes nobody.
     static OrdovanResult<FolderLock> tryAcquire(const Url& folder);
     /// Takes the lock, asking again every 20 ms while another holds it. Errors as for `tryAcquire`: EWOULDBLOCK when
-    /// the patience is at its end, EINTR when a signal ended the wait. The folder is made (0700) when it is missing.
+    /// the patience is at its end, EINTR when `isEnded` ended it. The folder is made (0700) when it is missing.
     static OrdovanResult<FolderLock> acquire(const Url& folder, const LockPatience& patience);
 
 private:

@@ -13,14 +13,19 @@ namespace {
 constexpr std::array signals = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t arrived = 0;
+volatile std::sig_atomic_t statusOfTheEnd = 0;
 std::array<int, 2> ends = {-1, -1};
 
 void note(int) {
     const int saved = errno;
-    arrived = 1;
+    arrived = arrived + 1;
     // The pipe does not block: when it is full, it is readable already.
     static_cast<void>(::write(ends[1], "!", 1) == 1);
     errno = saved;
+}
+
+void endTheProgram(int) {
+    ::_exit(statusOfTheEnd);
 }
 
 }  // namespace
@@ -41,6 +46,10 @@ bool requested() {
     return arrived != 0;
 }
 
+int count() {
+    return arrived;
+}
+
 int descriptor() {
     return ends[0];
 }
@@ -51,11 +60,14 @@ void drain() {
     }
 }
 
-void letThemEndTheProgram() {
+void letThemEndTheProgram(int exitStatus) {
+    statusOfTheEnd = exitStatus;
+    struct sigaction ending{};
+    ending.sa_handler = endTheProgram;
     for (const int signal : signals) {
         struct sigaction now{};
         if (::sigaction(signal, nullptr, &now) != 0 || now.sa_handler != note) continue;
-        static_cast<void>(std::signal(signal, SIG_DFL));
+        ::sigaction(signal, &ending, nullptr);
     }
 }
 

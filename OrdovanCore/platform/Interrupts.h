@@ -17,7 +17,11 @@ void install();
 /// Empties the descriptor, so that it becomes readable at the next one.
 void drain();
 
-/// From here on the next one ends the program at once: for when there is nothing left to finish.
-void letThemEndTheProgram();
+/// How many have arrived: for who waits and wants to know whether one came meanwhile.
+[[nodiscard]] int count();
+
+/// From here on the next one ends the program at once, with this exit status and without anything that an ordinary end
+/// does: for when there is nothing left to finish.
+void letThemEndTheProgram(int exitStatus);
 
 }  // namespace ordovan::interrupts

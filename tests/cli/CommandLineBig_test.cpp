@@ -46,8 +46,24 @@ TEST(BigCommand, PrintsTheFilesOfTheContractAsJson) {
     const Finished run = home.run({"big", "--json"});
     EXPECT_EQ(run.out, "{\"schema\": 1, \"files\": [\n{\"path\": \"" + home.download("a.bin") +
                            "\", \"byteSize\": 5, \"modifiedEpoch\": 1600000000},\n{\"path\": \"" +
-                           home.download("b.bin") + "\", \"byteSize\": 1, \"modifiedEpoch\": 1600000000}\n]}\n");
+                           home.download("b.bin") +
+                           "\", \"byteSize\": 1, \"modifiedEpoch\": 1600000000}\n], "
+                           "\"partialScan\": false, \"scan\": {\"files\": 2, \"directories\": 0, "
+                           "\"totalByteSize\": 6, \"skipped\": []}}\n");
     EXPECT_EQ(run.status, 0);
+}
+
+TEST(BigCommand, TellsWhatItCouldNotRead) {
+    Home home;
+    home.write("a.bin", "12345");
+    home.write("closed/b.bin", "1234567");
+    giveToUnprivileged(home.folder.path());
+    ::chmod(home.download("closed").c_str(), 0);
+    home.runsUnprivileged = true;
+    const Finished run = home.run({"big", "--json"});
+    EXPECT_EQ(run.err, "warning: 1 folder left out:\n  closed: could not be read\n");
+    EXPECT_THAT(column(run.json().at("scan").at("skipped"), "reason"), ElementsAre("unreadableDirectory"));
+    EXPECT_EQ(run.status, 1);
 }
 
 TEST(BigCommand, ListsFilesOfTheMinimumSizeOrMore) {
@@ -78,7 +94,7 @@ TEST(BigCommand, WithNothingOfThisSizeSaysSo) {
     const Finished run = home.run({"big", "--min-size", "10MB"});
     EXPECT_EQ(run.out, "No files this size\nTry a smaller size filter.\n");
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(home.run({"big", "--min-size", "10MB", "--json"}).out, "{\"schema\": 1, \"files\": []}\n");
+    EXPECT_THAT(listed(home, {"--min-size", "10MB"}), IsEmpty());
 }
 
 TEST(BigCommand, TellsWhereInstallersBelong) {
@@ -237,6 +253,16 @@ TEST(BigTrash, LeavesTheFilesOfAVolumeThatTakesNothing) {
     EXPECT_THAT(text(report.at("outcomes").at(0).at("message")),
                 StartsWith("Couldn't move this file to the Trash; it was left in place. "));
     EXPECT_EQ(volume.root().read("X/a.bin"), "1");
+}
+
+TEST(BigTrash, SaysThatWhatIsOrganizedIsLeftOut) {
+    const Home home;
+    home.write("ordovan+/Installers/big.iso", "1");
+    const std::string name = home.organized("Installers/big.iso");
+    const Finished run = home.run({"big", "--yes", "--trash", name});
+    EXPECT_EQ(run.err, "error: There is no file of this folder at \"" + name +
+                           "\"; what lies in its \"ordovan+\" is left out.\n");
+    EXPECT_EQ(run.status, 2);
 }
 
 TEST(BigTerminal, AsksBeforeAnythingMoves) {

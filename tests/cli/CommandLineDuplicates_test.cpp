@@ -13,7 +13,8 @@ namespace {
 
 const std::string hashOfOne = "6b86b273ff34fce19d6b804eff5a3f5747ada4eaa22f1d49c01e52ddb7875b4b";
 const std::string emptyReport =
-    "{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, \"failed\": 0, \"warning\": null}\n";
+    "{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, \"failed\": 0, \"warning\": null, "
+    "\"partialScan\": false, \"foldersLeftOut\": 0, \"filesNotRead\": 0}\n";
 
 /// The path that the first group of a result keeps.
 std::string kept(const Home& home, const Home::Arguments& options) {
@@ -68,9 +69,36 @@ TEST(DuplicatesCommand, PrintsTheGroupsOfTheContractAsJson) {
     EXPECT_EQ(run.out, "{\"schema\": 1, \"groups\": [\n{\"id\": \"" + hashOfOne + ":1\", \"contentHash\": \"" +
                            hashOfOne + "\", \"byteSize\": 1, \"files\": [\"" + home.download("a9.txt") + "\", \"" +
                            home.download("a10.txt") + "\"], \"keep\": \"" + home.download("a9.txt") +
-                           "\", \"reclaimableBytes\": 1}\n], \"reclaimableBytes\": 1, \"duplicateFileCount\": 2}\n");
+                           "\", \"reclaimableBytes\": 1}\n], \"reclaimableBytes\": 1, \"duplicateFileCount\": 2, "
+                           "\"partialScan\": false, \"scan\": {\"files\": 3, \"directories\": 0, "
+                           "\"totalByteSize\": 3, \"skipped\": []}, \"filesNotRead\": []}\n");
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.status, 0);
+}
+
+TEST(DuplicatesCommand, TellsWhatItCouldNotRead) {
+    Home home;
+    for (const char* name : {"a.txt", "b.txt", "closed/c.txt"}) home.write(name, "1");
+    home.write("alone.txt", "no other file has this size");
+    ::mkfifo(home.download("fifo").c_str(), 0644);
+    ::mkfifo(home.download("second fifo").c_str(), 0644);
+    giveToUnprivileged(home.folder.path());
+    for (const char* name : {"b.txt", "alone.txt", "closed"}) ::chmod(home.download(name).c_str(), 0);
+    home.runsUnprivileged = true;
+    const Finished text = home.run({"duplicates"});
+    EXPECT_EQ(text.out, "No exact duplicates among what could be read\n");
+    EXPECT_EQ(text.err,
+              "warning: 1 folder left out:\n  closed: could not be read\n"
+              "warning: 1 file couldn't be read and compared with others:\n  b.txt\n");
+    EXPECT_EQ(text.status, 1);
+    const Finished json = home.run({"duplicates", "--json"});
+    EXPECT_THAT(column(json.json().at("filesNotRead"), "path"), ElementsAre(home.download("b.txt")));
+    EXPECT_THAT(column(json.json().at("scan").at("skipped"), "reason"), ElementsAre("unreadableDirectory"));
+    EXPECT_EQ(json.status, 1);
+    const Finished trash = home.run({"duplicates", "--trash", "--yes", "--json"});
+    EXPECT_EQ(trash.json().at("foldersLeftOut"), 1);
+    EXPECT_EQ(trash.json().at("filesNotRead"), 1);
+    EXPECT_EQ(trash.status, 1);
 }
 
 TEST(DuplicatesCommand, WithoutDuplicatesSaysSo) {
@@ -81,7 +109,9 @@ TEST(DuplicatesCommand, WithoutDuplicatesSaysSo) {
     EXPECT_EQ(text.out, "No exact duplicates\nEvery file in this folder is unique by content.\n");
     EXPECT_EQ(text.status, 0);
     EXPECT_EQ(home.run({"duplicates", "--json"}).out,
-              "{\"schema\": 1, \"groups\": [], \"reclaimableBytes\": 0, \"duplicateFileCount\": 0}\n");
+              "{\"schema\": 1, \"groups\": [], \"reclaimableBytes\": 0, \"duplicateFileCount\": 0, "
+              "\"partialScan\": false, \"scan\": {\"files\": 2, \"directories\": 0, \"totalByteSize\": 2, "
+              "\"skipped\": []}, \"filesNotRead\": []}\n");
     const Finished trash = home.run({"duplicates", "--trash", "--yes"});
     EXPECT_EQ(trash.out, text.out);
     EXPECT_EQ(trash.status, 0);
@@ -168,7 +198,8 @@ TEST(DuplicatesTrash, PrintsTheReportOfTheContractAsJson) {
     EXPECT_EQ(run.out, "{\"schema\": 1, \"outcomes\": [\n{\"source\": \"" + home.download("b.txt") +
                            "\", \"destination\": \"" + home.folder.path(".local/share/Trash/files/b.txt") +
                            "\", \"status\": \"moved\", \"message\": \"Moved to the Trash.\"}\n], \"moved\": 1, "
-                           "\"skipped\": 0, \"failed\": 0, \"warning\": null}\n");
+                           "\"skipped\": 0, \"failed\": 0, \"warning\": null, \"partialScan\": false, "
+                           "\"foldersLeftOut\": 0, \"filesNotRead\": 0}\n");
     EXPECT_EQ(run.status, 0);
 }
 
@@ -313,7 +344,7 @@ TEST(DuplicatesTerminal, AsksBeforeAnythingMoves) {
     Terminal no(home, {"duplicates", "--trash", "--no-color"});
     ASSERT_TRUE(no.waitFor("1 duplicate group · 2 files · 1 byte in extra copies\r\n"));
     ASSERT_TRUE(no.waitFor(
-        "The copy you chose to keep stays. Each extra is checked again first, and anything that "
+        "One copy stays, the one marked \"keep\". Each extra is checked again first, and anything that "
         "changed is left alone. You can put files back with \"ordovan-cli restore\" or from the Trash.\r\n"));
     ASSERT_TRUE(no.waitFor("Move duplicate extras to the Trash? [y/N] "));
     no.type("n\n");
@@ -336,7 +367,8 @@ TEST(DuplicatesTerminal, WithJsonPrintsOneObjectWhateverTheAnswer) {
     ASSERT_TRUE(terminal.waitFor("[y/N] "));
     terminal.type("n\n");
     EXPECT_THAT(terminal.finish().out, EndsWith("{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, "
-                                                "\"failed\": 0, \"warning\": null}\r\n"));
+                                                "\"failed\": 0, \"warning\": null, \"partialScan\": false, "
+                                                "\"foldersLeftOut\": 0, \"filesNotRead\": 0}\r\n"));
 }
 
 TEST(DuplicatesTerminal, FilesThatChangeBeforeTheAnswerAreLeft) {

@@ -47,7 +47,9 @@ TEST(PreviewExport, NeverReplacesAFile) {
 TEST(PreviewExport, TellsThatItCouldNotBeSaved) {
     const Home home;
     const Finished run = home.run({"preview", "--json", "--export", home.folder.path("none/plan.md")});
-    EXPECT_EQ(run.json().at("error"), "The plan couldn't be saved there. Try another folder.");
-    EXPECT_EQ(run.err, "error: The plan couldn't be saved there. Try another folder.\n");
+    const std::string sentence =
+        "\"" + home.folder.path("none/plan.md") + "\" couldn't be made: No such file or directory.";
+    EXPECT_EQ(text(run.json().at("error")), sentence);
+    EXPECT_EQ(run.err, "error: " + sentence + "\n");
     EXPECT_EQ(run.status, 3);
 }

@@ -4,6 +4,7 @@
 
 using ordovan::test::Finished;
 using ordovan::test::Home;
+using ordovan::test::Terminal;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
@@ -155,7 +156,7 @@ TEST(CommandLineSize, IsRefusedWhenItIsNone) {
                              "9.3e",
                              "1\n"}) {
         const Finished run = home.run({"big", "--json", "--min-size", size});
-        EXPECT_THAT(run.err, StartsWith("error: --min-size takes a size such as 500k, 10MB or 1.5GB, not \"")) << size;
+        EXPECT_THAT(run.err, StartsWith("error: --min-size takes a size of at most 9.2 EB, such as 500k, 10MB or 1.5GB, not \"")) << size;
         EXPECT_EQ(run.out, "") << size;
         EXPECT_EQ(run.status, 2) << size;
     }
@@ -211,6 +212,22 @@ TEST(CommandLineOptions, OfTwoMeaningsMayStandInFrontOfTheCommandWhereBothTakeAV
               "error: There is nothing to put back from the Trash in this folder.\n");
     EXPECT_EQ(Home().run({"--entry=x", "undo", "--yes"}).err, "error: There is nothing to undo in this folder.\n");
     EXPECT_EQ(Home().run({"restore", "--entry"}).err, "error: --entry needs a value: --entry ORIGINAL.\n");
+}
+
+TEST(CommandLineHelp, CanBeAskedForInSeveralWays) {
+    const std::string all = Home().run({"--help"}).out, preview = Home().run({"preview", "--help"}).out;
+    EXPECT_EQ(Home().run({"-h"}).out, all);
+    EXPECT_EQ(Home().run({"help"}).out, all);
+    EXPECT_EQ(Home().run({"preview", "-h"}).out, preview);
+    EXPECT_EQ(Home().run({"help", "preview"}).out, preview);
+}
+
+TEST(CommandLineHelp, AndTheVersionAreOneObjectAsJson) {
+    EXPECT_EQ(ordovan::test::text(Home().run({"preview", "--help", "--json"}).json().at("help")),
+              Home().run({"preview", "--help"}).out);
+    const Finished version = Home().run({"--version", "--json"});
+    EXPECT_THAT(ordovan::test::keys(version.json()), ::testing::ElementsAre("schema", "version"));
+    EXPECT_EQ("ordovan-cli " + ordovan::test::text(version.json().at("version")) + "\n", Home().run({"--version"}).out);
 }
 
 TEST(CommandLineHelp, ListsTheActionsOfRules) {
@@ -299,25 +316,13 @@ TEST(CommandLineOptions, AResultThatCouldNotBeWrittenDoesNotHideThatFilesWereMov
 }
 
 TEST(CommandLineOptions, NobodyIsAskedAboutAPlanThatCouldNotBeShown) {
-    const Home home;
+    Home home;
     home.write("a.pdf", "a");
-    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
-    int master = -1, slave = -1;
-    ASSERT_EQ(::openpty(&master, &slave, nullptr, nullptr, nullptr), 0);
-    int err[2];
-    Home::makePipe(err);
-    const ::pid_t child = home.start({"organize"}, [&] {
-        ::dup2(slave, STDIN_FILENO);
-        ::dup2(full, STDOUT_FILENO);
-        ::dup2(err[1], STDERR_FILENO);
-    });
-    for (const int descriptor : {full, slave, err[1]}) ::close(descriptor);
-    std::string messages;
-    Home::drain({{err[0], &messages}});
-    EXPECT_EQ(Home::await(child), 3);
-    ::close(master);
-    EXPECT_THAT(messages, EndsWith("error: The result couldn't be written: No space left on device.\n"));
-    EXPECT_THAT(messages, Not(HasSubstr("[y/N]")));
+    home.prepare = [] { ::dup2(::open("/dev/full", O_WRONLY), STDOUT_FILENO); };
+    const Finished run = Terminal(home, {"organize", "--no-color"}).finish();
+    EXPECT_EQ(run.status, 3);
+    EXPECT_THAT(run.out, EndsWith("error: The result couldn't be written: No space left on device.\r\n"));
+    EXPECT_THAT(run.out, Not(HasSubstr("[y/N]")));
     EXPECT_TRUE(home.has("a.pdf"));
 }
 

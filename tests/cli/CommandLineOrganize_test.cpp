@@ -35,7 +35,7 @@ TEST(OrganizeCommand, AndUndoGiveBackTheVeryTree) {
     ASSERT_EQ(::link(home.download("a b.pdf").c_str(), home.download("second name.doc").c_str()), 0);
     ::chmod(home.download("-rf").c_str(), 0400);
     const auto before = home.tree();
-    ASSERT_EQ(home.run({"organize", "--yes"}).status, 0);
+    ASSERT_EQ(home.run({"organize", "--yes"}).status, 1);  // but for the name that is not UTF-8
     EXPECT_NE(home.tree(), before);
     const Finished undo = home.run({"undo", "--yes"});
     EXPECT_EQ(undo.out, "Restored 10 files in Downloads\n");
@@ -50,8 +50,53 @@ TEST(OrganizeCommand, PrintsTheReportOfTheContractAsJson) {
     EXPECT_EQ(run.out, "{\"schema\": 1, \"outcomes\": [\n{\"source\": \"" + home.download("a.pdf") +
                            "\", \"destination\": \"" + home.organized("Documents/a.pdf") +
                            "\", \"status\": \"moved\", \"message\": \"Moved.\"}\n], \"moved\": 1, \"skipped\": 0, "
-                           "\"failed\": 0, \"warning\": null}\n");
+                           "\"failed\": 0, \"warning\": null, \"needReview\": 0, \"notEvaluated\": 0, "
+                           "\"partialScan\": false, \"foldersLeftOut\": 0}\n");
     EXPECT_EQ(run.status, 0);
+}
+
+TEST(OrganizeCommand, TellsWhatItDidNotTouchBecauseNoPlaceWasProposedForIt) {
+    const Home home;
+    home.write("a.pdf", "1");
+    home.write("one/x.pdf", "1");
+    home.write("two/x.pdf", "2");
+    home.write("bad\xff.pdf", "1");
+    Finished run = home.run({"organize", "--yes"});
+    EXPECT_EQ(run.out,
+              "Organized 1 file in Downloads\n  Documents  1 file\nNot organized  1 file\n"
+              "  bad\xef\xbf\xbd.pdf: Could not evaluate this file.\n"
+              "2 files need review; \"preview\" shows which and why.\n");
+    EXPECT_EQ(run.status, 1);
+    run = home.run({"organize", "--yes", "--json"});
+    EXPECT_EQ(run.json().at("needReview"), 2);
+    EXPECT_EQ(run.json().at("notEvaluated"), 1);
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST(OrganizeCommand, IsDoneWhereFilesOnlyNeedReview) {
+    const Home home;
+    home.write("one/x.pdf", "1");
+    home.write("two/x.pdf", "2");
+    const Finished run = home.run({"organize", "--yes"});
+    EXPECT_EQ(run.out, "Nothing to organize\n2 files need review; \"preview\" shows which and why.\n");
+    EXPECT_EQ(run.status, 0);
+}
+
+TEST(OrganizeCommand, TellsThatPartOfTheFolderWasNotSeen) {
+    Home home;
+    home.write("a.pdf", "1");
+    home.write("closed/b.pdf", "1");
+    home.write("1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/c.pdf", "1");
+    giveToUnprivileged(home.folder.path());
+    ::chmod(home.download("closed").c_str(), 0);
+    home.runsUnprivileged = true;
+    const Finished run = home.run({"organize", "--yes", "--json"});
+    EXPECT_EQ(run.err,
+              "warning: 2 folders left out:\n"
+              "  1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17: too deep\n  closed: could not be read\n");
+    EXPECT_EQ(run.json().at("moved"), 1);
+    EXPECT_EQ(run.json().at("foldersLeftOut"), 2);
+    EXPECT_EQ(run.status, 1);
 }
 
 TEST(OrganizeCommand, MovesOnlyWhatIsSelected) {
@@ -87,13 +132,26 @@ TEST(OrganizeCommand, UsesTheOverridesOfThisRun) {
 TEST(OrganizeCommand, WithNothingToDoIsDone) {
     const Home home;
     const Finished text = home.run({"organize", "--yes"});
-    EXPECT_EQ(text.out, "Nothing to organize\n0 proposed · 0 need review\n");
+    EXPECT_EQ(text.out, "Nothing to organize\n");
     EXPECT_EQ(text.status, 0);
     const Finished json = home.run({"organize", "--yes", "--json"});
     EXPECT_EQ(json.out,
-              "{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, \"failed\": 0, \"warning\": null}\n");
+              "{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, \"failed\": 0, \"warning\": null, "
+              "\"needReview\": 0, \"notEvaluated\": 0, \"partialScan\": false, \"foldersLeftOut\": 0}\n");
     EXPECT_EQ(json.status, 0);
     EXPECT_FALSE(home.has("ordovan+"));
+}
+
+TEST(OrganizeCommand, WithNothingSelectedSaysThatNothingWasMoved) {
+    const Home home;
+    home.write("a.pdf", "1");
+    const Finished run = home.run({"organize", "--yes", "--only", "Images"});
+    EXPECT_EQ(run.out, "No file is selected, so nothing was moved.\n");
+    EXPECT_EQ(run.status, 0);
+    const Finished asked = Terminal(home, {"organize", "--only", "Images"}).finish();
+    EXPECT_THAT(asked.out, HasSubstr("1 proposed file left out\r\n"));
+    EXPECT_THAT(asked.out, HasSubstr("No file is selected, so nothing was moved.\r\n"));
+    EXPECT_TRUE(home.has("a.pdf"));
 }
 
 TEST(OrganizeCommand, RefusesAMistakeInTheSelectionBeforeAnythingMoves) {
@@ -161,7 +219,8 @@ TEST(OrganizeCommand, MovesNothingWhereNoRecordCouldBeSaved) {
         "\" and the free space there.";
     const Finished run = home.run({"organize", "--yes", "--json"});
     EXPECT_EQ(run.json().at("error"), boost::json::value(sentence));
-    EXPECT_EQ(run.err, "error: " + sentence + "\n");
+    EXPECT_EQ(run.err, "warning: The folder of the records, \"" + home.records() + "\", can't be reached.\nerror: " +
+                           sentence + "\n");
     EXPECT_EQ(run.status, 3);
     const std::string shown = Terminal(home, {"organize"}).finish().out;
     EXPECT_THAT(shown, HasSubstr(sentence));

@@ -312,6 +312,26 @@ TEST(PreviewFolder, MayBeRelativeAndReachedThroughALink) {
     EXPECT_EQ(text(home.run({"preview", "way/../way", "--json"}).json().at("root")), home.downloads());
 }
 
+TEST(PreviewFolder, MayBeAFileAddress) {
+    const Home home;
+    home.folder.write("a b/c.pdf", "1");
+    EXPECT_EQ(text(home.run({"preview", "file://" + home.folder.path("a%20b"), "--json"}).json().at("root")),
+              home.folder.path("a b"));
+}
+
+TEST(PreviewFolder, OfACurrentFolderThatIsGoneIsNotThere) {
+    Home home;
+    home.folder.makeFolder("gone");
+    home.prepare = [&] {
+        ::dup2(::open(home.folder.path("gone").c_str(), O_RDONLY | O_DIRECTORY), 20);
+        ::rmdir(home.folder.path("gone").c_str());
+    };
+    home.workingFolder = "/proc/self/fd/20";
+    const Finished run = home.run({"preview", "."});
+    EXPECT_EQ(run.err, "error: There is no folder \".\": the current folder is gone.\n");
+    EXPECT_EQ(run.status, 3);
+}
+
 TEST(PreviewFolder, ThatDoesNotExistIsToldAsTextAndAsJson) {
     const Home home;
     const Finished text = home.run({"preview", "/nowhere/at\nall"});

@@ -57,7 +57,8 @@ TEST(RulesCommand, TellsThatTheyCouldNotBeSaved) {
     Home home;
     home.folder.write(".config", "a file where the folder should be");
     const Finished run = home.run({"rules", "add", "txt", "A"});
-    EXPECT_EQ(run.err, "error: That rule couldn't be added.\n");
+    EXPECT_EQ(run.err, "error: That rule couldn't be added. Check the permissions of \"" +
+                           home.folder.path(".config/ordovan") + "\" and the free space there.\n");
     EXPECT_EQ(run.status, 3);
 }
 
@@ -69,10 +70,21 @@ TEST(RulesCommand, TellsThatAChangeCouldNotBeSaved) {
     home.runsUnprivileged = true;
     for (const Home::Arguments& change : {Home::Arguments{"rules", "delete", "1"}, {"rules", "move", "1", "2"}}) {
         const Finished run = home.run(change);
-        EXPECT_EQ(run.err, "error: The rules couldn't be saved.\n");
+        EXPECT_THAT(run.err, ::testing::StartsWith("error: The rules couldn't be saved. Check the permissions of "));
         EXPECT_EQ(run.status, 3);
     }
     EXPECT_EQ(home.run({"rules", "list"}).out, "1  txt → A\n2  txt → B\n");
+}
+
+TEST(RulesCommand, TellsThatAnotherProcessHoldsThem) {
+    Home home;
+    ASSERT_EQ(home.run({"rules", "add", "txt", "A"}).status, 0);
+    const Held held(home.folder.path(".config/ordovan"));
+    home.prepare = [&] { held.forget(); };
+    const Finished run = home.run({"rules", "add", "txt", "B"});
+    EXPECT_EQ(run.err,
+              "error: That rule couldn't be added. Another ordovan+ is saving its settings. Try again in a moment.\n");
+    EXPECT_EQ(run.status, 3);
 }
 
 TEST(SettingsCommand, ShowsTheDefaults) {
@@ -103,7 +115,8 @@ TEST(SettingsCommand, TellsThatAValueCouldNotBeSaved) {
     const Home home;
     home.folder.write(".config", "a file where the folder should be");
     const Finished run = home.run({"settings", "theme", "candy"});
-    EXPECT_EQ(run.err, "error: The setting couldn't be saved.\n");
+    EXPECT_EQ(run.err, "error: The setting couldn't be saved. Check the permissions of \"" +
+                           home.folder.path(".config/ordovan") + "\" and the free space there.\n");
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.status, 3);
 }

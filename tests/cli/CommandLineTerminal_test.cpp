@@ -84,6 +84,29 @@ TEST(TerminalPrompt, IsNotShownAfterTheFlag) {
     EXPECT_EQ(run.status, 0);
 }
 
+TEST(TerminalPrompt, NamesTheFolderInItsAdvice) {
+    Home home;
+    home.folder.write("My files/a.pdf", "1");
+    home.workingFolder = home.folder.path();
+    Terminal terminal(home, {"organize", "My files"});
+    ASSERT_TRUE(
+        terminal.waitFor("can undo this with \"ordovan-cli undo '" + home.folder.path("My files") + "'\".\r\n"));
+    ASSERT_TRUE(terminal.waitFor("[y/N] "));
+    terminal.type("n\n");
+    EXPECT_EQ(terminal.finish().status, 0);
+}
+
+TEST(TerminalPrompt, IsNotAskedWhereNobodySeesIt) {
+    Home home;
+    home.write("a.pdf", "1");
+    const std::string log = home.folder.path("log");
+    home.prepare = [&] { ::dup2(::open(log.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO); };
+    EXPECT_EQ(Terminal(home, {"organize"}).finish().status, 2);
+    EXPECT_EQ(home.folder.read("log"),
+              "error: There is nobody to ask here; say --yes to organize without a question.\n");
+    EXPECT_TRUE(home.has("a.pdf"));
+}
+
 TEST(TerminalPrompt, GuardsUndo) {
     const Home home;
     home.write("a.pdf", "1");
@@ -123,7 +146,9 @@ TEST(TerminalPrompt, WithJsonPrintsOneObjectWhateverTheAnswer) {
     ASSERT_TRUE(terminal.waitFor("Organize these files? [y/N] "));
     terminal.type("n\n");
     EXPECT_THAT(terminal.finish().out, EndsWith("{\"schema\": 1, \"outcomes\": [], \"moved\": 0, \"skipped\": 0, "
-                                                "\"failed\": 0, \"warning\": null}\r\n"));
+                                                "\"failed\": 0, \"warning\": null, \"needReview\": 0, "
+                                                "\"notEvaluated\": 0, \"partialScan\": false, "
+                                                "\"foldersLeftOut\": 0}\r\n"));
 }
 
 TEST(TerminalPrompt, FilesThatChangeBeforeTheAnswerAreLeft) {
@@ -197,6 +222,39 @@ TEST(TerminalInterrupt, StopsARunBetweenFilesAndKeepsItsRecord) {
     }
 }
 
+TEST(TerminalInterrupt, EndsWritingToAReaderThatDoesNotRead) {
+    const Home home;
+    for (int number = 0; number < 1000; ++number) home.write(std::to_string(number) + ".pdf", "1");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        int out[2];
+        Home::makePipe(out);
+        const ::pid_t child = home.start({"preview", "--json"}, [&] { ::dup2(out[1], STDOUT_FILENO); });
+        ::close(out[1]);
+        ::pollfd written{out[0], POLLIN, 0};
+        ASSERT_EQ(::poll(&written, 1, -1), 1);
+        ::kill(child, signal);
+        EXPECT_EQ(Home::await(child), 130);
+        ::close(out[0]);
+    }
+}
+
+TEST(TerminalInterrupt, EndsTheWaitForTheRecordsBeforeARun) {
+    for (const int signal : {SIGINT, SIGTERM}) {
+        Home home;
+        home.write("a.pdf", "1");
+        std::filesystem::create_directories(home.records());
+        const Held held(home.records());
+        home.prepare = [&] { held.forget(); };
+        Terminal terminal(home, {"organize", "--yes"});
+        ASSERT_TRUE(waitUntilOpen(terminal.process(), home.records()));
+        terminal.signal(signal);
+        const Finished run = terminal.finish();
+        EXPECT_THAT(run.out, EndsWith("Interrupted; nothing was changed.\r\n"));
+        EXPECT_EQ(run.status, 130);
+        EXPECT_TRUE(home.has("a.pdf"));
+    }
+}
+
 TEST(TerminalInterrupt, EndsAWaitForALock) {
     Home home;
     home.write("a.pdf", "1");
@@ -209,10 +267,12 @@ TEST(TerminalInterrupt, EndsAWaitForALock) {
                                             Case{{"history", "--clear", "--yes"}, home.records()}}) {
         const Held held(folder);
         home.prepare = [&] { held.forget(); };
-        Terminal terminal(home, arguments);
-        ASSERT_TRUE(waitUntilOpen(terminal.process(), folder));
-        terminal.signal(SIGINT);
-        EXPECT_EQ(terminal.finish().status, 130);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            Terminal terminal(home, arguments);
+            ASSERT_TRUE(waitUntilOpen(terminal.process(), folder));
+            terminal.signal(signal);
+            EXPECT_EQ(terminal.finish().status, 130);
+        }
     }
     home.prepare = [] {};
     EXPECT_EQ(home.run({"rules", "--json"}).out, "{\"schema\": 1, \"rules\": []}\n");

@@ -28,8 +28,8 @@ namespace {
 /// What happens when a lock is asked for next, or the errno with which that is refused.
 std::function<int()> atLocking;
 
-/// What happens at each sleep, instead of it, or the errno with which it ends; and how many there were.
-std::function<int()> atSleeping;
+/// What happens at each sleep, instead of it; and how many there were.
+std::function<void()> atSleeping;
 int sleeps = 0;
 
 }  // namespace
@@ -44,15 +44,15 @@ extern "C" int flock(int file, int operation) noexcept {
 
 extern "C" int nanosleep(const ::timespec*, ::timespec*) {
     ++sleeps;
-    errno = atSleeping ? atSleeping() : 0;
-    return errno == 0 ? 0 : -1;
+    if (atSleeping) atSleeping();
+    return 0;
 }
 
 namespace {
 
 using std::chrono::milliseconds;
 
-constexpr ordovan::LockPatience none;
+const ordovan::LockPatience none;
 
 TEST(FolderLock, ExcludesAnother) {
     const TempFolder t;
@@ -162,9 +162,8 @@ TEST(FolderLock, WaitsUntilTheOtherIsDone) {
     sleeps = 0;
     atSleeping = [&] {
         if (sleeps == 3) first.reset();
-        return 0;
     };
-    const auto lock = FolderLock::acquire(t.url(), {.longest = milliseconds(200)});
+    const auto lock = FolderLock::acquire(t.url(), {.longest = std::chrono::hours(1)});
     atSleeping = nullptr;
     EXPECT_TRUE(lock);
     EXPECT_EQ(sleeps, 3);
@@ -173,23 +172,31 @@ TEST(FolderLock, WaitsUntilTheOtherIsDone) {
 TEST(FolderLock, IsWaitedForNoLongerThanThePatience) {
     const TempFolder t;
     const auto first = FolderLock::tryAcquire(t.url());
+    static constexpr milliseconds longest(30);
+    atSleeping = [] {  // a sleep can take longer than it should
+        const auto end = std::chrono::steady_clock::now() + longest;
+        while (std::chrono::steady_clock::now() < end) {
+        }
+    };
     sleeps = 0;
-    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200)})), EWOULDBLOCK);
-    EXPECT_EQ(sleeps, 10);
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = longest})), EWOULDBLOCK);
+    EXPECT_EQ(sleeps, 1);
     EXPECT_EQ(error(FolderLock::acquire(t.url(), none)), EWOULDBLOCK);
-    EXPECT_EQ(sleeps, 10);
+    EXPECT_EQ(sleeps, 1);
+    atSleeping = nullptr;
 }
 
-TEST(FolderLock, IsNoLongerWaitedForAfterASignalWhereThatIsWanted) {
+TEST(FolderLock, IsNoLongerWaitedForWhenTheWaitIsEnded) {
     const TempFolder t;
-    const auto first = FolderLock::tryAcquire(t.url());
-    atSleeping = [] { return EINTR; };
+    auto first = std::optional(FolderLock::tryAcquire(t.url()));
     sleeps = 0;
-    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200), .endsWithASignal = true})), EINTR);
-    EXPECT_EQ(sleeps, 1);
-    EXPECT_EQ(error(FolderLock::acquire(t.url(), {.longest = milliseconds(200)})), EWOULDBLOCK);
-    EXPECT_EQ(sleeps, 11);
-    atSleeping = nullptr;
+    const ordovan::LockPatience patience = {.longest = std::chrono::hours(1), .isEnded = [] { return sleeps == 3; }};
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), patience)), EINTR);
+    EXPECT_EQ(sleeps, 3);
+    EXPECT_EQ(error(FolderLock::acquire(t.url(), patience)), EINTR);
+    EXPECT_EQ(sleeps, 3);
+    first.reset();
+    EXPECT_TRUE(FolderLock::acquire(t.url(), patience));  // what is free is taken all the same
 }
 
 TEST(FolderLock, IsOnTheFolderThatBearsTheNameAfterTheWait) {
@@ -204,6 +211,37 @@ TEST(FolderLock, IsOnTheFolderThatBearsTheNameAfterTheWait) {
     ASSERT_TRUE(lock);
     EXPECT_EQ(error(FolderLock::tryAcquire(t.url("folder"))), EWOULDBLOCK);
     EXPECT_TRUE(FolderLock::tryAcquire(t.url("elsewhere")));
+}
+
+TEST(FolderLock, IsGivenUpWhereTheFolderIsExchangedAgainAndAgain) {
+    const TempFolder t;
+    t.makeFolder("folder");
+    int exchanges = 0;
+    std::function<int()> exchange = [&] {
+        std::filesystem::rename(t.path("folder"), t.path("elsewhere" + std::to_string(exchanges)));
+        t.makeFolder("folder");
+        if (++exchanges < 1000) atLocking = exchange;
+        return 0;
+    };
+    atLocking = exchange;
+    sleeps = 0;
+    EXPECT_EQ(error(FolderLock::acquire(t.url("folder"), none)), EWOULDBLOCK);
+    EXPECT_EQ(exchanges, 100);
+    EXPECT_EQ(sleeps, 98) << "a pause between them, but for the first";
+    atLocking = nullptr;
+}
+
+TEST(FolderLock, IsGivenUpWhereTheFolderVanishesAgainAndAgain) {
+    const TempFolder t;
+    int calls = 0;
+    std::function<int()> vanish = [&] {
+        if (++calls < 1000) atLocking = vanish;
+        return ENOENT;
+    };
+    atLocking = vanish;
+    EXPECT_EQ(error(FolderLock::acquire(t.url("folder"), none)), ENOENT);
+    EXPECT_EQ(calls, 100);
+    atLocking = nullptr;
 }
 
 TEST(FolderLock, IsAskedForAgainAfterASignal) {
