@@ -102,7 +102,7 @@ OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
 OrdovanResult<void> RecordedFileSystem::moveItem(std::size_t item, const Url& from, const Url& to) {
     claiming_ = item;
     auto moved = fs_.move(from, to);
-    claiming_.reset();
+    endMove();
     return moved;
 }
 
@@ -267,8 +267,9 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     noteOther(*item);
     claiming_ = item;
     auto place = fs_.trash(url);
-    claiming_.reset();
+    endMove();
     if (!place) return place;
+    trashedTo_.push_back(*place);
     trashed_ = {*item, place->sharedPath()};
     note(OrdovanRunNote::Kind::done, *item, true, place->sharedPath());
     return place;
@@ -351,8 +352,15 @@ void RecordedFileSystem::noteOther(std::size_t item) {
 /// Called where the port is about to take the new place in steps; `hidden` is the name by which the file may be left.
 void RecordedFileSystem::noteClaim(const Url& hidden) {
     if (!claiming_) return;
+    hidden_ = hidden;
     note(OrdovanRunNote::Kind::claimed, *claiming_, false, hidden.sharedPath());
     handOver();
+}
+
+void RecordedFileSystem::endMove() {
+    claiming_.reset();
+    if (!hidden_.path().empty() && fs_.isRegularFile(hidden_)) leavesSomething_ = true;
+    hidden_ = {};
 }
 
 /// Only of a file that was examined whole: a note is to prove something.

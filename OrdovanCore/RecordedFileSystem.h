@@ -63,8 +63,10 @@ public:
     OrdovanResult<Url> trash(const Url& url) override;
 
     /// Whether something of a file is left that the run meant to take away again, or that can not be told: a copy
-    /// beside its original, or an original under its hidden name. To be asked when the run is over.
+    /// beside its original, or a file under its hidden name. To be asked when the run is over.
     [[nodiscard]] bool leavesSomething();
+    /// The places in the Trash to which files were moved, in their order.
+    [[nodiscard]] const std::vector<Url>& trashedTo() const noexcept { return trashedTo_; }
 
 private:
     /// What the run has found out about the file in work: what can be noted of it.
@@ -87,6 +89,7 @@ private:
     void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path);
     void noteOther(std::size_t item);
     void noteClaim(const Url& hidden);
+    void endMove();
     OrdovanResult<void> moveItem(std::size_t item, const Url& from, const Url& to);
 
     [[nodiscard]] bool isOriginal(const Url& url) const;
@@ -135,6 +138,8 @@ private:
         SharedText place;
     };
     std::optional<Trashed> trashed_;  // the last file that was trashed
+    std::vector<Url> trashedTo_;
+    Url hidden_;  // by which the file may be left that is on its way; empty for none
 };
 
 }  // namespace ordovan

@@ -134,20 +134,33 @@ void Record::endNotes() {
 }
 
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
-/// every file system keeps the order. (The Trash need not be: a record of what is not there yet does no harm.)
+/// every file system keeps the order.
 void Record::syncMoves() const {
     if (!ports_.recording.syncMoves) return;
     std::vector<Url> arrivals, departures;
     arrivals.reserve(intent_.items.size());
     departures.reserve(intent_.items.size());
     for (const OrdovanRunItem& item : intent_.items) {
-        if (!item.destination.view().starts_with(below_)) continue;
-        arrivals.push_back(Url::file(item.destination));
+        const bool goesToTrash = item.destination.empty();
+        if (!goesToTrash && !item.destination.view().starts_with(below_)) continue;
+        if (!goesToTrash) arrivals.push_back(Url::file(item.destination));
         if (item.source.view().starts_with(below_) || ordovan::isInTrash(item.source)) {
             departures.push_back(Url::file(item.source));
         }
     }
+    if (recorded_) addTrashPlaces(arrivals);
     ports_.recording.syncMoves(arrivals, departures);
+}
+
+/// Of the info files one for each Trash, which stands for its folder.
+void Record::addTrashPlaces(std::vector<Url>& arrivals) const {
+    std::string_view folder;
+    for (const Url& place : recorded_->trashedTo()) {
+        arrivals.push_back(place);
+        if (ordovan::parentPath(place.path()) == folder) continue;
+        folder = ordovan::parentPath(place.path());
+        if (const auto info = ordovan::trashInfoPath(place.path())) arrivals.push_back(Url::file(*info));
+    }
 }
 
 bool Record::remove() {

@@ -95,6 +95,7 @@ private:
     void lookAt(OrdovanRunItem& item);
     [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const;
     void syncMoves() const;
+    void addTrashPlaces(std::vector<Url>& arrivals) const;
 
     const TidyPorts& ports_;
     bool isKept_;    // the run is kept to what was added

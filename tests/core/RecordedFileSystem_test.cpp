@@ -459,6 +459,28 @@ TEST_F(RecordedFileSystemTest, NotesThatAPlaceIsTakenInStepsBeforeThat) {
     EXPECT_EQ(noted[0].path, hidden);
 }
 
+TEST_F(RecordedFileSystemTest, KnowsThatAMoveInStepsHasLeftAHiddenName) {
+    for (const bool isLeft : {false, true}) {
+        tree({"a.pdf = one"});
+        memory.makeDirectory("/r/ordovan+");
+        intent.items.clear();
+        intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+        const std::string hidden = "/r/.a.pdf.ordovan-partial-00000000-0000-4000-8000-000000000000";
+        Stepwise steps;
+        disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+            if (call.operation != Operation::move) return;
+            steps.announce_(call.url, Url::file(hidden));
+            if (isLeft) memory.hardLink(hidden, "/r/a.pdf");
+        });
+        RecordedFileSystem run(disk, intent, gathered, &steps);
+        EXPECT_TRUE(run.fileSize(Url::file("/r/a.pdf")));
+        EXPECT_TRUE(run.move(Url::file("/r/a.pdf"), Url::file("/r/ordovan+/a.pdf")));
+        EXPECT_EQ(run.leavesSomething(), isLeft);
+        disk.setBeforeCall({});
+        memory.removeTree("/r/ordovan+/a.pdf");
+    }
+}
+
 TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {
     tree({"a.pdf = one"});
     intend("/r/a.pdf", "/r/ordovan+/a.pdf");
