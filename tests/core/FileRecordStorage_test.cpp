@@ -255,6 +255,15 @@ TEST_F(FileRecords, StopWhenTheReaderHasEnough) {
 TEST_F(FileRecords, AreRemoved) {
     t.write("record", "old");
     EXPECT_EQ(error(storage.remove(t.url("record"))), 0);
+    EXPECT_EQ(Flushes::paths, std::vector{t.path()});
+    EXPECT_EQ(error(storage.remove(t.url("record"))), 0);
+    EXPECT_EQ(Flushes::paths.size(), 1U) << "nothing has changed";
+    EXPECT_EQ(t.count(), 0u);
+}
+
+TEST_F(FileRecords, AreRemovedThoughTheirFolderCanNotBeFlushed) {
+    t.write("record", "old");
+    Flushes::failing = [](const std::string&) { return EIO; };
     EXPECT_EQ(error(storage.remove(t.url("record"))), 0);
     EXPECT_EQ(t.count(), 0u);
 }
