@@ -7,9 +7,6 @@
 #include <string_view>
 #include <vector>
 
-using ordovan::testing::digestOf;
-using ordovan::testing::FaultyFileSystem;
-using ordovan::testing::MemoryFileSystem;
 using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -233,126 +230,6 @@ TEST_F(Reconcile, ATakenDestinationIsSaidAndBothStay) {
     EXPECT_EQ(memory.read("/r/ordovan+/a"), "other");
 }
 
-// A move across volumes.
-
-class ReconcileCopies : public Reconcile {
-protected:
-    void SetUp() override {
-        memory.addVolume("/r/ordovan+");
-        tree({"a = one"});
-        intend("/r/a", "/r/ordovan+/a");
-        note(NoteKind::begun, "one", partial, false);
-    }
-};
-
-TEST_F(ReconcileCopies, AnUnfinishedCopyOfAWholeFileIsRemoved) {
-    memory.write(partial, "on");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("An unfinished copy of it was removed; the file is where it was."));
-    EXPECT_FALSE(memory.item(partial));
-    EXPECT_EQ(memory.read("/r/a"), "one");
-    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
-}
-
-TEST_F(ReconcileCopies, OnlyCopiesThatWereNotedAreTouched) {
-    const std::string other = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000001";
-    memory.write(other, "one");
-    reconcile();
-    EXPECT_EQ(memory.read(other), "one");
-}
-
-TEST_F(ReconcileCopies, APublishedCopyWhoseOriginalStandsIsTakenAwayAgain) {
-    copy("/r/a", "/r/ordovan+/a");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was taken away again; the file is where it was."));
-    EXPECT_FALSE(memory.item("/r/ordovan+/a"));
-    EXPECT_EQ(memory.read("/r/a"), "one");
-    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
-}
-
-TEST_F(ReconcileCopies, ACopyThatDiffersFromItsOriginalStays) {
-    memory.write("/r/ordovan+/a", "two");
-    EXPECT_THAT(sentences(reconcile()), ElementsAre("A file already exists at the destination; left untouched."));
-    memory.write("/r/ordovan+/a", "one");
-    memory.write("/r/a", "new");
-    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
-    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
-    EXPECT_EQ(memory.read("/r/a"), "new");
-}
-
-TEST_F(ReconcileCopies, AFileBesideItsOwnPartialCopyIsNotTheRunsAndStays) {
-    copy("/r/a", "/r/ordovan+/a");
-    memory.write(partial, "one");
-    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
-    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
-    memory.setModified("/r/ordovan+/a", 5);
-    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 0, 1, 0));
-    EXPECT_FALSE(memory.item(partial));
-    EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
-    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
-}
-
-TEST_F(ReconcileCopies, AnEqualFileOfAnotherTimeIsNotTheRunsAndStays) {
-    copy("/r/a", "/r/ordovan+/a");
-    memory.setModified("/r/ordovan+/a", 5);
-    EXPECT_THAT(sentences(reconcile()), ElementsAre("A file already exists at the destination; left untouched."));
-    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
-}
-
-TEST_F(ReconcileCopies, ACopyOfAFileThatWasEmptiedSinceStaysAndIsSaid) {
-    memory.write(partial, "one");
-    memory.write("/r/a", "");
-    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
-    EXPECT_EQ(memory.read(partial), "one");
-}
-
-TEST_F(ReconcileCopies, AFileThatWasCarriedOverGetsItsEntry) {
-    copy("/r/a", "/r/ordovan+/a");
-    memory.removeTree("/r/a");
-    const auto found = reconcile();
-    EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("Copied, verified and moved."));
-    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
-}
-
-TEST_F(ReconcileCopies, AVerifiedCopyWithoutItsOriginalIsPutInPlace) {
-    memory.write(partial, "one");
-    memory.removeTree("/r/a");
-    const auto found = OrdovanReconciler::reconcile(run, ports());
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 1, 0));
-    EXPECT_THAT(sentences(found), ElementsAre("Its verified copy was put in place."));
-    EXPECT_EQ(found.run.outcomes[0].status, OrdovanExecutionStatus::moved);
-    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
-    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
-    EXPECT_EQ(reconcile().journal, found.journal);
-}
-
-TEST_F(ReconcileCopies, AnUnfinishedCopyWithoutItsOriginalStaysAndIsSaid) {
-    memory.write(partial, "on");
-    memory.removeTree("/r/a");
-    const auto found = reconcile();
-    EXPECT_THAT(sentences(found), ElementsAre(std::string("An unfinished copy of it lies at ") + partial + "."));
-    EXPECT_EQ(memory.read(partial), "on");
-    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
-}
-
-TEST_F(ReconcileCopies, AVerifiedCopyThatHasNoPlaceToGoStaysAndIsSaid) {
-    memory.write(partial, "one");
-    memory.removeTree("/r/a");
-    memory.write("/r/ordovan+/a", "other");
-    EXPECT_THAT(sentences(reconcile()), ElementsAre(std::string("A verified copy of it lies at ") + partial + "."));
-    EXPECT_EQ(memory.read(partial), "one");
-}
-
-TEST_F(ReconcileCopies, ACopyThatIsOutOfSightWithItsOriginalKeepsAnEntry) {
-    memory.removeTree("/r/a");
-    const auto found = reconcile();
-    EXPECT_THAT(sentences(found), ElementsAre(lost));
-    EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
-}
-
 // Scope.
 
 TEST_F(Reconcile, NothingOutsideTheFolderIsTouchedWhateverTheRecordSays) {
@@ -459,42 +336,6 @@ TEST_F(Reconcile, AHashThatFailsDecidesNothing) {
     EXPECT_FALSE(found.isComplete);
     EXPECT_THAT(found.journal.entries, IsEmpty());
     EXPECT_TRUE(reconcile().isComplete);
-}
-
-TEST_F(ReconcileCopies, EveryCallMayFailAndTheNextTimeMakesItGood) {
-    const std::vector<std::function<void()>> states = {
-        [&] { memory.write(partial, "on"); },
-        [&] { copy("/r/a", "/r/ordovan+/a"); },
-        [&] {
-            memory.write(partial, "one");
-            memory.removeTree("/r/a");
-        },
-        [&] {
-            copy("/r/a", "/r/ordovan+/a");
-            memory.removeTree("/r/a");
-        },
-    };
-    for (const auto& state : states) {
-        for (std::size_t number = 1;; ++number) {
-            memory.removeTree("/r");
-            fs.reset();
-            run = {};
-            memory.addVolume("/r/ordovan+");
-            tree({"a = one"});
-            intend("/r/a", "/r/ordovan+/a");
-            note(NoteKind::begun, "one", partial, false);
-            state();
-            fs.failCall(number, EIO);
-            (void)OrdovanReconciler::reconcile(run, ports());
-            const bool wasHit = fs.faultsDone() > 0;
-            fs.reset();
-            const auto found = reconcile();
-            EXPECT_TRUE(found.isComplete);
-            EXPECT_EQ(memory.contents(), std::multiset<std::string>{digestOf("one")});
-            EXPECT_EQ(found.journal.entries.empty(), memory.read("/r/a").has_value());
-            if (!wasHit) break;
-        }
-    }
 }
 
 // What is said.
