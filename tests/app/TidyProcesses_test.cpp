@@ -4,6 +4,7 @@
 #include "OrdovanCore/testing/FaultyFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/ManualTaskRunner.h"
+#include "tests/support/OtherPorts.h"
 #include "tests/support/QtTestMain.h"
 #include "tests/support/TempFolder.h"
 
@@ -14,6 +15,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using ordovan::test::ManualTaskRunner;
@@ -47,29 +49,13 @@ struct Place {
 class Program {
 public:
     explicit Program(const Place& place) : environment_(place.locations()) {
-        TidyPorts ports = environment_.ports();
-        model =
-            std::make_unique<TidyViewModel>(TidyPorts{.fileSystem = fs,
-                                                      .makeRunFileSystem = {},
-                                                      .hashAhead = {},
-                                                      .contents = nullptr,
-                                                      .makeDirectoryReader = ports.makeDirectoryReader,
-                                                      .supportsCaseSensitiveNames = ports.supportsCaseSensitiveNames,
-                                                      .removeEmptyFolders = ports.removeEmptyFolders,
-                                                      .writeDocument = ports.writeDocument,
-                                                      .resolveExisting = ports.resolveExisting,
-                                                      .ownFolders = ports.ownFolders,
-                                                      .tryLockFolder = ports.tryLockFolder,
-                                                      .clock = ports.clock,
-                                                      .timeZone = ports.timeZone,
-                                                      .tasks = tasks,
-                                                      .journals = ports.journals,
-                                                      .history = ports.history,
-                                                      .trashRecords = ports.trashRecords,
-                                                      .recentFolders = ports.recentFolders,
-                                                      .settings = ports.settings,
-                                                      .rules = ports.rules},
-                                            TidyViewModel::Options{});
+        TidyPorts ports = ordovan::test::withOthers(environment_.ports(), fs, tasks);
+        // What acts past the file system under watch.
+        ports.makeRunFileSystem = {};
+        ports.hashAhead = {};
+        ports.contents = nullptr;
+        ports.recording = {};
+        model = std::make_unique<TidyViewModel>(std::move(ports), TidyViewModel::Options{});
         model->chooseFolder(place.root());
         tasks.finish();
     }

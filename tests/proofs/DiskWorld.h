@@ -4,6 +4,7 @@
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 #include "tests/support/ManualTaskRunner.h"
+#include "tests/support/OtherPorts.h"
 #include "tests/support/SecondVolume.h"
 #include "tests/support/TempFolder.h"
 
@@ -165,7 +166,10 @@ private:
 class Program {
 public:
     explicit Program(const Disk& disk, const Url& root) : environment_(disk.locations()) {
-        model_ = std::make_unique<TidyViewModel>(inline_(environment_.ports()), TidyViewModel::Options{});
+        const TidyPorts real = environment_.ports();
+        // Without threads.
+        model_ =
+            std::make_unique<TidyViewModel>(test::withOthers(real, real.fileSystem, tasks_), TidyViewModel::Options{});
         model_->chooseFolder(root);
         tasks_.finish();
     }
@@ -205,31 +209,6 @@ public:
     }
 
 private:
-    /// The real ports, but for the threads.
-    TidyPorts inline_(const TidyPorts& real) {
-        return {.fileSystem = real.fileSystem,
-                .makeRunFileSystem = real.makeRunFileSystem,
-                .hashAhead = real.hashAhead,
-                .contents = real.contents,
-                .makeDirectoryReader = real.makeDirectoryReader,
-                .supportsCaseSensitiveNames = real.supportsCaseSensitiveNames,
-                .removeEmptyFolders = real.removeEmptyFolders,
-                .writeDocument = real.writeDocument,
-                .resolveExisting = real.resolveExisting,
-                .ownFolders = real.ownFolders,
-                .tryLockFolder = real.tryLockFolder,
-                .clock = real.clock,
-                .timeZone = real.timeZone,
-                .tasks = tasks_,
-                .journals = real.journals,
-                .history = real.history,
-                .trashRecords = real.trashRecords,
-                .recentFolders = real.recentFolders,
-                .settings = real.settings,
-                .rules = real.rules,
-                .recording = real.recording};
-    }
-
     SystemEnvironment environment_;
     test::ManualTaskRunner tasks_;
     std::unique_ptr<TidyViewModel> model_;
