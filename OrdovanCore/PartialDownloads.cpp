@@ -39,10 +39,6 @@ static_assert(std::ranges::all_of(table, [](std::string_view ending) { return en
 
 namespace OrdovanPartialDownloads {
 
-std::span<const std::string_view> endings() {
-    return table;
-}
-
 bool isPartialDownload(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     if (dot == std::string_view::npos || dot == 0) return false;

@@ -1,16 +1,12 @@
 #pragma once
 
-#include <span>
 #include <string_view>
 
 /// Files that a program is still downloading, or has given up: moved away, the download could not go on.
 namespace OrdovanPartialDownloads {
 
-/// What such files' names end in, in lower case, without the dot before it; sorted.
-[[nodiscard]] std::span<const std::string_view> endings();
-
 /// Whether a file's name (its last path component) says that it is a partial download: something, a dot and one of the
-/// endings, in upper or lower case. Only the name is looked at. Any thread.
+/// endings of such files, in upper or lower case. Only the name is looked at. Any thread.
 [[nodiscard]] bool isPartialDownload(std::string_view name);
 
 /// What is said of one that is proposed: the reason alone, and as a sentence for the user.

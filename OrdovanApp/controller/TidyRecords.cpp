@@ -193,9 +193,3 @@ bool TidyViewModel::journalUnsaved() const {
 bool TidyViewModel::canSaveRecords() const {
     return ports_.journals.canSave();
 }
-
-std::optional<std::string_view> TidyViewModel::runObstacle() const {
-    if (isApplying_) return "Files are being organized or put back. Try again when that has finished.";
-    if (isTrashing_) return "Files are on their way to or from the Trash. Try again when that has finished.";
-    return std::nullopt;
-}

@@ -152,8 +152,6 @@ public:
     void dismissInterruptedRun();
     /// Whether something that can be undone or put back is in memory only, and lost when the program ends.
     [[nodiscard]] bool journalUnsaved() const;
-    /// Why no run can be started while another goes on, as a sentence; nothing when none does.
-    [[nodiscard]] std::optional<std::string_view> runObstacle() const;
     /// The rules, settings and overrides as the last preview used them.
     [[nodiscard]] const OrdovanRuleSet& rules() const { return rules_; }
     [[nodiscard]] bool groupByMonth() const { return groupByMonth_; }

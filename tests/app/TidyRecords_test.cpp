@@ -149,19 +149,6 @@ TEST_F(TidyRecords, AreTriedBeforeARun) {
     EXPECT_FALSE(model->canSaveRecords());
 }
 
-TEST_F(TidyRecords, OfARunUnderWayStandInTheWayOfAnother) {
-    const auto model = previewed();
-    EXPECT_EQ(model->runObstacle(), std::nullopt);
-    EXPECT_TRUE(model->organize());
-    EXPECT_EQ(model->runObstacle(), "Files are being organized or put back. Try again when that has finished.");
-    tasks.finish();
-    EXPECT_EQ(model->runObstacle(), std::nullopt);
-    EXPECT_TRUE(model->trashBigFiles({{Url::file("/r/ordovan+/Documents/x.pdf"), 1}}));
-    EXPECT_EQ(model->runObstacle(), "Files are on their way to or from the Trash. Try again when that has finished.");
-    tasks.finish();
-    EXPECT_EQ(model->runObstacle(), std::nullopt);
-}
-
 TEST_F(TidyRecords, ReadWhileARunMovesNothingStay) {
     const auto other = previewed();
     const auto model = previewed({.repreviewsAfterRuns = false});
