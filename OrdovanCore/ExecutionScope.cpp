@@ -8,11 +8,20 @@
 
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
+using ordovan::hasDotDotPiece;
 
 namespace {
 
 /// Bytes of a path that the system takes, the closing NUL included (PATH_MAX, limits.h(0p)).
 constexpr std::size_t longestPath = 4096;
+
+bool isCanonical(std::string_view path) {
+    return ordovan::isNormalPath(path) && ordovan::text::isComposed(path);
+}
+
+}  // namespace
+
+namespace ordovan {
 
 bool hasDotDotPiece(std::string_view path) {
     for (std::size_t at = path.find(".."); at != std::string_view::npos; at = path.find("..", at + 1)) {
@@ -22,14 +31,6 @@ bool hasDotDotPiece(std::string_view path) {
     }
     return false;
 }
-
-bool isCanonical(std::string_view path) {
-    return ordovan::isNormalPath(path) && ordovan::text::isComposed(path);
-}
-
-}  // namespace
-
-namespace ordovan {
 
 bool namesOnePlace(const Url& url) {
     const std::string_view path = url.path();

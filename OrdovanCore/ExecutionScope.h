@@ -7,6 +7,9 @@
 
 namespace ordovan {
 
+/// True when a path has a ".." piece.
+[[nodiscard]] bool hasDotDotPiece(std::string_view path);
+
 /// True for a URL whose text alone says where it is, and that a record can name: a file URL with an absolute path in
 /// UTF-8, no longer than the system takes (4,095 bytes), without NUL and without a ".." piece (behind a link that would
 /// be another folder than the text says).

@@ -1,13 +1,14 @@
 #include "OrdovanCore/Journal.h"
 
+#include "OrdovanCore/EntryRecord.h"
 #include "OrdovanCore/Json.h"
 
 #include <array>
 #include <cstring>
-#include <unordered_set>
 #include <utility>
 
 namespace json = ordovan::json;
+namespace records = ordovan::records;
 
 /// What stands in front of an entry's texts: source, destination, content hash and file identity, one behind the
 /// other. The last one's size is what remains. There is no padding, since entries are compared byte by byte.
@@ -133,53 +134,25 @@ public:
 }  // namespace
 
 bool OrdovanJournal::encode(const Sink& sink) const {
-    std::string piece;
-    piece.reserve(json::encodedPieceSize + 16 * 1024);
-    piece += "{\n  \"createdAtEpoch\": ";
-    json::appendNumber(piece, createdAtEpoch);
-    piece += ",\n  \"entries\": [";
-    bool first = true;
-    for (const OrdovanJournalEntry& entry : entries) {
-        piece += first ? "\n" : ",\n";
-        first = false;
-        appendEntry(piece, entry);
-        if (piece.size() < json::encodedPieceSize) continue;
-        if (!sink(piece)) return false;
-        piece.clear();
-    }
-    piece += entries.empty() ? "]" : "\n  ]";
-    piece += ",\n  \"version\": ";
-    json::appendInteger(piece, version);
-    piece += "\n}\n";
-    return sink(piece);
+    std::string begin = "{\n  \"createdAtEpoch\": ";
+    json::appendNumber(begin, createdAtEpoch);
+    begin += ",\n  \"entries\": [";
+    std::string end = ",\n  \"version\": ";
+    json::appendInteger(end, version);
+    end += "\n}\n";
+    return records::encode(std::move(begin), entries, appendEntry, end, sink);
 }
 
 std::string OrdovanJournal::encoded() const {
-    std::string text;
-    encode([&text](std::string_view piece) {
-        text += piece;
-        return true;
-    });
-    return text;
+    return records::encoded(*this);
 }
 
 std::expected<OrdovanJournal, OrdovanRecordError> OrdovanJournal::decoded(std::string_view from) {
-    OrdovanJournalDecoder decoder;
-    decoder.feed(from);
-    return decoder.finish();
+    return records::decoded<OrdovanJournalDecoder>(from);
 }
 
 OrdovanJournal OrdovanJournal::appending(const OrdovanJournal& other) const {
-    std::unordered_set<std::string_view> replaced;
-    replaced.reserve(other.entries.size());
-    for (const OrdovanJournalEntry& entry : other.entries) replaced.insert(entry.destination());
-    OrdovanJournal joined{version, other.createdAtEpoch, {}};
-    joined.entries.reserve(entries.size() + other.entries.size());
-    for (const OrdovanJournalEntry& entry : entries) {
-        if (!replaced.contains(entry.destination())) joined.entries.push_back(entry);
-    }
-    joined.entries.insert(joined.entries.end(), other.entries.begin(), other.entries.end());
-    return joined;
+    return {version, other.createdAtEpoch, records::joined(entries, other.entries)};
 }
 
 struct OrdovanJournalDecoder::State {
@@ -196,17 +169,5 @@ bool OrdovanJournalDecoder::feed(std::string_view piece) {
 }
 
 std::expected<OrdovanJournal, OrdovanRecordError> OrdovanJournalDecoder::finish() {
-    if (auto finished = state_->reader.finish(); !finished) {
-        return std::unexpected(OrdovanRecordError(std::move(finished.error())));
-    }
-    OrdovanJournal& journal = state_->receiver.journal;
-    using enum OrdovanJournalError::Case;
-    if (journal.version != OrdovanJournal::supportedVersion) {
-        return std::unexpected(OrdovanJournalError{unsupportedVersion, journal.version});
-    }
-    if (state_->receiver.count > OrdovanJournal::maxEntries) {
-        const auto count = static_cast<std::int64_t>(state_->receiver.count);
-        return std::unexpected(OrdovanJournalError{tooLarge, count});
-    }
-    return std::move(journal);
+    return records::finished(state_->reader, state_->receiver.journal, state_->receiver.count);
 }

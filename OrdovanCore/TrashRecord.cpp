@@ -1,15 +1,16 @@
 #include "OrdovanCore/TrashRecord.h"
 
+#include "OrdovanCore/EntryRecord.h"
 #include "OrdovanCore/Json.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <type_traits>
-#include <unordered_set>
 #include <utility>
 
 namespace json = ordovan::json;
+namespace records = ordovan::records;
 using Status = OrdovanExecutionStatus;
 
 /// What stands in front of an entry's texts: original path, trashed path and content hash, one behind the other. The
@@ -107,49 +108,20 @@ std::size_t countOf(const std::vector<OrdovanExecutionOutcome>& outcomes, Status
 }  // namespace
 
 bool OrdovanTrashRecord::encode(const Sink& sink) const {
-    std::string piece;
-    piece.reserve(json::encodedPieceSize + 16 * 1024);
-    piece += "{\n  \"entries\": [";
-    bool first = true;
-    for (const OrdovanTrashEntry& entry : entries) {
-        piece += first ? "\n" : ",\n";
-        first = false;
-        appendEntry(piece, entry);
-        if (piece.size() < json::encodedPieceSize) continue;
-        if (!sink(piece)) return false;
-        piece.clear();
-    }
-    piece += entries.empty() ? "]" : "\n  ]";
-    piece += ",\n  \"version\": " + std::to_string(version) + "\n}\n";
-    return sink(piece);
+    const std::string end = ",\n  \"version\": " + std::to_string(version) + "\n}\n";
+    return records::encode("{\n  \"entries\": [", entries, appendEntry, end, sink);
 }
 
 std::string OrdovanTrashRecord::encoded() const {
-    std::string text;
-    encode([&text](std::string_view piece) {
-        text += piece;
-        return true;
-    });
-    return text;
+    return records::encoded(*this);
 }
 
 std::expected<OrdovanTrashRecord, OrdovanRecordError> OrdovanTrashRecord::decoded(std::string_view from) {
-    OrdovanTrashRecordDecoder decoder;
-    decoder.feed(from);
-    return decoder.finish();
+    return records::decoded<OrdovanTrashRecordDecoder>(from);
 }
 
 OrdovanTrashRecord OrdovanTrashRecord::appending(const OrdovanTrashRecord& other) const {
-    std::unordered_set<std::string_view> replaced;
-    replaced.reserve(other.entries.size());
-    for (const OrdovanTrashEntry& entry : other.entries) replaced.insert(entry.original());
-    OrdovanTrashRecord joined{version, {}};
-    joined.entries.reserve(entries.size() + other.entries.size());
-    for (const OrdovanTrashEntry& entry : entries) {
-        if (!replaced.contains(entry.original())) joined.entries.push_back(entry);
-    }
-    joined.entries.insert(joined.entries.end(), other.entries.begin(), other.entries.end());
-    return joined;
+    return {version, records::joined(entries, other.entries)};
 }
 
 struct OrdovanTrashRecordDecoder::State {
@@ -166,19 +138,7 @@ bool OrdovanTrashRecordDecoder::feed(std::string_view piece) {
 }
 
 std::expected<OrdovanTrashRecord, OrdovanRecordError> OrdovanTrashRecordDecoder::finish() {
-    if (auto finished = state_->reader.finish(); !finished) {
-        return std::unexpected(OrdovanRecordError(std::move(finished.error())));
-    }
-    OrdovanTrashRecord& record = state_->receiver.result;
-    using enum OrdovanJournalError::Case;
-    if (record.version != OrdovanTrashRecord::supportedVersion) {
-        return std::unexpected(OrdovanJournalError{unsupportedVersion, record.version});
-    }
-    if (state_->receiver.count > OrdovanTrashRecord::maxEntries) {
-        const auto count = static_cast<std::int64_t>(state_->receiver.count);
-        return std::unexpected(OrdovanJournalError{tooLarge, count});
-    }
-    return std::move(record);
+    return records::finished(state_->reader, state_->receiver.result, state_->receiver.count);
 }
 
 std::size_t OrdovanTrashReport::movedCount() const {

@@ -1,6 +1,7 @@
 #include "OrdovanCore/platform/FileFacts.h"
 
 #include "OrdovanCore/platform/Descriptor.h"
+#include "OrdovanCore/platform/Failure.h"
 #include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
@@ -22,10 +23,6 @@ std::int64_t nanoseconds(const ::timespec& time) {
     constexpr std::int64_t perSecond = 1'000'000'000;
     constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max() / perSecond - 1;
     return std::clamp<std::int64_t>(time.tv_sec, -most, most) * perSecond + time.tv_nsec;
-}
-
-std::unexpected<OrdovanSystemError> failure(int error) {
-    return std::unexpected(OrdovanSystemError::posix(error));
 }
 
 FileFacts told(const struct ::stat& facts) {

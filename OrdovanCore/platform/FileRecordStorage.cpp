@@ -1,6 +1,7 @@
 #include "OrdovanCore/platform/FileRecordStorage.h"
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/Failure.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
@@ -17,11 +18,6 @@ namespace ordovan {
 namespace {
 
 constexpr std::size_t pieceSize = 256 << 10;
-
-OrdovanResult<void> outcome(int error) {
-    if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
-    return {};
-}
 
 /// Gathers small pieces, so that a producer may hand over single words.
 class BufferedWriter {

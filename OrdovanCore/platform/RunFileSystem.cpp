@@ -1,6 +1,8 @@
 #include "OrdovanCore/platform/RunFileSystem.h"
 
+#include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/TrashPlace.h"
+#include "OrdovanCore/platform/Failure.h"
 #include "OrdovanCore/platform/FileCopy.h"
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
@@ -15,22 +17,6 @@
 namespace ordovan {
 
 namespace {
-
-std::unexpected<OrdovanSystemError> failure(int error) {
-    return std::unexpected(OrdovanSystemError::posix(error));
-}
-
-OrdovanResult<void> outcome(int error) {
-    if (error != 0) return failure(error);
-    return {};
-}
-
-bool hasDotDotPiece(std::string_view path) {
-    for (std::size_t at = path.find("/.."); at != std::string_view::npos; at = path.find("/..", at + 1)) {
-        if (at + 3 == path.size() || path[at + 3] == '/') return true;
-    }
-    return false;
-}
 
 /// The last piece of a path, ended by NUL as the path is.
 const char* nameIn(const SystemPath& path) {

@@ -1,6 +1,7 @@
 #include "OrdovanCore/platform/SystemFileSystem.h"
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/Failure.h"
 #include "OrdovanCore/platform/FileCopy.h"
 #include "OrdovanCore/platform/FileHash.h"
 #include "OrdovanCore/platform/Folders.h"
@@ -13,18 +14,11 @@
 #include <optional>
 #include <string>
 
+using ordovan::failure;
+using ordovan::outcome;
 using ordovan::SystemPath;
 
 namespace {
-
-std::unexpected<OrdovanSystemError> failure(int error) {
-    return std::unexpected(OrdovanSystemError::posix(error));
-}
-
-OrdovanResult<void> outcome(int error) {
-    if (error != 0) return failure(error);
-    return {};
-}
 
 std::unexpected<OrdovanSystemError> notExamined() {
     return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileReadNoSuchFile));

@@ -1,6 +1,7 @@
 #include "OrdovanCore/platform/Trash.h"
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
+#include "OrdovanCore/platform/Failure.h"
 #include "OrdovanCore/platform/MovedItem.h"
 #include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
@@ -16,10 +17,6 @@ namespace {
 
 /// How often a name may be taken between the look at it and its use.
 constexpr unsigned maxAttempts = 1000;
-
-std::unexpected<OrdovanSystemError> failure(int error) {
-    return std::unexpected(OrdovanSystemError::posix(error));
-}
 
 bool examine(const Descriptor& folder, const std::string& name, struct ::stat& facts) {
     return ::fstatat(folder.get(), name.c_str(), &facts, AT_SYMLINK_NOFOLLOW) == 0;
