@@ -6,9 +6,9 @@
 
 #include <algorithm>
 
+using ordovan::hasDotDotPiece;
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
-using ordovan::hasDotDotPiece;
 
 namespace {
 

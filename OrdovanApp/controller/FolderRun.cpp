@@ -101,9 +101,9 @@ void Record::lookAt(OrdovanRunItem& item) {
     const std::string_view device = identity.substr(0, identity.find(':'));
     if (device != device_) {
         device_ = device;
-        keepsIdentities_ = !ports_.recording.keepsIdentities || ports_.recording.keepsIdentities(source);
+        keepsInodes_ = !ports_.recording.keepsInodes || ports_.recording.keepsInodes(source);
     }
-    if (keepsIdentities_) item.identity = std::move(facts->identity);
+    if (keepsInodes_) item.identity = std::move(facts->identity);
 }
 
 /// Whether a file may be one with what lies at its destination already. With a single name it can not.

@@ -104,9 +104,9 @@ private:
     bool leavesSomething_ = false;
     OrdovanRunIntent intent_;
     ordovan::FactsFunction facts_;
-    std::string below_;            // what the paths in the run's folder begin with
-    std::string device_;           // the last file's, as identities name it
-    bool keepsIdentities_ = true;  // what that device does
+    std::string below_;        // what the paths in the run's folder begin with
+    std::string device_;       // the last file's, as identities name it
+    bool keepsInodes_ = true;  // what that device does
     std::unique_ptr<ordovan::RunNotes> notes_;
     std::optional<ordovan::RecordedFileSystem> recorded_;
 };

@@ -139,6 +139,7 @@ TidyPorts SystemEnvironment::ports() {
                                   ordovan::forgetTrashInfo(item.path(), putBackTo.path());
                               },
                           .syncMoves = ordovan::syncMoves,
+                          .keepsInodes = ordovan::keepsInodes,
                           .keepsIdentities = ordovan::keepsIdentities}};
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace ordovan {
 
@@ -21,15 +22,25 @@ constexpr std::array<unsigned long, 6> typesWithPassingNumbers = {
     0xfe534d42,  // SMB2_SUPER_MAGIC
 };
 
-}  // namespace
+constexpr unsigned long btrfs = 0x9123683e;  // BTRFS_SUPER_MAGIC
 
-bool keepsIdentities(const Url& item) {
+/// The type of the file system that holds an item; nothing where that can not be found out.
+std::optional<unsigned long> typeOf(const Url& item) {
     const SystemPath path(item);
     struct ::statfs volume;
-    if (path.error() != 0 || ::statfs(path.text(), &volume) != 0) return true;
+    if (path.error() != 0 || ::statfs(path.text(), &volume) != 0) return std::nullopt;
     // The field is signed on some machines and must not drag its sign along.
-    const unsigned long type = static_cast<unsigned long>(volume.f_type) & 0xffffffff;
-    return std::ranges::find(typesWithPassingNumbers, type) == typesWithPassingNumbers.end();
+    return static_cast<unsigned long>(volume.f_type) & 0xffffffff;
+}
+
+}  // namespace
+
+bool keepsInodes(const Url& item) {
+    return std::ranges::find(typesWithPassingNumbers, typeOf(item)) == typesWithPassingNumbers.end();
+}
+
+bool keepsIdentities(const Url& item) {
+    return keepsInodes(item) && typeOf(item) != btrfs;
 }
 
 }  // namespace ordovan

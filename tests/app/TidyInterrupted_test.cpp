@@ -697,7 +697,7 @@ TEST(TidyInterrupted, ARecordThatCanNotBeSetAsideIsNotWrittenOver) {
 TEST(TidyInterrupted, VolumesThatDoNotKeepIdentitiesGetNoneInTheJournal) {
     World world;
     std::vector<std::string> asked;
-    world.keepsIdentities = [&](const Url& item) {
+    world.keepsInodes = world.keepsIdentities = [&](const Url& item) {
         asked.emplace_back(item.path());
         return false;
     };
@@ -712,9 +712,20 @@ TEST(TidyInterrupted, VolumesThatDoNotKeepIdentitiesGetNoneInTheJournal) {
     EXPECT_EQ(world.model->lastReport()->movedCount(), 3U);
 }
 
-TEST(TidyInterrupted, OnVolumesThatDoNotKeepIdentitiesIsSettledAsWell) {
+TEST(TidyInterrupted, VolumesThatKeepOnlyInodesHaveThemInTheRecordOfARunAlone) {
     World world;
     world.keepsIdentities = [](const Url&) { return false; };
+    world.start();
+    ASSERT_TRUE(world.isKilledAt(30, Moment::after, Notes::none, &World::organize));
+    EXPECT_EQ(world.runRecord()->find(R"("identity":"")"), std::string::npos);
+    world.start();
+    ASSERT_TRUE(world.model->recoverableJournal());
+    for (const auto& entry : world.model->recoverableJournal()->entries) EXPECT_EQ(entry.fileID(), "");
+}
+
+TEST(TidyInterrupted, OnVolumesThatDoNotKeepIdentitiesIsSettledAsWell) {
+    World world;
+    world.keepsInodes = world.keepsIdentities = [](const Url&) { return false; };
     world.start();
     ASSERT_TRUE(world.isKilledAt(30, Moment::after, Notes::none, &World::organize));
     world.start();

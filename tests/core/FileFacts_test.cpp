@@ -17,6 +17,7 @@
 
 using ordovan::factsOf;
 using ordovan::keepsIdentities;
+using ordovan::keepsInodes;
 using ordovan::test::error;
 using ordovan::test::SecondVolume;
 using ordovan::test::TempFolder;
@@ -100,7 +101,7 @@ TEST(FileFacts, OfManyAreWhatEachOfThemTells) {
 
 TEST(StableIdentity, IsOfTheOrdinaryVolumesAndOfWhatCanNotBeTold) {
     const TempFolder t;
-    EXPECT_TRUE(keepsIdentities(t.url()));
+    EXPECT_TRUE(keepsInodes(t.url()));
     EXPECT_TRUE(keepsIdentities(t.url("missing")));
     EXPECT_TRUE(keepsIdentities(Url::file("relative")));
 }

@@ -72,15 +72,21 @@ public:
         ::close(folder);
     }
 
-    /// The computer is started again: the volume is mounted from what its device holds. False when it has another
-    /// device number now (of btrfs, when another mount has come by the old one): what was recorded by identity is then
-    /// not found again, as told.
-    [[nodiscard]] bool startAgain() {
-        const ::dev_t before = number();
+    /// The computer is started again: the volume is mounted from what its device holds.
+    void startAgain() {
         detach();
         if (type_ == "btrfs") std::filesystem::rename(image_ + ".cut", image_);
         attach();
-        return type_ != "btrfs" || number() == before;
+    }
+    /// The volume is unmounted and mounted again; in between something else is, which may take its device number.
+    void mountAgain() {
+        detach();
+        others_.push_back(std::make_unique<test::SecondVolume>());
+        attach();
+    }
+    [[nodiscard]] ::dev_t number() const {
+        struct ::stat facts{};
+        return ::stat(path().c_str(), &facts) == 0 ? facts.st_dev : 0;
     }
 
 private:
@@ -95,10 +101,6 @@ private:
             throw std::system_error(errno, std::generic_category(), "can not mount " + type_);
         }
     }
-    [[nodiscard]] ::dev_t number() const {
-        struct ::stat facts{};
-        return ::stat(path().c_str(), &facts) == 0 ? facts.st_dev : 0;
-    }
     void detach() {
         ::umount2(path().c_str(), 0);
         (void)did("losetup -d " + device_);
@@ -109,6 +111,7 @@ private:
     std::string image_;
     test::TempFolder at_;
     std::string device_;
+    std::vector<std::unique_ptr<test::SecondVolume>> others_;
 };
 
 }  // namespace ordovan::proofs

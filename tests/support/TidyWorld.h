@@ -89,10 +89,12 @@ public:
                 .findInTrash = stand.findInTrash,
                 .removeTrashInfo = stand.removeTrashInfo,
                 .forgetTrashInfo = stand.forgetTrashInfo,
+                .keepsInodes = keepsInodes,
                 .keepsIdentities = keepsIdentities};
     }
 
     bool recordsRuns = true;
+    std::function<bool(const Url&)> keepsInodes;
     std::function<bool(const Url&)> keepsIdentities;
 
     decltype(TidyPorts::makeRunFileSystem) makeRunFileSystem;
