@@ -25,7 +25,7 @@ constexpr const char* stays =
 
 /// A folder whose output folder is another volume.
 class TidyLeftovers : public TidyWorld {
-protected:
+public:
     TidyLeftovers() {
         tree({"x.pdf = one"});
         memory.addVolume("/r/ordovan+");
@@ -61,7 +61,54 @@ protected:
     std::unique_ptr<TidyViewModel> model;
 };
 
+/// The same, once for each call at which the program ends.
+struct Killable : TidyLeftovers {
+    struct Killed {};
+    void TestBody() override {}
+
+    /// Organizes, and ends the program before or after the n-th call of the disk. False when there are fewer.
+    bool isKilledAt(std::size_t number, bool before) {
+        std::size_t count = 0;
+        const auto onCall = [&](const FaultyFileSystem::Call&) {
+            if (++count == number) throw Killed();
+        };
+        before ? fs.setBeforeCall(onCall) : fs.setAfterCall(onCall);
+        bool isKilled = false;
+        try {
+            organize();
+        } catch (const Killed&) {
+            isKilled = true;
+        }
+        fs.setAfterCall({});
+        return isKilled;
+    }
+    void expectOnlyTheOriginal() {
+        EXPECT_EQ(memory.read(from), "one");
+        EXPECT_FALSE(memory.item(to));
+        EXPECT_THAT(hidden(), IsEmpty());
+        EXPECT_FALSE(hasRunRecord());
+    }
+};
+
 }  // namespace
+
+TEST_F(TidyLeftovers, OfAProgramThatEndsWhileItTakesAMoveBackArePutRight) {
+    for (const bool before : {true, false}) {
+        for (std::size_t number = 1;; ++number) {
+            SCOPED_TRACE("ended at call " + std::to_string(number));
+            Killable world;
+            world.fs.failCall(Operation::remove, 1, EACCES);  // the original's: it gets its name back, the copy goes
+            if (!world.isKilledAt(number, before)) {
+                EXPECT_GT(number, 30U);
+                world.expectOnlyTheOriginal();
+                break;
+            }
+            world.start();
+            world.expectOnlyTheOriginal();
+            if (HasFailure()) return;
+        }
+    }
+}
 
 TEST_F(TidyLeftovers, AreNoneWhenAllGoesWell) {
     EXPECT_EQ(organize(), moved);
