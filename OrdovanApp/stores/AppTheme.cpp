@@ -1,41 +1,20 @@
 #include "OrdovanApp/stores/AppTheme.h"
 
+#include <algorithm>
+
 namespace {
 
-struct Names {
-    AppTheme theme;
-    std::string_view raw;
-    std::string_view shown;
-};
-
-constexpr std::array<Names, 5> names = {{
-    {AppTheme::lagoon, "lagoon", "Teal"},
-    {AppTheme::sunset, "sunset", "Sunset"},
-    {AppTheme::grape, "grape", "Grape"},
-    {AppTheme::forest, "forest", "Forest"},
-    {AppTheme::candy, "candy", "Candy"},
-}};
-
-const Names& namesOf(AppTheme theme) {
-    for (const Names& row : names) {
-        if (row.theme == theme) return row;
-    }
-    return names.front();
-}
+constexpr std::array<std::string_view, AppThemes::allCases.size()> names = {"lagoon", "sunset", "grape", "forest",
+                                                                            "candy"};
 
 }  // namespace
 
 std::optional<AppTheme> AppThemes::fromRawValue(std::string_view rawValue) {
-    for (const Names& row : names) {
-        if (row.raw == rawValue) return row.theme;
-    }
-    return std::nullopt;
+    const auto* const name = std::ranges::find(names, rawValue);
+    if (name == names.end()) return std::nullopt;
+    return allCases.at(static_cast<std::size_t>(name - names.begin()));
 }
 
 std::string_view rawValue(AppTheme theme) {
-    return namesOf(theme).raw;
-}
-
-std::string_view shownName(AppTheme theme) {
-    return namesOf(theme).shown;
+    return names.at(static_cast<std::size_t>(theme));
 }

@@ -20,5 +20,3 @@ inline constexpr std::array<AppTheme, 5> allCases = {AppTheme::lagoon, AppTheme:
 
 /// The stored name: the case name.
 [[nodiscard]] std::string_view rawValue(AppTheme theme);
-/// The name shown to the user.
-[[nodiscard]] std::string_view shownName(AppTheme theme);

@@ -20,6 +20,8 @@ public:
 
     /// The widget that the ring is around, or null where none is shown.
     [[nodiscard]] QWidget* target() const;
+    /// Whether a key was the last thing that was pressed, not a button of the pointer.
+    [[nodiscard]] bool usesKeyboard() const { return keyboard_; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

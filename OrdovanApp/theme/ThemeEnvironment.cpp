@@ -37,6 +37,14 @@ double screenTextScale() {
     return screen == nullptr ? 1 : screen->logicalDotsPerInchY() / 96;
 }
 
+/// What the environment says of light and dark, if anything.
+std::optional<bool> forcedScheme() {
+    const QString scheme = qEnvironmentVariable("ORDOVAN_COLOR_SCHEME");
+    if (scheme == u"dark"_s) return true;
+    if (scheme == u"light"_s) return false;
+    return std::nullopt;
+}
+
 QPalette paletteOf(const ThemeColors& colors) {
     QPalette palette;
     palette.setColor(QPalette::Window, colors.window);
@@ -69,20 +77,21 @@ QPalette paletteOf(const ThemeColors& colors) {
 
 }  // namespace
 
-ThemeEnvironment::ThemeEnvironment(AppTheme theme, QObject* parent)
-    : QObject(parent),
-      theme_(theme),
+ThemeEnvironment::ThemeEnvironment(AppTheme theme) : ThemeEnvironment(theme, std::make_unique<DesktopPreferences>()) {}
+
+ThemeEnvironment::ThemeEnvironment(AppTheme theme, std::unique_ptr<DesktopPreferences> desktop)
+    : theme_(theme),
       family_(systemFamily()),
       textScale_(screenTextScale()),
-      desktop_(std::make_unique<DesktopPreferences>()) {
-    const QString scheme = qEnvironmentVariable("ORDOVAN_COLOR_SCHEME");
-    forced_ = scheme == u"light"_s || scheme == u"dark"_s;
-    const bool platformIsDark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
-    colors_ = ThemeColors::of(theme_, forced_ ? scheme == u"dark"_s : platformIsDark);
+      desktop_(std::move(desktop)),
+      forced_(forcedScheme()),
+      platformIsDark_(QGuiApplication::palette().color(QPalette::Window).lightness() < 128) {
+    colors_ = ThemeColors::of(theme_, isDark());
     QApplication::setStyle(new ThemeStyle(*this));
     apply();
     ring_ = std::make_unique<FocusRing>(*this);
-    followDesktop();
+    connect(desktop_.get(), &DesktopPreferences::changed, this, &ThemeEnvironment::takePreferences);
+    desktop_->follow();
 }
 
 ThemeEnvironment::~ThemeEnvironment() {
@@ -95,13 +104,6 @@ void ThemeEnvironment::setTheme(AppTheme theme) {
     if (theme == theme_) return;
     theme_ = theme;
     colors_ = ThemeColors::of(theme_, colors_.dark);
-    apply();
-    Q_EMIT changed();
-}
-
-void ThemeEnvironment::setDark(bool dark) {
-    if (dark == colors_.dark) return;
-    colors_ = ThemeColors::of(theme_, dark);
     apply();
     Q_EMIT changed();
 }
@@ -140,6 +142,10 @@ QFont ThemeEnvironment::font(Type type) const {
     return font;
 }
 
+bool ThemeEnvironment::usesKeyboard() const {
+    return ring_->usesKeyboard();
+}
+
 int ThemeEnvironment::scaled(int pixels) const {
     return static_cast<int>(std::lround(pixels * textScale_));
 }
@@ -150,14 +156,13 @@ void ThemeEnvironment::apply() {
     qApp->setStyleSheet(StyleSheet::of(*this));
 }
 
-void ThemeEnvironment::followDesktop() {
-    connect(desktop_.get(), &DesktopPreferences::changed, this, &ThemeEnvironment::takePreferences);
-    desktop_->follow();
+bool ThemeEnvironment::isDark() const {
+    return forced_.value_or(desktop_->dark().value_or(platformIsDark_));
 }
 
 void ThemeEnvironment::takePreferences() {
     reducedMotion_ = desktop_->reducedMotion();
-    const bool dark = forced_ ? colors_.dark : desktop_->dark().value_or(colors_.dark);
+    const bool dark = isDark();
     // Elsewhere the text scale is part of the screen's resolution already.
     const bool ownScale = QGuiApplication::platformName() == u"wayland"_s;
     const double scale = ownScale ? desktop_->textScale().value_or(textScale_) : textScale_;

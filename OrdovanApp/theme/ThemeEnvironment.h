@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class DesktopPreferences;
 class FocusRing;
@@ -21,13 +22,14 @@ class ThemeEnvironment : public QObject {
 public:
     /// Takes light or dark and reduced motion from the desktop, and follows it. `ORDOVAN_COLOR_SCHEME` ("light" or
     /// "dark") in the environment overrides it.
-    explicit ThemeEnvironment(AppTheme theme, QObject* parent = nullptr);
+    explicit ThemeEnvironment(AppTheme theme);
+    /// `desktop`: what the desktop says of its look; it is not null.
+    ThemeEnvironment(AppTheme theme, std::unique_ptr<DesktopPreferences> desktop);
     ~ThemeEnvironment() override;
 
     [[nodiscard]] AppTheme theme() const { return theme_; }
     void setTheme(AppTheme theme);
     [[nodiscard]] const ThemeColors& colors() const { return colors_; }
-    void setDark(bool dark);
 
     /// The sizes of type, in the system's face.
     enum class Type { title, sheetTitle, heading, body, bodyStrong, caption, captionStrong, figure };
@@ -36,21 +38,25 @@ public:
     [[nodiscard]] int scaled(int pixels) const;
     /// The length of an animation in milliseconds; 0 when the desktop asks for reduced motion.
     [[nodiscard]] int motion(int milliseconds) const { return reducedMotion_ ? 0 : milliseconds; }
+    /// Whether a key was the last thing that was pressed, not a button of the pointer: it is to be seen then what has
+    /// the focus.
+    [[nodiscard]] bool usesKeyboard() const;
 
 Q_SIGNALS:
     void changed();
 
 private:
     void apply();
-    void followDesktop();
     void takePreferences();
+    [[nodiscard]] bool isDark() const;
 
     AppTheme theme_;
     ThemeColors colors_;
     QString family_;
     double textScale_ = 1;
     bool reducedMotion_ = false;
-    bool forced_ = false;
     std::unique_ptr<DesktopPreferences> desktop_;
+    std::optional<bool> forced_;   ///< dark or light whatever the desktop says
+    bool platformIsDark_ = false;  ///< what holds where the desktop says nothing
     std::unique_ptr<FocusRing> ring_;
 };

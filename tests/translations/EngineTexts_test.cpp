@@ -217,14 +217,19 @@ TEST(EngineTexts, TellWhereAPreviewStandsAsTheEngineDoes) {
     }
 }
 
-TEST(EngineTexts, NameKindsPoliciesAndThemesAsTheEngineDoes) {
+TEST(EngineTexts, NameKindsAndPoliciesAsTheEngineDoes) {
     for (const auto category : OrdovanFileCategories::allCases) {
         EXPECT_EQ(EngineTexts::category(category), Formats::text(rawValue(category)));
     }
     for (const auto policy : OrdovanKeepPolicies::allCases) {
         EXPECT_EQ(EngineTexts::keepPolicy(policy), Formats::text(rawValue(policy)));
     }
-    for (const auto theme : AppThemes::allCases) EXPECT_EQ(EngineTexts::theme(theme), Formats::text(shownName(theme)));
+}
+
+TEST(EngineTexts, NameTheThemes) {
+    QStringList names;
+    for (const auto theme : AppThemes::allCases) names.append(EngineTexts::theme(theme));
+    EXPECT_EQ(names, (QStringList{u"Teal"_s, u"Sunset"_s, u"Grape"_s, u"Forest"_s, u"Candy"_s}));
 }
 
 }  // namespace

@@ -7,6 +7,9 @@
 #include <QPalette>
 #include <QSignalSpy>
 
+#include <memory>
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -27,13 +30,27 @@ TEST_F(ThemeEnvironmentTest, TellsOnceWhenTheThemeChanges) {
     EXPECT_EQ(theme.colors().accent, ThemeColors::of(AppTheme::grape, false).accent);
 }
 
-TEST_F(ThemeEnvironmentTest, TellsOnceWhenItTurnsDark) {
-    ThemeEnvironment theme(AppTheme::forest);
+TEST_F(ThemeEnvironmentTest, TurnsDarkAndBackWithTheDesktop) {
+    qunsetenv("ORDOVAN_COLOR_SCHEME");
+    QApplication::setPalette(QPalette(Qt::white));
+    auto preferences = std::make_unique<DesktopPreferences>();
+    DesktopPreferences& desktop = *preferences;
+    const ThemeEnvironment theme(AppTheme::forest, std::move(preferences));
     QSignalSpy changed(&theme, &ThemeEnvironment::changed);
-    theme.setDark(true);
-    theme.setDark(true);
+    desktop.take(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QVariant(1U));
     EXPECT_EQ(changed.count(), 1);
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), ThemeColors::of(AppTheme::forest, true).window);
+    desktop.take(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QVariant(0U));
+    EXPECT_EQ(changed.count(), 2) << "it has no preference any more";
+    EXPECT_FALSE(theme.colors().dark);
+}
+
+TEST_F(ThemeEnvironmentTest, StaysLightInADarkDesktopWhereTheEnvironmentSaysSo) {
+    auto preferences = std::make_unique<DesktopPreferences>();
+    DesktopPreferences& desktop = *preferences;
+    const ThemeEnvironment theme(AppTheme::forest, std::move(preferences));
+    desktop.take(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QVariant(1U));
+    EXPECT_FALSE(theme.colors().dark);
 }
 
 TEST_F(ThemeEnvironmentTest, TakesTheSchemeOfTheEnvironment) {
