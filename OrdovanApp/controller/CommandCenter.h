@@ -12,6 +12,7 @@ inline constexpr QStringView organize = u"ordovanOrganize";
 inline constexpr QStringView undoOrganize = u"ordovanUndoOrganize";
 inline constexpr QStringView findDuplicates = u"ordovanFindDuplicates";
 inline constexpr QStringView exportPlan = u"ordovanExportPlan";
+inline constexpr QStringView previewAgain = u"ordovanPreviewAgain";
 inline constexpr QStringView showRecovery = u"ordovanShowRecovery";
 
 }  // namespace Commands

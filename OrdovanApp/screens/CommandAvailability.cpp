@@ -24,6 +24,12 @@ QString againstPreview(const TidyViewModel& model) {
     return {};
 }
 
+/// A preview that failed or was given up can be tried again.
+QString againstAgain(const TidyViewModel& model) {
+    const bool isScanning = model.phase().kind == TidyViewModel::Phase::Case::scanning;
+    return model.rootURL() && !isScanning ? QString() : againstPreview(model);
+}
+
 /// Counts, and does not look at each of up to fifty thousand proposals.
 QString againstOrganize(const TidyViewModel& model) {
     if (const QString reason = againstPreview(model); !reason.isEmpty()) return reason;
@@ -62,6 +68,7 @@ QString reasonAgainst(QStringView command, const TidyViewModel& model, const Des
     if (command == Commands::previewFolder) {
         return desktop.downloads() ? QString() : Said::tr("This account has no Downloads folder.");
     }
+    if (command == Commands::previewAgain) return againstAgain(model);
     if (command == Commands::organize) return againstOrganize(model);
     if (command == Commands::undoOrganize) return againstUndo(model);
     if (command == Commands::findDuplicates) return againstDuplicates(model);

@@ -9,6 +9,7 @@
 #include "OrdovanApp/screens/ContentNotices.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/DropOverlay.h"
+#include "OrdovanApp/screens/FocusKeeper.h"
 #include "OrdovanApp/screens/Sidebar.h"
 #include "OrdovanApp/stores/AppSettings.h"
 #include "OrdovanApp/stores/RuleStore.h"
@@ -52,11 +53,10 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
     layout->addLayout(column, 1);
 
     connect(&context_.commands, &CommandCenter::posted, this, &ContentView::observe);
-    connect(sidebar_, &Sidebar::currentChanged, this, [this](Section section) {
-        stack_->setCurrentWidget(screen(section).widget);
-        // A screen where nothing takes the focus has been given it as a whole, and does nothing with it.
-        if (stack_->currentWidget()->hasFocus()) sidebar_->focusCurrent();
-    });
+    connect(sidebar_, &Sidebar::currentChanged, this,
+            [this](Section section) { stack_->setCurrentWidget(screen(section).widget); });
+    focus_ = std::make_unique<FocusKeeper>(
+        context.theme, this, [this] { return stack_->currentWidget(); }, [this] { sidebar_->focusCurrent(); });
     connectModel();
     makeShortcuts();
     stack_->setCurrentWidget(screen(section()).widget);
@@ -64,6 +64,8 @@ ContentView::ContentView(const AppContext& context, SectionFactories factories, 
     refreshCounts();
     countRecoverable();
 }
+
+ContentView::~ContentView() = default;
 
 void ContentView::connectModel() {
     const TidyViewModel* model = &context_.model;
@@ -139,6 +141,8 @@ void ContentView::observe(const QString& command) {
         });
     } else if (command == Commands::previewFolder) {
         previewFolder(*context_.desktop.downloads());
+    } else if (command == Commands::previewAgain) {
+        context_.model.preview();
     } else if (command == Commands::organize) {
         showSection(Section::inbox);
         if (const auto& request = screen(Section::inbox).requestOrganize) request();
@@ -245,17 +249,29 @@ bool ContentView::event(QEvent* event) {
     return QWidget::event(event);
 }
 
-std::optional<Url> ContentView::dropped(const QMimeData& data) {
+ContentView::Items ContentView::dropped(const QMimeData& data) {
+    std::vector<Url> items;
     const QList<QUrl> urls = data.urls();
     for (const QUrl& url : urls) {
-        if (url.isLocalFile()) return Url::parse(url.toEncoded().toStdString());
+        if (url.isLocalFile()) items.push_back(Url::parse(url.toEncoded().toStdString()));
     }
-    return std::nullopt;
+    return std::make_shared<const std::vector<Url>>(std::move(items));
+}
+
+/// Tells `found` of the first of these that is a folder, or of nothing where none is. What lies on a medium that does
+/// not answer is not waited for.
+void ContentView::findFolder(const Items& items, const std::function<void(const std::optional<Url>&)>& found,
+                             std::size_t from) {
+    if (from == items->size()) return found(std::nullopt);
+    const Url& item = items->at(from);
+    context_.model.findFolder(item.standardized(), [self = QPointer(this), items, found, from](bool isThere) {
+        if (self) isThere ? found(items->at(from)) : self->findFolder(items, found, from + 1);
+    });
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event) {
-    const auto item = dropped(*event->mimeData());
-    if (!item) return;
+    const Items items = dropped(*event->mimeData());
+    if (items->empty()) return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
     overlay_->setRefusal(CommandAvailability::againstRun(context_.model));
@@ -263,8 +279,8 @@ void ContentView::dragEnterEvent(QDragEnterEvent* event) {
     overlay_->raise();
     overlay_->show();
     if (!CommandAvailability::againstRun(context_.model).isEmpty()) return;
-    context_.model.findFolder(item->standardized(), [self = QPointer(this), drag = ++drags_](bool isThere) {
-        if (self && drag == self->drags_ && !isThere) self->overlay_->setRefusal(tr("Only a folder can be previewed."));
+    findFolder(items, [this, drag = ++drags_](const std::optional<Url>& folder) {
+        if (drag == drags_ && !folder) overlay_->setRefusal(tr("Only a folder can be previewed."));
     });
 }
 
@@ -274,20 +290,20 @@ void ContentView::dragLeaveEvent(QDragLeaveEvent*) {
 
 void ContentView::dropEvent(QDropEvent* event) {
     overlay_->hide();
-    const auto item = dropped(*event->mimeData());
-    if (!item) return;
+    const Items items = dropped(*event->mimeData());
+    if (items->empty()) return;
     // It stays where it is, whatever the source offers.
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    examineDropped(*item);
+    examineDropped(items);
 }
 
-/// What lies on a medium that does not answer is not waited for; what is chosen meanwhile comes first.
-void ContentView::examineDropped(const Url& item) {
-    if (!CommandAvailability::againstRun(context_.model).isEmpty()) return previewFolder(item);
-    context_.model.findFolder(item.standardized(), [self = QPointer(this), item, drop = ++drops_](bool isThere) {
-        if (!self || drop != self->drops_) return;
-        isThere ? self->previewFolder(item) : self->notices_->tellNoFolder(item);
+/// What is chosen while they are looked at comes first.
+void ContentView::examineDropped(const Items& items) {
+    if (!CommandAvailability::againstRun(context_.model).isEmpty()) return previewFolder(items->front());
+    findFolder(items, [this, first = items->front(), drop = ++drops_](const std::optional<Url>& folder) {
+        if (drop != drops_) return;
+        folder ? previewFolder(*folder) : notices_->tellNoFolder(first);
     });
 }
 

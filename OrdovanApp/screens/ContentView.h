@@ -7,12 +7,15 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 class ContentNotices;
 class DropOverlay;
+class FocusKeeper;
 class QMimeData;
 class QStackedLayout;
 class Sidebar;
@@ -26,15 +29,13 @@ class ContentView : public QWidget {
 public:
     /// A screen is made when its section is first shown.
     ContentView(const AppContext& context, SectionFactories factories, QWidget* parent = nullptr);
+    ~ContentView() override;
 
     [[nodiscard]] Section section() const;
     void showSection(Section section);
     /// Shows the inbox with a preview of this folder. A question that is open is given up: it was about another plan.
     /// While files are being moved the folder stays the one it is, and a line says so.
     void previewFolder(const Url& folder);
-
-    /// The first of what was dropped that lies on this computer, as it is named; nothing where there is none.
-    [[nodiscard]] static std::optional<Url> dropped(const QMimeData& data);
 
     /// Whether a question waits for its answer. Commands are not heard meanwhile.
     [[nodiscard]] bool isAsking() const;
@@ -66,8 +67,14 @@ private:
     void dismissQuestions();
     [[nodiscard]] const SectionScreen& screen(Section section);
     void undo();
-    /// Previews a folder once it is known to be one.
-    void examineDropped(const Url& item);
+
+    using Items = std::shared_ptr<const std::vector<Url>>;
+    /// What was dropped of what lies on this computer, as it is named; never null.
+    [[nodiscard]] static Items dropped(const QMimeData& data);
+    void findFolder(const Items& items, const std::function<void(const std::optional<Url>&)>& found,
+                    std::size_t from = 0);
+    /// Previews the first of these that is a folder. There is at least one.
+    void examineDropped(const Items& items);
 
     AppContext context_;
     SectionFactories factories_;
@@ -80,4 +87,5 @@ private:
     std::uint64_t drops_ = 0;  ///< grows when a folder is previewed as well
     bool isOutdated_ = false;  ///< a setting or rule changed during a run
     OrdovanPreviewStatus lastStatus_ = OrdovanPreviewStatus::idle();
+    std::unique_ptr<FocusKeeper> focus_;  ///< goes before what it looks at
 };

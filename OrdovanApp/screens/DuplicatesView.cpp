@@ -20,7 +20,6 @@
 #include "OrdovanApp/theme/Sheet.h"
 #include "OrdovanApp/theme/StatRow.h"
 
-#include <QApplication>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPushButton>
@@ -33,7 +32,7 @@ using Case = TidyViewModel::Phase::Case;
 namespace {
 
 constexpr int lowPage = 340;
-constexpr int leastListHeight = 100;
+constexpr int leastListHeight = 60;
 
 QString extras(qint64 count) {
     return DuplicatesView::tr("%1 extras", nullptr, pluralOf(count)).arg(Formats::count(count));
@@ -213,7 +212,7 @@ void DuplicatesView::reload() {
 }
 
 void DuplicatesView::refresh() {
-    showPage();
+    pages_->setCurrentWidget(page());
     refreshStart();
     refreshFigures();
     refreshRun();
@@ -223,26 +222,6 @@ void DuplicatesView::refresh() {
                               "the Finder.")
                          : QString());
     autoPick_->setVisible(isFound);
-}
-
-/// Where the page that had the focus goes, the one that takes its place has it.
-void DuplicatesView::showPage() {
-    QWidget* shown = page();
-    const QWidget* focus = QApplication::focusWidget();
-    // The page has the focus itself as long as what should have it can not be pressed.
-    if (pages_->currentWidget() == shown && focus != shown) return;
-    const bool hadFocus = focus != nullptr && (focus == pages_ || pages_->isAncestorOf(focus));
-    pages_->setCurrentWidget(shown);
-    if (!hadFocus) return;
-    refreshStart();  // what can not be pressed can not have the focus
-    if (shown == found_)
-        list_->setFocus();
-    else if (shown == none_)
-        againForNone_->setFocus();
-    else if (auto* button = shown->findChild<QPushButton*>(u"progressCancel"_s))
-        button->setFocus();
-    else
-        find_->setFocus();
 }
 
 void DuplicatesView::refreshStart() {

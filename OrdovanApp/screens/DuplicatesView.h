@@ -45,7 +45,6 @@ private:
     [[nodiscard]] QWidget* page() const;
     void reload();
     void refresh();
-    void showPage();
     void refreshStart();
     void refreshFigures();
     void refreshRun();

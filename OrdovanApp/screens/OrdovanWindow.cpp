@@ -1,14 +1,15 @@
 #include "OrdovanApp/screens/OrdovanWindow.h"
 
+#include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanApp/screens/AboutPanel.h"
+#include "OrdovanApp/screens/CommandAction.h"
 #include "OrdovanApp/screens/ContentView.h"
 #include "OrdovanApp/screens/Desktop.h"
 #include "OrdovanApp/screens/OrganizeMenu.h"
 #include "OrdovanApp/screens/RecentFoldersMenu.h"
 #include "OrdovanApp/screens/SettingsView.h"
 #include "OrdovanApp/theme/Announcer.h"
-#include "OrdovanApp/theme/FocusRing.h"
 #include "OrdovanApp/theme/Sheet.h"
 
 #include <QAction>
@@ -43,8 +44,7 @@ OrdovanWindow::OrdovanWindow(const Parts& parts, SectionFactories screens)
                .commands = parts.commands,
                .desktop = parts.desktop,
                .announcer = *new Announcer(this)},
-      content_(new ContentView(context_, std::move(screens), this)),
-      focusRing_(new FocusRing(parts.theme)) {
+      content_(new ContentView(context_, std::move(screens), this)) {
     setObjectName(u"main"_s);
     setWindowTitle(u"ordovan+"_s);
     setCentralWidget(content_);
@@ -54,15 +54,13 @@ OrdovanWindow::OrdovanWindow(const Parts& parts, SectionFactories screens)
     connect(&parts_.model, &TidyViewModel::isTrashingChanged, this, &OrdovanWindow::finishWhenIdle);
 }
 
-OrdovanWindow::~OrdovanWindow() {
-    delete focusRing_;
-}
-
 void OrdovanWindow::makeMenus() {
     QMenu* file = menuBar()->addMenu(tr("File"));
     file->setObjectName(u"menu-file"_s);
     file->setToolTipsVisible(true);
     file->addMenu(new RecentFoldersMenu(context_, *content_, this));
+    file->addAction(new CommandAction(context_, *content_, Commands::previewAgain, tr("Preview Again"),
+                                      {Qt::Key_F5, Qt::CTRL | Qt::Key_R}, file));
     file->addSeparator();
     QAction* about = file->addAction(tr("About ordovan+"), this, &OrdovanWindow::showAbout);
     about->setMenuRole(QAction::AboutRole);

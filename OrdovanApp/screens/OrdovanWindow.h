@@ -13,7 +13,6 @@
 
 class AboutPanel;
 class ContentView;
-class FocusRing;
 class SettingsView;
 class Sheet;
 
@@ -39,7 +38,6 @@ public:
     };
 
     OrdovanWindow(const Parts& parts, SectionFactories screens);
-    ~OrdovanWindow() override;
 
     /// Shows the window where it was, and as it was.
     void appear();
@@ -78,7 +76,6 @@ private:
     Parts parts_;
     AppContext context_;
     ContentView* content_;
-    QPointer<FocusRing> focusRing_;
     QPointer<SettingsView> settings_;
     QPointer<AboutPanel> about_;
     QPointer<Sheet> question_;

@@ -1,11 +1,7 @@
 #include "OrdovanApp/screens/OrganizeMenu.h"
 
 #include "OrdovanApp/controller/CommandCenter.h"
-#include "OrdovanApp/screens/CommandAvailability.h"
-#include "OrdovanApp/screens/ContentView.h"
-
-#include <QAction>
-#include <QKeySequence>
+#include "OrdovanApp/screens/CommandAction.h"
 
 #include <array>
 
@@ -31,26 +27,10 @@ const std::array<Command, 6> commands = {{
 }  // namespace
 
 OrganizeMenu::OrganizeMenu(const AppContext& context, const ContentView& content, QWidget* parent)
-    : QMenu(tr("Organize"), parent), context_(context), content_(content) {
+    : QMenu(tr("Organize"), parent) {
     setObjectName(u"menu-organize"_s);
     setToolTipsVisible(true);
     for (const Command& command : commands) {
-        QAction* action = addAction(tr(command.text));
-        action->setObjectName(command.name.toString());
-        action->setShortcut(command.shortcut);
-        connect(action, &QAction::triggered, this, [this, name = command.name] { context_.commands.post(name); });
-    }
-    connect(&content_, &ContentView::askingChanged, this, &OrganizeMenu::refresh);
-    CommandAvailability::watch(context.model, this, [this] { refresh(); });
-    refresh();
-}
-
-void OrganizeMenu::refresh() {
-    const auto all = actions();
-    for (QAction* action : all) {
-        const QString reason = content_.reasonAgainst(action->objectName());
-        action->setEnabled(reason.isEmpty());
-        action->setToolTip(reason);
-        action->setStatusTip(reason);
+        addAction(new CommandAction(context, content, command.name, tr(command.text), {command.shortcut}, this));
     }
 }

@@ -93,6 +93,10 @@ QWidget* SmartInboxView::makeFailed() {
     failed_ = new EmptyState(context_.theme, Glyph::warning, pages_);
     failed_->setObjectName(u"failedPage"_s);
     failed_->setTitle(tr("Couldn't preview this folder"));
+    QPushButton* again = Buttons::quiet(tr("Preview Again"));
+    again->setObjectName(u"previewAgain"_s);
+    CommandAvailability::bind(context_, again, Commands::previewAgain);
+    failed_->addButton(again);
     QPushButton* another = Buttons::primary(tr("Try Another Folder"));
     another->setObjectName(u"tryAnotherFolder"_s);
     CommandAvailability::bind(context_, another, Commands::chooseFolder);
@@ -141,7 +145,11 @@ QWidget* SmartInboxView::page() const {
 
 void SmartInboxView::refresh() {
     const TidyViewModel::Phase& phase = context_.model.phase();
-    if (phase.kind == Case::failed) failed_->setMessage(EngineTexts::sentence(phase.message));
+    if (phase.kind == Case::failed) {
+        failed_->setMessage(EngineTexts::sentence(phase.message));
+        failed_->setFootnote(
+            tr("“%1” is gone, is no folder, or may not be read.").arg(Formats::path(*context_.model.rootURL())));
+    }
     if (phase.kind == Case::ready) plan_->reload();
     if (page() == scanning_ && pages_->currentWidget() != scanning_) scan_->reset();
     pages_->setCurrentWidget(page());

@@ -1321,6 +1321,10 @@
         <source>Keep Running</source>
         <translation>Weitermachen</translation>
     </message>
+    <message>
+        <source>Preview Again</source>
+        <translation>Vorschau erneuern</translation>
+    </message>
 </context>
 <context>
     <name>OrganizeMenu</name>
@@ -2146,6 +2150,14 @@
     <message>
         <source>ordovan+ plan – %1</source>
         <translation>ordovan+ Plan – %1</translation>
+    </message>
+    <message>
+        <source>Preview Again</source>
+        <translation>Vorschau erneuern</translation>
+    </message>
+    <message>
+        <source>“%1” is gone, is no folder, or may not be read.</source>
+        <translation>„%1“ gibt es nicht mehr, ist kein Ordner oder darf nicht gelesen werden.</translation>
     </message>
 </context>
 <context>

@@ -98,6 +98,7 @@ TEST_F(ContentViews, HasTheFocusInTheSidebarWhereASectionTakesNone) {
     button.setFocus();
     ASSERT_TRUE(button.hasFocus());
     view().showSection(Section::history);
+    QCoreApplication::sendPostedEvents();
     EXPECT_TRUE(item("history")->hasFocus());
 }
 
@@ -132,6 +133,27 @@ TEST_F(ContentViews, DoesNothingWhereThereAreNoDownloads) {
     desktop.downloadsFolder.reset();
     commands.post(Commands::previewFolder);
     EXPECT_EQ(model->rootURL(), std::nullopt);
+}
+
+TEST_F(ContentViews, PreviewsTheSameFolderAgainAndStaysInItsSection) {
+    preview({"a.pdf"});
+    view().showSection(Section::bigFiles);
+    memory.write("/r/b.pdf", "new");
+    commands.post(Commands::previewAgain);
+    EXPECT_EQ(status(), u"Previewing…"_s);
+    tasks.finish();
+    EXPECT_EQ(status(), u"2 proposed · 0 need review"_s);
+    EXPECT_EQ(view().section(), Section::bigFiles);
+}
+
+TEST_F(ContentViews, PreviewsAgainAFolderThatCouldNotBeRead) {
+    unreadable.insert("/r");
+    preview({"a.pdf"});
+    ASSERT_EQ(status(), u"Preview unavailable"_s);
+    unreadable.clear();
+    commands.post(Commands::previewAgain);
+    tasks.finish();
+    EXPECT_EQ(status(), u"1 proposed · 0 need review"_s);
 }
 
 TEST_F(ContentViews, AsksTheInboxToOrganizeAndToExport) {
@@ -406,6 +428,20 @@ TEST_F(ContentViews, PreviewsTheFirstFolderThatIsDropped) {
     EXPECT_FALSE(overlay->isVisible());
     tasks.finish();
     EXPECT_EQ(model->rootURL(), Url::file("/r x"));
+}
+
+TEST_F(ContentViews, PreviewsTheFolderThatIsDroppedAmongFiles) {
+    preview({"a.pdf", "b.pdf"});
+    memory.makeDirectory("/other");
+    QMimeData data;
+    data.setUrls({QUrl(u"file:///r/a.pdf"_s), QUrl(u"file:///r/b.pdf"_s), QUrl(u"file:///other"_s)});
+    drag(data);
+    tasks.finish();
+    EXPECT_EQ(view().findChild<QWidget*>(u"drop-overlay"_s)->findChild<QLabel*>()->text(),
+              u"Drop a folder to preview it"_s);
+    drop(data);
+    tasks.finish();
+    EXPECT_EQ(model->rootURL(), Url::file("/other"));
 }
 
 TEST_F(ContentViews, KeepsThePlanWhenAFileIsDropped) {

@@ -161,20 +161,6 @@ TEST_F(Duplicates, KeepsItsPlaceAcrossANewPreview) {
     EXPECT_EQ(list().rows()->title(list().currentIndex().row()), current);
 }
 
-TEST_F(Duplicates, HandsTheFocusOnFromPageToPage) {
-    preview({"a = 1", "b = 1"});
-    QApplication::setActiveWindow(&window_);
-    widget(u"findDuplicates")->setFocus();
-    click(u"findDuplicates");
-    EXPECT_TRUE(widget<ProgressStrip>(u"searchProgress")->findChild<QPushButton*>(u"progressCancel"_s)->hasFocus());
-    tasks.finish();
-    EXPECT_TRUE(list().hasFocus());
-    memory.removeTree("/r/b");
-    model->preview();
-    tasks.finish();
-    EXPECT_TRUE(widget(u"searchAgainForNone")->hasFocus());
-}
-
 // Choosing.
 
 TEST_F(Duplicates, KeepsTheCopyThatIsClicked) {

@@ -121,6 +121,29 @@ TEST_F(OrdovanWindows, DisablesEveryCommandWhileItAsksAQuestion) {
     EXPECT_TRUE(item("Choose Folder…")->isEnabled());
 }
 
+TEST_F(OrdovanWindows, PreviewsTheFolderAgainFromItsFileMenu) {
+    QAction* again = item("Preview Again");
+    EXPECT_EQ(again->shortcuts(), (QList<QKeySequence>{Qt::Key_F5, Qt::CTRL | Qt::Key_R}));
+    EXPECT_FALSE(again->isEnabled());
+    EXPECT_EQ(again->toolTip(), u"Preview a folder first."_s);
+    tree({"a.pdf"});
+    window().previewFolder(Url::file("/r"));
+    EXPECT_EQ(again->toolTip(), u"The preview is not ready yet."_s);
+    tasks.finish();
+    memory.write("/r/b.pdf", "new");
+    again->trigger();
+    tasks.finish();
+    EXPECT_EQ(proposed(*model).size(), 2U);
+}
+
+TEST_F(OrdovanWindows, PreviewsNothingAgainDuringARun) {
+    startRun();
+    EXPECT_FALSE(item("Preview Again")->isEnabled());
+    EXPECT_EQ(item("Preview Again")->toolTip(), u"Files are being moved right now."_s);
+    tasks.finish();
+    EXPECT_TRUE(item("Preview Again")->isEnabled());
+}
+
 TEST_F(OrdovanWindows, OffersTheRecentFoldersInItsFileMenu) {
     EXPECT_FALSE(item("Recent Folders")->isEnabled());
     EXPECT_EQ(item("Recent Folders")->toolTip(), u"No folder was previewed yet."_s);

@@ -122,10 +122,13 @@ TEST_F(SmartInbox, TellsWhyAFolderCouldNotBePreviewed) {
     preview({"a.pdf = 1"});
     EXPECT_THAT(shown(), IsSupersetOf({u"Couldn't preview this folder"_s,
                                        u"We couldn't read that folder. Check permissions and try again."_s,
-                                       u"Try Another Folder"_s}));
+                                       u"Try Another Folder"_s, u"“/r” is gone, is no folder, or may not be read."_s}));
     QSignalSpy posted(&commands, &CommandCenter::posted);
     click(u"tryAnotherFolder");
     EXPECT_EQ(posted.size(), 1);
+    EXPECT_EQ(widget(u"previewAgain")->text(), u"Preview Again"_s);
+    click(u"previewAgain");
+    EXPECT_EQ(posted.last().first().toString(), u"ordovanPreviewAgain"_s);
 }
 
 TEST_F(SmartInbox, TellsThatThereIsNothingToOrganize) {
