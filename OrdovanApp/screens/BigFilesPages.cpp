@@ -45,7 +45,7 @@ constexpr int dateColumn = 96;
 constexpr int narrowList = 640;
 constexpr int linkPadding = 7;
 constexpr int lowPage = 400;
-constexpr int leastListHeight = 100;
+constexpr int leastListHeight = 60;
 
 /// Holds two choices side by side: what the first does not need of its two thirds, the second has.
 class FilterRow : public QWidget {

@@ -28,7 +28,8 @@ namespace {
 
 constexpr int margin = 28;
 constexpr int typeRowHeight = 46;
-constexpr int leastTypesHeight = 150;
+constexpr int leastTypesHeight = 90;
+constexpr int lowView = 420;
 constexpr int folderColumn = 120;
 
 }  // namespace
@@ -43,9 +44,6 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
       form_(new RuleForm(context, this)),
       rest_(new QWidget(this)) {
     setObjectName(u"rules"_s);
-    header_->setLede(
-        tr("Send file types to folders you name, like .dmg and .pkg to Installers. Rules change the preview only; "
-           "nothing moves until you apply."));
     problem_->setObjectName(u"ruleProblem"_s);
     problem_->hide();
     auto* layout = new QVBoxLayout(this);
@@ -63,6 +61,7 @@ RulesView::RulesView(const AppContext& context, QWidget* parent)
     connect(&model_, &RulesModel::modelReset, this, &RulesView::refresh);
     connect(form_, &RuleForm::added, list_, &RowsView::scrollToBottom);
     refresh();
+    refreshRoom();
     showTypes(false);
 }
 
@@ -99,11 +98,12 @@ QWidget* RulesView::makeRules() {
 }
 
 QWidget* RulesView::makeNote() {
-    auto* note = new QLabel(
+    note_ = new QLabel(
         tr("The first matching rule wins. Files without a rule use the built-in folders (Documents, Images…)."), this);
-    note->setWordWrap(true);
-    StyleSheet::setType(note, StyleSheet::LabelType::second);
-    return note;
+    note_->setObjectName(u"rulesNote"_s);
+    note_->setWordWrap(true);
+    StyleSheet::setType(note_, StyleSheet::LabelType::second);
+    return note_;
 }
 
 QWidget* RulesView::makeTypesBar() {
@@ -142,6 +142,19 @@ QWidget* RulesView::makeTypes() {
     typesStack_->addWidget(noType_);
     typesStack_->setMinimumHeight(leastTypesHeight);
     return typesStack_;
+}
+
+/// On little room what is explained goes, so that nothing that is used is cut off.
+void RulesView::refreshRoom() {
+    const bool isLow = height() < context_.theme.scaled(lowView);
+    header_->setLede(isLow ? QString()
+                           : tr("Send file types to folders you name, like .dmg and .pkg to Installers. Rules change "
+                                "the preview only; nothing moves until you apply."));
+    note_->setVisible(!isLow);
+}
+
+void RulesView::resizeEvent(QResizeEvent*) {
+    refreshRoom();
 }
 
 // What the store has.

@@ -9,6 +9,7 @@
 class Banner;
 class EmptyState;
 class FilterField;
+class QLabel;
 class QPushButton;
 class QStackedWidget;
 class RowsView;
@@ -22,12 +23,16 @@ class RulesView : public QWidget {
 public:
     RulesView(const AppContext& context, QWidget* parent = nullptr);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     QWidget* makeNoRules();
     QWidget* makeRules();
     QWidget* makeNote();
     QWidget* makeTypesBar();
     QWidget* makeTypes();
+    void refreshRoom();
     void refresh();
     void showTypes(bool shown);
     void showTypesOrNothing();
@@ -46,6 +51,7 @@ private:
     QWidget* rest_;  ///< the room below, while the built-in types do not take it
     QWidget* noRules_;
     RowsView* list_;
+    QLabel* note_;
     QPushButton* typesToggle_;
     FilterField* search_;
     QStackedWidget* typesStack_;

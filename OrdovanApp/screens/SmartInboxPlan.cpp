@@ -35,6 +35,7 @@ constexpr std::array ages = {7, 30, 90};
 constexpr int sizeColumn = 84;
 constexpr int dateColumn = 96;
 constexpr int lowPage = 340;
+constexpr int leastListHeight = 60;
 constexpr int narrowList = 640;
 constexpr int narrowestList = 440;
 
@@ -140,6 +141,7 @@ QPushButton* SmartInboxPlan::makeAgeFilter() {
 
 QWidget* SmartInboxPlan::makeList() {
     stack_ = new QStackedWidget(this);
+    stack_->setMinimumHeight(leastListHeight);  // less than what stands for an empty list would take
     list_ = new RowsView(context_.theme, RowsView::Style::sections, stack_);
     list_->setObjectName(u"planList"_s);
     list_->setAccessibleName(tr("Proposed file changes"));

@@ -295,3 +295,15 @@ TEST_F(RulesViewTest, SearchesTheBuiltInTypes) {
     EXPECT_FALSE(types().isVisible());
     EXPECT_THAT(texts(view()), IsSupersetOf({u"not a built-in type"_s}));
 }
+TEST_F(RulesViewTest, LeavesOutWhatItExplainsInALowWindow) {
+    view().resize(584, 350);
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(widget<QWidget>(u"rulesNote")->isVisible());
+    for (const QWidget* each : std::initializer_list<QWidget*>{&extensions(), widget(u"addRule"), widget(u"pickFolder"),
+                                                               widget<QWidget>(u"noRules"), widget(u"builtInTypes")}) {
+        EXPECT_GE(each->height(), each->minimumSizeHint().height()) << each->objectName().toStdString();
+    }
+    view().resize(584, 560);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(widget<QWidget>(u"rulesNote")->isVisible());
+}

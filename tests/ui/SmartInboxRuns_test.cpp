@@ -176,4 +176,20 @@ TEST_F(SmartInboxRuns, ForgetsTheLastRunWhenAnotherFolderIsChosen) {
     EXPECT_EQ(banner(u"runSummary"), QString());
 }
 
+TEST_F(SmartInboxRuns, CutsOffNothingInALowWindowWithAResult) {
+    preview({"a.pdf = 1", "b.pdf = 1"});
+    model->toggle(std::size_t{1});
+    organize();
+    tasks.finish();
+    const auto* result = widget<Banner>(u"runSummary");
+    const int whole = result->height();
+    view().resize(584, 350);
+    QCoreApplication::processEvents();
+    EXPECT_GE(result->height(), whole);
+    for (const auto* name : {u"bannerClose", u"undoRun", u"chooseFolder", u"ageFilter", u"exportPlan", u"organize"}) {
+        const auto* button = widget(name);
+        EXPECT_GE(button->height(), button->sizeHint().height()) << QString::fromUtf16(name).toStdString();
+    }
+}
+
 }  // namespace
