@@ -60,7 +60,9 @@ const std::array<CommandSpec, commandCount> commands = {{
      {},
      "Find files of equal content, and move the extra copies to the Trash",
      "Compares whole contents, not names. Without --trash nothing is changed. Unless --keep says otherwise, the first "
-     "copy of each group by its path is the one to keep. What lies in the folder's \"ordovan+\" is left out. "
+     "copy of each group by its path is the one to keep. Of the policies, oldest and newest go by the time of the last "
+     "change, shortest and deepest by the number of folders in the path; between equals, the shorter path stays. What "
+     "lies in the folder's \"ordovan+\" is left out. "
      "\"restore\" "
      "puts trashed files back."},
     {Command::big,
@@ -191,11 +193,17 @@ const std::array<OptionSpec, optionCount> options = {{
 }};
 
 constexpr std::array<ExitStatusSpec, 5> exitStatuses = {{
-    {exitDone, "done"},
-    {exitFlawed, "done, but some files were skipped or failed"},
-    {exitUsage, "wrong usage"},
-    {exitImpossible, "could not be done"},
-    {exitInterrupted, "interrupted"},
+    {exitDone, "done", "Also when there was nothing to do, and when the answer was no."},
+    {exitFlawed, "done, but some files were skipped or failed",
+     "Also when part of the folder could not be looked at (of a preview, this is only told), a file could not be "
+     "evaluated, a record could not be read or saved, or the result of a change could not be written. Files that need "
+     "review do not count."},
+    {exitUsage, "wrong usage", "Nothing was changed."},
+    {exitImpossible, "could not be done",
+     "There is no such folder, it can not be read or is too broad, there is nothing to undo or to restore, a record "
+     "that was to be used can not be read, there is nowhere to save one, another run holds the folder, or the result "
+     "could not be written and nothing was changed."},
+    {exitInterrupted, "interrupted", "By Ctrl-C, SIGTERM or SIGHUP. What was moved before is recorded."},
 }};
 
 }  // namespace

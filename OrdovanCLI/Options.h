@@ -94,6 +94,7 @@ inline constexpr int exitInterrupted = 130;
 struct ExitStatusSpec {
     int status;
     std::string_view meaning;  ///< without a full stop
+    std::string_view details;  ///< sentences for the manual page; may be empty
 };
 
 /// In the order in which the help shows them.

@@ -131,28 +131,44 @@ void writeCommands(Page& page) {
     page.item(bold("--"), "Ends the options: what follows is taken as it is.");
     page.paragraph(
         "The value of an option is the next argument, or what follows an equals sign in the same one. Options may "
-        "stand "
-        "before or behind their command.");
+        "stand before or behind their command; --trash, which takes a value for one command and none for the other, "
+        "only behind it.");
+    page.paragraph("FOLDER can be a path or a file:// address.");
 }
 
 void writeOutputs(Page& page) {
     page.section("OUTPUT");
     page.text(
-        "Results go to standard output; messages, questions and progress to standard error. Questions are asked only "
-        "where standard input is a terminal; elsewhere a command that would change something refuses unless --yes is "
-        "given. Progress and colours appear only on a terminal.");
+        "Results go to standard output; messages, questions and progress to standard error. organize, undo, restore, "
+        "--trash and --clear ask before they act, where standard input and standard error are terminals; elsewhere "
+        "they "
+        "refuse unless --yes is given. Changes of rules and settings are made unasked. Progress and colours appear "
+        "only "
+        "on a terminal. A reader that does not read to the end, such as head(1), is no failure.");
+    page.paragraph(
+        "The objects that --json prints are described in /usr/share/doc/ordovan-cli/command-line.md, with recipes for "
+        "jq(1) and cron(8).");
     page.section("EXIT STATUS");
     for (const ExitStatusSpec& exit : exitStatusTable()) {
         page.item(bold(std::to_string(exit.status)), std::string(exit.meaning) + ".");
+        page.text(exit.details);
     }
 }
 
 void writeSurroundings(Page& page) {
-    constexpr std::array<std::pair<std::string_view, std::string_view>, 4> variables = {{
-        {"NO_COLOR", "Where it is set, no colours are used."},
+    constexpr std::array<std::pair<std::string_view, std::string_view>, 7> variables = {{
+        {"NO_COLOR", "Where it is set to anything but nothing, no colours are used."},
+        {"TERM", "Where it is not set, or \"dumb\", neither colours nor progress are shown."},
+        {"TZ", "The time zone of the dates shown, and of the months that files are grouped by."},
+        {"HOME",
+         "Your home folder. The Downloads folder is the one that ~/.config/user-dirs.dirs names, see "
+         "user-dirs.dirs(5); "
+         "~/Downloads where it names none. Where it names your home folder itself, you have none, and FOLDER must be "
+         "given."},
         {"XDG_DATA_HOME",
          "Below it, in the folder \"ordovan\", lie the undo records, the history and the record of what "
-         "was moved to the Trash. ~/.local/share unless set."},
+         "was moved to the Trash; in the folder \"Trash\" lies the Trash of your home's volume. ~/.local/share unless "
+         "set."},
         {"XDG_CONFIG_HOME",
          "Below it, in \"ordovan/ordovan.conf\", lie the settings and your rules. ~/.config unless "
          "set."},
