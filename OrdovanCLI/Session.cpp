@@ -98,25 +98,26 @@ void Session::preview(const Url& folder, const TidyViewModel::SettingOverrides& 
     tellOfInterruptedRun();
 }
 
-/// One message: what became of that run, and below it the files it did not simply leave alone; first those that the
-/// user has to look at.
+/// One message: what became of that run, and below it the files it did not simply leave alone. First come those that
+/// the user has to look at: all of them, since nothing may tell of them again.
 void Session::tellOfInterruptedRun() {
-    constexpr std::size_t most = 20;
+    constexpr std::size_t mostOthers = 20;
     const auto run = model_.interruptedRun();
     if (!run) return;
     auto outcomes = run->outcomes;
-    std::ranges::stable_partition(outcomes,
-                                  [](const auto& outcome) { return outcome.status == OrdovanExecutionStatus::failed; });
+    const auto others = std::ranges::stable_partition(
+        outcomes, [](const auto& outcome) { return outcome.status == OrdovanExecutionStatus::failed; });
+    const std::size_t shown = outcomes.size() - others.size() + std::min(others.size(), mostOthers);
     std::string block = run->summary();
-    for (const OrdovanExecutionOutcome& outcome : outcomes | std::views::take(most)) {
+    for (const OrdovanExecutionOutcome& outcome : outcomes | std::views::take(shown)) {
         block += "\n  ";
         appendSafe(block, below(outcome.source.path(), run->root.path()));
         block += ": ";
         appendSafe(block, outcome.message);
     }
-    if (outcomes.size() > most) {
+    if (outcomes.size() > shown) {
         block += "\n  and ";
-        appendCount(block, outcomes.size() - most, "more file");
+        appendCount(block, outcomes.size() - shown, "more file");
     }
     console_.warn(block);
     model_.dismissInterruptedRun();

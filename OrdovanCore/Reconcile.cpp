@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
 #include <utility>
 
 using ordovan::ItemReconciler;
@@ -15,14 +16,23 @@ using Kind = OrdovanRunRecord::Kind;
 
 namespace {
 
-/// Whether the folder can not be told to be the one in which the run worked. Its inode tells that only together with
-/// its device, of which the number may have changed since: the tops of volumes are alike. Then what lies in it has to
-/// tell.
+std::string_view deviceOf(std::string_view identity) {
+    return identity.substr(0, identity.find(':'));
+}
+
+/// Whether a folder is the one in which the run worked, by its identity. The tops of volumes are alike in their inodes,
+/// and a device number may be given out again, so that such a folder is told by what lies in it only.
+bool isSameFolder(const OrdovanRunIntent& intent, const ReconcilePorts& ports) {
+    const auto root = ports.facts(intent.root);
+    if (!root || intent.rootIdentity.empty() || root->identity != intent.rootIdentity) return false;
+    const auto above = ports.facts(intent.root.deletingLastPathComponent());
+    return above && deviceOf(above->identity) == deviceOf(root->identity);
+}
+
+/// Whether the folder can not be told to be the one in which the run worked.
 bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports, const ItemReconciler& reconciler,
                  ordovan::RunProgress& progress) {
-    const auto root = ports.facts(run.intent.root);
-    const bool isSame = root && !run.intent.rootIdentity.empty() && root->identity == run.intent.rootIdentity;
-    return !isSame && !run.intent.items.empty() && !reconciler.seesAnything(progress);
+    return !isSameFolder(run.intent, ports) && !run.intent.items.empty() && !reconciler.seesAnything(progress);
 }
 
 /// Records what became of one item.

@@ -122,9 +122,13 @@ bool ItemReconciler::isBelowRoot(const Item& item) const {
     return isBelow(item.from) && (item.to.path().empty() || isBelow(item.to));
 }
 
-/// What was noted as moved has its entry, though it can not be looked at: undoing it looks again.
+/// What was noted as moved has its entry, though it can not be looked at: undoing it looks again. What was noted as
+/// begun may lie there under a name that only the run's record tells.
 void ItemReconciler::keepNoted(const Item& item, Settled& settled) const {
-    if (item.done == nullptr) return;
+    if (item.done == nullptr) {
+        settled.isCertain = item.copies.empty() && item.hidden.empty();
+        return;
+    }
     if (run_.intent.kind == Kind::organize) {
         settled.lies = {.place = item.to, .what = noted(*item.done), .sameVolume = item.done->sameVolume};
     } else if (run_.intent.kind == Kind::trash) {

@@ -30,8 +30,9 @@ public:
     /// already, and may be lost with the power. ECANCELED when the producer gave up.
     virtual OrdovanResult<void> write(const Url& file, const Producer& producer) = 0;
 
-    /// Opens a document for notes at its end. ENOENT when there is none; EINVAL when what stands there is not a regular
-    /// file (a link to one is not).
+    /// Opens a document for notes at its end and holds it, as long as what is returned lives, against anybody else who
+    /// asks for the same. EWOULDBLOCK when it is held; ENOENT when there is none; EINVAL when what stands there is not
+    /// a regular file (a link to one is not). Where the file system has no locks (flock(2)), nobody holds anything.
     virtual OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) = 0;
 
     /// Removes the document; none there is no error.

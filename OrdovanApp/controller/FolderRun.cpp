@@ -33,17 +33,16 @@ bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);
 }
 
-Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch, bool isWanted)
+Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch)
     : ports_(ports),
       isKept_(ports.recording.runRecords != nullptr && root.path() != "/" && ordovan::isNormalPath(root.path()) &&
               ordovan::namesOnePlace(root)),
-      isWanted_(isKept_ && isWanted),
       below_(std::string(root.path()) + "/") {
     intent_.id = ordovan::Uuid::random();
     intent_.kind = kind;
     intent_.root = root;
     intent_.startedAtEpoch = nowEpoch;
-    if (!isWanted_) return;
+    if (!isKept_) return;
     facts_ = ports.recording.makeFacts ? ports.recording.makeFacts() : ports.recording.facts;
     if (auto facts = ports.recording.facts(root)) intent_.rootIdentity = std::move(facts->identity);
 }
@@ -115,22 +114,23 @@ bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destinatio
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
     if (!isKept_) return fs;
-    if (isWanted_) {
-        lookAtAll();
-        facts_ = {};
-        auto notes = ports_.recording.runRecords->begin(intent_);
-        isStored_ = notes.has_value();
-        if (notes) notes_ = std::move(*notes);
+    lookAtAll();
+    facts_ = {};
+    if (auto begun = ports_.recording.runRecords->begin(intent_)) {
+        place_ = begun->place;
+        notes_ = std::move(begun->notes);
+    } else {
+        notes_ = std::make_unique<NoNotes>();
     }
-    if (notes_ == nullptr) notes_ = std::make_unique<NoNotes>();
     return recorded_.emplace(fs, intent_, *notes_, disk);
 }
 
 void Record::endNotes() {
-    if (notes_ != nullptr) syncMoves();
-    if (recorded_) leavesSomething_ = recorded_->leavesSomething();
+    if (recorded_) {
+        syncMoves();
+        leavesSomething_ = recorded_->leavesSomething();
+    }
     recorded_.reset();
-    notes_.reset();
 }
 
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
@@ -164,7 +164,7 @@ void Record::addTrashPlaces(std::vector<Url>& arrivals) const {
 }
 
 bool Record::remove() {
-    return !isStored_ || leavesSomething_ || ports_.recording.runRecords->remove(intent_.root);
+    return !place_ || leavesSomething_ || ports_.recording.runRecords->remove(intent_.root, *place_);
 }
 
 }  // namespace FolderRun

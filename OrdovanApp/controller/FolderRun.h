@@ -59,12 +59,11 @@ private:
 
 /// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.
 ///
-/// Where this record is not wanted or can not be stored, the run goes on without it, kept to what it is going to do all
-/// the same. Only where no records are kept at all, or none can name the folder, it is not.
+/// Where this record can not be stored, the run goes on without it, kept to what it is going to do all the same. Only
+/// where no records are kept at all, or none can name the folder, it is not.
 class Record {
 public:
-    /// `isWanted`: false for a run that must do without.
-    Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch, bool isWanted);
+    Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch);
     Record(const Record&) = delete;
     Record& operator=(const Record&) = delete;
 
@@ -88,7 +87,7 @@ public:
 
     /// The run's.
     [[nodiscard]] const ordovan::Uuid& id() const { return intent_.id; }
-    [[nodiscard]] bool isStored() const { return isStored_; }
+    [[nodiscard]] bool isStored() const { return place_.has_value(); }
 
 private:
     void lookAtAll();
@@ -98,21 +97,21 @@ private:
     void addTrashPlaces(std::vector<Url>& arrivals) const;
 
     const TidyPorts& ports_;
-    bool isKept_;    // the run is kept to what was added
-    bool isWanted_;  // and that is recorded
-    bool isStored_ = false;
+    bool isKept_;                       // the run is kept to what was added
+    std::optional<std::size_t> place_;  // where the record is stored
     bool leavesSomething_ = false;
     OrdovanRunIntent intent_;
     ordovan::FactsFunction facts_;
-    std::string below_;        // what the paths in the run's folder begin with
-    std::string device_;       // the last file's, as identities name it
-    bool keepsInodes_ = true;  // what that device does
-    std::unique_ptr<ordovan::RunNotes> notes_;
+    std::string below_;                         // what the paths in the run's folder begin with
+    std::string device_;                        // the last file's, as identities name it
+    bool keepsInodes_ = true;                   // what that device does
+    std::unique_ptr<ordovan::RunNotes> notes_;  // until the end of this: others know by it that the run goes on
     std::optional<ordovan::RecordedFileSystem> recorded_;
 };
 
 /// Does `work` under the folder's lock; a result with `refused` set when another run holds it. A folder that can not be
-/// locked for another reason (it is gone, say) is left to the checks that the run makes for each file.
+/// locked for another reason (it is gone, say) is left to the checks that the run makes for each file, and the record
+/// of a run that goes on there keeps others out.
 template <class Work>
 auto locked(const TidyPorts& ports, const Url& folder, Work work) {
     const auto lock = ports.tryLockFolder(folder);

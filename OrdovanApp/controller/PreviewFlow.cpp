@@ -122,10 +122,12 @@ RecordsInMemory recordsAfterRecovery(const TidyPorts& ports, const PreviewInputs
     if (ports.recording.runRecords == nullptr || !ports.recording.runRecords->mayStand(root)) return memory;
     const auto lock = ports.tryLockFolder(root);
     if (!lock) return memory;
-    RecoveredRun recovered =
+    Recovery recovery =
         RunRecovery::settle(ports, root, memory, ports.clock(), RunRecovery::Occasion::preview, inputs.recovery);
     // Told while the folder is still locked, so that it comes before what any later run has to tell.
-    if (inputs.recovered) inputs.recovered(root, std::move(recovered));
+    for (RecoveredRun& run : recovery.runs) {
+        if (inputs.recovered) inputs.recovered(root, std::move(run));
+    }
     return memory;
 }
 

@@ -15,6 +15,15 @@ namespace {
 using OrdovanProposalPlanner::canonicalPath;
 using OrdovanProposalPlanner::containsCanonical;
 
+/// Brings earlier runs that were interrupted to their end. False, and the result refuses, where one of them goes on.
+bool settleEarlier(const TidyPorts& ports, RunInputs& inputs, RunResult& result) {
+    Recovery recovery = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                            RunRecovery::Occasion::run, inputs.recovery);
+    result.refused = recovery.isHeld;
+    result.recovered = std::move(recovery.runs);
+    return !result.refused;
+}
+
 /// What every run ends with, once the record of what it did is stored or could not be.
 void finish(const TidyPorts& ports, const RunInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
             RunResult& result) {
@@ -138,10 +147,9 @@ RunResult RunFlow::organize(const TidyPorts& ports, RunInputs inputs, std::span<
     using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
         RunResult result;
-        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
-                                               RunRecovery::Occasion::run, inputs.recovery);
+        if (!settleEarlier(ports, inputs, result)) return result;
         const RecordsInMemory& memory = inputs.memory;
-        FolderRun::Record record(ports, Kind::organize, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+        FolderRun::Record record(ports, Kind::organize, inputs.root, inputs.nowEpoch);
         result.report = std::make_shared<const OrdovanExecutionReport>(applyAll(ports, inputs, proposals, record));
         if (!result.report->journal.entries.empty()) {
             result.record = ports.journals.append(inputs.root, result.report->journal, memory.journal,
@@ -156,10 +164,9 @@ RunResult RunFlow::undo(const TidyPorts& ports, RunInputs inputs, const OrdovanJ
     using Kind = OrdovanRunRecord::Kind;
     return FolderRun::locked(ports, inputs.root, [&] {
         RunResult result;
-        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
-                                               RunRecovery::Occasion::run, inputs.recovery);
+        if (!settleEarlier(ports, inputs, result)) return result;
         const RecordsInMemory& memory = inputs.memory;
-        FolderRun::Record record(ports, Kind::undo, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+        FolderRun::Record record(ports, Kind::undo, inputs.root, inputs.nowEpoch);
         result.report = std::make_shared<const OrdovanExecutionReport>(undoBatches(ports, inputs, entries, record));
         result.record = ports.journals.removeRestored(inputs.root, restoredDestinations(*result.report), memory.journal,
                                                       memory.unsavedJournal, inputs.nowEpoch, ports.fileSystem);

@@ -105,44 +105,57 @@ void addToHistory(const TidyPorts& ports, const OrdovanRunRecord& run, RecordsIn
     }
 }
 
-RecoveredRun settleUnreadable(const TidyPorts& ports, const Url& root, double nowEpoch) {
-    RecoveredRun result;
-    result.standsThere = !ports.recording.runRecords->setAside(root, nowEpoch);
-    if (result.standsThere) return result;
+/// One that can not even be set aside is left alone, and nothing is told of it each time.
+std::optional<RecoveredRun> setAside(const TidyPorts& ports, const Url& root, std::size_t place, double nowEpoch) {
+    if (!ports.recording.runRecords->setAside(root, place, nowEpoch)) return std::nullopt;
     OrdovanInterruptedRun told;
     told.root = root;
     told.isUnreadable = true;
+    RecoveredRun result;
     result.told = std::make_shared<const OrdovanInterruptedRun>(std::move(told));
+    return result;
+}
+
+/// The same for the run of one readable record. Nothing where nothing could be said of it this time.
+std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std::size_t place,
+                                   const OrdovanUnfinishedRun& run, RecordsInMemory& memory, double nowEpoch,
+                                   RunRecovery::Occasion occasion, const RecoveryControl& control) {
+    if (!isOf(ports, root, run.intent)) return std::nullopt;
+    const bool isOwn = std::ranges::find(memory.ownRuns, run.intent.id) != memory.ownRuns.end();
+    if (isOwn && occasion == RunRecovery::Occasion::preview) return std::nullopt;
+
+    OrdovanReconciliation found = reconciled(ports, run, control);
+    if (found.isStopped || found.isElsewhere) return std::nullopt;
+    RecoveredRun result;
+    const bool isStored = store(ports, root, run, found, memory, nowEpoch, result) && found.isComplete;
+    // A run of this program is in the history, or in memory until it can be.
+    if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
+    if (!isOwn && isStored) addToHistory(ports, found.historyRecord(run.intent), memory, nowEpoch, result);
+    if (isStored) static_cast<void>(ports.recording.runRecords->remove(root, place));
     return result;
 }
 
 }  // namespace
 
-RecoveredRun RunRecovery::settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
-                                 Occasion occasion, const RecoveryControl& control) {
-    RecoveredRun result;
+Recovery RunRecovery::settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
+                             Occasion occasion, const RecoveryControl& control) {
+    Recovery result;
     const ordovan::RunRecordStore* store = ports.recording.runRecords;
     if (store == nullptr) return result;
-    const Found stored = store->read(root);
-    if (stored.state == Found::State::none) return result;
-    if (stored.state == Found::State::unreadable) return settleUnreadable(ports, root, nowEpoch);
-    result.standsThere = true;
-    if (stored.state == Found::State::unknown) return result;
-    const OrdovanRunIntent& intent = stored.run.intent;
-    if (!isOf(ports, root, intent)) return result;
-    const bool isOwn = std::ranges::find(memory.ownRuns, intent.id) != memory.ownRuns.end();
-    if (isOwn && occasion == Occasion::preview) return result;
-
-    OrdovanReconciliation found = reconciled(ports, stored.run, control);
-    if (found.isStopped) return result;
-    const bool isStored =
-        !found.isElsewhere && ::store(ports, root, stored.run, found, memory, nowEpoch, result) && found.isComplete;
-    if (!found.isElsewhere) {
-        // A run of this program is in the history, or in memory until it can be.
-        if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
-        if (!isOwn && isStored) addToHistory(ports, found.historyRecord(intent), memory, nowEpoch, result);
+    std::vector<Found> stored;  // held from here on
+    for (std::size_t place = 1; place <= ordovan::RunRecordStore::places; ++place) {
+        stored.push_back(store->read(root, place));
+        result.isHeld = result.isHeld || stored.back().state == Found::State::inUse;
     }
-    if (isStored) result.standsThere = !store->remove(root);
+    if (result.isHeld) return result;
+    for (std::size_t i = 0; i < stored.size() && !control.flag->isCancelled(); ++i) {
+        std::optional<RecoveredRun> run;
+        if (stored[i].state == Found::State::unreadable) run = setAside(ports, root, i + 1, nowEpoch);
+        if (stored[i].state == Found::State::readable) {
+            run = ::settle(ports, root, i + 1, stored[i].run, memory, nowEpoch, occasion, control);
+        }
+        if (run) result.runs.push_back(std::move(*run));
+    }
     return result;
 }
 

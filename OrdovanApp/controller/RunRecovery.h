@@ -29,7 +29,12 @@ struct RecoveredRun {
     std::optional<ordovan::TrashRecordStore::Saved> trash;
     std::optional<OrdovanRunRecord> run;  ///< what was added to the history
     ordovan::HistoryStore::Result history;
-    bool standsThere = false;  ///< a record is still in the place where the next run's would go
+};
+
+/// What was made of the records that stood for a folder.
+struct Recovery {
+    std::vector<RecoveredRun> runs;  ///< one for each that was settled, oldest place first
+    bool isHeld = false;  ///< a run goes on in the folder, though the folder's lock did not tell; nothing was settled
 };
 
 /// How bringing an interrupted run to its end is followed and stopped.
@@ -46,17 +51,17 @@ namespace RunRecovery {
 
 enum class Occasion {
     preview,
-    run,  ///< another run is about to begin; it goes without a record of its own where this one has to stay
+    run,  ///< another run is about to begin
 };
 
-/// Reconciles the run whose record stands for the folder, if there is one; stores what it did where runs store that;
-/// and then removes the record. It stays while it can not be read, or something not be looked at or stored: doing all
-/// this again comes to the same. One that is damaged is set aside. `memory` is brought up to date.
+/// Reconciles the runs whose records stand for the folder; stores what they did where runs store that; and then removes
+/// the records. One stays while it can not be read, or something not be looked at or stored: doing all this again comes
+/// to the same. One that is damaged is set aside. `memory` is brought up to date.
 ///
 /// Once the flag of `control` is set, no other file is begun, and the hash of one is given up in its middle: then the
-/// record stays and nothing is stored or told, as if this had not been called.
-[[nodiscard]] RecoveredRun settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
-                                  Occasion occasion, const RecoveryControl& control);
+/// record in work stays and nothing is stored or told of it, as if this had not come to it.
+[[nodiscard]] Recovery settle(const TidyPorts& ports, const Url& root, RecordsInMemory& memory, double nowEpoch,
+                              Occasion occasion, const RecoveryControl& control);
 
 /// The entries as they are to be stored: without the identities of files on volumes that do not keep them.
 void dropPassingIdentities(const TidyPorts& ports, OrdovanJournal& journal);

@@ -191,7 +191,7 @@ void TidyViewModel::startTrashRun(Work work) {
 void TidyViewModel::completeTrashRun(const Url& root, TrashResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
-        adoptRecovered(root, std::move(result.recovered));
+        for (RecoveredRun& run : result.recovered) adoptRecovered(root, std::move(run));
         const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
         if (auto& record = result.record) {

@@ -373,7 +373,7 @@ OrdovanRunControl TidyViewModel::runControl() {
 void TidyViewModel::completeRun(const Url& root, RunResult result) {
     endAnyRun(result.refused);
     if (!result.refused) {
-        adoptRecovered(root, std::move(result.recovered));
+        for (RecoveredRun& run : result.recovered) adoptRecovered(root, std::move(run));
         const bool wasUnsaved = journalUnsaved();
         keepRecord(result.keepsRecord, result.run.id);
         publish(lastReport_, std::move(result.report), &TidyViewModel::lastReportChanged);

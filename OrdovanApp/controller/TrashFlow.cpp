@@ -108,6 +108,15 @@ private:
     std::uint64_t bytesDone_ = 0;
 };
 
+/// Brings earlier runs that were interrupted to their end. False, and the result refuses, where one of them goes on.
+bool settleEarlier(const TidyPorts& ports, TrashInputs& inputs, TrashResult& result) {
+    Recovery recovery = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
+                                            RunRecovery::Occasion::run, inputs.recovery);
+    result.refused = recovery.isHeld;
+    result.recovered = std::move(recovery.runs);
+    return !result.refused;
+}
+
 /// What every run ends with, once the record of what it did is stored or could not be.
 void finish(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord::Kind kind, FolderRun::Record& record,
             TrashResult& result) {
@@ -122,10 +131,9 @@ void finish(const TidyPorts& ports, const TrashInputs& inputs, OrdovanRunRecord:
 template <class Work>
 TrashResult trash(const TidyPorts& ports, TrashInputs& inputs, const RunFiles& files, Work work) {
     TrashResult result;
-    result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
-                                           RunRecovery::Occasion::run, inputs.recovery);
+    if (!settleEarlier(ports, inputs, result)) return result;
     constexpr auto kind = OrdovanRunRecord::Kind::trash;
-    FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+    FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch);
     OrdovanTrashReport report;
     {
         Run run(ports, inputs, files, record);
@@ -203,10 +211,9 @@ TrashResult TrashFlow::restore(const TidyPorts& ports, TrashInputs inputs, const
                       entry.byteSize());
         }
         TrashResult result;
-        result.recovered = RunRecovery::settle(ports, inputs.root, inputs.memory, inputs.nowEpoch,
-                                               RunRecovery::Occasion::run, inputs.recovery);
+        if (!settleEarlier(ports, inputs, result)) return result;
         constexpr auto kind = OrdovanRunRecord::Kind::restoreTrash;
-        FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch, !result.recovered.standsThere);
+        FolderRun::Record record(ports, kind, inputs.root, inputs.nowEpoch);
         {
             Run run(ports, inputs, files, record);
             result.report = std::make_shared<const OrdovanTrashReport>(

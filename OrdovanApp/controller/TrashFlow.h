@@ -32,9 +32,9 @@ struct TrashInputs {
 
 /// What a run with the Trash did.
 struct TrashResult {
-    bool refused = false;      ///< another run holds the folder: nothing was done, and nothing below has a meaning
-    RecoveredRun recovered;    ///< an earlier one, that was found interrupted
-    bool keepsRecord = false;  ///< the record of this run still stands
+    bool refused = false;  ///< another run holds the folder: nothing was done, and nothing below has a meaning
+    std::vector<RecoveredRun> recovered;  ///< earlier ones, that were found interrupted
+    bool keepsRecord = false;             ///< the record of this run still stands
     std::shared_ptr<const OrdovanTrashReport> report;
     std::optional<ordovan::TrashRecordStore::Saved> record;  ///< nothing where there was nothing to record
     OrdovanRunRecord run{};

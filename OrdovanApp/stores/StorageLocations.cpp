@@ -66,8 +66,9 @@ std::array<Url, 2> StorageLocations::olderJournals(const Url& root) {
             root.appending(OrdovanOutput::folderName).appending(OrdovanJournal::filename)};
 }
 
-Url StorageLocations::runRecord(const Url& root) const {
-    return recordsFolder.appending("runs").appending(nameOf(root) + ".jsonl");
+Url StorageLocations::runRecord(const Url& root, std::size_t number) const {
+    const std::string suffix = number > 1 ? "." + std::to_string(number) : "";
+    return recordsFolder.appending("runs").appending(nameOf(root) + suffix + ".jsonl");
 }
 
 Url StorageLocations::unusableRunRecord(const Url& root, double epoch) const {

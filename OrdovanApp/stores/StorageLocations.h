@@ -37,8 +37,9 @@ struct StorageLocations {
     /// Where older versions kept a folder's journal, oldest first: in its folder "Organized", in its output folder.
     [[nodiscard]] static std::array<Url, 2> olderJournals(const Url& root);
 
-    /// The record of a run that is going on in a folder: "runs/", the same name as the journal's, ".jsonl".
-    [[nodiscard]] Url runRecord(const Url& root) const;
+    /// The record of a run that is going on in a folder: "runs/", the same name as the journal's, ".jsonl". Further
+    /// ones of the folder are numbered from 2: ".2.jsonl".
+    [[nodiscard]] Url runRecord(const Url& root, std::size_t number = 1) const;
     /// The name to which such a record is set aside at this time (whole seconds since 1970).
     [[nodiscard]] Url unusableRunRecord(const Url& root, double epoch) const;
 

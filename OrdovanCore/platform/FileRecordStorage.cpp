@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/platform/ExclusiveMove.h"
 #include "OrdovanCore/platform/Failure.h"
+#include "OrdovanCore/platform/FileLock.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/RegularFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
@@ -85,6 +86,14 @@ int openForAppending(const char* path, Descriptor& opened) {
     return S_ISREG(facts.st_mode) ? 0 : EINVAL;
 }
 
+/// Takes the lock of an open document, which has to be there still when that is done.
+int hold(const Descriptor& document) {
+    if (const int error = tryLock(document.get()); error != 0) return error;
+    struct ::stat facts;
+    if (::fstat(document.get(), &facts) != 0) return errno;
+    return facts.st_nlink > 0 ? 0 : ENOENT;
+}
+
 class FileRunNotes final : public RunNotes {
 public:
     explicit FileRunNotes(Descriptor file) : file_(std::move(file)) {}
@@ -123,7 +132,8 @@ OrdovanResult<void> FileRecordStorage::write(const Url& file, const Producer& pr
 OrdovanResult<std::unique_ptr<RunNotes>> FileRecordStorage::openNotes(const Url& file) {
     const SystemPath path(file);
     Descriptor opened;
-    const int error = path.error() != 0 ? path.error() : openForAppending(path.text(), opened);
+    int error = path.error() != 0 ? path.error() : openForAppending(path.text(), opened);
+    if (error == 0) error = hold(opened);
     if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
     return std::make_unique<FileRunNotes>(std::move(opened));
 }

@@ -1,10 +1,10 @@
 #include "OrdovanCore/platform/FolderLock.h"
 
+#include "OrdovanCore/platform/FileLock.h"
 #include "OrdovanCore/platform/Folders.h"
 #include "OrdovanCore/platform/SameFile.h"
 #include "OrdovanCore/platform/SystemPath.h"
 
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <ctime>
@@ -17,24 +17,6 @@ constexpr std::chrono::milliseconds betweenTries{20};
 
 /// How often another folder may bear the name when a lock was had, or none.
 constexpr int mostExchanges = 100;
-
-/// flock(2), again after an interrupting signal; 0 or the errno.
-int lock(int folder, int operation) {
-    while (::flock(folder, operation) != 0) {
-        switch (errno) {
-            case EINTR:
-                continue;
-            case ENOLCK:
-            case ENOTSUP:
-            case ENOSYS:
-            case EINVAL:
-                return 0;  // no locks on this file system
-            default:
-                return errno;
-        }
-    }
-    return 0;
-}
 
 /// True when the path still leads to the open folder.
 bool leadsTo(const char* path, int folder) {
@@ -54,7 +36,7 @@ OrdovanResult<FolderLock> FolderLock::tryAcquire(const Url& folder) {
     const SystemPath path(folder);
     if (path.error() != 0) return std::unexpected(OrdovanSystemError::posix(path.error()));
     Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
-    const int error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
+    const int error = opened ? tryLock(opened.get()) : errno;
     if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
     return FolderLock(std::move(opened));
 }
@@ -68,7 +50,7 @@ OrdovanResult<FolderLock> FolderLock::acquire(const Url& folder, const LockPatie
         int error = makeFolders(path.view(), 0700);
         if (error != 0) return std::unexpected(OrdovanSystemError::posix(error));
         Descriptor opened = Descriptor::open(path.text(), O_RDONLY | O_DIRECTORY);
-        error = opened ? lock(opened.get(), LOCK_EX | LOCK_NB) : errno;
+        error = opened ? tryLock(opened.get()) : errno;
         // While we waited, somebody may have put another folder in its place, which others would lock from now on.
         if (error == 0 && leadsTo(path.text(), opened.get())) return FolderLock(std::move(opened));
         if (error == 0 || error == ENOENT) {

@@ -666,6 +666,60 @@ TEST(TidyInterrupted, ARecordThatIsStillNeededStaysUnderTheNextRun) {
     EXPECT_FALSE(world.hasRunRecord());
 }
 
+TEST(TidyInterrupted, BesideARecordThatHasToStayIsBroughtToItsEndAsWell) {
+    InterruptedWorld world;
+    world.records.failAll("write", ENOSPC);
+    world.start();
+    std::size_t moves = 0;
+    world.fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++moves == 2) throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setBeforeCall({});
+    EXPECT_TRUE(world.memory.item(world.locations.runRecord(Url::file("/r"), 2).path()));
+    world.records.failAll("", 0);
+    world.start();
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(2));
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_FALSE(world.memory.item(world.locations.runRecord(Url::file("/r"), 2).path()));
+    world.undo();
+    EXPECT_THAT(world.files(), ElementsAre("x.pdf", "y.jpg", "z.txt"));
+}
+
+TEST(TidyInterrupted, GoesWithoutARecordOnceAllPlacesAreTaken) {
+    World world;
+    for (std::size_t place = 1; place <= ordovan::RunRecordStore::places; ++place) {
+        world.memory.write(world.locations.runRecord(Url::file("/r"), place).path(), "garbage");
+    }
+    world.runStorage.failAll("setAside", EIO);
+    world.start();
+    world.organize();
+    EXPECT_EQ(world.model->lastReport()->movedCount(), 3U);
+    for (std::size_t place = 1; place <= ordovan::RunRecordStore::places; ++place) {
+        EXPECT_EQ(world.memory.read(world.locations.runRecord(Url::file("/r"), place).path()), "garbage");
+    }
+}
+
+/// As where the folder can not be locked and another process works in it.
+TEST(TidyInterrupted, IsNoRunThatStillGoesOn) {
+    InterruptedWorld world;
+    const Url record = world.locations.runRecord(Url::file("/r"));
+    const std::string before = *world.memory.read(record.path());
+    auto notes = world.runStorage.openNotes(record);
+    ASSERT_TRUE(notes);
+    const std::vector<std::string> files = world.files();
+    world.start();
+    EXPECT_FALSE(world.model->interruptedRun());
+    world.organize();
+    EXPECT_TRUE(world.model->runRefusal());
+    EXPECT_EQ(world.files(), files);
+    EXPECT_EQ(world.memory.read(record.path()), before);
+    notes->reset();
+    world.start();
+    EXPECT_TRUE(world.model->interruptedRun());
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
 TEST(TidyInterrupted, ARecordThatMayNotBeOnTheDiskIsNotLeftBehind) {
     World world;
     world.start();

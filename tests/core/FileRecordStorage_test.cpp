@@ -299,6 +299,15 @@ TEST_F(FileRecords, TakeNotesAtTheirEnd) {
     EXPECT_EQ(contentOf(t.url("record")), "head\none\n" + std::string(300'000, 'x'));
 }
 
+TEST_F(FileRecords, TakeNotesOfOneWriterAtATime) {
+    ASSERT_EQ(error(storage.write(t.url("record"), text("head\n"))), 0);
+    auto notes = storage.openNotes(t.url("record"));
+    ASSERT_TRUE(notes);
+    EXPECT_EQ(error(storage.openNotes(t.url("record"))), EWOULDBLOCK);
+    notes->reset();
+    EXPECT_EQ(error(storage.openNotes(t.url("record"))), 0);
+}
+
 TEST_F(FileRecords, FlushTheirNotesWhenTold) {
     ASSERT_EQ(error(storage.write(t.url("record"), text("head\n"))), 0);
     auto notes = storage.openNotes(t.url("record"));

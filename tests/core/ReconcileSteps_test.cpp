@@ -295,6 +295,16 @@ TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheEntryThatWasNoted) {
     EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", run.intent.items[0].identity)));
 }
 
+TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheRecordThatTellsOfItsCopy) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::begun, "one", partial, false);
+    memory.link("/r/ordovan+", "/s");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_FALSE(found.isComplete);
+}
+
 TEST_F(ReconcileFixture, AFileOutsideTheFolderGetsNoEntryWhateverWasNoted) {
     tree({"a = one"});
     intend("/s/a", "/r/ordovan+/a");

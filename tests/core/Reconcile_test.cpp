@@ -283,6 +283,17 @@ TEST_F(Reconcile, AnotherVolumeAtThatPlaceDecidesNothing) {
     EXPECT_FALSE(reconcile().isElsewhere);
 }
 
+TEST_F(Reconcile, AnotherVolumeOfTheSameNumberDecidesNothing) {
+    memory.addVolume("/r");
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    run.intent.rootIdentity = identity("/r");
+    memory.removeTree("/r/a");
+    EXPECT_TRUE(reconcile().isElsewhere);
+    tree({"a = one"});
+    EXPECT_TRUE(reconcile().isElsewhere) << "another file of that name";
+}
+
 // Undo.
 
 TEST_F(Reconcile, AnUndoneMoveTakesItsEntryOut) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -64,6 +65,9 @@ public:
     OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) override {
         if (fails("openNotes", file)) return std::unexpected(OrdovanSystemError::posix(error_));
         if (!fs_.read(file.path())) return std::unexpected(OrdovanSystemError::posix(ENOENT));
+        if (!held_->insert(std::string(file.path())).second) {
+            return std::unexpected(OrdovanSystemError::posix(EWOULDBLOCK));
+        }
         return std::make_unique<Notes>(*this, file);
     }
 
@@ -81,7 +85,10 @@ public:
 private:
     class Notes final : public RunNotes {
     public:
-        Notes(MemoryRecords& records, Url file) : records_(records), file_(std::move(file)) {}
+        Notes(MemoryRecords& records, Url file) : records_(records), file_(std::move(file)), held_(records.held_) {}
+        ~Notes() override { held_->erase(std::string(file_.path())); }
+        Notes(const Notes&) = delete;
+        Notes& operator=(const Notes&) = delete;
         OrdovanResult<void> append(std::string_view text) override {
             if (records_.fails("append", file_)) return refusal(records_.error_);
             records_.fs_.write(file_.path(), records_.fs_.read(file_.path()).value_or("") + std::string(text));
@@ -94,6 +101,7 @@ private:
     private:
         MemoryRecords& records_;
         Url file_;
+        std::shared_ptr<std::set<std::string>> held_;
     };
 
     static OrdovanResult<void> refusal(int errnoValue) {
@@ -106,6 +114,7 @@ private:
     }
 
     testing::MemoryFileSystem& fs_;
+    std::shared_ptr<std::set<std::string>> held_ = std::make_shared<std::set<std::string>>();  // that take notes
     std::size_t calls_ = 0;
     std::size_t failing_ = 0;
     std::string failingKind_;
