@@ -120,6 +120,18 @@ TEST_F(Interrupted, ManyFilesAreToldInOneShortBlock) {
     EXPECT_LE(std::ranges::count(told, '\n'), 22);
 }
 
+TEST_F(Interrupted, EveryFileThatNeedsALookIsTold) {
+    kill({"organize", "--yes"}, home.organized("Documents"));
+    for (int i = 0; i < fileCount; ++i) {
+        std::filesystem::remove(home.downloads() + "/" + name(i));
+        std::filesystem::remove(home.organized("Documents") + "/" + name(i));
+    }
+    const std::string told = home.run({"preview"}).err;
+    EXPECT_THAT(told, HasSubstr(std::to_string(fileCount) + " files need a look."));
+    EXPECT_EQ(std::ranges::count(told, '\n'), fileCount + 1);
+    EXPECT_THAT(told, Not(HasSubstr("more file")));
+}
+
 TEST_F(Interrupted, ACopyToAnotherVolumeLeavesNothingBehind) {
     if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
     const auto& mounts = ordovan::test::detail::MountNamespace::get();
