@@ -50,7 +50,7 @@ struct Context {
     bool isFlawed = false;  ///< something was found on the way that makes the outcome so
 
     [[nodiscard]] bool wantsJson() const { return invocation.has(Option::json); }
-    [[nodiscard]] TextStyle textStyle() { return {console.coloursResults(), session.ports().timeZone()}; }
+    [[nodiscard]] TextStyle textStyle() { return {console.colorsResults(), session.ports().timeZone()}; }
 
     /// Puts a result out in the form asked for.
     template <class Result>

@@ -40,19 +40,19 @@ bool isDumbTerminal() {
 }  // namespace
 
 Console::Console(Manner manner) : isQuiet_(manner.isQuiet) {
-    const bool coloured = manner.mayColour && !isSet("NO_COLOR") && !isDumbTerminal();
-    coloursResults_ = coloured && ::isatty(STDOUT_FILENO) == 1;
-    coloursMessages_ = coloured && ::isatty(STDERR_FILENO) == 1;
+    const bool colored = manner.mayColor && !isSet("NO_COLOR") && !isDumbTerminal();
+    colorsResults_ = colored && ::isatty(STDOUT_FILENO) == 1;
+    colorsMessages_ = colored && ::isatty(STDERR_FILENO) == 1;
     showsProgress_ = !isQuiet_ && !isDumbTerminal() && ::isatty(STDERR_FILENO) == 1;
 }
 
-void Console::say(std::string_view colour, std::string_view word, std::string_view sentence) {
+void Console::say(std::string_view color, std::string_view word, std::string_view sentence) {
     clearProgress();
     std::string line;
     if (!word.empty()) {
-        if (coloursMessages_) line += colour;
+        if (colorsMessages_) line += color;
         line += word;
-        if (coloursMessages_) line += plain;
+        if (colorsMessages_) line += plain;
         line += ": ";
     }
     writeMessage(line.append(sentence).append("\n"));

@@ -11,7 +11,7 @@ class Console {
 public:
     struct Manner {
         bool isQuiet = false;
-        bool mayColour = true;
+        bool mayColor = true;
     };
 
     explicit Console(Manner manner);
@@ -38,15 +38,15 @@ public:
     void progress(std::string_view text);
     void clearProgress();
 
-    /// Whether results on standard output are to be coloured.
-    [[nodiscard]] bool coloursResults() const { return coloursResults_; }
+    /// Whether results on standard output are to be colored.
+    [[nodiscard]] bool colorsResults() const { return colorsResults_; }
 
 private:
-    void say(std::string_view colour, std::string_view word, std::string_view sentence);
+    void say(std::string_view color, std::string_view word, std::string_view sentence);
 
     bool isQuiet_;
-    bool coloursResults_;
-    bool coloursMessages_;
+    bool colorsResults_;
+    bool colorsMessages_;
     bool showsProgress_;
     bool progressIsShown_ = false;
     std::chrono::steady_clock::time_point lastProgress_{};

@@ -120,10 +120,10 @@ struct Invocation {
     [[nodiscard]] std::vector<std::string_view> values(Option option) const;
 };
 
-/// Reads a command line (without the program's name). An option's value is either the next argument, whatever it
-/// looks like, or what follows "=" in the same one. "--" ends the options. An option that takes a
-/// value for one command and none for another must stand behind its command. `--help` and `--version` win over
-/// mistakes. The error is one sentence.
+/// Reads a command line (without the program's name). An option's value is either the next argument, whatever it looks
+/// like, or what follows "=" in the same one. "--" ends the options. An option that takes a value for one command and
+/// none for another must stand behind its command. `--help` and `--version` win over mistakes. The error is one
+/// sentence.
 [[nodiscard]] std::expected<Invocation, std::string> parse(std::span<const std::string_view> arguments);
 
 /// A whole number without sign, spaces or anything behind it, within bounds; nothing for any other text.

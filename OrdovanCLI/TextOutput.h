@@ -10,7 +10,7 @@
 namespace ordovan::cli {
 
 struct TextStyle {
-    bool isColoured = false;
+    bool isColored = false;
     text::TimeZone zone = text::TimeZone::utc();  ///< of the dates
 };
 

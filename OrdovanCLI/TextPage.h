@@ -30,8 +30,8 @@ public:
         appendCount(out_, count, noun);
         return *this;
     }
-    Page& bold(std::string_view text) { return coloured("\x1b[1m", text); }
-    Page& dim(std::string_view text) { return coloured("\x1b[2m", text); }
+    Page& bold(std::string_view text) { return colored("\x1b[1m", text); }
+    Page& dim(std::string_view text) { return colored("\x1b[2m", text); }
     /// Right-aligned in a column as wide as the widest size.
     Page& size(std::int64_t bytes) {
         constexpr std::size_t width = 9;  // "999 bytes"
@@ -57,10 +57,10 @@ public:
     [[nodiscard]] std::string& out() { return out_; }
 
 private:
-    Page& coloured(std::string_view code, std::string_view text) {
-        if (style_.isColoured) out_ += code;
+    Page& colored(std::string_view code, std::string_view text) {
+        if (style_.isColored) out_ += code;
         appendSafe(out_, text);
-        if (style_.isColoured) out_ += "\x1b[0m";
+        if (style_.isColored) out_ += "\x1b[0m";
         return *this;
     }
 

@@ -77,7 +77,7 @@ int main(int argc, char** argv) {
     const auto invocation = parse(arguments);
     const bool understood = invocation.has_value();
     Console console({.isQuiet = understood && invocation->has(Option::quiet),
-                     .mayColour = !understood || !invocation->has(Option::noColor)});
+                     .mayColor = !understood || !invocation->has(Option::noColor)});
     Outcome outcome;
     bool isAtRest = true;
     if (!understood) {

@@ -5,7 +5,8 @@
 #include <span>
 #include <string_view>
 
-/// The built-in kinds of files, in the order they are shown. A kind's raw value is the folder its files go to.
+/// The built-in kinds of files, in the order they are shown. A kind's raw value is the folder its files go to. Every
+/// function here may be called from any thread.
 enum class OrdovanFileCategory {
     documents,
     spreadsheets,
@@ -41,7 +42,7 @@ struct KnownExtensions {
 [[nodiscard]] std::span<const KnownExtensions> knownExtensions();
 
 /// The category of a file extension given without its dot. The extension is lower-cased (full Unicode) and looked up;
-/// nothing else is done to it, so ".pdf", " pdf" and "tar.gz" are `other`, as is the empty extension. Any thread.
+/// nothing else is done to it, so ".pdf", " pdf" and "tar.gz" are `other`, as is the empty extension.
 [[nodiscard]] OrdovanFileCategory forExtension(std::string_view ext);
 
 /// The category of exactly this raw value (case-sensitive), or nothing.

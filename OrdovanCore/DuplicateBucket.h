@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,7 +18,7 @@
 namespace ordovan {
 
 /// The files of one size in an inventory, and what several threads have found out about them. Files are named by their
-/// position in the inventory.
+/// position in the inventory. Any thread, but for what is said to be for one.
 class DuplicateBucket {
 public:
     using Positions = std::vector<std::uint32_t>;
@@ -49,11 +50,11 @@ public:
     /// Notes files of one content, all their names among them; a content that was not noted before.
     void addFound(std::string contentHash, Positions files);
 
-    /// Counts what is still to be done for the bucket; `release` is true for the one who did the last of it.
+    /// Counts what is still to be done for the bucket; `release` is true for the one thread that did the last of it.
     void hold() noexcept { held_.fetch_add(1, std::memory_order_relaxed); }
     [[nodiscard]] bool release() noexcept { return held_.fetch_sub(1, std::memory_order_acq_rel) == 1; }
 
-    /// What was noted. For the one who did the last.
+    /// What was noted. For the one thread that did the last.
     [[nodiscard]] Positions takeOdd();
     [[nodiscard]] std::vector<Found> takeFound() { return std::move(found_); }
 

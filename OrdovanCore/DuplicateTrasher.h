@@ -6,8 +6,9 @@
 #include "OrdovanCore/TrashRecord.h"
 
 /// Moves redundant copies to the Trash and puts trashed files back. Fail-closed: each file is examined again right
-/// before it is touched, any doubt leaves it alone, nothing is ever overwritten or deleted. Synchronous,
-/// single-threaded, without state; nothing here ends a run but its control.
+/// before it is touched, any doubt leaves it alone, nothing is ever overwritten or deleted. No call fails as a whole:
+/// each file has an outcome, and the run goes on; nothing ends it but its control. Without state; synchronous, on the
+/// calling thread, which may be any that may call `fs`.
 namespace OrdovanDuplicateTrasher {
 
 /// Moves every file of the group to the Trash whose canonical path is not that of `keeping`, each completely before

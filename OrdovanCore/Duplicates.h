@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-/// Files of one content.
+/// Files of one content. A value, as its report is: any thread.
 struct OrdovanDuplicateGroup {
     std::string contentHash;    ///< SHA-256 of the content of each of them, 64 lower-case hexadecimal digits
     std::int64_t byteSize = 0;  ///< as the inventory gave it
@@ -53,12 +53,14 @@ struct OrdovanDuplicateSearchControl {
     std::function<bool()> shouldContinue = {};
     /// Told several times a second, and at the end. Called on any thread, never on two at once; the counts only grow.
     std::function<void(const OrdovanDuplicateProgress& progress)> progressed = {};
-    /// How many threads work, the calling one included; 0: as many as there are cores, at most four.
+    /// How many threads work, the calling one included; 0: as many as there are cores, at most four, since more would
+    /// wait for the disk.
     unsigned workers = 0;
 };
 
 /// Finds files of equal content: of one size in the inventory and of one SHA-256. Directories, links and packages take
-/// no part; hidden and empty files do. A file that can not be read is left out without a word. Nothing is changed.
+/// no part; hidden and empty files do. A file that can not be read is left out without a word. Nothing is changed. Any
+/// thread; a search returns when it is done.
 namespace OrdovanDuplicateFinder {
 
 /// Hashes every file whose size occurs twice, one after the other. Of the port only `contentHash` is called.

@@ -14,6 +14,7 @@
 #include <vector>
 
 /// What the stored records that are lists of entries have in common: the undo journal and the record of the Trash.
+/// Without state; any thread.
 namespace ordovan::records {
 
 /// Writes such a record in pieces of about 1 MiB: `piece` holds its beginning up to the bracket of the entries,

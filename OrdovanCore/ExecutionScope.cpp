@@ -1,6 +1,5 @@
 #include "OrdovanCore/ExecutionScope.h"
 
-#include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/Text.h"
 

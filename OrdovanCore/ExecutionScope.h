@@ -7,15 +7,16 @@
 
 namespace ordovan {
 
-/// True when a path has a ".." piece.
+/// True when a path has a ".." piece. Any thread.
 [[nodiscard]] bool hasDotDotPiece(std::string_view path);
 
 /// True for a URL whose text alone says where it is, and that a record can name: a file URL with an absolute path in
-/// UTF-8, no longer than the system takes (4,095 bytes), without NUL and without a ".." piece (behind a link that would
-/// be another folder than the text says).
+/// UTF-8, no longer than the system takes (4,095 bytes: PATH_MAX without its NUL, limits.h(0p)), without NUL and
+/// without a ".." piece (behind a link that would be another folder than the text says). Any thread.
 [[nodiscard]] bool namesOnePlace(const Url& url);
 
-/// One folder inside which a run may act. What depends on the folder alone is found out once.
+/// One folder inside which a run may act. What depends on the folder alone is found out once. Immutable; any thread
+/// that may call the file system it is given.
 class Boundary {
 public:
     explicit Boundary(const Url& root);
@@ -37,7 +38,8 @@ private:
 };
 
 /// Where a run may act: files come from and go back to places inside the authorized root, and lie organized inside the
-/// output root. Apply and undo share it, each in its direction.
+/// output root. Apply and undo share it, each in its direction. Immutable; any thread that may call the file system it
+/// is given. Making one reads the disk, to judge whether the authorized root is too broad.
 class ExecutionScope {
 public:
     ExecutionScope(const Url& authorizedRoot, const Url& outputRoot);
@@ -58,3 +60,9 @@ private:
 };
 
 }  // namespace ordovan
+
+/// The walk that keeps a run inside its scope: true when a folder between the item and its root (the folder holding the
+/// item included, the root not) is a symbolic link. The root is given as a canonical path; for an item outside it the
+/// walk goes on to the top. True as well for a path with a ".." piece, which its text can not settle. Asks `fs` about
+/// each folder at the moment of the call. Any thread that may call `fs`.
+[[nodiscard]] bool OrdovanHasSymlinkedParent(const Url& item, std::string_view canonicalRoot, OrdovanFileSystem& fs);

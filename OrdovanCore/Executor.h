@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-/// How one file fared.
+/// How one file fared. Outcomes and reports are values; any thread.
 enum class OrdovanExecutionStatus {
     moved,                ///< the file lies at its destination
     skippedRevalidation,  ///< a check refused it before anything was changed
@@ -52,12 +52,14 @@ struct OrdovanRunControl {
 };
 
 /// Moves files and takes moves back. Fail-closed: each file is examined again right before it is touched, nothing is
-/// ever overwritten, and every step that can not be completed is rolled back. Synchronous, single-threaded, without
-/// state; nothing here ends a run but its control.
+/// ever overwritten, and every step that can not be completed is rolled back. No call fails as a whole: each file has
+/// an outcome, and the run goes on; nothing ends it but its control. Without state; synchronous, on the calling thread,
+/// which may be any that may call `fs`.
 namespace OrdovanExecutor {
 
 /// Carries out proposals, each completely before the next. A move across volumes is copied under a partial name,
-/// verified by content hash, renamed and only then removed at the source.
+/// verified by content hash, renamed and only then removed at the source. `authorizedRoot` is the folder that files are
+/// taken from, `outputRoot` the one that they go to; `nowEpoch` (seconds since 1970-01-01 UTC) is the journal's time.
 [[nodiscard]] OrdovanExecutionReport apply(std::span<const OrdovanFileProposal> proposals, const Url& authorizedRoot,
                                            const Url& outputRoot, OrdovanFileSystem& fs, double nowEpoch,
                                            const OrdovanRunControl& control = {});
@@ -69,16 +71,10 @@ namespace OrdovanExecutor {
                                           const Url& outputRoot, OrdovanFileSystem& fs,
                                           const OrdovanRunControl& control = {});
 
-/// One sentence for a system's refusal.
+/// One sentence for a system's refusal. Any thread.
 [[nodiscard]] std::string failureReason(const OrdovanSystemError& error);
 
 /// The sentence for files that a stopped run did not come to.
 inline constexpr std::string_view stoppedMessage = "The run was stopped before this file; left untouched.";
 
 }  // namespace OrdovanExecutor
-
-/// The walk that keeps a run inside its scope: true when a folder between the item and its root (the folder holding
-/// the item included, the root not) is a symbolic link. The root is given as a canonical path; for an item outside it
-/// the walk goes on to the top. True as well for a path with a ".." piece, which its text can not settle. Asks `fs`
-/// about each folder at the moment of the call. Any thread.
-[[nodiscard]] bool OrdovanHasSymlinkedParent(const Url& item, std::string_view canonicalRoot, OrdovanFileSystem& fs);

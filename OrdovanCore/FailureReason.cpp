@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The two numbers by which a refusal is recognised; each is absent where the error does not carry it.
+/// The two numbers by which a refusal is recognized; each is absent where the error does not carry it.
 struct Codes {
     std::optional<int> cocoa;
     std::optional<int> posix;

@@ -8,7 +8,7 @@
 
 namespace ordovan {
 
-/// What one look at an item tells, without opening it.
+/// What one look at an item tells, without opening it. A value; any thread.
 struct FileFacts {
     bool isRegular = false;
     std::int64_t byteSize = 0;
@@ -20,7 +20,7 @@ struct FileFacts {
 };
 
 /// Looks at an item, a final link not followed. ENOENT or ENOTDIR where there is none; any other error means that it
-/// can not be told what is there. Any thread.
+/// can not be told what is there. Any thread, but for one that keeps folders open from call to call: that says so.
 using FactsFunction = std::function<OrdovanResult<FileFacts>(const Url& item)>;
 
 }  // namespace ordovan

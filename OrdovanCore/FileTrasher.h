@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <span>
 
-/// Moves chosen files to the Trash, after each was examined again. Fail-closed, synchronous, single-threaded, without
-/// state, as `OrdovanDuplicateTrasher` is.
+/// Moves chosen files to the Trash, after each was examined again. Fail-closed, synchronous and without state, as
+/// `OrdovanDuplicateTrasher` is; threads as there.
 namespace OrdovanFileTrasher {
 
 /// A file the user chose.

@@ -28,7 +28,7 @@ Folders foldersThatHeld(std::span<const Url> files, const Url& within, const std
     Folders folders;
     std::string_view previous;
     for (const Url& file : files) {
-        // Neighbours in a record mostly come from one folder.
+        // Neighbors in a record mostly come from one folder.
         const std::string_view folder = ordovan::parentPath(file.path());
         if (folder == std::exchange(previous, folder)) continue;
         const Url url = Url::file(folder);

@@ -6,6 +6,8 @@
 
 namespace ordovan {
 
+// Pure; any thread.
+
 /// The value of a hexadecimal digit in either case; nothing for any other character.
 [[nodiscard]] constexpr std::optional<unsigned char> hexValue(char c) noexcept {
     if (c >= '0' && c <= '9') return static_cast<unsigned char>(c - '0');

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -48,16 +47,18 @@ struct OrdovanInventorySkip {
 /// The case name: "hidden", "symbolicLinkNotFollowed" and so on.
 [[nodiscard]] std::string_view rawValue(OrdovanInventorySkip::Reason reason);
 
-/// The bounds of a scan.
+/// The bounds of a scan, which keep the time and the memory that it takes small however large the tree is. The defaults
+/// are far more than a person files by hand, and little enough to be scanned, planned and shown in under a second.
 struct OrdovanInventoryLimits {
     std::size_t maxFiles = 50'000;
-    std::size_t maxDepth = 16;  ///< the root is depth 0; directories at this depth are still read
-    std::size_t maxDirectories = 50'000;
+    /// The root is depth 0; directories at this depth are still read. Trees that go deeper are made by programs.
+    std::size_t maxDepth = 16;
+    std::size_t maxDirectories = 50'000;  ///< as many as files: a tree without files must end as well
     bool includeHidden = false;
     friend bool operator==(const OrdovanInventoryLimits&, const OrdovanInventoryLimits&) = default;
 };
 
-/// What a scan found.
+/// What a scan found. A value, as its parts are; any thread.
 struct OrdovanInventory {
     std::vector<OrdovanInventoryEntry> files;        ///< in walk order: depth first, each folder in standard order
     std::vector<OrdovanInventoryEntry> directories;  ///< met and accepted; the root is not among them
@@ -85,7 +86,7 @@ public:
     virtual OrdovanResult<std::vector<OrdovanInventoryEntry>> children(const Url& of) = 0;
 
     /// The directory's path with every symbolic link resolved: two URLs with the same answer are one directory.
-    /// Where that can not be told, the standardised path. The default asks the disk (realpath(3)).
+    /// Where that can not be told, the standardized path. The default asks the disk (realpath(3)).
     virtual std::string resolvedPath(const Url& directory);
 };
 
@@ -96,8 +97,8 @@ namespace OrdovanInventoryScanner {
 ///
 /// `shouldContinue` is polled on the calling thread once for each directory before it is read; once it says false the
 /// walk stops and what was gathered is returned with `truncated` false; without one nothing stops the walk. A limit
-/// that stops the walk is recorded as one skip. Never fails: a directory that can not be listed is a skip. Synchronous;
-/// keeps no state.
+/// that stops the walk is recorded as one skip. Never fails: a directory that can not be listed is a skip. Synchronous
+/// and without state: any thread, each with a reader of its own.
 [[nodiscard]] OrdovanInventory scan(const Url& root, OrdovanDirectoryReading& reader,
                                     const OrdovanInventoryLimits& limits, std::span<const Url> excludedSubtrees,
                                     const std::function<bool()>& shouldContinue);

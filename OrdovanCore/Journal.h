@@ -7,7 +7,6 @@
 #include <expected>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -16,7 +15,7 @@
 /// What one organize run did with one file: where it was, where it went and what arrived.
 ///
 /// Immutable. All fields lie in one block shared by the copies of an entry, so that a journal of a million entries
-/// fits in memory once, however many lists it stands in.
+/// fits in memory once, however many lists it stands in. Copies may be used and destroyed on different threads.
 class OrdovanJournalEntry {
 public:
     OrdovanJournalEntry(std::string_view source, std::string_view destination, bool sameVolume, std::int64_t byteSize,
@@ -52,7 +51,7 @@ struct OrdovanJournalError {
 /// A refusal of a stored record: by the rules above, or by the decoder (a sentence for a developer).
 using OrdovanRecordError = std::variant<OrdovanJournalError, std::string>;
 
-/// The refusal in words.
+/// The refusal in words. Any thread.
 [[nodiscard]] std::string describe(const OrdovanRecordError& error);
 
 /// Everything that can be undone in one folder, in the order in which it happened. A value; any thread.
@@ -61,8 +60,11 @@ struct OrdovanJournal {
     double createdAtEpoch = 0;  ///< seconds since 1970-01-01 UTC
     std::vector<OrdovanJournalEntry> entries;
 
+    /// What a journal is called where it lies inside the folder that it is of.
     static constexpr std::string_view filename = ".ordovan-journal.json";
     static constexpr std::int64_t supportedVersion = 1;
+    /// Many times what one preview can move, and a bound on what a damaged or hostile document can make of memory: so
+    /// many entries take some 240 MiB.
     static constexpr std::size_t maxEntries = 1'000'000;
 
     /// Takes the stored form piece by piece; false stops the writing.
@@ -84,7 +86,8 @@ struct OrdovanJournal {
     friend bool operator==(const OrdovanJournal&, const OrdovanJournal&) = default;
 };
 
-/// Reads a stored journal fed in pieces, as `OrdovanJournal::decoded` does, without ever holding the whole text.
+/// Reads a stored journal fed in pieces, as `OrdovanJournal::decoded` does, without ever holding the whole text. One
+/// object is used by one thread at a time.
 class OrdovanJournalDecoder {
 public:
     OrdovanJournalDecoder();

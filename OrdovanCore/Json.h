@@ -1,18 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 /// Reading and writing of the stored documents. They all have one shape: an object of plain members and at most one
 /// list of records, each record an object of plain members.
+///
+/// Functions may be called from any thread. The limits are far beyond what is ever written (a path has less than 4,096
+/// bytes, PATH_MAX): they bound what a damaged or hostile document can take of memory and stack.
 namespace ordovan::json {
 
 /// The type a known member must have.
@@ -32,7 +33,7 @@ struct Member {
 
 /// What a document must hold. The reader keeps what the spans and views point to.
 struct Schema {
-    std::span<const Member> members;        ///< of the top object; at most 63, as of each record
+    std::span<const Member> members;        ///< of the top object; at most 63, as of each record (a set of 64 bits)
     std::string_view recordsKey;            ///< the member holding the list of records; empty for none
     std::span<const Member> recordMembers;  ///< of each record
 };
@@ -53,7 +54,7 @@ public:
 /// A strict reader fed in pieces of any size. Refused with one sentence: anything that is not one well-formed JSON
 /// text (RFC 8259) in valid UTF-8 without a byte order mark, a repeated known member, a missing one, one of another
 /// type, an integer with a fraction or beyond 64 bits, a number of more than 1,024 characters or with an exponent
-/// beyond 32 bits, nesting deeper than 32. No tree is built: memory is one record.
+/// beyond 32 bits, nesting deeper than 32. No tree is built: memory is one record. Used by one thread at a time.
 class Reader {
 public:
     Reader(const Schema& schema, Receiver& receiver);
@@ -80,14 +81,14 @@ private:
 /// stand as they are.
 void appendText(std::string& out, std::string_view text);
 
-/// Appends the shortest decimal that reads back as the same number; whole numbers below 10^21 as their digits alone.
-/// Infinities and NaN, which JSON lacks, are written as 0.
+/// Appends the shortest decimal that reads back as the same number; whole numbers below 10^21 (as far as ECMAScript's
+/// Number::toString goes) as their digits alone. Infinities and NaN, which JSON lacks, are written as 0.
 void appendNumber(std::string& out, double number);
 
 /// Appends the decimal digits of a whole number.
 void appendInteger(std::string& out, std::int64_t number);
 
-/// About so much of a long document is put together before it is handed on, bytes.
+/// About so much of a long document is put together before it is handed on, in bytes: few calls, and little memory.
 inline constexpr std::size_t encodedPieceSize = std::size_t{1} << 20;
 
 }  // namespace ordovan::json

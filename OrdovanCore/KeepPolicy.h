@@ -8,7 +8,8 @@
 #include <string_view>
 #include <unordered_map>
 
-/// Which copy of a duplicate group stays when nobody chose one by hand.
+/// Which copy of a duplicate group stays when nobody chose one by hand. Every function here may be called from any
+/// thread.
 enum class OrdovanKeepPolicy {
     oldest,        ///< the earliest modification time
     newest,        ///< the latest
@@ -29,7 +30,7 @@ inline constexpr std::array<OrdovanKeepPolicy, 4> allCases = {OrdovanKeepPolicy:
 /// The file of a group to keep; nothing only for a group without files. `modified`: path to modification time, in
 /// seconds since 1970. By date, a file without one loses to every file with one. Files that the policy does not tell
 /// apart are told apart by their path: fewer characters (user-perceived), then the byte order of UTF-8, which is the
-/// order of code points. Any thread.
+/// order of code points.
 [[nodiscard]] std::optional<Url> keep(OrdovanKeepPolicy policy, const OrdovanDuplicateGroup& in,
                                       const std::unordered_map<std::string, double>& modified);
 

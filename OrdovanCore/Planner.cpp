@@ -94,7 +94,7 @@ private:
     [[nodiscard]] SharedText keyOf(const OrdovanFileProposal& proposal) const {
         const std::string_view path = proposal.destination.path();
         const bool isCanonical = ordovan::text::isAscii(path) || ordovan::text::isComposed(path);
-        if (isCanonical && !caseInsensitive_) return proposal.destination.sharedPath();  // standardised already
+        if (isCanonical && !caseInsensitive_) return proposal.destination.sharedPath();  // standardized already
         const std::string canonical = OrdovanProposalPlanner::canonicalPath(path);
         return caseInsensitive_ ? ordovan::text::lowercased(canonical) : canonical;
     }

@@ -37,7 +37,7 @@ struct OrdovanPlanSkip {
     friend bool operator==(const OrdovanPlanSkip&, const OrdovanPlanSkip&) = default;
 };
 
-/// What would happen: every file of the inventory stands in exactly one of the three lists.
+/// What would happen: every file of the inventory stands in exactly one of the three lists. A value; any thread.
 struct OrdovanPlanResult {
     std::vector<OrdovanFileProposal> proposals;  ///< by destination path, then source path, in standard order
     std::vector<OrdovanPlanConflict> conflicts;  ///< by source path in standard order
@@ -50,8 +50,8 @@ struct OrdovanPlanResult {
     [[nodiscard]] std::vector<OrdovanFileProposal> selectedProposals(
         const std::unordered_set<std::string>& excluding) const;
 
-    /// The ids of the proposals whose file is not older than `cutoff` (seconds since 1970, inclusive). A file with no
-    /// entry in `modified` (path to modification time) counts as not older.
+    /// The ids of the proposals whose file was last changed at `notOlderThan` or later. Times are seconds since
+    /// 1970-01-01 UTC; `modified` maps path to modification time, and a file that it lacks counts as not older.
     [[nodiscard]] std::unordered_set<std::string> proposalIDs(
         double notOlderThan, const std::unordered_map<std::string, double>& modified) const;
 
@@ -72,7 +72,8 @@ namespace OrdovanPlanner {
                                      bool caseInsensitive, const OrdovanRuleSet& rules, bool groupByMonth,
                                      const ordovan::text::TimeZone& timeZone);
 
-/// "2024-03": year and month of an instant (seconds since 1970) in the Gregorian calendar of a time zone.
+/// "2024-03": year and month of an instant (seconds since 1970-01-01 UTC) in the Gregorian calendar of a time zone. Any
+/// thread.
 [[nodiscard]] std::string monthFolder(double epoch, const ordovan::text::TimeZone& timeZone);
 
 }  // namespace OrdovanPlanner

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// Where a preview stands, in words.
+/// Where a preview stands, in words. A value; any thread.
 class OrdovanPreviewStatus {
 public:
     enum class Case { ready, idle, scanning, failed };

@@ -107,7 +107,7 @@ struct Proposer::State {
     bool rootsAreFiles;
     bool rootIsTooBroad;
     std::string canonicalRoot;
-    std::string output;  // standardised; byte for byte the folder on disk, also where its name is not in NFC
+    std::string output;  // standardized; byte for byte the folder on disk, also where its name is not in NFC
     std::string canonicalOutput;
     OrdovanRuleSet rules;
 

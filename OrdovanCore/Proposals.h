@@ -13,7 +13,7 @@
 /// One proposed move.
 struct OrdovanFileProposal {
     Url source;                                                 ///< as the inventory gave it
-    Url destination;                                            ///< standardised, inside the output folder
+    Url destination;                                            ///< standardized, inside the output folder
     OrdovanFileCategory category = OrdovanFileCategory::other;  ///< by extension, also when a rule decides the folder
     ordovan::SharedText explanation;                            ///< one sentence for the user
     std::optional<ordovan::SharedText> ruleFolder;              ///< the matching rule's folder
@@ -40,7 +40,7 @@ enum class OrdovanProposalError {
 /// The sentence shown for a refusal.
 [[nodiscard]] std::string_view message(OrdovanProposalError error);
 
-/// Where the organizer may act, and the making of one proposal.
+/// Where the organizer may act, and the making of one proposal. Every function may be called from any thread.
 namespace OrdovanProposalPlanner {
 
 /// The path in the one form in which all paths of the engine are compared: textually normal (`normalizedPath`) and in

@@ -56,7 +56,7 @@ struct OrdovanInterruptedRun {
     friend bool operator==(const OrdovanInterruptedRun&, const OrdovanInterruptedRun&) = default;
 };
 
-/// What is true after a run was interrupted, and what the records of it must say.
+/// What is true after a run was interrupted, and what the records of it must say. A value; any thread.
 struct OrdovanReconciliation {
     OrdovanInterruptedRun run;
     OrdovanJournal journal;             ///< entries that must be there; of the run's time
@@ -69,8 +69,8 @@ struct OrdovanReconciliation {
     /// The folder is not the one in which the run worked, and nothing of the run is in sight: its volume is probably
     /// not there. Nothing was decided, and nothing else here has a meaning.
     bool isElsewhere = false;
-    /// It was stopped before its end. Each file is settled or as it was, and nothing else here has a meaning: reconciling
-    /// once more settles them all.
+    /// It was stopped before its end. Each file is settled or as it was, and nothing else here has a meaning:
+    /// reconciling once more settles them all.
     bool isStopped = false;
 
     /// The run for the history: what lies at its destination counts as moved, what is not settled as failed.
@@ -81,11 +81,12 @@ struct OrdovanReconciliation {
 ///
 /// Fail-closed: it looks at every file of the run anew, acts inside the run's folders and where no link is on the way,
 /// never overwrites, and removes only what the run is proved to have made, while the file itself is seen to be whole.
-/// It may itself be interrupted at any moment and run again: that comes to the same end.
+/// It may itself be interrupted at any moment and run again: that comes to the same end. Never fails as a whole.
+/// Synchronous, on the one thread that its ports belong to; without state.
 namespace OrdovanReconciler {
 
-/// `control` is asked before each file and once behind the last, and told after each; while it is looked for the folder
-/// (`isElsewhere`) it is only asked.
+/// `run` is the stored record of the run, as `OrdovanUnfinishedRun` reads it. `control` is asked before each file and
+/// once behind the last, and told after each; while it is looked for the folder (`isElsewhere`) it is only asked.
 [[nodiscard]] OrdovanReconciliation reconcile(const OrdovanUnfinishedRun& run, const ordovan::ReconcilePorts& ports,
                                               const OrdovanRunControl& control = {});
 

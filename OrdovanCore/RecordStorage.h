@@ -11,6 +11,9 @@ namespace ordovan {
 
 /// The port through which records about the user's files (journals, history) are kept. The records are the program's
 /// own; the user's files never pass through here.
+///
+/// Any thread, several at once. Two changes of one document are not coordinated here: whoever makes them holds a lock.
+/// Errors are the system's, unchanged, beside those that an operation names.
 class RecordStorage {
 public:
     /// Takes a piece of a document; false stops the reading or writing.
@@ -35,10 +38,12 @@ public:
     /// a regular file (a link to one is not). Where the file system has no locks (flock(2)), nobody holds anything.
     virtual OrdovanResult<std::unique_ptr<RunNotes>> openNotes(const Url& file) = 0;
 
-    /// Removes the document; none there is no error.
+    /// Removes the document; none there is no error. The folder is flushed, as far as it can be, so that no power cut
+    /// brings the document back.
     virtual OrdovanResult<void> remove(const Url& file) = 0;
 
-    /// Renames a document that can not be used to a free name in the same folder; EEXIST when that name is taken.
+    /// Renames a document that can not be used to a free name in the same folder; EEXIST when that name is taken,
+    /// ENOENT when there is no document. Not flushed.
     virtual OrdovanResult<void> setAside(const Url& file, const Url& to) = 0;
 };
 

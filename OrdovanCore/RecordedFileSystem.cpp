@@ -335,7 +335,7 @@ bool RecordedFileSystem::keepsIdentity(const OrdovanRunItem& item) {
 }
 
 /// True when what the run found at an item's source is not the file of which the intent tells, or that tells too
-/// little to recognise it: where no identity is kept, a file of the same size may be another.
+/// little to recognize it: where no identity is kept, a file of the same size may be another.
 bool RecordedFileSystem::isOther(std::size_t item) const {
     const OrdovanRunItem& intended = intent_.items[item];
     if (examined_.path != intended.source) return false;

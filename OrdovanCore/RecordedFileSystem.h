@@ -24,10 +24,9 @@ namespace ordovan {
 ///
 /// A file that is copied is noted, on disk, before its copy is begun: with what it is and the name of the copy. So is
 /// one, though it may not reach the disk before the power goes, that is not the file the intent tells of, and one whose
-/// new place is going to be taken in more than one step. What has been
-/// moved is noted behind it, some 32 KiB at a time: for files of which the end of the process takes the note away, the
-/// disk tells. Notes that can not be written are a loss of certainty after an interruption and of nothing else: the run
-/// goes on without more of them.
+/// new place is going to be taken in more than one step. What has been moved is noted behind it, some 32 KiB at a time:
+/// for files of which the end of the process takes the note away, the disk tells. Notes that can not be written are a
+/// loss of certainty after an interruption and of nothing else: the run goes on without more of them.
 ///
 /// An original whose copy is in place is renamed to a hidden name of ours, where nobody else replaces it or opens it
 /// for writing. There it is hashed for the last time and, if it is what was copied and the copy still stands, removed;
@@ -38,7 +37,7 @@ namespace ordovan {
 /// A copy that has got its new name and is to go again is renamed back to its partial name, looked at there, and
 /// removed. Where a volume has no room for another name, both are removed under the one they have.
 ///
-/// Used by one thread.
+/// Used by the run's one thread.
 class RecordedFileSystem final : public OrdovanFileSystem {
 public:
     /// All outlive this object. `disk` is what of `fs` moves in steps; null where nothing does.

@@ -11,11 +11,11 @@
 
 namespace ordovan {
 
-/// What a file was when it was last examined.
+/// What a file was when it was last examined. A value; any thread.
 struct Fingerprint {
     std::int64_t byteSize = 0;
-    std::string contentHash;
-    std::string identity;
+    std::string contentHash;  ///< SHA-256, 64 lower-case hexadecimal digits
+    std::string identity;     ///< as `OrdovanFileSystem::fileIdentity` tells it; empty where it could not be told
 };
 
 /// How far a relocation came, and what stopped it.
@@ -42,7 +42,7 @@ inline constexpr OrdovanSystemError originalChanged{OrdovanSystemError::Domain::
 
 /// True when a file that was seen with this identity is certainly not at its place any more: the system says that
 /// nothing is there, or a link is, and the folder is one of the volume on which the file was seen. A volume that is not
-/// there, or answers nothing, proves nothing.
+/// there, or answers nothing, proves nothing. On the calling thread, which is one that may call `fs`.
 [[nodiscard]] bool isGone(const Url& file, std::string_view identity, OrdovanFileSystem& fs);
 
 /// Moves single files to free places, within a volume by a rename, across volumes by copy, verify, rename, remove; so

@@ -32,9 +32,13 @@ struct OrdovanRuleError {
 struct OrdovanRuleSet {
     std::vector<OrdovanRule> rules;
 
+    /// What typed rules are held to (reading the stored form is not). A list of 50 can still be looked through.
     static constexpr std::size_t maxRules = 50;
-    static constexpr std::size_t maxExtensionLength = 16;   ///< characters
-    static constexpr std::size_t maxFolderNameLength = 64;  ///< user-perceived characters
+    /// Characters; longer than the extensions in use, so that pasted text is not taken for one.
+    static constexpr std::size_t maxExtensionLength = 16;
+    /// User-perceived characters: as many as can be read in a list. Of up to three bytes each they fit in the 255 bytes
+    /// of a name (NAME_MAX, limits.h(0p)).
+    static constexpr std::size_t maxFolderNameLength = 64;
 
     /// The extensions in typed text: split at commas, spaces and semicolons, trimmed, one leading dot removed,
     /// lower-cased, repeats dropped. The first bad piece refuses the whole text (`invalidExtension`); nothing but

@@ -3,6 +3,7 @@
 #include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Uuid.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -10,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-/// One line of the history: a run and its counts.
+/// One line of the history: a run and its counts. A value, as the history is; any thread, as for all functions here.
 struct OrdovanRunRecord {
     enum class Kind { organize, undo, trash, restoreTrash };
     ordovan::Uuid id;
@@ -21,7 +22,7 @@ struct OrdovanRunRecord {
     std::int64_t skipped = 0;
     std::int64_t failed = 0;
 
-    /// The record of a run, with a fresh id.
+    /// The record of a run, with a fresh id; `epoch` as above.
     static OrdovanRunRecord make(Kind kind, const OrdovanExecutionReport& report, const Url& folder, double epoch);
 
     /// "Organized 12 files in Downloads": one sentence without a full stop.
@@ -38,6 +39,7 @@ struct OrdovanRunRecord {
 struct OrdovanRunHistory {
     std::vector<OrdovanRunRecord> records;
 
+    /// The document is read and written whole at every run: so many records take some 60 KiB.
     static constexpr std::size_t maxRecords = 200;
 
     /// The record in front of the others; the oldest fall off beyond 200.

@@ -6,7 +6,8 @@
 
 namespace ordovan {
 
-/// The port through which a run adds to its stored record what it has done. Used by one thread.
+/// The port through which a run adds to its stored record what it has done. Used by the run's one thread. Errors are
+/// the system's, unchanged.
 class RunNotes {
 public:
     virtual ~RunNotes() = default;

@@ -2,9 +2,12 @@
 
 #include "OrdovanCore/Executor.h"
 
+#include <cstddef>
+
 namespace ordovan {
 
-/// Asks and tells the control of one run. Once the control has said to stop, it is not asked again.
+/// Asks and tells the control of one run. Once the control has said to stop, it is not asked again. Used by the
+/// run's one thread; the control outlives it.
 class RunProgress {
 public:
     RunProgress(const OrdovanRunControl& control, std::size_t total) : control_(control), total_(total) {}

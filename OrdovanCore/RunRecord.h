@@ -12,12 +12,12 @@
 #include <functional>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// One file that a run is going to move, as it stands when the run begins.
+/// One file that a run is going to move, as it stands when the run begins. A value, as intents, notes and records are:
+/// any thread.
 struct OrdovanRunItem {
     ordovan::SharedText source;       ///< absolute path at which the run finds it
     ordovan::SharedText destination;  ///< absolute path to which it goes; empty where the Trash chooses it
@@ -46,7 +46,7 @@ struct OrdovanRunIntent {
     std::vector<OrdovanRunItem> items;  ///< in the order in which the run comes to them
 
     static constexpr std::int64_t supportedVersion = 1;
-    static constexpr std::size_t maxItems = 1'000'000;
+    static constexpr std::size_t maxItems = 1'000'000;  ///< as many as the entries of a journal, and for its reasons
 
     /// Takes the stored form piece by piece; false stops the writing.
     using Sink = std::function<bool(std::string_view piece)>;
@@ -83,10 +83,9 @@ struct OrdovanRunNote {
 /// UTF-8, one JSON object a line. First what the run is about to do, written whole or not at all: a line about the run
 /// ("id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version"), one for
 /// each item ("bytes", "from", "hash", "identity", "modified", "names", "to") and one that ends this ("end": the number
-/// again).
-/// Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path", "sameVolume"). The most common
-/// one, of an intended file that was renamed, says no more than it has to ("bytes", "hash", "renamed": its item). Paths
-/// below the root are told relative to it.
+/// again). Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path", "sameVolume"). The most
+/// common one, of an intended file that was renamed, says no more than it has to ("bytes", "hash", "renamed": its
+/// item). Paths below the root are told relative to it.
 struct OrdovanUnfinishedRun {
     OrdovanRunIntent intent;
     std::vector<OrdovanRunNote> notes;  ///< in the order in which they were made
@@ -97,7 +96,7 @@ struct OrdovanUnfinishedRun {
     friend bool operator==(const OrdovanUnfinishedRun&, const OrdovanUnfinishedRun&) = default;
 };
 
-/// Reads the stored record of a run fed in pieces of any size.
+/// Reads the stored record of a run fed in pieces of any size. One object is used by one thread at a time.
 ///
 /// The lines up to the end of the intent are read strictly: a damaged one, a missing one or one too many refuses the
 /// record; so do another version (`unsupportedVersion`) and more items than `OrdovanRunIntent::maxItems` (`tooLarge`).

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <atomic>
-#include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <ostream>

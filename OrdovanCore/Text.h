@@ -8,12 +8,13 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 /// The one door to Unicode: every question about characters, order and calendars is answered here, by ICU.
 ///
 /// Text is UTF-8 in `std::string`. File names that are not UTF-8 may be passed to every function; where a function
-/// can not work on such bytes, it says what it does with them. All functions may be called from any thread.
+/// can not work on such bytes, it says what it does with them. All functions may be called from any thread, and
+/// values are used on any; of the other classes each says for itself.
 namespace ordovan::text {
 
 /// True when the bytes are well-formed UTF-8 (no overlong forms, no surrogates; RFC 3629). NUL is allowed.

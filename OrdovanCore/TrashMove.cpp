@@ -1,6 +1,5 @@
 #include "OrdovanCore/TrashMove.h"
 
-#include "OrdovanCore/Executor.h"
 #include "OrdovanCore/Proposals.h"
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/TrashPlace.h"

@@ -9,7 +9,8 @@
 
 namespace ordovan {
 
-/// The folder from which files may be trashed and to which they may be put back.
+/// The folder from which files may be trashed and to which they may be put back. Immutable; any thread that may call
+/// the file system it is given. Making one reads the disk, to judge whether the folder is too broad.
 class TrashScope {
 public:
     explicit TrashScope(const Url& authorizedRoot);
@@ -42,15 +43,17 @@ struct TrashMove {
 /// Moves a regular file to the Trash and proves what lies there now.
 ///
 /// `was` is what the file was when it was hashed a moment ago; an empty identity means that none could be read. A
-/// replacement that slipped in between is recognised by its identity, which a rename keeps, or else by its content. It
+/// replacement that slipped in between is recognized by its identity, which a rename keeps, or else by its content. It
 /// is put back, as is a file whose place in the Trash no record could name because it is not UTF-8, and one for which
 /// `mayStay`, asked once the file is in the Trash, says no. Putting back never replaces anything; what can not be put
 /// back stays in the Trash and is reported there.
 ///
 /// A change of the bytes in place, with the size kept, between hashing and trashing goes unnoticed here. The file is in
-/// the Trash whole; putting it back will notice.
+/// the Trash whole; putting it back will notice. On the calling thread, which is one that may call `fs`.
 [[nodiscard]] TrashMove sendToTrash(const Url& file, const Fingerprint& was, OrdovanFileSystem& fs,
                                     const std::function<bool()>& mayStay = {});
+
+// Pure; any thread.
 
 /// True when a record can name the file: its path is UTF-8.
 [[nodiscard]] bool isRecordable(const Url& file);
@@ -59,7 +62,7 @@ struct TrashMove {
 /// the very name it had.
 [[nodiscard]] std::string recordedPath(const Url& file);
 
-/// True for the error of a hash that was given up because the run is to stop.
+/// True for the error of a hash that was given up because the run is to stop: ECANCELED.
 [[nodiscard]] bool isStop(const OrdovanSystemError& error);
 
 }  // namespace ordovan

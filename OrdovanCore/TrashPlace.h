@@ -6,8 +6,11 @@
 
 namespace ordovan {
 
-/// True for the names that folders of Trash at the top of a volume have: ".Trash", ".Trashes" and ".Trash-" with a
-/// user's number.
+// Judged by text alone; the disk is never asked. Any thread.
+
+/// True for the names that folders of Trash at the top of a volume have: ".Trash" and ".Trash-" with a user's number
+/// (freedesktop.org Trash specification 1.0), and the ".Trashes" that another desktop leaves on disks that are carried
+/// around.
 [[nodiscard]] bool isTrashName(std::string_view name);
 
 /// True for a path that leads into a Trash, judged by its text in normal form: a piece that `isTrashName`, or the

@@ -44,6 +44,8 @@ struct OrdovanTrashRecord {
     std::vector<OrdovanTrashEntry> entries;
 
     static constexpr std::int64_t supportedVersion = 1;
+    /// A tenth of a journal's: files are trashed by choice and not by the folder. A bound on what a damaged or hostile
+    /// document can make of memory.
     static constexpr std::size_t maxEntries = 100'000;
 
     /// Takes the stored form piece by piece; false stops the writing.
@@ -65,7 +67,8 @@ struct OrdovanTrashRecord {
     friend bool operator==(const OrdovanTrashRecord&, const OrdovanTrashRecord&) = default;
 };
 
-/// Reads a stored record fed in pieces, as `OrdovanTrashRecord::decoded` does, without ever holding the whole text.
+/// Reads a stored record fed in pieces, as `OrdovanTrashRecord::decoded` does, without ever holding the whole text. One
+/// object is used by one thread at a time.
 class OrdovanTrashRecordDecoder {
 public:
     OrdovanTrashRecordDecoder();
@@ -79,7 +82,7 @@ private:
     std::unique_ptr<State> state_;
 };
 
-/// What trashing or putting back did: one outcome for each file, in the order of processing.
+/// What trashing or putting back did: one outcome for each file, in the order of processing. A value; any thread.
 struct OrdovanTrashReport {
     std::vector<OrdovanExecutionOutcome> outcomes;
     /// After trashing: one entry for each file of this run that lies in the Trash. After putting back: the entries that

@@ -3,13 +3,16 @@
 #include "OrdovanCore/SharedText.h"
 
 #include <ostream>
+#include <string>
 #include <string_view>
+#include <utility>
 
 /// Where something is: a scheme and the bytes of a path.
 ///
 /// Everything the engine touches is a file URL; another scheme exists only to be refused. File names on this platform
-/// are bytes, so the path is kept byte for byte: nothing is decoded, normalised or checked for UTF-8 here. A value is
-/// two pointers wide and its copies share the path.
+/// are bytes, so the path is kept byte for byte: nothing is decoded, normalized or checked for UTF-8 here. A value is
+/// two pointers wide and its copies share the path; they may be used and destroyed on different threads. Nothing here
+/// touches the disk, and every function may be called from any thread.
 class Url {
 public:
     /// The file URL of an empty path.
@@ -41,7 +44,7 @@ public:
     /// The folder that holds this item; the root's is the root.
     [[nodiscard]] Url deletingLastPathComponent() const;
 
-    /// The path with empty pieces, "." and ".." removed textually ("/" where nothing is left). Never touches the disk.
+    /// The path with empty pieces, "." and ".." removed textually ("/" where nothing is left).
     [[nodiscard]] Url standardized() const;
 
     friend bool operator==(const Url&, const Url&) = default;

@@ -6,7 +6,7 @@
 
 namespace ordovan {
 
-/// What became of one file of a run.
+/// What became of one file of a run. A value; any thread.
 struct Verdict {
     OrdovanExecutionStatus status;
     std::string message;  ///< a sentence for the user

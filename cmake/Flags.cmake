@@ -25,15 +25,17 @@ else()
   target_compile_definitions(ordovan_flags INTERFACE _GLIBCXX_ASSERTIONS)
 endif()
 if(ORDOVAN_SANITIZE)
-  # No optimising and little debug information: compiling takes a third of the time, and a stack still names its lines.
+  # No optimizing and little debug information: compiling takes a third of the time, and a stack still names its lines.
   target_compile_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE} -fno-sanitize-recover=all
                                                  -fno-omit-frame-pointer -g1)
   target_link_options(ordovan_flags INTERFACE -fsanitize=${ORDOVAN_SANITIZE})
 endif()
 if(ORDOVAN_COVERAGE)
   # The counters live in a file that each program maps as it starts (%c): what a killed child or one that dropped its
-  # privileges has run counts, too. The name is built in because some tests start programs with an environment of their own.
+  # privileges has run counts, too. The name is built in because some tests start programs with an environment of their
+  # own.
   set(profile -fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%c%m.profraw)
-  target_compile_options(ordovan_flags INTERFACE ${profile} -fcoverage-mapping "SHELL:-mllvm -runtime-counter-relocation" -g0)
+  target_compile_options(ordovan_flags INTERFACE ${profile} -fcoverage-mapping
+                                                 "SHELL:-mllvm -runtime-counter-relocation" -g0)
   target_link_options(ordovan_flags INTERFACE ${profile})
 endif()

@@ -2,7 +2,8 @@
 set(reference ${made}/reference)
 file(MAKE_DIRECTORY ${reference})
 add_custom_command(
-  OUTPUT ${reference}/ordovan-cli.1 ${reference}/ordovan-cli.bash ${reference}/_ordovan-cli ${reference}/ordovan-cli.fish
+  OUTPUT ${reference}/ordovan-cli.1 ${reference}/ordovan-cli.bash ${reference}/_ordovan-cli
+         ${reference}/ordovan-cli.fish
   COMMAND ordovan-cli-docs ${reference} ${PROJECT_VERSION} ${ORDOVAN_RELEASE_DATE} ${ORDOVAN_HOMEPAGE}
   DEPENDS ordovan-cli-docs VERBATIM)
 ordovan_compress(${reference}/ordovan-cli.1 ${made}/ordovan-cli.1.gz)

@@ -1,7 +1,13 @@
 # The engine as a library: headers, archive, CMake package and pkg-config file.
 install(TARGETS ordovan_core EXPORT OrdovanCoreTargets ARCHIVE COMPONENT engine)
+# Headers that only the engine's own sources need, and neither its users nor another installed header, stay here.
+set(own DuplicateBucket DuplicateComparison DuplicateOrder EntryRecord ReconcileItem RunProgress Verdict
+        platform/CaseProbe platform/EmptyFolder platform/Failure platform/FileAttributes platform/FileCopy
+        platform/FileHash platform/FileLock platform/MovedItem platform/SameFile platform/Sha256Streams
+        platform/SystemPath platform/TemporaryFile platform/TrashNaming)
+list(JOIN own | own)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/OrdovanCore DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT engine
-        FILES_MATCHING PATTERN "*.h" PATTERN testing EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN testing EXCLUDE REGEX "/(${own})\\.h$" EXCLUDE)
 set(config ${CMAKE_INSTALL_LIBDIR}/cmake/OrdovanCore)
 install(EXPORT OrdovanCoreTargets NAMESPACE OrdovanCore:: DESTINATION ${config} COMPONENT engine)
 configure_package_config_file(engine/OrdovanCoreConfig.cmake.in ${made}/OrdovanCoreConfig.cmake

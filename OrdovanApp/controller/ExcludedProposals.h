@@ -9,7 +9,7 @@
 #include <vector>
 
 /// The proposals that are not ticked. To its users a set of ids; kept as a bit for each proposal of the plan, so that
-/// ticking all of 50,000 files takes no text for each of them.
+/// ticking all of 50,000 files takes no text for each of them. Used by one thread.
 class ExcludedProposals {
 public:
     /// Takes over another plan (null for none). What is proposed again, for the same place, stays as it is; other ids

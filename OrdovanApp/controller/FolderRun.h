@@ -23,7 +23,7 @@ namespace FolderRun {
 [[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
 
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that
-/// is known.
+/// is known. Used by the run's one thread.
 class FileSystem {
 public:
     FileSystem(const TidyPorts& ports, const Url& root, std::span<const Url> toBeHashed = {})
@@ -60,7 +60,7 @@ private:
 /// What a run is going to do, gathered before it begins, and the record of it. Stays where it is made.
 ///
 /// Where this record can not be stored, the run goes on without it, kept to what it is going to do all the same. Only
-/// where no records are kept at all, or none can name the folder, it is not.
+/// where no records are kept at all, or none can name the folder, it is not. Used by the run's one thread.
 class Record {
 public:
     Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch);
@@ -76,8 +76,7 @@ public:
              std::string_view knownHash = {});
 
     /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
-    /// kept to what was added.
-    /// `disk` is what of that moves in steps; null where nothing does.
+    /// kept to what was added. `disk` is what of that moves in steps; null where nothing does.
     OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();

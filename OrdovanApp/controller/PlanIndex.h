@@ -6,6 +6,7 @@
 #include "OrdovanCore/SharedText.h"
 #include "OrdovanCore/Url.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 

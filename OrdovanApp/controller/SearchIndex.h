@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -9,7 +10,8 @@
 
 /// Finds rows by what a user types: upper and lower case, accents and width of letters make no difference, and every
 /// word typed has to occur somewhere in a row's text. The texts are folded once, when they are added, and lie in one
-/// block, so that a search of 50,000 of them is one pass over memory.
+/// block, so that a search of 50,000 of them is one pass over memory. While none changes it, any number of threads may
+/// search.
 class SearchIndex {
 public:
     /// Forgets all texts; `texts` more are to come.

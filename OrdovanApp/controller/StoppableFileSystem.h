@@ -5,12 +5,12 @@
 #include "OrdovanCore/FileSystem.h"
 
 #include <cstdint>
-#include <functional>
+#include <string>
 
 /// The file system of one run whose hashes can be given up in the middle of a file: `contentHash` then fails with
 /// ECANCELED. A file that the run has begun to change is finished: from its first change on until the next file, hashes
-/// are complete. Every other operation goes straight to the file system given. Used by one thread; the flag may be set
-/// from any.
+/// are complete. Every other operation goes straight to the file system given. Used by the run's one thread; the flag
+/// may be set from any.
 class StoppableFileSystem final : public OrdovanFileSystem {
 public:
     /// `contents`: sees the same files as `fs` and reads those of more than `largeFile` bytes in pieces; null for none.

@@ -21,6 +21,7 @@ class BigFilesModel : public RowsModel {
     Q_OBJECT
 
 public:
+    /// How many files are shown at most: as many as can be looked through.
     static constexpr std::int64_t limit = 50;
     enum Action { quickLook, reveal, selectForTrash };
     struct Ticked {

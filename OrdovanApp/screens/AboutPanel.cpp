@@ -34,7 +34,7 @@ AboutPanel::AboutPanel(const ThemeEnvironment& theme, QWidget* parent)
     layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(icon);
     layout->addSpacing(12);
-    const auto recolour = [&theme, name, version, credits] {
+    const auto recolor = [&theme, name, version, credits] {
         const auto set = [](QLabel* label, const QFont& font, const QColor& color) {
             label->setFont(font);
             QPalette palette = label->palette();
@@ -51,8 +51,8 @@ AboutPanel::AboutPanel(const ThemeEnvironment& theme, QWidget* parent)
         if (label == credits) layout->addSpacing(8);
         layout->addWidget(label);
     }
-    connect(&theme, &ThemeEnvironment::changed, this, recolour);
-    recolour();
+    connect(&theme, &ThemeEnvironment::changed, this, recolor);
+    recolor();
 }
 
 void AboutPanel::keyPressEvent(QKeyEvent* event) {

@@ -25,7 +25,7 @@ DropOverlay::DropOverlay(const ThemeEnvironment& theme, QWidget* parent)
     layout->addSpacing(glyphSize);
     layout->addWidget(text_);
     layout->addStretch(1);
-    connect(&theme, &ThemeEnvironment::changed, this, &DropOverlay::recolour);
+    connect(&theme, &ThemeEnvironment::changed, this, &DropOverlay::recolor);
     setRefusal({});
     hide();
 }
@@ -33,11 +33,11 @@ DropOverlay::DropOverlay(const ThemeEnvironment& theme, QWidget* parent)
 void DropOverlay::setRefusal(const QString& reason) {
     refuses_ = !reason.isEmpty();
     text_->setText(refuses_ ? reason : tr("Drop a folder to preview it"));
-    recolour();
+    recolor();
     update();
 }
 
-void DropOverlay::recolour() {
+void DropOverlay::recolor() {
     text_->setFont(theme_.font(ThemeEnvironment::Type::title));
     QPalette palette = text_->palette();
     palette.setColor(QPalette::WindowText, refuses_ ? theme_.colors().secondText : theme_.colors().accentText);

@@ -20,7 +20,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void recolour();
+    void recolor();
 
     const ThemeEnvironment& theme_;
     QLabel* text_;

@@ -76,7 +76,7 @@ QuickLook::QuickLook(const AppContext& context, QWidget* parent)
     layout->setSpacing(16);
     layout->addWidget(pages_, 1);
     layout->addWidget(makeFacts());
-    connect(&context_.theme, &ThemeEnvironment::changed, this, &QuickLook::recolour);
+    connect(&context_.theme, &ThemeEnvironment::changed, this, &QuickLook::recolor);
 }
 
 QWidget* QuickLook::makeText() {
@@ -177,7 +177,7 @@ void QuickLook::showFacts(const OrdovanInventoryEntry& file, const Url& root) {
 }
 
 void QuickLook::showIcon(const QString& message) {
-    recolour();
+    recolor();
     message_->setText(message);
     pages_->setCurrentWidget(iconPage_);
 }
@@ -206,7 +206,7 @@ void QuickLook::showPreview(const FilePreview& preview) {
     }
 }
 
-void QuickLook::recolour() {
+void QuickLook::recolor() {
     const OrdovanFileCategory kind = kindOf(file_);
     icon_->setPixmap(Glyphs::pixmap(Glyphs::forCategory(kind), context_.theme.scaled(iconSize),
                                     context_.theme.colors().kind(kind), devicePixelRatioF()));

@@ -46,7 +46,7 @@ private:
     void showFacts(const OrdovanInventoryEntry& file, const Url& root);
     void showIcon(const QString& message);
     void showPreview(const FilePreview& preview);
-    void recolour();
+    void recolor();
 
     AppContext context_;
     Url file_;

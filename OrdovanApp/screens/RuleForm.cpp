@@ -46,8 +46,8 @@ RuleForm::RuleForm(const AppContext& context, QWidget* parent)
     message_->setTextFormat(Qt::PlainText);
     message_->setWordWrap(true);
     layout->addWidget(message_, 2, 0, 1, 3);
-    connect(&context_.theme, &ThemeEnvironment::changed, this, &RuleForm::recolour);
-    recolour();
+    connect(&context_.theme, &ThemeEnvironment::changed, this, &RuleForm::recolor);
+    recolor();
 }
 
 QLineEdit* RuleForm::makeField(const QString& placeholder, const QString& name) {
@@ -120,10 +120,10 @@ void RuleForm::showMessage(Message kind, const QString& text) {
     kind_ = kind;
     message_->setText(text);
     extensions_->setAccessibleDescription(text);
-    recolour();
+    recolor();
 }
 
-void RuleForm::recolour() {
+void RuleForm::recolor() {
     const ThemeColors& colors = context_.theme.colors();
     QPalette palette = message_->palette();
     palette.setColor(QPalette::WindowText, kind_ == Message::error ? colors.danger : colors.warning);

@@ -34,7 +34,7 @@ private:
     void finishAdding(const QString& extensions, const QString& folder, const std::optional<std::string>& refusal);
     void followText();
     void showMessage(Message kind, const QString& text);
-    void recolour();
+    void recolor();
 
     AppContext context_;
     QLineEdit* extensions_;

@@ -28,14 +28,14 @@ QLabel* themedLabel(const ThemeEnvironment& theme, ThemeEnvironment::Type type, 
     auto* label = new QLabel(text, parent);
     label->setWordWrap(true);
     label->setTextFormat(Qt::PlainText);
-    const auto recolour = [&theme, type, color, label] {
+    const auto recolor = [&theme, type, color, label] {
         label->setFont(theme.font(type));
         QPalette palette = label->palette();
         palette.setColor(QPalette::WindowText, theme.colors().*color);
         label->setPalette(palette);
     };
-    QObject::connect(&theme, &ThemeEnvironment::changed, label, recolour);
-    recolour();
+    QObject::connect(&theme, &ThemeEnvironment::changed, label, recolor);
+    recolor();
     return label;
 }
 

@@ -21,7 +21,7 @@ constexpr int sidebarWidth = 216;
 constexpr int logoSize = 28;
 constexpr int logoGlyphSize = 17;
 
-/// The program's mark in the colour of the theme.
+/// The program's mark in the color of the theme.
 class Logo : public QWidget {
 public:
     Logo(const ThemeEnvironment& theme, QWidget* parent) : QWidget(parent), theme_(theme) {
@@ -77,8 +77,8 @@ Sidebar::Sidebar(const ThemeEnvironment& theme, QWidget* parent)
     layout->addStretch();
     layout->addWidget(status_);
 
-    connect(&theme, &ThemeEnvironment::changed, this, &Sidebar::recolour);
-    recolour();
+    connect(&theme, &ThemeEnvironment::changed, this, &Sidebar::recolor);
+    recolor();
 }
 
 QWidget* Sidebar::makeBrand() {
@@ -158,7 +158,7 @@ void Sidebar::keyPressEvent(QKeyEvent* event) {
     }
 }
 
-void Sidebar::recolour() {
+void Sidebar::recolor() {
     setFixedWidth(theme_.scaled(sidebarWidth));
     const ThemeColors& colors = theme_.colors();
     const auto paint = [](QLabel* label, const QColor& color) {

@@ -39,7 +39,7 @@ private:
     [[nodiscard]] QWidget* makeBrand();
     [[nodiscard]] QWidget* makeList();
     void step(int by);
-    void recolour();
+    void recolor();
 
     const ThemeEnvironment& theme_;
     Section current_ = Section::inbox;

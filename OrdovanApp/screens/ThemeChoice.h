@@ -4,7 +4,7 @@
 
 #include <QRadioButton>
 
-/// One theme to choose: its colour and its name, with a check on the chosen one.
+/// One theme to choose: its color and its name, with a check on the chosen one.
 class ThemeChoice : public QRadioButton {
     Q_OBJECT
 

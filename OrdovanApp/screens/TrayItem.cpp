@@ -17,9 +17,9 @@ TrayItem::TrayItem(const ThemeEnvironment& theme, QObject* parent) : QObject(par
     connect(open, &QAction::triggered, this, &TrayItem::openRequested);
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 
-    const auto recolour = [this, &theme] { icon_.setIcon(Glyphs::icon(Glyph::folderGear, theme.colors().accent)); };
-    connect(&theme, &ThemeEnvironment::changed, this, recolour);
-    recolour();
+    const auto recolor = [this, &theme] { icon_.setIcon(Glyphs::icon(Glyph::folderGear, theme.colors().accent)); };
+    connect(&theme, &ThemeEnvironment::changed, this, recolor);
+    recolor();
     icon_.setToolTip(tr("ordovan+ — preview first"));
     icon_.setContextMenu(&menu_);
     connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {

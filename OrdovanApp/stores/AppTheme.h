@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-/// The colour themes.
+/// The color themes. Every function may be called from any thread.
 enum class AppTheme { lagoon, sunset, grape, forest, candy };
 
 namespace AppThemes {

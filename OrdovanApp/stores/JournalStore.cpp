@@ -1,6 +1,7 @@
 #include "OrdovanApp/stores/JournalStore.h"
 
 #include "OrdovanApp/stores/RecordErrors.h"
+#include "OrdovanApp/stores/SetAside.h"
 
 #include <algorithm>
 #include <string>

@@ -11,7 +11,8 @@
 
 namespace ordovan {
 
-/// The user's small settings by name: Booleans, strings, byte arrays and lists of byte arrays.
+/// The user's small settings by name: Booleans, strings, byte arrays and lists of byte arrays. On which threads one may
+/// be used, its class says.
 class KeyValueStore {
 public:
     using Values = std::map<QString, QVariant>;

@@ -17,7 +17,7 @@ namespace ordovan {
 /// All operations look at the disk.
 class RecentFoldersStore {
 public:
-    static constexpr std::size_t maxFolders = 5;
+    static constexpr std::size_t maxFolders = 5;  ///< as many as a menu can show at a glance
 
     /// The list as it was found or made.
     struct Result {

@@ -25,6 +25,7 @@ class RuleStore : public QObject {
     Q_OBJECT
 
 public:
+    /// The key that the rules are stored under.
     static constexpr std::string_view defaultsKey = "ordovan.rules.v1";
 
     /// Where a document that could not be used whole is kept; with ".2", ".3" and so on for further ones.

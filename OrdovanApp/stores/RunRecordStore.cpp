@@ -1,6 +1,7 @@
 #include "OrdovanApp/stores/RunRecordStore.h"
 
 #include "OrdovanApp/stores/RecordErrors.h"
+#include "OrdovanApp/stores/SetAside.h"
 
 #include <cerrno>
 #include <utility>

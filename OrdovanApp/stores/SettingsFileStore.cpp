@@ -1,6 +1,6 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 
-#include "OrdovanApp/stores/RecordErrors.h"
+#include "OrdovanApp/stores/SetAside.h"
 #include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/platform/Interrupts.h"

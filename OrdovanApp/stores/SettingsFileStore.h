@@ -16,8 +16,8 @@ namespace ordovan {
 /// (0600), and so is its folder (0700), which is made at the first write. Other processes' keys are kept.
 ///
 /// Any thread. Changes are made under a kernel-released lock on the file's folder; while another process has it they
-/// wait for at most two seconds, or until a request to stop, and are then refused. A damaged file is
-/// set aside before the first change; one that can not be read, or is no file, is left alone and changes are refused.
+/// wait for at most two seconds, or until a request to stop, and are then refused. A damaged file is set
+/// aside before the first change; one that can not be read, or is no file, is left alone and changes are refused.
 class SettingsFileStore final : public KeyValueStore {
 public:
     /// A path that is not UTF-8 can not be opened: nothing is stored then, and every write says so.

@@ -43,6 +43,8 @@ struct StorageLocations {
     /// The name to which such a record is set aside at this time (whole seconds since 1970).
     [[nodiscard]] Url unusableRunRecord(const Url& root, double epoch) const;
 
+    /// The documents that all folders share, and the names to which unreadable ones are set aside at this time (whole
+    /// seconds since 1970).
     [[nodiscard]] Url history() const;
     [[nodiscard]] Url unreadableHistory(double epoch) const;
     [[nodiscard]] Url trashRecord() const;

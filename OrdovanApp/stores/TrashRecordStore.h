@@ -40,8 +40,7 @@ public:
 
     /// `lockRecords` takes the lock of the shared records. While another has it, nothing is written, and what should
     /// have been stays in memory. Where it can not be had for another reason, the document is written without it: a
-    /// record that might collide is better than none. `maxEntries`: a record of more could not be
-    /// read again.
+    /// record that might collide is better than none. `maxEntries`: a record of more could not be read again.
     TrashRecordStore(RecordStorage& storage, StorageLocations locations, LockFunction lockRecords,
                      std::size_t maxEntries = OrdovanTrashRecord::maxEntries);
 

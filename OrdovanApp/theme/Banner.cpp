@@ -97,14 +97,14 @@ Banner::Banner(const ThemeEnvironment& theme, Kind kind, QWidget* parent)
         hide();
         Q_EMIT closed();
     });
-    connect(&theme, &ThemeEnvironment::changed, this, &Banner::recolour);
+    connect(&theme, &ThemeEnvironment::changed, this, &Banner::recolor);
     setDetailsTexts(tr("Problems"), tr("Show Problems"), tr("Hide Problems"));
-    recolour();
+    recolor();
 }
 
 void Banner::setKind(Kind kind) {
     kind_ = kind;
-    recolour();
+    recolor();
 }
 
 void Banner::setText(const QString& text) {
@@ -161,7 +161,7 @@ void Banner::resizeEvent(QResizeEvent*) {
     if (detailsShown()) fitDetails();
 }
 
-void Banner::recolour() {
+void Banner::recolor() {
     const QColor color = colorOf(kind_, theme_.colors());
     glyph_->setPixmap(Glyphs::pixmap(glyphOf(kind_), theme_.scaled(18), color, devicePixelRatioF()));
     update();

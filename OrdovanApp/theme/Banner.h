@@ -42,7 +42,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void recolour();
+    void recolor();
     void fitDetails();
 
     const ThemeEnvironment& theme_;

@@ -28,7 +28,7 @@ namespace Buttons {
 [[nodiscard]] QPushButton* glyphOnly(const ThemeEnvironment& theme, Glyph glyph, const QString& name,
                                      QWidget* parent = nullptr);
 
-/// Puts a glyph before a button's text, in the colour that goes with the button's kind, and keeps it so when the theme
+/// Puts a glyph before a button's text, in the color that goes with the button's kind, and keeps it so when the theme
 /// changes.
 void setGlyph(const ThemeEnvironment& theme, QPushButton* button, Glyph glyph);
 /// Makes a button open a menu, with a chevron behind its text. The button takes the menu.

@@ -104,13 +104,13 @@ EmptyState::EmptyState(const ThemeEnvironment& theme, Glyph glyph, QWidget* pare
     layout->addStretch(1);
     layout->addLayout(across);
     layout->addStretch(1);
-    connect(&theme, &ThemeEnvironment::changed, this, &EmptyState::recolour);
-    recolour();
+    connect(&theme, &ThemeEnvironment::changed, this, &EmptyState::recolor);
+    recolor();
 }
 
 void EmptyState::setGlyph(Glyph glyph) {
     glyph_ = glyph;
-    recolour();
+    recolor();
 }
 
 void EmptyState::setTitle(const QString& text) {
@@ -160,7 +160,7 @@ void EmptyState::setDashed(bool dashed) {
     for (PointBox* box : points_->findChildren<PointBox*>()) box->setOnCard(dashed);
 }
 
-void EmptyState::recolour() {
+void EmptyState::recolor() {
     picture_->setPixmap(
         Glyphs::pixmap(glyph_, theme_.scaled(pictureSize), theme_.colors().accentText, devicePixelRatioF()));
     card_->update();

@@ -37,7 +37,7 @@ protected:
 private:
     class DropCard;
 
-    void recolour();
+    void recolor();
 
     const ThemeEnvironment& theme_;
     Glyph glyph_;

@@ -9,7 +9,7 @@
 class QPainter;
 class QRectF;
 
-/// The application's own icons: drawn as SVG on a 24-unit square with one stroke weight, in one colour.
+/// The application's own icons: drawn as SVG on a 24-unit square with one stroke weight, in one color.
 enum class Glyph {
     // Sections.
     inbox,
@@ -66,7 +66,7 @@ void paint(QPainter& painter, Glyph glyph, const QRectF& rect, const QColor& col
 [[nodiscard]] QIcon icon(Glyph glyph, const QColor& color);
 /// The glyph of a category.
 [[nodiscard]] Glyph forCategory(OrdovanFileCategory category);
-/// The application's icon, in its own colours.
+/// The application's icon, in its own colors.
 [[nodiscard]] QIcon application();
 
 }  // namespace Glyphs

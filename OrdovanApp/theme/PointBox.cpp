@@ -23,8 +23,8 @@ PointBox::PointBox(const ThemeEnvironment& theme, Glyph glyph, const QString& te
     QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
-    connect(&theme, &ThemeEnvironment::changed, this, &PointBox::recolour);
-    recolour();
+    connect(&theme, &ThemeEnvironment::changed, this, &PointBox::recolor);
+    recolor();
 }
 
 void PointBox::setOnCard(bool onCard) {
@@ -32,7 +32,7 @@ void PointBox::setOnCard(bool onCard) {
     update();
 }
 
-void PointBox::recolour() {
+void PointBox::recolor() {
     picture_->setPixmap(Glyphs::pixmap(glyph_, theme_.scaled(18), theme_.colors().accentText, devicePixelRatioF()));
     update();
 }

@@ -13,14 +13,14 @@ class PointBox : public QWidget {
 
 public:
     PointBox(const ThemeEnvironment& theme, Glyph glyph, const QString& text, QWidget* parent = nullptr);
-    /// Whether it lies on a card or on the window, which are of different colours. Default: on a card.
+    /// Whether it lies on a card or on the window, which are of different colors. Default: on a card.
     void setOnCard(bool onCard);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    void recolour();
+    void recolor();
 
     const ThemeEnvironment& theme_;
     Glyph glyph_;

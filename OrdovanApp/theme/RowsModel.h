@@ -38,8 +38,8 @@ struct RowContent {
     Mark mark = Mark::none;
     bool marked = false;           ///< ticked or chosen
     bool enabled = true;           ///< false where its mark can not be changed now
-    bool dimmed = false;           ///< quieter than its neighbours, still readable
-    std::optional<Glyph> glyph{};  ///< the kind icon, on a surface of its colour; on a head a plain small icon
+    bool dimmed = false;           ///< quieter than its neighbors, still readable
+    std::optional<Glyph> glyph{};  ///< the kind icon, on a surface of its color; on a head a plain small icon
     QColor glyphColor{};
     QString title{};     ///< also the accessible name
     QString detail{};    ///< second line; on a head what stands on its right

@@ -110,7 +110,7 @@ void RowsPainter::paintMark(QPainter& painter, const RowContent& content, const 
 QColor RowsPainter::surfaceOf(const QColor& color, bool tinted) const {
     const ThemeColors& colors = theme_.colors();
     if (!tinted) return colors.surface(color);
-    // A surface of its own colour would all but vanish on the tint.
+    // A surface of its own color would all but vanish on the tint.
     return color == colors.accentText ? colors.tintStrong : colors.card;
 }
 

@@ -87,7 +87,7 @@ private:
     void paintSurface(QPainter& painter, const RowContent& content, const QRect& row, Head head,
                       const State& state) const;
     void paintMark(QPainter& painter, const RowContent& content, const QRect& rect) const;
-    /// What a chip or a kind icon of this colour lies on.
+    /// What a chip or a kind icon of this color lies on.
     [[nodiscard]] QColor surfaceOf(const QColor& color, bool tinted) const;
     void paintGlyph(QPainter& painter, const RowContent& content, const QRect& rect, Head head, bool tinted) const;
     void paintPill(QPainter& painter, const RowContent::Chip& chip, const QRect& rect, bool tinted) const;

@@ -35,7 +35,7 @@ public:
         StyleSheet::setType(text_, LabelType::body);
         layout->addWidget(glyph_);
         layout->addWidget(text_);
-        recolour();
+        recolor();
     }
     void show(const QString& path) {
         const QString name = path.section(u'/', -1, -1, QString::SectionSkipEmpty);
@@ -44,7 +44,7 @@ public:
         text_->setAccessibleDescription(path);
         setVisible(true);
     }
-    void recolour() {
+    void recolor() {
         const ThemeColors& colors = theme_.colors();
         glyph_->setPixmap(Glyphs::pixmap(Glyph::folder, 16, colors.text, devicePixelRatioF()));
         setFixedHeight(theme_.scaled(32));
@@ -100,7 +100,7 @@ ScreenHeader::ScreenHeader(const ThemeEnvironment& theme, const QString& title, 
     right_->addWidget(pill_, 0, Qt::AlignVCenter);
     layout->addLayout(right_);
     layout->setAlignment(right_, Qt::AlignTop);
-    connect(&theme, &ThemeEnvironment::changed, this, [this] { pill_->recolour(); });
+    connect(&theme, &ThemeEnvironment::changed, this, [this] { pill_->recolor(); });
 }
 
 void ScreenHeader::setLede(const QString& text) {

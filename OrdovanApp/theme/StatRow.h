@@ -15,7 +15,7 @@ public:
     struct Stat {
         QString figure;       ///< "124", "4.8 GB"
         QString label;        ///< "proposed, 121 ticked"
-        bool accent = false;  ///< the figure in the theme's colour
+        bool accent = false;  ///< the figure in the theme's color
         friend bool operator==(const Stat&, const Stat&) = default;
     };
 

@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// `@name` is a colour of the theme; `@12px` a length that goes with the text scale.
+// `@name` is a color of the theme; `@12px` a length that goes with the text scale.
 constexpr auto sheet = R"(
 QMainWindow, QDialog { background: @window; }
 QToolTip { background: @card; color: @text; border: 1px solid @hairline; padding: 5px 8px; font-size: @12px; }

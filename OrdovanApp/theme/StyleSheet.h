@@ -14,7 +14,7 @@ namespace StyleSheet {
 /// The style sheet for a theme at its text scale.
 [[nodiscard]] QString of(const ThemeEnvironment& theme);
 
-/// What a label is, which decides its size, weight and colour.
+/// What a label is, which decides its size, weight and color.
 enum class LabelType { title, sheetTitle, heading, body, second, strong, caption, captionStrong, figure, figureAccent };
 /// Makes a label of a type. At any time.
 void setType(QWidget* label, LabelType type);

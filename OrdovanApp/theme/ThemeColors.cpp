@@ -58,7 +58,7 @@ QColor hueOf(OrdovanFileCategory category) {
     return {};
 }
 
-/// `amount` of one colour laid over another.
+/// `amount` of one color laid over another.
 QColor laid(const QColor& over, double amount, const QColor& under) {
     const auto channel = [amount](int above, int below) {
         return static_cast<int>(std::lround(above * amount + below * (1 - amount)));
@@ -83,7 +83,7 @@ double contrast(const QColor& first, const QColor& second) {
 constexpr double textContrast = 4.55;  // a little above 4.5, so that rounding can not fall below
 constexpr double lineContrast = 3.05;
 
-/// The colour, moved towards black (in dark: white) until it reaches `ratio` on each surface that `surfacesOf` gives
+/// The color, moved towards black (in dark: white) until it reaches `ratio` on each surface that `surfacesOf` gives
 /// for it.
 template <typename Surfaces>
 QColor legible(const QColor& color, bool dark, double ratio, Surfaces surfacesOf) {

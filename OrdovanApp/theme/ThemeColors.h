@@ -7,9 +7,9 @@
 
 #include <array>
 
-/// Every colour of the application, for one theme in light or in dark. The only place that holds colours.
+/// Every color of the application, for one theme in light or in dark. The only place that holds colors.
 ///
-/// Each text colour reaches 4.5:1 on each surface that it is drawn on, and each line that carries meaning 3:1 (WCAG
+/// Each text color reaches 4.5:1 on each surface that it is drawn on, and each line that carries meaning 3:1 (WCAG
 /// 2.1, 1.4.3 and 1.4.11); a test computes them all.
 struct ThemeColors {
     bool dark = false;
@@ -26,7 +26,7 @@ struct ThemeColors {
     QColor text;             ///< what is read first
     QColor secondText;       ///< what is read next
     QColor faintText;        ///< counts, placeholders, and what is disabled
-    QColor accent;           ///< the theme's colour: the primary button, ticks, the focus ring
+    QColor accent;           ///< the theme's color: the primary button, ticks, the focus ring
     QColor accentText;       ///< the accent as text and icons: on a tint, on the selected section, anywhere
     QColor onAccent;         ///< text on the accent
     QColor accentHover;
@@ -40,9 +40,9 @@ struct ThemeColors {
 
     [[nodiscard]] static ThemeColors of(AppTheme theme, bool dark);
 
-    /// The colour of a kind of file: for its icon and its chip's text, lightened in dark.
+    /// The color of a kind of file: for its icon and its chip's text, lightened in dark.
     [[nodiscard]] QColor kind(OrdovanFileCategory category) const;
-    /// The quiet surface that goes with such a colour (or with `warning`, `danger`, `accentText`), laid over a card;
+    /// The quiet surface that goes with such a color (or with `warning`, `danger`, `accentText`), laid over a card;
     /// opaque.
     [[nodiscard]] QColor surface(const QColor& kindColor) const;
 

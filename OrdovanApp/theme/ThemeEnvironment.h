@@ -12,7 +12,7 @@
 class DesktopPreferences;
 class FocusRing;
 
-/// The theme as it is handed down the tree of views: colours, type and whether to move. One for the application; on
+/// The theme as it is handed down the tree of views: colors, type and whether to move. One for the application; on
 /// its thread.
 ///
 /// Changing it changes the application's palette, type and style sheet, then tells.

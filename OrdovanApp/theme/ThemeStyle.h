@@ -5,7 +5,7 @@
 class ThemeEnvironment;
 
 /// What a style sheet can not draw well: tick boxes, radio buttons, check marks and arrows of menus, combo boxes. Sharp
-/// at any scale, in the theme's colours.
+/// at any scale, in the theme's colors.
 class ThemeStyle : public QProxyStyle {
     Q_OBJECT
 

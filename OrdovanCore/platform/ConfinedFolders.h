@@ -4,6 +4,7 @@
 #include "OrdovanCore/platform/RegularFile.h"
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
@@ -31,7 +32,8 @@ public:
         Descriptor descriptor;  ///< opened with O_PATH
         struct ::stat facts{};  ///< of when it was opened
     };
-    /// How many folders are held beside the root.
+    /// How many folders are held beside the root. A step of a run deals with two; the others are for files that
+    /// alternate among a few folders. Far below the limit of open files (RLIMIT_NOFILE, 1,024 by default).
     static constexpr std::size_t capacity = 16;
 
     /// `root` is an absolute path; links on the way to it are followed. Nothing is opened yet.
@@ -62,8 +64,7 @@ public:
 
     /// Makes a folder that `leadsBelow` the root and every missing one above it, with `mode` less the umask. An
     /// existing folder is no error. Where the file system does not `keepsOrder`, each that is made is on the disk when
-    /// this comes back. Returns 0 or the errno: EEXIST when something else bears the name, else as for
-    /// `open`.
+    /// this comes back. Returns 0 or the errno: EEXIST when something else bears the name, else as for `open`.
     [[nodiscard]] int make(std::string_view path, ::mode_t mode);
 
 private:

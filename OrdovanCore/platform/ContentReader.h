@@ -2,6 +2,8 @@
 
 #include "OrdovanCore/ContentReading.h"
 
+#include <memory>
+
 /// Reads files of the real disk. Stateless; any thread.
 class SystemContentReader final : public OrdovanContentReading {
 public:

@@ -9,7 +9,7 @@
 
 namespace ordovan {
 
-/// An open file descriptor, closed at the end. Moved, never copied.
+/// An open file descriptor, closed at the end. Moved, never copied. One object is used by one thread at a time.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -40,7 +40,7 @@ public:
     [[nodiscard]] int release() noexcept { return std::exchange(descriptor_, -1); }
 
     /// Closes now and returns 0 or the errno: on some volumes (NFS, quotas) a late write error is first told here.
-    /// An interrupted close has closed the descriptor on this system and is no error.
+    /// An interrupted close has closed the descriptor on this system (close(2), EINTR) and is no error.
     int close() noexcept {
         if (descriptor_ < 0) return 0;
         const bool closed = ::close(std::exchange(descriptor_, -1)) == 0 || errno == EINTR;

@@ -3,6 +3,9 @@
 #include "OrdovanCore/Inventory.h"
 
 #include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
 
 /// Lists real directories.
 ///
@@ -27,7 +30,7 @@ private:
 namespace ordovan {
 
 /// True for the names of folders that another desktop shows as one file ("Photos.photoslibrary", "Mail.app"): taking
-/// such a folder apart would destroy it. By extension, case ignored.
+/// such a folder apart would destroy it. By extension, case ignored. Any thread.
 bool isPackageName(std::string_view folderName);
 
 }  // namespace ordovan

@@ -7,6 +7,8 @@
 
 namespace ordovan {
 
+// Without state; any thread, several at once.
+
 /// The ways to rename without replacing, in the order in which they are tried.
 struct MoveWays {
     /// renameat2(2) with RENAME_NOREPLACE. NFS and many FUSE file systems answer EINVAL.

@@ -6,6 +6,8 @@
 
 namespace ordovan {
 
+// Pure; any thread.
+
 /// What an operation of a port yields that failed with this errno.
 [[nodiscard]] inline std::unexpected<OrdovanSystemError> failure(int error) {
     return std::unexpected(OrdovanSystemError::posix(error));

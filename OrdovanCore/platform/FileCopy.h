@@ -3,6 +3,8 @@
 #include "OrdovanCore/platform/FolderEntry.h"
 #include "OrdovanCore/platform/WriterProbe.h"
 
+#include <sys/stat.h>
+
 namespace ordovan {
 
 /// The ways to bring a file's bytes over, in the order in which they are tried; reading and writing always works.
@@ -29,7 +31,7 @@ struct SourceTerms {
 ///
 /// EEXIST when anything bears the name; ELOOP for a link, EINVAL for anything else that is not a regular file; EBUSY
 /// when the source changed or was replaced meanwhile, or is not what `terms` say. On any failure nothing is left at
-/// `to`.
+/// `to`. Without state but for the probe's; any thread.
 int copyExclusively(FolderEntry from, FolderEntry to, CopyWays ways, const SourceTerms& terms = {});
 
 }  // namespace ordovan

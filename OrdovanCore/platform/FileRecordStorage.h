@@ -2,6 +2,7 @@
 
 #include "OrdovanCore/RecordStorage.h"
 
+#include <memory>
 #include <mutex>
 #include <vector>
 

@@ -7,7 +7,8 @@
 namespace ordovan {
 
 /// An item by its name in a folder that is held open, as the *at family of system calls takes it; or by its absolute
-/// path alone, and then every folder on the way is looked up anew. Refers to the name, which outlives it.
+/// path alone, and then every folder on the way is looked up anew. Refers to the name, which outlives it. A value; any
+/// thread.
 struct FolderEntry {
     FolderEntry(const char* path) noexcept : name(path) {}  // NOLINT(google-explicit-constructor): a path is one
     FolderEntry(int openFolder, const char* nameInIt) noexcept : folder(openFolder), name(nameInIt) {}

@@ -10,9 +10,11 @@
 
 namespace ordovan {
 
+// Without state; any thread, several at once.
+
 /// Makes a folder and all missing folders above it, each with `mode` (less the umask). An existing folder, or a link
 /// to one, is no error and keeps its mode. Returns 0 or the errno: EEXIST when something else bears the name, ENOTDIR
-/// or EEXIST when something else stands on the way.
+/// or EEXIST when something else stands on the way; the folders made by then stay. Nothing is flushed.
 int makeFolders(std::string_view path, ::mode_t mode);
 
 /// Puts the entry of an item in its folder on disk (fsync(2) on the folder). For a folder that may be written but not

@@ -4,6 +4,8 @@
 
 #include <sys/stat.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
@@ -20,8 +22,8 @@ namespace ordovan {
 /// show in the stamps late), and all on a local file system whose stamps can be relied on. Otherwise the file is hashed
 /// at the moment it is asked for, as without this class.
 ///
-/// Every other operation goes straight to the file system given. Used by one thread. Destroying it stops the workers,
-/// in the middle of a file as well.
+/// Every other operation goes straight to the file system given. Used by the run's one thread, beside which the workers
+/// open and read the next files. Destroying it stops them, in the middle of a file as well.
 class HashAheadFileSystem final : public OrdovanFileSystem {
 public:
     struct Options {

@@ -11,7 +11,7 @@ void install();
 /// True once one has arrived.
 [[nodiscard]] bool requested();
 
-/// Becomes readable whenever one has arrived.
+/// Becomes readable whenever one has arrived. -1 where the system had no pipe to give.
 [[nodiscard]] int descriptor();
 
 /// Empties the descriptor, so that it becomes readable at the next one.

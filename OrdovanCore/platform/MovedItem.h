@@ -2,7 +2,11 @@
 
 #include "OrdovanCore/platform/FolderEntry.h"
 
+#include <sys/stat.h>
+
 namespace ordovan {
+
+// Without state; any thread.
 
 /// True when an item is the one that was examined before it was renamed: the same device, inode and kind and, for a
 /// file, the same size and time of modification. (The time of status change is changed by the rename itself.)

@@ -5,9 +5,11 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
 namespace ordovan {
 
-/// A regular file opened for reading, and what fstat(2) said of it.
+/// A regular file opened for reading, and what fstat(2) said of it. One object is used by one thread at a time.
 struct RegularFile {
     Descriptor descriptor;
     struct ::stat facts{};

@@ -9,9 +9,11 @@
 #include "OrdovanCore/platform/WriterProbe.h"
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <expected>
 #include <functional>
 #include <memory>
@@ -25,7 +27,8 @@ namespace ordovan {
 class SystemPath;
 
 /// The real disk for one run in one folder, the root: as `SystemFileSystem`, and safe from what other programs do to
-/// the tree meanwhile. Used by one thread; destroy it when the run is over, so that volumes can be unmounted.
+/// the tree meanwhile. Used by the run's one thread, the files that it opens included; destroy it, after those, when
+/// the run is over, so that volumes can be unmounted.
 ///
 /// **Confined.** What is below the root is created, moved, copied, removed, trashed and hashed by its name in an open
 /// folder, which was entered without following a link (`ConfinedFolders`): a link on the way is ELOOP and nothing
@@ -43,9 +46,9 @@ class SystemPath;
 /// kernel tells (`WriterProbe`), or that changes meanwhile, is EBUSY.
 ///
 /// **One look for one item.** Different questions about one item that directly follow one another (does it exist, is it
-/// regular, how large is it, which is it) are answered from one look at it, which the call
-/// before may have made. So are those about the folders of one way, from the bottom up: one that can be entered without
-/// following a link has none above it.
+/// regular, how large is it, which is it) are answered from one look at it, which the call before may have made. So are
+/// those about the folders of one way, from the bottom up: one that can be entered without following a link has none
+/// above it.
 class RunFileSystem final : public SystemFileSystem, public OrdovanContentReading, public StepwiseMoves {
 public:
     /// `root` is the absolute path of the folder. Nothing is opened yet.

@@ -8,6 +8,8 @@
 
 namespace ordovan {
 
+// Pure; any thread.
+
 /// True when both describe one file: the same inode of the same device.
 [[nodiscard]] inline bool isSameFile(const struct ::stat& a, const struct ::stat& b) noexcept {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
@@ -29,7 +31,7 @@ namespace ordovan {
            isSameTime(before.st_ctim, after.st_ctim);
 }
 
-/// A file's identity as the port and the stored records give it: device and inode.
+/// A file's identity as the port and the stored records give it: device and inode (`OrdovanFileSystem::fileIdentity`).
 [[nodiscard]] inline std::string identityText(const struct ::stat& facts) {
     return std::to_string(static_cast<std::int32_t>(facts.st_dev)) + ":" +
            std::to_string(static_cast<std::uint64_t>(facts.st_ino));

@@ -36,7 +36,8 @@ private:
     LibrarySha256 library_;
 };
 
-/// The digest of bytes in memory: 64 lower-case hexadecimal digits. Error: ENOTSUP without a working library.
+/// The digest of bytes in memory: 64 lower-case hexadecimal digits. Error: ENOTSUP without a working library. Any
+/// thread.
 OrdovanResult<std::string> sha256(std::string_view bytes);
 
 }  // namespace ordovan

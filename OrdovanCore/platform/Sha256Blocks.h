@@ -8,6 +8,8 @@
 
 namespace ordovan {
 
+// Pure; any thread.
+
 /// The running state of SHA-256 between two blocks: the words H0 to H7 (FIPS 180-4, section 6.2).
 using Sha256State = std::array<std::uint32_t, 8>;
 
@@ -15,6 +17,7 @@ using Sha256State = std::array<std::uint32_t, 8>;
 inline constexpr Sha256State sha256Start = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
                                             0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
 
+/// Bytes of a block: 512 bits (FIPS 180-4, section 1).
 inline constexpr std::size_t sha256BlockSize = 64;
 
 /// A message's end as whole blocks: what does not fill a block, a one bit, zeros, and the length in bits (FIPS 180-4,

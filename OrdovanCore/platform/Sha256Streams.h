@@ -4,6 +4,8 @@
 #include "OrdovanCore/platform/Sha256Blocks.h"
 #include "OrdovanCore/platform/ShaNi.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>

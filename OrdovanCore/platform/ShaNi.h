@@ -6,8 +6,8 @@
 
 namespace ordovan {
 
-/// SHA-256's compression of blocks by the processor's own instructions for it. One message keeps such a processor
-/// half busy, as each round waits for the one before; several messages in step fill the gaps.
+/// SHA-256's compression of blocks by the processor's own instructions for it. One message keeps such a processor half
+/// busy, as each round waits for the one before; several messages in step fill the gaps. Without state; any thread.
 namespace ShaNi {
 
 /// How many messages in step are worth while.

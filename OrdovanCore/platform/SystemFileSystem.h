@@ -2,7 +2,10 @@
 
 #include "OrdovanCore/FileSystem.h"
 
-/// The real disk. Stateless; nothing is cached between calls; any thread.
+#include <cstdint>
+#include <string>
+
+/// The real disk. Stateless; nothing is cached between calls; any thread, several at once.
 class SystemFileSystem : public OrdovanFileSystem {
 public:
     bool exists(const Url& url) override;

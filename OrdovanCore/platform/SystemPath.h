@@ -6,13 +6,12 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 
 namespace ordovan {
 
 /// A URL's path as system calls want it: ended by NUL, on the stack, without slashes at the end (behind a link or a
-/// file they would change what the system looks at).
+/// file they would change what the system looks at). One object is used by one thread at a time.
 class SystemPath {
 public:
     explicit SystemPath(const Url& url) noexcept {

@@ -11,7 +11,8 @@ namespace ordovan {
 
 /// The file that a document is written to before it takes the document's name: hidden, in the same folder, named after
 /// the document and a UUID. Removed at the end unless it became the document. While it is being written it is locked,
-/// so that one left by a process that died can be told from one in use. Functions return 0 or the errno.
+/// so that one left by a process that died can be told from one in use. Functions return 0 or the errno. Used by one
+/// thread.
 class TemporaryFile {
 public:
     explicit TemporaryFile(std::string_view document);

@@ -4,6 +4,8 @@
 #include "OrdovanCore/platform/TrashFolder.h"
 #include "OrdovanCore/platform/TrashInfo.h"
 
+#include <sys/stat.h>
+
 #include <functional>
 #include <optional>
 #include <string>

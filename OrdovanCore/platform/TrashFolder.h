@@ -5,6 +5,7 @@
 #include "OrdovanCore/platform/FolderEntry.h"
 
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <array>
 #include <cstddef>
@@ -15,6 +16,8 @@
 #include <string_view>
 
 namespace ordovan {
+
+// Functions may be called from any thread; one object is used by one thread at a time.
 
 /// Where a folder is mounted: a rename stays within one device and one mount.
 struct Mount {

@@ -14,7 +14,8 @@
 
 namespace ordovan {
 
-/// The info file of an item on its way into a Trash; taken away again at the end unless it was kept.
+/// The info file of an item on its way into a Trash; taken away again at the end unless it was kept. Used by one
+/// thread.
 class InfoFile {
 public:
     InfoFile() = default;
@@ -40,9 +41,9 @@ private:
 ///
 /// A file system with a journal brings a new file's name and a rename to the disk in their order, but the text of the
 /// file may follow half a minute later: after a power cut the Trash then holds items of which nobody knows where they
-/// were. Starting the write of its blocks (sync_file_range(2)), without waiting for the end, is enough against that
-/// (tried by shutting ext4 and xfs down right after a run; without it every text was missing).
-/// Waiting for each (fsync(2)) takes several times as long as all the rest. In no case is the item itself in danger.
+/// were. Starting the write of its blocks (sync_file_range(2)), without waiting for its end, is no guarantee, but
+/// leaves of that half minute only what a batch and the write take. Waiting for each (fsync(2)) takes several times as
+/// long as all the rest. In no case is the item itself in danger.
 class InfoFlusher {
 public:
     /// Comes back when all files were sent on their way.
@@ -76,7 +77,8 @@ private:
 /// link, a folder or something else; and for a folder that only looks like a Trash, whose items are moved elsewhere.
 ///
 /// The item leaves first, so that a crash in between leaves an info file without an item, which every reader passes
-/// over, and never an item that no file manager can put back.
+/// over, and never an item that no file manager can put back. Nothing is flushed, and a failure is not told. Any
+/// thread.
 void forgetTrashInfo(std::string_view item, std::optional<std::string_view> movedTo);
 
 }  // namespace ordovan

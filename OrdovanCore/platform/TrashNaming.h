@@ -7,6 +7,8 @@
 
 namespace ordovan {
 
+// By the freedesktop.org Trash specification 1.0. Pure, but that the local time is asked for; any thread.
+
 /// What an info file's name has behind the item's.
 inline constexpr std::string_view trashInfoSuffix = ".trashinfo";
 
@@ -19,9 +21,9 @@ inline constexpr std::string_view trashInfoHead = "[Trash Info]";
 /// UTF-8 sequence is never split.
 [[nodiscard]] std::string trashedName(std::string_view name, unsigned attempt, std::size_t maxNameBytes = 255);
 
-/// The content of an item's info file (freedesktop.org Trash specification 1.0): `path` as it is to be stored, its
-/// bytes percent-encoded here (RFC 2396; all but unreserved characters and "/"), and the time of deletion in local
-/// time.
+/// The content of an item's info file: `path` as it is to be stored, its bytes percent-encoded here (RFC 2396; all but
+/// unreserved characters and "/"), and the time of deletion, without a zone as the specification has it: in the local
+/// time of the process (localtime_r(3)).
 [[nodiscard]] std::string trashInfoText(std::string_view path, std::time_t deleted);
 
 }  // namespace ordovan

@@ -11,7 +11,7 @@ std::optional<std::string> homeFromUserDatabase();
 
 /// The folder of the user's data, which holds the home Trash: `$XDG_DATA_HOME` where that is absolute (XDG Base
 /// Directory Specification 0.8: a relative path is to be ignored), else ".local/share" in the home folder; empty where
-/// the user has no home.
+/// the user has no home. Any thread, as long as none changes the environment.
 std::string userDataFolder();
 
 }  // namespace ordovan

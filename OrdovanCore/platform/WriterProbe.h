@@ -2,6 +2,8 @@
 
 #include "OrdovanCore/platform/RegularFile.h"
 
+#include <sys/types.h>
+
 #include <optional>
 
 namespace ordovan {

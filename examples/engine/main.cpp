@@ -6,6 +6,8 @@
 
 #include <filesystem>
 #include <iostream>
+#include <string>
+#include <unordered_set>
 
 int main(int argc, char** argv) {
     if (argc != 2) return std::cerr << "usage: engine-example FOLDER\n", 2;

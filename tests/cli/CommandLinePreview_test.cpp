@@ -121,7 +121,7 @@ TEST(PreviewText, ShowsDatesOfTheLocalTimeZone) {
     }
 }
 
-TEST(PreviewText, HasNoColoursThroughAPipe) {
+TEST(PreviewText, HasNoColorsThroughAPipe) {
     const Home home;
     home.write("a.pdf", "1");
     EXPECT_THAT(home.run({"preview"}).out, Not(HasSubstr("\x1b")));

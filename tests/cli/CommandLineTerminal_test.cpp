@@ -279,7 +279,7 @@ TEST(TerminalInterrupt, EndsAWaitForALock) {
     EXPECT_EQ(home.run({"history", "--json"}).json().at("records").as_array().size(), 1U);
 }
 
-TEST(TerminalLook, ColoursHeadsUnlessToldNotTo) {
+TEST(TerminalLook, ColorsHeadsUnlessToldNotTo) {
     Home home;
     home.write("a.pdf", "1");
     const std::string bold = "\x1b[1mDocuments\x1b[0m  1 file";

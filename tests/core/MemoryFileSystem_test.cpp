@@ -1,5 +1,5 @@
 // What the in-memory file system offers beyond the port; the port's operations themselves are tested with the
-// contract that every implementation has to fulfil.
+// contract that every implementation has to fulfill.
 
 #include "OrdovanCore/testing/MemoryFileSystem.h"
 

@@ -80,7 +80,7 @@ TEST_F(Reconcile, AFileThatStandsWhereItWasIsUntouched) {
     EXPECT_EQ(memory.snapshot(), before);
 }
 
-TEST_F(Reconcile, AMovedFileIsRecognisedByItsIdentityAndGetsItsEntry) {
+TEST_F(Reconcile, AMovedFileIsRecognizedByItsIdentityAndGetsItsEntry) {
     tree({"a = one"});
     intend("/r/a", "/r/ordovan+/a");
     move("/r/a", "/r/ordovan+/a");
@@ -102,7 +102,7 @@ TEST_F(Reconcile, WhatWasNotedAboutAMovedFileIsNotHashedAgain) {
     EXPECT_EQ(fs.callCount(Operation::contentHash), 0U);
 }
 
-TEST_F(Reconcile, AMovedFileIsRecognisedAfterItsDeviceGotAnotherNumber) {
+TEST_F(Reconcile, AMovedFileIsRecognizedAfterItsDeviceGotAnotherNumber) {
     tree({"a = one"});
     intend("/r/a", "/r/ordovan+/a");
     run.intent.items[0].identity = "9" + run.intent.items[0].identity;
@@ -111,7 +111,7 @@ TEST_F(Reconcile, AMovedFileIsRecognisedAfterItsDeviceGotAnotherNumber) {
     EXPECT_THAT(reconcile().journal.entries, ElementsAre(entry(true, "one", identity("/r/ordovan+/a"))));
 }
 
-TEST_F(Reconcile, WithoutAnIdentityAFileIsRecognisedBySizeAndTime) {
+TEST_F(Reconcile, WithoutAnIdentityAFileIsRecognizedBySizeAndTime) {
     tree({"a = one"});
     intend("/r/a", "/r/ordovan+/a");
     run.intent.items[0].identity.clear();
@@ -122,7 +122,7 @@ TEST_F(Reconcile, WithoutAnIdentityAFileIsRecognisedBySizeAndTime) {
     EXPECT_THAT(counts(reconcile()), ElementsAre(0, 0, 0, 1));
 }
 
-TEST_F(Reconcile, AFileThatWasAnotherWhenItsTurnCameIsRecognisedByTheNote) {
+TEST_F(Reconcile, AFileThatWasAnotherWhenItsTurnCameIsRecognizedByTheNote) {
     tree({"a = one"});
     intend("/r/a", "/r/ordovan+/a");
     memory.replace("/r/a", "other");

@@ -38,7 +38,7 @@ TEST(RunRecord, KindsHaveTheirNamesAsRawValues) {
     }
 }
 
-TEST(RunRecord, SummarisesEachKind) {
+TEST(RunRecord, SummarizesEachKind) {
     EXPECT_EQ(record(Kind::organize, 12).summary(), "Organized 12 files in Downloads");
     EXPECT_EQ(record(Kind::undo, 12).summary(), "Restored 12 files in Downloads");
     EXPECT_EQ(record(Kind::trash, 12).summary(), "Moved 12 duplicate files to the Trash in Downloads");

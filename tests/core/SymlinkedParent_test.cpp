@@ -1,4 +1,4 @@
-#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
 
 #include <gtest/gtest.h>

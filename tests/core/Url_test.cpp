@@ -61,7 +61,7 @@ TEST(Url, StandardizesTextually) {
     EXPECT_EQ(Url::file("/a/..b/.c").standardized().path(), "/a/..b/.c");
 }
 
-TEST(NormalPath, IsRecognised) {
+TEST(NormalPath, IsRecognized) {
     for (const char* path : {"/", "/a", "/a/b", "/.a", "/..a", "/a./b..", "/..."}) {
         EXPECT_TRUE(ordovan::isNormalPath(path)) << path;
         EXPECT_EQ(ordovan::normalizedPath(path), path);

@@ -109,6 +109,11 @@ class Engine(Installed):
                    if not (self.prefix / "include" / name).is_file()]
         self.assertEqual(missing, [])
 
+    def test_keeps_headers_that_only_its_own_sources_include(self):
+        headers = self.prefix / "include/OrdovanCore"
+        kept = ["DuplicateBucket.h", "ReconcileItem.h", "platform/SystemPath.h", "testing/MemoryFileSystem.h"]
+        self.assertEqual([name for name in kept if (headers / name).exists()], [])
+
     def test_has_an_example_of_about_thirty_lines(self):
         example = (HERE / "examples/engine/main.cpp").read_text().splitlines()
         self.assertLess(len([line for line in example if line]), 34)

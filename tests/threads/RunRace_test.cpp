@@ -2,7 +2,7 @@
 // are moved. Nothing may leave the root or be taken from outside, and what was hashed is what is moved. Controls show
 // that the same moves by path do go astray, although every folder is checked right before.
 
-#include "OrdovanCore/Executor.h"
+#include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
 #include "tests/support/TempFolder.h"

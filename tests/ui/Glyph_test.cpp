@@ -9,7 +9,7 @@
 
 namespace {
 
-/// How many pixels are drawn at all, and whether each of them is of one colour.
+/// How many pixels are drawn at all, and whether each of them is of one color.
 struct Drawn {
     int pixels = 0;
     bool oneColor = true;
@@ -31,7 +31,7 @@ Drawn drawn(const QPixmap& pixmap, const QColor& color) {
     return result;
 }
 
-TEST(Glyphs, AreAllDrawnInTheColourAsked) {
+TEST(Glyphs, AreAllDrawnInTheColorAsked) {
     const QColor color(0xC2491D);
     for (int glyph = 0; glyph <= static_cast<int>(Glyph::drop); ++glyph) {
         const Drawn result = drawn(Glyphs::pixmap(static_cast<Glyph>(glyph), 48, color, 1), color);

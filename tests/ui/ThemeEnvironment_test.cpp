@@ -93,7 +93,7 @@ TEST(DesktopPreferences, KnowNothingAtFirst) {
     EXPECT_FALSE(desktop.reducedMotion());
 }
 
-TEST(DesktopPreferences, TakeTheColourScheme) {
+TEST(DesktopPreferences, TakeTheColorScheme) {
     DesktopPreferences desktop;
     QSignalSpy changed(&desktop, &DesktopPreferences::changed);
     desktop.take(u"org.freedesktop.appearance"_s, u"color-scheme"_s, QVariant(1U));
