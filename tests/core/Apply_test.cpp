@@ -424,6 +424,19 @@ TEST_F(Apply, MakesAFolderAnewThatWasRemovedMeanwhile) {
     EXPECT_EQ(fs.callCount(Operation::createDirectory), 2u);
 }
 
+TEST_F(Apply, MakesNoFolderAnewBehindALinkThatCameMeanwhile) {
+    tree({"a = 1"});
+    memory.makeDirectory("/elsewhere");
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || memory.read("/r/a") != "1") return;
+        memory.removeTree("/r/ordovan+");
+        memory.link("/r/ordovan+", "/elsewhere");
+    });
+    EXPECT_EQ(apply({toDocuments("a")}).failedCount(), 1u);
+    EXPECT_EQ(memory.read("/r/a"), "1");
+    EXPECT_TRUE(memory.list("/elsewhere")->empty());
+}
+
 TEST_F(Apply, TriesNoSecondTimeWhenTheSourceIsWhatIsMissing) {
     tree({"a = 1"});
     fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {

@@ -216,6 +216,19 @@ TEST_F(Restore, AFolderThatCanNotBeMadeOrARenameThatFailsLeavesTheFileInTheTrash
     EXPECT_EQ(memory.read(entry.trashed()), "content");
 }
 
+TEST_F(Restore, AFolderThatWentMeanwhileIsNotMadeAnew) {
+    const OrdovanTrashEntry entry = trashed("/r/new/a");
+    memory.makeDirectory("/elsewhere");
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || memory.item("/elsewhere/new")) return;
+        memory.removeTree("/r");
+        memory.link("/r", "/elsewhere");
+    });
+    EXPECT_EQ(fate(entry), stillThere);
+    EXPECT_EQ(memory.read(entry.trashed()), "content");
+    EXPECT_TRUE(memory.list("/elsewhere")->empty());
+}
+
 TEST_F(Restore, ARenameWhoseReplyWasLostHasHappened) {
     const OrdovanTrashEntry entry = trashed("/r/a");
     fs.failCall(Operation::move, 1, EIO, Moment::afterEffect);

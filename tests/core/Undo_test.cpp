@@ -396,6 +396,20 @@ TEST_F(Undo, RestoresADoubledEntryOnce) {
 
 // Across volumes
 
+TEST_F(Undo, MakesNoFolderAnewBehindALinkThatCameMeanwhile) {
+    tree({"sub/x = 1", "ordovan+/Documents/a = hello"});
+    memory.makeDirectory("/elsewhere");
+    const OrdovanJournalEntry one = entry("/r/sub/deep/a", "/r/ordovan+/Documents/a");
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || !memory.item("/r/sub/x")) return;
+        memory.removeTree("/r/sub");
+        memory.link("/r/sub", "/elsewhere");
+    });
+    EXPECT_EQ(undo({one}).failedCount(), 1u);
+    EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+    EXPECT_TRUE(memory.list("/elsewhere")->empty());
+}
+
 TEST_F(UndoAcrossVolumes, CopiesVerifiesAndRemoves) {
     const std::string before = memory.snapshot("/r/ordovan+/Documents").at("a");
     Url partial;
