@@ -304,25 +304,25 @@ Settled ItemReconciler::settleMove(const Item& item) const {
 Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, const Sight& to) const {
     Settled result = untouched();
     Sight destination = to;
-    const auto takeAway = [&](const char* sentence) {
-        if (!remove(item.to)) return false;
+    const auto isTakenAway = [&](bool isGone, const char* sentence) {
+        if (!isGone) return false;
         destination = {};
         result = {.end = End::putRight, .sentence = sentence};
         return true;
     };
     if (to.isRegular() && to.facts.identity == from.facts.identity) {
         if (hasOneNameMore(item, from)) {
-            if (!takeAway(nameTakenBack)) return uncertain(notRemoved);
+            if (!isTakenAway(remove(item.to), nameTakenBack)) return uncertain(notRemoved);
         } else if (from.facts.names > 1) {  // with a single name, both paths lead to that one
             result.sentence = otherName;
         }
     } else if (const Proof placeholder = isPlaceholder(item, item.to, to); placeholder != Proof::refuted) {
         if (placeholder == Proof::unknown) return uncertain(notExamined);
-        if (!takeAway(placeholderRemoved)) return uncertain(notRemoved);
+        if (!isTakenAway(remove(item.to), placeholderRemoved)) return uncertain(notRemoved);
     } else if (to.isThere()) {
         const Proof ours = isOurCopy(item, from, to);
         if (ours == Proof::unknown) return uncertain(notExamined);
-        if (ours == Proof::proved && !takeAway(copyTakenBack)) return uncertain(notRemoved);
+        if (ours == Proof::proved && !isTakenAway(removeCopy(item, to), copyTakenBack)) return uncertain(notRemoved);
         if (ours == Proof::refuted) result.sentence = occupied;
     }
     for (const OrdovanRunNote* copy : item.copies) {
@@ -331,6 +331,20 @@ Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, cons
         if (!partial.sentence.empty()) result = std::move(partial);
     }
     return result;
+}
+
+/// Takes a copy away by way of its partial name, where nobody replaces it: another file that slipped in gets its own
+/// back. True when it is gone.
+bool ItemReconciler::removeCopy(const Item& item, const Sight& seen) const {
+    const Url partial = Url::file(item.copies.back()->path);
+    if (!ports_.fs.move(item.to, partial)) return remove(item.to);
+    const Sight there = look(partial);
+    if (there.isRegular() && there.facts.byteSize == seen.facts.byteSize &&
+        there.facts.modifiedNs == seen.facts.modifiedNs) {
+        return remove(partial);
+    }
+    (void)ports_.fs.move(partial, item.to);
+    return false;
 }
 
 /// A partial copy of a file that stands where it was goes, if that one is whole.

@@ -77,6 +77,7 @@ private:
     [[nodiscard]] static bool wasNeverThere(const Item& item);
     [[nodiscard]] bool hasOneNameMore(const Item& item, const Sight& from) const;
     [[nodiscard]] bool remove(const Url& url) const;
+    [[nodiscard]] bool removeCopy(const Item& item, const Sight& seen) const;
 
     [[nodiscard]] Proof isPlaceholder(const Item& item, const Url& url, const Sight& sight) const;
 

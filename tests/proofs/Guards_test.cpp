@@ -74,6 +74,18 @@ TEST_F(InterruptedCopy, IsTakenAwayWhereItIsProvedToBeOne) {
     EXPECT_EQ(at("/r/ordovan+/Documents/a.pdf"), "nothing");
 }
 
+TEST_F(InterruptedCopy, IsNotTakenForAFileThatTakesItsPlaceAtTheLastInstant) {
+    fs.setBeforeCall([&](const ordovan::testing::FaultyFileSystem::Call& call) {
+        if (call.operation == ordovan::testing::Operation::move && call.url.path().ends_with("/a.pdf")) {
+            memory.replace(call.url.path(), "theirs");
+        }
+    });
+    reconcile("one", "one");
+    EXPECT_EQ(at("/r/a.pdf"), "one");
+    EXPECT_EQ(at("/r/ordovan+/Documents/a.pdf"), "theirs");
+    EXPECT_EQ(memory.list("/r/ordovan+/Documents")->size(), 1U);
+}
+
 TEST_F(InterruptedCopy, StaysWhereItIsAnotherFileOfTheSameSizeAndTime) {
     reconcile("one", "two");
     EXPECT_EQ(at("/r/a.pdf"), "one");
