@@ -60,7 +60,7 @@ void RulesModel::followRules() {
         rules_ = now;
         countMatches();
         endMoveRows();
-        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+        Q_EMIT dataChanged(index(0), index(RulesModel::rowCount() - 1));
         return;
     }
     beginResetModel();
@@ -72,7 +72,7 @@ void RulesModel::followRules() {
 
 void RulesModel::followPlan() {
     countMatches();
-    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+    if (rowCount() > 0) Q_EMIT dataChanged(index(0), index(RulesModel::rowCount() - 1));
 }
 
 void RulesModel::countMatches() {
