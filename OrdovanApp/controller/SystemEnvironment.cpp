@@ -42,9 +42,7 @@ ordovan::LockFunction forTheRecordOfARun() {
 /// A request to stop that came before the wait was for the run; one that comes during it is for the wait.
 ordovan::LockFunction forTheHistory() {
     return [](const Url& folder) {
-        const auto isEnded = [before = ordovan::interrupts::count()] {
-            return ordovan::interrupts::count() != before;
-        };
+        const auto isEnded = [before = ordovan::interrupts::count()] { return ordovan::interrupts::count() != before; };
         return ordovan::lockFolderWithin({.longest = longestWait, .isEnded = isEnded})(folder);
     };
 }

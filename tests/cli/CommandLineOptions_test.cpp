@@ -156,7 +156,9 @@ TEST(CommandLineSize, IsRefusedWhenItIsNone) {
                              "9.3e",
                              "1\n"}) {
         const Finished run = home.run({"big", "--json", "--min-size", size});
-        EXPECT_THAT(run.err, StartsWith("error: --min-size takes a size of at most 9.2 EB, such as 500k, 10MB or 1.5GB, not \"")) << size;
+        EXPECT_THAT(run.err,
+                    StartsWith("error: --min-size takes a size of at most 9.2 EB, such as 500k, 10MB or 1.5GB, not \""))
+            << size;
         EXPECT_EQ(run.out, "") << size;
         EXPECT_EQ(run.status, 2) << size;
     }

@@ -219,8 +219,8 @@ TEST(OrganizeCommand, MovesNothingWhereNoRecordCouldBeSaved) {
         "\" and the free space there.";
     const Finished run = home.run({"organize", "--yes", "--json"});
     EXPECT_EQ(run.json().at("error"), boost::json::value(sentence));
-    EXPECT_EQ(run.err, "warning: The folder of the records, \"" + home.records() + "\", can't be reached.\nerror: " +
-                           sentence + "\n");
+    EXPECT_EQ(run.err, "warning: The folder of the records, \"" + home.records() +
+                           "\", can't be reached.\nerror: " + sentence + "\n");
     EXPECT_EQ(run.status, 3);
     const std::string shown = Terminal(home, {"organize"}).finish().out;
     EXPECT_THAT(shown, HasSubstr(sentence));
