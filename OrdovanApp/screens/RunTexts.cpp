@@ -28,6 +28,10 @@ QString done(quint64 files, quint64 total) {
         .arg(Formats::count(static_cast<qint64>(files)), Formats::count(all));
 }
 
+QString recovering() {
+    return QCoreApplication::translate("RunTexts", "Putting an interrupted run in order…");
+}
+
 QString leftBehind(std::size_t skipped, std::size_t failed) {
     QStringList parts;
     const auto add = [&parts](std::size_t count, const char* text) {

@@ -13,6 +13,8 @@ namespace RunTexts {
 
 /// How far a run is: "3 of 121 files".
 [[nodiscard]] QString done(quint64 files, quint64 total);
+/// What is done before anything else where a run was interrupted.
+[[nodiscard]] QString recovering();
 /// "1 skipped, 2 failed", with what there is of it; empty where every file was moved.
 [[nodiscard]] QString leftBehind(std::size_t skipped, std::size_t failed);
 /// What a run did, with what was left behind where there is any: in `whole` stands "%1" for the number of files moved,

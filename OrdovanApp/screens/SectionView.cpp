@@ -1,6 +1,7 @@
 #include "OrdovanApp/screens/SectionView.h"
 
 #include "OrdovanApp/controller/TidyViewModel.h"
+#include "OrdovanApp/screens/RunTexts.h"
 #include "OrdovanApp/screens/SpaceTexts.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
@@ -28,6 +29,10 @@ SectionView::SectionView(const AppContext& context, const QString& title, QWidge
       pages_(new QStackedWidget(this)) {
     foot_ = makeFoot(u"runProgress"_s, run_);
     connect(run_, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelRun);
+    connect(&context_.model, &TidyViewModel::recoveryProgressed, run_, [this](quint64 done, quint64 total) {
+        showRunProgress(RunTexts::done(done, total), done, total);
+        run_->setText(RunTexts::recovering());
+    });
 }
 
 QWidget* SectionView::makeFoot(const QString& name, ProgressStrip*& strip) {
@@ -88,6 +93,7 @@ Sheet* SectionView::makeSheet(const QString& name) {
 
 void SectionView::showRun(bool isShown, const QString& text) {
     if (isShown && foot_->isHidden()) {
+        runText_ = text;
         run_->reset();
         run_->setText(text);
     }
@@ -95,6 +101,7 @@ void SectionView::showRun(bool isShown, const QString& text) {
 }
 
 void SectionView::showRunProgress(const QString& detail, quint64 done, quint64 total) {
+    run_->setText(runText_);
     run_->setDetail(detail);
     run_->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
 }

@@ -3,6 +3,7 @@
 #include "OrdovanApp/screens/AppContext.h"
 
 #include <QList>
+#include <QString>
 #include <QWidget>
 
 #include <functional>
@@ -49,4 +50,5 @@ private:
     QList<QWidget*> feet_;
     QWidget* foot_ = nullptr;
     ProgressStrip* run_ = nullptr;
+    QString runText_;
 };

@@ -35,6 +35,10 @@ QString undoSummary(const OrdovanExecutionReport& report) {
                              QT_TRANSLATE_N_NOOP("RunTexts", "Last undo run put back %1 files; %2."));
 }
 
+QString scanning() {
+    return QCoreApplication::translate("SmartInboxView", "Previewing — reading metadata only…");
+}
+
 QString scanned(quint64 files, quint64 folders) {
     const auto count = static_cast<qint64>(folders);
     //: "12 files", and the folders they are in

@@ -20,6 +20,8 @@ namespace SmartInboxTexts {
 [[nodiscard]] QString organizeSummary(const OrdovanExecutionReport& report);
 [[nodiscard]] QString undoSummary(const OrdovanExecutionReport& report);
 
+/// What a preview under way does.
+[[nodiscard]] QString scanning();
 /// What a preview under way has seen: "1,204 files in 17 folders".
 [[nodiscard]] QString scanned(quint64 files, quint64 folders);
 

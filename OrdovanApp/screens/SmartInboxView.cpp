@@ -63,13 +63,25 @@ void SmartInboxView::makePages() {
     }
 }
 
-/// Has what shows the progress of a scan say so, and cancel it.
+void SmartInboxView::beginScan(ProgressStrip* strip) {
+    strip->reset();
+    strip->setText(SmartInboxTexts::scanning());
+}
+
+/// Has what shows the progress of a scan follow it, and cancel it.
 void SmartInboxView::makeScanProgress(QWidget* place, ProgressStrip* strip) {
     place->setAccessibleName(tr("Previewing folder, reading metadata only."));
-    strip->setText(tr("Previewing — reading metadata only…"));
     connect(strip, &ProgressStrip::cancelled, &context_.model, &TidyViewModel::cancelPreview);
-    connect(&context_.model, &TidyViewModel::previewProgressed, strip,
-            [strip](quint64 files, quint64 folders) { strip->setDetail(SmartInboxTexts::scanned(files, folders)); });
+    connect(&context_.model, &TidyViewModel::previewProgressed, strip, [strip](quint64 files, quint64 folders) {
+        strip->setText(SmartInboxTexts::scanning());
+        strip->setBusy();
+        strip->setDetail(SmartInboxTexts::scanned(files, folders));
+    });
+    connect(&context_.model, &TidyViewModel::recoveryProgressed, strip, [strip](quint64 done, quint64 total) {
+        strip->setText(RunTexts::recovering());
+        strip->setProgress(static_cast<qint64>(done), static_cast<qint64>(total));
+        strip->setDetail(RunTexts::done(done, total));
+    });
 }
 
 QWidget* SmartInboxView::makeScanning() {
@@ -151,7 +163,7 @@ void SmartInboxView::refresh() {
             tr("“%1” is gone, is no folder, or may not be read.").arg(Formats::path(*context_.model.rootURL())));
     }
     if (phase.kind == Case::ready) plan_->reload();
-    if (page() == scanning_ && pages_->currentWidget() != scanning_) scan_->reset();
+    if (page() == scanning_ && pages_->currentWidget() != scanning_) beginScan(scan_);
     pages_->setCurrentWidget(page());
     refreshHeader();
     refreshFoot();
@@ -169,7 +181,7 @@ void SmartInboxView::refreshHeader() {
         lede = tr("ordovan+ previews this folder read-only. Nothing changes until you apply.");
         if (context_.model.partialScan()) lede += u' ' + tr("Scan reached its limit; results are partial.");
     } else if (page() == plan_ || page() == nothing_) {
-        lede = tr("Previewing — reading metadata only…");
+        lede = SmartInboxTexts::scanning();
     }
     header_->setLede(lede);
 }
@@ -191,7 +203,7 @@ void SmartInboxView::refreshFoot() {
         rescanning_->hide();
         rescanDelay_.stop();
     } else if (rescanning_->isHidden() && !rescanDelay_.isActive()) {
-        rescan_->reset();
+        beginScan(rescan_);
         rescanDelay_.start();
     }
     plan_->setBarShown(!isApplying && rescanning_->isHidden());

@@ -31,6 +31,7 @@ private:
     void makePages();
     QWidget* makeScanning();
     void makeRescanning();
+    static void beginScan(ProgressStrip* strip);
     void makeScanProgress(QWidget* place, ProgressStrip* strip);
     QWidget* makeFailed();
     QWidget* makeNothing();

@@ -1780,6 +1780,10 @@
             <numerusform>%1 von %2 Dateien</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Putting an interrupted run in order…</source>
+        <translation>Ein unterbrochener Durchlauf wird in Ordnung gebracht…</translation>
+    </message>
     <message numerus="yes">
         <source>%1 skipped</source>
         <translation>

@@ -16,6 +16,7 @@
 using ordovan::test::Finished;
 using ordovan::test::Home;
 using ordovan::test::SecondVolume;
+using ordovan::test::Terminal;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
@@ -95,6 +96,13 @@ TEST_F(Interrupted, OrganizeIsToldOnceAndAllOfItCanBeUndone) {
 
     EXPECT_EQ(home.run({"undo", "--yes"}).status, 0);
     EXPECT_EQ(home.tree(), before);
+}
+
+TEST_F(Interrupted, IsPutInOrderBeforeTheEyesOfWhoeverIsAtATerminal) {
+    kill({"organize", "--yes"}, home.organized("Documents"));
+    Terminal terminal(home, {"preview"});
+    EXPECT_TRUE(terminal.waitFor("Putting an interrupted run in order… 0 of 600 files"));
+    EXPECT_THAT(terminal.finish().out, HasSubstr("An earlier run was interrupted. "));
 }
 
 TEST_F(Interrupted, UndoFindsWhatNoJournalKnew) {

@@ -302,6 +302,18 @@ TEST_F(RecoveryViewTest, ShowsHowFarAnUndoIs) {
     EXPECT_THAT(texts(*widget<ProgressStrip>(u"runProgress")), IsSupersetOf({u"3 of 1,204 files"_s}));
 }
 
+TEST_F(RecoveryViewTest, ShowsHowFarPuttingAnInterruptedRunInOrderIsBeforeAnUndo) {
+    organized({"a.pdf = 1"});
+    view();
+    click(u"undoOrganize");
+    confirm();
+    const auto& progress = *widget<ProgressStrip>(u"runProgress");
+    Q_EMIT model->recoveryProgressed(3, 1204);
+    EXPECT_THAT(texts(progress), IsSupersetOf({u"Putting an interrupted run in order…"_s, u"3 of 1,204 files"_s}));
+    Q_EMIT model->runProgressed(1, 2);
+    EXPECT_THAT(texts(progress), IsSupersetOf({u"Putting files back…"_s, u"1 of 2 files"_s}));
+}
+
 TEST_F(RecoveryViewTest, StopsARunThatIsCancelled) {
     organized({"a.pdf = 1"});
     view();

@@ -106,6 +106,20 @@ TEST_F(SmartInbox, TellsThatItIsScanningAndHowFarItIs) {
     EXPECT_THAT(shown(), IsSupersetOf({u"1,204 files in 17 folders"_s}));
 }
 
+TEST_F(SmartInbox, TellsHowFarPuttingAnInterruptedRunInOrderIs) {
+    tree({"a.pdf = 1"});
+    view();
+    model->chooseFolder(Url::file("/r"));
+    Q_EMIT model->recoveryProgressed(3, 1204);
+    EXPECT_THAT(shown(), IsSupersetOf({u"Putting an interrupted run in order…"_s, u"3 of 1,204 files"_s, u"Cancel"_s}));
+    Q_EMIT model->previewProgressed(1, 0);
+    EXPECT_THAT(shown(), IsSupersetOf({u"Previewing — reading metadata only…"_s}));
+    Q_EMIT model->recoveryProgressed(3, 1204);
+    model->cancelPreview();
+    model->preview();
+    EXPECT_THAT(shown(), IsSupersetOf({u"Previewing — reading metadata only…"_s}));
+}
+
 TEST_F(SmartInbox, GoesBackToTheWelcomeWhenTheScanIsCancelled) {
     tree({"a.pdf = 1"});
     view();
