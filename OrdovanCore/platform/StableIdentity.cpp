@@ -2,11 +2,14 @@
 
 #include "OrdovanCore/platform/SystemPath.h"
 
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <span>
 
 namespace ordovan {
 
@@ -22,7 +25,12 @@ constexpr std::array<unsigned long, 6> typesWithPassingNumbers = {
     0xfe534d42,  // SMB2_SUPER_MAGIC
 };
 
-constexpr unsigned long btrfs = 0x9123683e;  // BTRFS_SUPER_MAGIC
+/// Those of which the content does not outlive the mount either, and overlays, for which see the header.
+constexpr std::array<unsigned long, 3> typesOfOneMount = {
+    0x01021994,  // TMPFS_MAGIC
+    0x858458f6,  // RAMFS_MAGIC
+    0x794c7630,  // OVERLAYFS_SUPER_MAGIC
+};
 
 /// The type of the file system that holds an item; nothing where that can not be found out.
 std::optional<unsigned long> typeOf(const Url& item) {
@@ -33,14 +41,25 @@ std::optional<unsigned long> typeOf(const Url& item) {
     return static_cast<unsigned long>(volume.f_type) & 0xffffffff;
 }
 
+bool contains(std::span<const unsigned long> types, std::optional<unsigned long> type) {
+    return type && std::ranges::find(types, *type) != types.end();
+}
+
+/// Whether the number of the item's device is one that the kernel made up when it was mounted: those of no driver.
+bool hasPassingDevice(const Url& item) {
+    const SystemPath path(item);
+    struct ::stat facts;
+    return path.error() == 0 && ::stat(path.text(), &facts) == 0 && major(facts.st_dev) == 0;
+}
+
 }  // namespace
 
 bool keepsInodes(const Url& item) {
-    return std::ranges::find(typesWithPassingNumbers, typeOf(item)) == typesWithPassingNumbers.end();
+    return !contains(typesWithPassingNumbers, typeOf(item));
 }
 
 bool keepsIdentities(const Url& item) {
-    return keepsInodes(item) && typeOf(item) != btrfs;
+    return keepsInodes(item) && (!hasPassingDevice(item) || contains(typesOfOneMount, typeOf(item)));
 }
 
 }  // namespace ordovan

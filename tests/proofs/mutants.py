@@ -381,6 +381,9 @@ MUTANTS = [
      "MadeFolders"),
     ("disk: a Trash run needs a thread", DISK + "TrashInfo.cpp",
      "} catch (const std::system_error&) {", "} catch (const int&) {", "NoMoreThreads"),
+    ("disk: a device number that is made up at each mount is recorded", DISK + "StableIdentity.cpp",
+     "::stat(path.text(), &facts) == 0 && major(facts.st_dev) == 0;", "::stat(path.text(), &facts) != 0;",
+     "StableIdentity"),
     # Records.
     ("run record: what went to the Trash is not flushed before the records", APP + "FolderRun.cpp",
      "if (recorded_) addTrashPlaces(arrivals);", "", "TrashFlushes"),
