@@ -54,12 +54,14 @@ FocusKeeper::FocusKeeper(const ThemeEnvironment& theme, QWidget* content, std::f
 
 /// What is done about it waits until whoever hides things has come to an end, and may have chosen what has the focus.
 void FocusKeeper::follow(const QWidget* before, QWidget* now) {
+    if (!settles_) place_ = Place::sameScreen;
     const QWidget* screen = screen_();
-    const bool isOtherScreen = std::exchange(lastScreen_, screen) != screen;
+    if (std::exchange(lastScreen_, screen) != screen) {
+        place_ = seen_.insert(screen).second ? Place::newScreen : Place::screenSeenBefore;
+    }
     const bool isLost = before != nullptr && content_->isAncestorOf(before) && !isUsable(before);
     const bool isOnNothing =
         now == nullptr ? content_->isActiveWindow() : content_->isAncestorOf(now) && !isUsable(now);
-    isElsewhere_ = isOtherScreen || (settles_ && isElsewhere_);
     if (!isLost && !isOnNothing) return;
     next_ = now;
     if (!std::exchange(settles_, true)) QMetaObject::invokeMethod(this, &FocusKeeper::settle, Qt::QueuedConnection);
@@ -71,16 +73,18 @@ void FocusKeeper::settle() {
     if (!content_->isVisible() || !content_->isActiveWindow() || isAsking()) return;
     if (focus != nullptr && (!content_->isAncestorOf(focus) || isChosen(*focus))) return;
     QWidget* best = bestIn(*screen_());
-    if (best == nullptr) return sidebar_();
     // Who uses the keyboard is to see where in a list it is.
-    best->setFocus(theme_.usesKeyboard() ? Qt::TabFocusReason : Qt::OtherFocusReason);
+    if (best != nullptr)
+        best->setFocus(theme_.usesKeyboard() ? Qt::TabFocusReason : Qt::OtherFocusReason);
+    else if (focus == nullptr || !isUsable(focus) || focus == next_)
+        sidebar_();
 }
 
-/// Whether more than the order of controls made this the one. The first control of a page that comes into sight is the
-/// search of its list mostly; in another section it may be where its user was.
+/// Whether more than the order of controls made this the one. Where a page comes into sight it is its first control,
+/// which is the search of its list mostly; in a section that was in sight before it is where its user was.
 bool FocusKeeper::isChosen(const QWidget& focus) const {
-    const bool isSearch = qobject_cast<const FilterField*>(&focus) != nullptr;
-    return isUsable(&focus) && &focus != next_ && (isElsewhere_ || !isSearch);
+    if (!isUsable(&focus) || &focus == next_ || place_ == Place::newScreen) return false;
+    return place_ == Place::screenSeenBefore || qobject_cast<const FilterField*>(&focus) == nullptr;
 }
 
 /// A question has the focus, and gives it back.

@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <set>
 
 class ThemeEnvironment;
 
@@ -30,7 +31,10 @@ private:
     std::function<QWidget*()> screen_;
     std::function<void()> sidebar_;
     bool settles_ = false;
-    bool isElsewhere_ = false;  ///< it was lost because another section came into sight
+    /// Where it is now that it was lost.
+    enum class Place { sameScreen, screenSeenBefore, newScreen };
+    Place place_ = Place::sameScreen;
     const QWidget* lastScreen_ = nullptr;
-    QPointer<QWidget> next_;  ///< what the toolkit has taken for it: the next one by the Tab key
+    std::set<const QWidget*> seen_;  ///< the screens that were in sight
+    QPointer<QWidget> next_;         ///< what the toolkit has taken for it: the next one by the Tab key
 };

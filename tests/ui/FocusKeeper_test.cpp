@@ -184,8 +184,12 @@ TEST_F(FocusKeepers, LeavesAChoiceOfTheScreenAlone) {
     EXPECT_EQ(focused(), u"Extensions, e.g. dmg, pkg"_s);
 }
 
-TEST_F(FocusKeepers, ComesBackToWhatHadItInASection) {
-    preview(Section::bigFiles, {"a.pdf"});
+TEST_F(FocusKeepers, GoesToTheListOfASectionThatIsNewAndComesBackToWhatHadItThere) {
+    preview(Section::inbox, {"a.pdf"});
+    widget<RowsView>(u"planList")->setFocus();
+    view_.showSection(Section::bigFiles);
+    finish();
+    EXPECT_EQ(focused(), u"Largest files, biggest first"_s);
     widget<QWidget>(u"search")->setFocus();
     view_.showSection(Section::duplicates);
     finish();
@@ -193,6 +197,14 @@ TEST_F(FocusKeepers, ComesBackToWhatHadItInASection) {
     view_.showSection(Section::bigFiles);
     finish();
     EXPECT_EQ(focused(), u"Search big files"_s);
+}
+
+TEST_F(FocusKeepers, IsInTheFirstFieldWhereThereIsNoListYet) {
+    preview(Section::inbox, {"a.pdf"});
+    widget<RowsView>(u"planList")->setFocus();
+    view_.showSection(Section::rules);
+    finish();
+    EXPECT_EQ(focused(), u"Extensions, e.g. dmg, pkg"_s);
 }
 
 TEST_F(FocusKeepers, IsSeenInTheListByWhoUsesTheKeyboard) {
