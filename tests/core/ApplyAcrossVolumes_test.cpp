@@ -279,11 +279,23 @@ TEST_F(ApplyAcrossVolumes, TakesASickVolumeForNoProofThatTheSourceIsGone) {
         if (call.operation != Operation::copy || std::exchange(isSick, true)) return;
         // The original's volume answers nothing any more; the copy's is in order.
         fs.failCall(Operation::contentHash, 3, ESTALE, Moment::beforeEffect, Lasting::forGood);
-        fs.failCall(Operation::isRegularFile, 3, ESTALE, Moment::beforeEffect, Lasting::forGood);
+        for (const std::size_t ofTheOriginal : {3, 4}) fs.failCall(Operation::isRegularFile, ofTheOriginal, ESTALE);
     });
     EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
     EXPECT_EQ(memory.read("/r/a"), "hello");
     EXPECT_EQ(memory.read("/r/ordovan+/Documents/a"), "hello");
+}
+
+TEST_F(ApplyAcrossVolumes, MovesNothingWhenTheSourceAndItsCopyGo) {
+    tree({"a = hello"});
+    documentsOnAnotherVolume();
+    fs.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::contentHash && memory.item("/r/ordovan+/Documents/a")) {
+            memory.removeTree("/r/ordovan+/Documents/a");
+            memory.removeTree("/r/a");
+        }
+    });
+    EXPECT_EQ(fate(toDocuments("a")), failed(originalStays));
 }
 
 TEST_F(ApplyAcrossVolumes, KeepsTheSourceWhenItsCopyGoesWhileTheSourceIsHashed) {
