@@ -335,6 +335,7 @@ TEST_F(RecordedOriginal, GoesFromTheTrashUnderItsOwnNameAndOnlyWhileItsCopyStand
     memory.removeTree(to);
     EXPECT_FALSE(fs().remove(trashed));
     EXPECT_EQ(memory.read(trashed.path()), "two");
+    EXPECT_EQ(disk.callCount(Operation::move), 1U) << "it keeps its name";
 }
 
 // The copy, when it has to go again.
@@ -585,7 +586,7 @@ TEST_F(RecordedFileSystemTest, RefusesWhatIsNotIntendedAndTouchesNothing) {
 }
 
 TEST_F(RecordedFileSystemTest, RemovesTheOriginalOfACopyOnly) {
-    tree({"a = 1", "b = 2", "ordovan+/x = 3"});
+    tree({"a = 1", "alike = 1", "b = 2", "ordovan+/x = 3"});
     intend("/r/a", "/r/ordovan+/a");
     intend("/r/b", "/r/ordovan+/b");
     const Url partial = Url::file("/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000");
@@ -597,7 +598,10 @@ TEST_F(RecordedFileSystemTest, RemovesTheOriginalOfACopyOnly) {
     EXPECT_FALSE(fs().remove(Url::file("/r/b")));
     EXPECT_FALSE(fs().remove(Url::file("/r/a"))) << "its copy has not got its name";
     EXPECT_TRUE(fs().move(partial, Url::file("/r/ordovan+/a")));
+    EXPECT_FALSE(fs().remove(Url::file("/r/alike")));
     EXPECT_TRUE(fs().remove(Url::file("/r/a")));
+    memory.write("/r/a", "1");
+    EXPECT_FALSE(fs().remove(Url::file("/r/a"))) << "it is another file by now";
     EXPECT_TRUE(fs().move(Url::file("/r/b"), Url::file("/r/ordovan+/b")));
     EXPECT_FALSE(fs().remove(Url::file("/r/ordovan+/a")));  // another file is in work by now
 }
