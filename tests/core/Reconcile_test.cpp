@@ -198,6 +198,17 @@ TEST_F(Reconcile, ASecondNameOfTheFileIsTakenAwayAgain) {
     EXPECT_THAT(counts(reconcile()), ElementsAre(0, 1, 0, 0));
 }
 
+TEST_F(Reconcile, AnotherFileOfTheSameSizeAndTimeAtTheDestinationGetsNoEntry) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.write("/r/ordovan+/a", "two");
+    memory.setModified("/r/ordovan+/a", run.intent.items[0].modifiedNs);
+    memory.removeTree("/r/a");
+    const auto found = reconcile();
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_THAT(found.journal.entries, IsEmpty());
+}
+
 TEST_F(Reconcile, AHardLinkThatTheUserMadeStaysWhereverItIs) {
     constexpr const char* sentence = "The file has another name at the destination; left untouched.";
     tree({"a = one"});
@@ -218,7 +229,18 @@ TEST_F(Reconcile, APlaceThatLeadsToTheVerySameNameIsLeftAlone) {
     aliased.facts = [this](const Url&) { return ordovan::test::factsIn(memory, Url::file("/r/a")); };
     const auto found = OrdovanReconciler::reconcile(run, aliased);
     EXPECT_THAT(counts(found), ElementsAre(0, 1, 0, 0));
+    run.intent.items[0].names = 0;  // not known
+    EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, aliased)), ElementsAre(0, 1, 0, 0));
     EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
+TEST_F(Reconcile, ASecondNameOfAnotherFileOfTheSameContentStays) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a", OrdovanRunRecord::Kind::organize, "one");
+    memory.replace("/r/a", "one");
+    memory.hardLink("/r/ordovan+/a", "/r/a");
+    EXPECT_THAT(sentences(reconcile()), ElementsAre("The file has another name at the destination; left untouched."));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
 }
 
 TEST_F(Reconcile, ATakenDestinationIsSaidAndBothStay) {

@@ -16,6 +16,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -227,6 +228,15 @@ TEST_F(TrashSearch, LeavesAnInfoFileThatTellsOfAnotherFileByNow) {
     home.write("data/Trash/info/a.trashinfo", others);
     EXPECT_EQ(error(removeTrashInfo(orphan)), ENOTEMPTY);
     EXPECT_EQ(home.read("data/Trash/info/a.trashinfo"), others);
+}
+
+TEST_F(TrashSearch, DoesNotTouchTheInfoFileOfAnItemThatIsThere) {
+    const TrashedFile there{home.url("a"), home.url("data/Trash/info/a.trashinfo"), home.url("data/Trash/files/a")};
+    home.write("data/Trash/info/a.trashinfo", "[Trash Info]\nPath=" + home.path("a") + "\n");
+    home.write("data/Trash/files/a", "item");
+    std::filesystem::create_hard_link(home.path("data/Trash/info/a.trashinfo"), home.path("another name of it"));
+    EXPECT_EQ(error(removeTrashInfo(there)), ENOTEMPTY);
+    EXPECT_EQ(std::filesystem::hard_link_count(home.path("data/Trash/info/a.trashinfo")), 2U);
 }
 
 TEST_F(TrashSearch, LeavesAnInfoFileWhoseItemCanNotBeLookedAt) {
