@@ -16,16 +16,10 @@ using ordovan::testing::digestOf;
 using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Kind = OrdovanRunRecord::Kind;
-using NoteKind = OrdovanRunNote::Kind;
+using namespace ordovan::test::interrupted;
 
 namespace {
 
-constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
-constexpr const char* aside = "/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
-constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
-constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
-constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
 constexpr const char* notRemoved =
     "What the interrupted run left of this file could not be removed; the file is whole.";
 

@@ -17,16 +17,10 @@ using ordovan::ReconcilePorts;
 using ordovan::TrashedFile;
 using ordovan::test::ReconcileFixture;
 using ordovan::testing::digestOf;
-using Kind = OrdovanRunRecord::Kind;
 using Moment = ordovan::testing::FaultyFileSystem::Moment;
-using NoteKind = OrdovanRunNote::Kind;
+using namespace ordovan::test::interrupted;
 
 namespace {
-
-constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
-constexpr const char* aside = "/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
-constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
-constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
 
 /// What goes wrong at its N-th occasion.
 enum class Fault { look, call, replyOfCall, infoRemoval, replyOfInfoRemoval };

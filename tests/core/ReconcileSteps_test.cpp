@@ -13,17 +13,13 @@ using ordovan::testing::digestOf;
 using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Kind = OrdovanRunRecord::Kind;
-using NoteKind = OrdovanRunNote::Kind;
+using namespace ordovan::test::interrupted;
 
 namespace {
 
-constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
-constexpr const char* aside = "/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
 constexpr std::int64_t second = 1'000'000'000;  // in nanoseconds; the runs begin at 100
 constexpr const char* removed = "The empty file that kept its place was removed; the file is where it was.";
 constexpr const char* occupied = "A file already exists at the destination; left untouched.";
-constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
 
 class ReconcileClaims : public ReconcileFixture {
 protected:
@@ -314,7 +310,6 @@ TEST_F(ReconcileFixture, AFileOutsideTheFolderGetsNoEntryWhateverWasNoted) {
 
 TEST_F(ReconcileFixture, TheEmptyFileThatKeptAPlaceInTheTrashGoesWithItsInfoFile) {
     constexpr const char* item = "/home/user/.local/share/Trash/files/a";
-    constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
     tree({"a = one"});
     intend("/r/a", "", Kind::trash);
     memory.write(info, "[Trash Info]\nPath=/r/a\nDeletionDate=2026-11-21T00:00:00\n");

@@ -7,14 +7,9 @@
 using ordovan::testing::digestOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Kind = OrdovanRunRecord::Kind;
-using NoteKind = OrdovanRunNote::Kind;
+using namespace ordovan::test::interrupted;
 
 namespace {
-
-constexpr const char* lost = "The file was moved or deleted while organizing.";
-constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
-constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
 
 using ReconcileTrash = ordovan::test::ReconcileFixture;
 

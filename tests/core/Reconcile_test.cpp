@@ -10,14 +10,9 @@
 using ordovan::testing::Operation;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using Kind = OrdovanRunRecord::Kind;
-using NoteKind = OrdovanRunNote::Kind;
+using namespace ordovan::test::interrupted;
 
 namespace {
-
-constexpr const char* lost = "The file was moved or deleted while organizing.";
-constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
-constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
 
 using Reconcile = ordovan::test::ReconcileFixture;
 

@@ -14,6 +14,24 @@
 
 namespace ordovan::test {
 
+/// What the tests of interrupted runs name.
+namespace interrupted {
+
+using Kind = OrdovanRunRecord::Kind;
+using NoteKind = OrdovanRunNote::Kind;
+
+// Where what the run leaves of "/r/a" lies.
+inline constexpr const char* partial = "/r/ordovan+/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+inline constexpr const char* aside = "/r/.a.ordovan-partial-00000000-0000-4000-8000-000000000000";
+inline constexpr const char* inTrash = "/home/user/.local/share/Trash/files/a";
+inline constexpr const char* info = "/home/user/.local/share/Trash/info/a.trashinfo";
+
+// What is said of it.
+inline constexpr const char* lost = "The file was moved or deleted while organizing.";
+inline constexpr const char* notExamined = "The file could not be looked at after the interruption; left as it is.";
+
+}  // namespace interrupted
+
 /// A run in "/r" that was interrupted: first the tree and the intent, then what the run came to do.
 class ReconcileFixture : public ::testing::Test {
 protected:
