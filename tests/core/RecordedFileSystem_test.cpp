@@ -431,6 +431,17 @@ TEST_F(RecordedOriginal, LosesASecondNameThatItsRenameInStepsLeft) {
     expectOnlyAt("/r/a.pdf");
 }
 
+TEST_F(RecordedOriginal, LeavesAnotherFileThatHasItsHiddenName) {
+    disk.setBeforeCall([this](const FaultyFileSystem::Call& call) {
+        const bool isHiding = call.operation == Operation::move && call.url == Url::file(from);
+        if (isHiding) memory.write(call.second.path(), "theirs");
+    });
+    EXPECT_EQ(message(), stays);
+    EXPECT_EQ(memory.read(from), "one");
+    EXPECT_FALSE(memory.item(to));
+    EXPECT_THAT(hidden(), ElementsAre("theirs"));
+}
+
 /// A port that says when it is about to move in steps.
 class Stepwise final : public ordovan::StepwiseMoves {
 public:
@@ -494,6 +505,25 @@ TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {
     EXPECT_EQ(noted[0].contentHash, digestOf("other"));
     EXPECT_NE(noted[0].identity, intent.items[0].identity);
     EXPECT_EQ(noted[0].path, "");
+}
+
+TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItGoesToTheTrash) {
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "", Kind::trash);
+    memory.replace("/r/a.pdf", "other");
+    const OrdovanFileTrasher::Item item{Url::file("/r/a.pdf"), 5};
+    EXPECT_EQ(OrdovanFileTrasher::trash({&item, 1}, Url::file("/r"), fs()).movedCount(), 1U);
+    EXPECT_THAT(events, ElementsAre("append", "trash"));
+    EXPECT_EQ(notes().at(0).contentHash, digestOf("other"));
+}
+
+TEST_F(RecordedFileSystemTest, NotesNothingOfAFileThatWasNotHashed) {
+    tree({"a.pdf = one", "ordovan+/"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    EXPECT_EQ(fs().fileSize(Url::file("/r/a.pdf")), 3);
+    EXPECT_TRUE(fs().move(Url::file("/r/a.pdf"), Url::file("/r/ordovan+/a.pdf")));
+    EXPECT_THAT(notes(), IsEmpty());
+    EXPECT_THAT(events, ElementsAre("move"));
 }
 
 TEST_F(RecordedFileSystemTest, NotesNoIdentityWhereTheVolumeKeepsNone) {
@@ -597,6 +627,7 @@ TEST_F(RecordedFileSystemTest, RemovesTheOriginalOfACopyOnly) {
     EXPECT_TRUE(fs().fileIdentity(partial));
     EXPECT_FALSE(fs().remove(Url::file("/r/b")));
     EXPECT_FALSE(fs().remove(Url::file("/r/a"))) << "its copy has not got its name";
+    EXPECT_FALSE(fs().move(partial, Url::file("/r/ordovan+/b")));
     EXPECT_TRUE(fs().move(partial, Url::file("/r/ordovan+/a")));
     EXPECT_FALSE(fs().remove(Url::file("/r/alike")));
     EXPECT_TRUE(fs().remove(Url::file("/r/a")));
