@@ -44,7 +44,10 @@ Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& r
     intent_.startedAtEpoch = nowEpoch;
     if (!isKept_) return;
     facts_ = ports.recording.makeFacts ? ports.recording.makeFacts() : ports.recording.facts;
-    if (auto facts = ports.recording.facts(root)) intent_.rootIdentity = std::move(facts->identity);
+    // Where the number of its device may be another's by then, what lies in the folder has to tell.
+    const bool isLasting = !ports.recording.keepsIdentities || ports.recording.keepsIdentities(root);
+    auto facts = isLasting ? ports.recording.facts(root) : std::unexpected(OrdovanSystemError{});
+    if (facts) intent_.rootIdentity = std::move(facts->identity);
 }
 
 void Record::reserve(std::size_t files) {
