@@ -194,14 +194,16 @@ TEST(ExclusiveMoveByLink, TakesThePlaceholderWhereThereAreNoLinks) {
 }
 
 TEST(ExclusiveMoveByLink, LeavesAFileThatTookTheOldNameMeanwhile) {
-    const TempFolder t;
-    t.write("a", "old");
-    t.write("fresh", "new");
-    atExamination = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
-    skip = 1;  // after the link was made
-    EXPECT_EQ(move(t, "a", "b", byLink), 0);
-    EXPECT_EQ(t.read("a"), "new");
-    EXPECT_EQ(t.read("b"), "old");
+    for (const MoveWays ways : {byLink, byLinkPlainly}) {
+        const TempFolder t;
+        t.write("a", "old");
+        t.write("fresh", "new");
+        atExamination = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
+        skip = 1;  // after the link was made
+        EXPECT_EQ(move(t, "a", "b", ways), 0);
+        EXPECT_EQ(t.read("a"), "new");
+        EXPECT_EQ(t.read("b"), "old");
+    }
 }
 
 TEST(ExclusiveMoveByLink, IsDoneWhenTheOldNameWentMeanwhile) {
