@@ -142,11 +142,11 @@ OrdovanResult<void> RecordedFileSystem::removeOriginal(const Url& original) {
         if (!fs_.isRegularFile(original)) return removeHidden(original, aside);
         if (fs_.fileIdentity(aside) == fs_.fileIdentity(original)) (void)fs_.remove(aside);
         if (!isGone(aside, copying_->was.identity, fs_)) leavesSomething_ = true;
-        return renamed;
+        return std::unexpected(renamed.error());
     }
     const bool isSeen = fs_.isRegularFile(original) || isGone(aside, copying_->was.identity, fs_);
     if (!isSeen) copying_->stage = Copying::Stage::hidden;  // for all that can be told
-    if (!isSeen || !isLackOfRoom(renamed.error())) return renamed;
+    if (!isSeen || !isLackOfRoom(renamed.error())) return std::unexpected(renamed.error());
     if (auto proved = prove(original); !proved) return proved;
     return removeAsItIs(original);
 }

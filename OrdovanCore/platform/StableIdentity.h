@@ -16,10 +16,10 @@ namespace ordovan {
 /// `keepsInodeNumbers`.)
 [[nodiscard]] bool keepsInodes(const Url& item);
 
-/// Whether the whole identities of files on that volume do. False also where the kernel makes up a device number at each
-/// mount (one of major 0): btrfs, NFS, ZFS, bcachefs and the like. True for tmpfs and ramfs all the same, whose content
-/// goes with the mount, and for overlays, where it is left at refusing a file that is not known again: they are what
-/// containers have for a root. Any thread.
+/// Whether the whole identities of files on that volume do. False also where the kernel makes up a device number at
+/// each mount (one of major 0): btrfs, NFS, ZFS, bcachefs and the like. True for tmpfs and ramfs all the same, whose
+/// content goes with the mount, and for overlays, where it is left at refusing a file that is not known again: they are
+/// what containers have for a root. Any thread.
 [[nodiscard]] bool keepsIdentities(const Url& item);
 
 }  // namespace ordovan

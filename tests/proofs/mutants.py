@@ -539,7 +539,7 @@ MUTANTS = [
      "    endCopying();\n    noteOther(*item);\n    claiming_ = item;\n    auto place",
      "    endCopying();\n    claiming_ = item;\n    auto place", "RecordedFileSystem Kills"),
     ("run record: an original that changed is removed all the same", CORE + "RecordedFileSystem.cpp",
-     "if (!isSeen || !isLackOfRoom(renamed.error())) return renamed;", "if (!isSeen) return renamed;",
+     "if (!isSeen || !isLackOfRoom(renamed.error())) return", "if (!isSeen) return",
      "RecordedFileSystem RunFileSystem RunHashed"),
     ("run record: another's file under the hidden name is removed", CORE + "RecordedFileSystem.cpp",
      "if (fs_.fileIdentity(aside) == fs_.fileIdentity(original)) (void)fs_.remove(aside);", "(void)fs_.remove(aside);",
