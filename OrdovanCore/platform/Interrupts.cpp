@@ -24,7 +24,7 @@ void note(int) {
     errno = saved;
 }
 
-void endTheProgram(int) {
+[[noreturn]] void endTheProgram(int) {
     ::_exit(statusOfTheEnd);
 }
 
