@@ -51,6 +51,7 @@ OrdovanResult<std::unique_ptr<OrdovanOpenContent>> WatchedContents::open(const U
 std::vector<Url> WatchedContents::unread() const {
     const std::lock_guard guard(mutex_);
     std::vector<Url> files;
+    files.reserve(unread_.size());
     for (const std::string& path : unread_) files.push_back(Url::file(path));
     return files;
 }

@@ -151,7 +151,7 @@ RecoveryControl TidyViewModel::recoveryControl(std::shared_ptr<const CancelFlag>
 
 /// To be told on any thread of files done; tells of some of that on this one.
 template <class Tell>
-std::function<void(std::size_t done, std::size_t total)> TidyViewModel::thinnedOut(Tell tell) const {
+std::function<void(std::size_t done, std::size_t total)> TidyViewModel::thinnedOut(const Tell& tell) const {
     return [tell, &tasks = ports_.tasks, clock = ports_.clock, throttle = ProgressThrottle()](std::size_t done,
                                                                                               std::size_t total) {
         if (!throttle.isDue(clock(), done == total)) return;

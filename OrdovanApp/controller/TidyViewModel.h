@@ -306,7 +306,7 @@ private:
     [[nodiscard]] std::function<void(std::uint64_t files, std::uint64_t folders, bool isLast)> previewProgress();
     [[nodiscard]] RecoveryControl recoveryControl(std::shared_ptr<const CancelFlag> flag);
     template <class Tell>
-    [[nodiscard]] std::function<void(std::size_t done, std::size_t total)> thinnedOut(Tell tell) const;
+    [[nodiscard]] std::function<void(std::size_t done, std::size_t total)> thinnedOut(const Tell& tell) const;
     [[nodiscard]] std::vector<bool> changedSince(double epoch) const;
     [[nodiscard]] std::unordered_map<std::string, double> modificationTimes() const;
 

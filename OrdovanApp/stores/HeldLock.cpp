@@ -19,7 +19,7 @@ OrdovanResult<HeldLock> tryLockFolder(const Url& folder) {
 }
 
 LockFunction lockFolderWithin(LockPatience patience) {
-    return [patience](const Url& folder) { return held(FolderLock::acquire(folder, patience)); };
+    return [patience = std::move(patience)](const Url& folder) { return held(FolderLock::acquire(folder, patience)); };
 }
 
 bool isHeldElsewhere(const OrdovanResult<HeldLock>& lock) {

@@ -178,8 +178,9 @@ private:
 
     [[nodiscard]] bool mayGoOn() const { return next_ < std::min(items_.size(), reached_ + window); }
 
-    void work(const std::stop_token& stop) {
-        Hasher hasher(options_);
+    /// The next file that nobody has come to, once there is room for it. Null when there is none or the end was asked
+    /// for.
+    Item* claim(const std::stop_token& stop) {
         std::unique_lock lock(mutex_);
         while (!stop.stop_requested() && next_ < items_.size()) {
             if (!mayGoOn()) {
@@ -192,12 +193,19 @@ private:
             Item& item = items_[next_++];
             if (item.state != State::waiting) continue;
             item.state = State::claimed;
-            lock.unlock();
-            auto hashed = hasher.hash(item.url, [&] { return !stop.stop_requested(); });
-            lock.lock();
-            item.hashed = std::move(hashed);
-            item.state = State::done;
-            if (awaited_ == &item) done_.notify_one();
+            return &item;
+        }
+        return nullptr;
+    }
+
+    void work(const std::stop_token& stop) {
+        Hasher hasher(options_);
+        while (Item* const item = claim(stop)) {
+            auto hashed = hasher.hash(item->url, [&] { return !stop.stop_requested(); });
+            const std::lock_guard guard(mutex_);
+            item->hashed = std::move(hashed);
+            item->state = State::done;
+            if (awaited_ == item) done_.notify_one();
         }
     }
 

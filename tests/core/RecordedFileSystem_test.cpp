@@ -526,6 +526,17 @@ TEST_F(RecordedFileSystemTest, NotesNothingOfAFileThatWasNotHashed) {
     EXPECT_THAT(events, ElementsAre("move"));
 }
 
+TEST_F(RecordedFileSystemTest, LetsAVerifiedCopyGoToItsPlaceOnly) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    const Url from = Url::file("/r/a.pdf");
+    const Url partial = OrdovanPartialName::beside(Url::file("/r/ordovan+/a.pdf"));
+    EXPECT_TRUE(fs().fileSize(from) && fs().contentHash(from) && fs().copy(from, partial));
+    EXPECT_FALSE(fs().move(partial, Url::file("/r/ordovan+/b.pdf")));
+    EXPECT_TRUE(fs().move(partial, Url::file("/r/ordovan+/a.pdf")));
+}
+
 TEST_F(RecordedFileSystemTest, NotesNoIdentityWhereTheVolumeKeepsNone) {
     tree({"a.pdf = one", "b.pdf = two"});
     intend("/r/a.pdf", "/r/ordovan+/a.pdf");
