@@ -38,7 +38,7 @@ TEST_F(TrashFlushes, PutTheItemsTheirInfoFilesAndTheVacatedFoldersOnTheDiskBefor
         arrivals = paths(to);
         departures = paths(from);
     };
-    FolderRun::Record record(all, Kind::trash, Url::file("/r"), 100, true);
+    FolderRun::Record record(all, Kind::trash, Url::file("/r"), 100);
     for (const char* file : {"/r/a", "/r/x/b", "/r/c"}) record.add(Url::file(file), {});
     OrdovanFileSystem& disk = record.begin(fs, nullptr);
     trash(disk, "/r/a");
