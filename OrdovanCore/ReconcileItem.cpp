@@ -57,6 +57,10 @@ std::string copyLies(std::string_view path, bool isVerified) {
     return what + std::string(path) + ".";
 }
 
+std::string otherLies(const Url& place) {
+    return "The file that was in its place lies at " + std::string(place.path()) + ".";
+}
+
 bool isAbsence(const OrdovanSystemError& error) {
     return error == OrdovanSystemError::posix(ENOENT) || error == OrdovanSystemError::posix(ENOTDIR);
 }
@@ -252,7 +256,7 @@ std::optional<Settled> ItemReconciler::settleHidden(const Item& item, const Url&
     }
     // Giving it back was cut; or another file has taken the old name since, and this one has the new one beside.
     const bool isSpare = sight.facts.identity == from.facts.identity || hasOneNameMore(item, sight);
-    if (!isSpare) return unsettled(copyLies(hidden.path(), false));
+    if (!isSpare) return unsettled(otherLies(hidden));
     if (!remove(hidden)) return uncertain(notRemoved);
     return std::nullopt;
 }
@@ -277,7 +281,7 @@ std::optional<Settled> ItemReconciler::settleAside(const Item& item, const Ordov
     const Proof isOriginal = isOther ? hasContent(aside, sight, copy.byteSize, copy.contentHash) : Proof::proved;
     if (isSpare == Proof::unknown || isOriginal == Proof::unknown) return uncertain(notExamined);
     if (isSpare == Proof::refuted || isOriginal == Proof::refuted)
-        return unsettled(copyLies(aside.path(), isOriginal == Proof::proved));
+        return unsettled(isOriginal == Proof::proved ? copyLies(aside.path(), true) : otherLies(aside));
     if (!remove(aside)) return uncertain(notRemoved);
     return std::nullopt;
 }

@@ -95,6 +95,7 @@ constexpr const char* sentences[] = {
     QT_TRANSLATE_NOOP("Engine", "Its verified copy was put in place."),
     QT_TRANSLATE_NOOP("Engine", "A verified copy of it lies at %1."),
     QT_TRANSLATE_NOOP("Engine", "An unfinished copy of it lies at %1."),
+    QT_TRANSLATE_NOOP("Engine", "The file that was in its place lies at %1."),
     // Rules.
     QT_TRANSLATE_NOOP("Engine", "\"%1\" isn't a valid extension. Use letters and numbers only, like dmg."),
     QT_TRANSLATE_NOOP("Engine", "Give the folder a name."),

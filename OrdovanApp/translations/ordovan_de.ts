@@ -863,6 +863,10 @@
         <translation>Eine unfertige Kopie davon liegt unter %1.</translation>
     </message>
     <message>
+        <source>The file that was in its place lies at %1.</source>
+        <translation>Die Datei, die an ihrer Stelle war, liegt unter %1.</translation>
+    </message>
+    <message>
         <source>&quot;%1&quot; isn&apos;t a valid extension. Use letters and numbers only, like dmg.</source>
         <translation>„%1“ ist keine gültige Endung. Verwenden Sie nur Buchstaben und Ziffern, etwa dmg.</translation>
     </message>

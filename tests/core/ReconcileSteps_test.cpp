@@ -259,6 +259,15 @@ TEST_F(ReconcileAsides, AnOriginalStaysAndIsSaidWhereAnotherFileTookItsNameAndIt
     EXPECT_EQ(memory.read(aside), "one");
 }
 
+TEST_F(ReconcileAsides, AnotherFileThatSlippedInStaysAndIsSaidWhereItsNameIsTaken) {
+    memory.replace(aside, "somebody else's");
+    memory.write("/r/a", "new");
+    EXPECT_THAT(sentences(reconcile()),
+                ElementsAre(std::string("The file that was in its place lies at ") + aside + "."));
+    EXPECT_EQ(memory.read(aside), "somebody else's");
+    EXPECT_EQ(memory.read("/r/a"), "new");
+}
+
 TEST_F(ReconcileAsides, ARenameInStepsThatWasCutIsTakenBack) {
     memory.hardLink("/r/a", aside);
     EXPECT_THAT(sentences(OrdovanReconciler::reconcile(run, ports())),

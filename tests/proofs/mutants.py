@@ -482,7 +482,7 @@ MUTANTS = [
      "if (ports_.fs.move(hidden, item.from) || look(item.from).isThere()) return std::nullopt;", "return std::nullopt;",
      "ReconcileSteps Kills"),
     ("run record: what another program saved under the old name goes", CORE + "ReconcileItem.cpp",
-     "if (!isSpare) return unsettled(copyLies(hidden.path(), false));", "", "ReconcileSteps"),
+     "if (!isSpare) return unsettled(otherLies(hidden));", "", "ReconcileSteps"),
     ("run record: an empty file that others may read is taken for ours", CORE + "ReconcileItem.cpp",
      "const bool mayBeOurs = sight.facts.isPrivate || item.intended.identity.empty();", "const bool mayBeOurs = true;",
      "ReconcileSteps"),
