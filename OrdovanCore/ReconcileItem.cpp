@@ -338,15 +338,14 @@ Settled ItemReconciler::settleStanding(const Item& item, const Sight& from, cons
 }
 
 /// Takes a copy away by way of its partial name, where nobody replaces it: another file that slipped in gets its own
-/// back. True when it is gone.
+/// back, and so does one that does not go. True when it is gone.
 bool ItemReconciler::removeCopy(const Item& item, const Sight& seen) const {
     const Url partial = Url::file(item.copies.back()->path);
     if (!ports_.fs.move(item.to, partial)) return remove(item.to);
     const Sight there = look(partial);
-    if (there.isRegular() && there.facts.byteSize == seen.facts.byteSize &&
-        there.facts.modifiedNs == seen.facts.modifiedNs) {
-        return remove(partial);
-    }
+    const bool isTheCopy = there.isRegular() && there.facts.byteSize == seen.facts.byteSize &&
+                           there.facts.modifiedNs == seen.facts.modifiedNs;
+    if (isTheCopy && remove(partial)) return true;
     (void)ports_.fs.move(partial, item.to);
     return false;
 }

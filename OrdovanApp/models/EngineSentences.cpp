@@ -105,8 +105,6 @@ constexpr const char* sentences[] = {
     QT_TRANSLATE_NOOP("Engine", "That rule couldn't be added."),
     QT_TRANSLATE_NOOP("Engine", "You can have up to %1 rules."),
     // Runs that can not begin, and what could not be saved.
-    QT_TRANSLATE_NOOP("Engine", "Files are being organized or put back. Try again when that has finished."),
-    QT_TRANSLATE_NOOP("Engine", "Files are on their way to or from the Trash. Try again when that has finished."),
     QT_TRANSLATE_NOOP("Engine", "Another ordovan+ run is working in this folder. Try again when it has finished."),
     QT_TRANSLATE_NOOP("Engine", "Another ordovan+ is saving its records. Try again in a moment."),
     QT_TRANSLATE_NOOP("Engine", "The plan couldn't be saved there. Try another folder."),

@@ -891,14 +891,6 @@
         <translation>Es sind höchstens %1 Regeln möglich.</translation>
     </message>
     <message>
-        <source>Files are being organized or put back. Try again when that has finished.</source>
-        <translation>Gerade werden Dateien einsortiert oder zurückgelegt. Versuchen Sie es danach noch einmal.</translation>
-    </message>
-    <message>
-        <source>Files are on their way to or from the Trash. Try again when that has finished.</source>
-        <translation>Dateien sind gerade auf dem Weg in den Papierkorb oder zurück. Versuchen Sie es danach noch einmal.</translation>
-    </message>
-    <message>
         <source>Another ordovan+ run is working in this folder. Try again when it has finished.</source>
         <translation>In diesem Ordner arbeitet gerade ein anderer Durchlauf von ordovan+. Versuchen Sie es danach noch einmal.</translation>
     </message>

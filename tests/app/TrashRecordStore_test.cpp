@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 using ordovan::TrashRecordStore;
@@ -243,8 +244,9 @@ TEST_F(TrashRecordStoreTest, IsNotChangedWhileAnotherProcessHasTheLock) {
 TEST_F(TrashRecordStoreTest, TellsWhatWasReadBeforeAChangeEndedFromWhatWasReadAfterIt) {
     memory.write(file, record({"a"}).encoded());
     std::vector<std::uint64_t> changes;
+    bool isChanging = false;
     records.observer = [&](const std::string&) {
-        records.observer = [](const std::string&) {};
+        if (std::exchange(isChanging, true)) return;
         changes.push_back(store.append(record({"b"}), {}, 1).known.revision);
         changes.push_back(store.removePutBack({"/T/files/b"}, {}, 1, memory).known.revision);
     };

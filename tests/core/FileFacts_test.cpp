@@ -29,6 +29,7 @@ TEST(FileFacts, TellAFileAsThePortDoes) {
     const Url file = t.write("a", "12345");
     const ::timespec times[2] = {{1, 0}, {1'600'000'000, 123'456'789}};
     ASSERT_EQ(::utimensat(AT_FDCWD, t.path("a").c_str(), times, 0), 0);
+    ASSERT_EQ(::chmod(t.path("a").c_str(), 0640), 0);
     SystemFileSystem fs;
     const auto facts = factsOf(file);
     ASSERT_TRUE(facts);
@@ -36,7 +37,10 @@ TEST(FileFacts, TellAFileAsThePortDoes) {
                                           .byteSize = 5,
                                           .identity = fs.fileIdentity(file).value_or("?"),
                                           .modifiedNs = 1'600'000'000'123'456'789,
-                                          .names = 1}));
+                                          .names = 1,
+                                          .isPrivate = false}));
+    ASSERT_EQ(::chmod(t.path("a").c_str(), 0600), 0);
+    EXPECT_TRUE(factsOf(file)->isPrivate);
 }
 
 TEST(FileFacts, CountNamesAndKnowAnotherFile) {
