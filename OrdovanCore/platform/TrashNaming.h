@@ -22,8 +22,8 @@ inline constexpr std::string_view trashInfoHead = "[Trash Info]";
 [[nodiscard]] std::string trashedName(std::string_view name, unsigned attempt, std::size_t maxNameBytes = 255);
 
 /// The content of an item's info file: `path` as it is to be stored, its bytes percent-encoded here (RFC 2396; all but
-/// unreserved characters and "/"), and the time of deletion, without a zone as the specification has it: in the local
-/// time of the process (localtime_r(3)).
+/// unreserved characters and "/"), and the time of deletion, without a zone as the Trash specification has it: in the
+/// local time of the process (localtime_r(3)).
 [[nodiscard]] std::string trashInfoText(std::string_view path, std::time_t deleted);
 
 }  // namespace ordovan
