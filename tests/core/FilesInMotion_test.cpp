@@ -32,12 +32,19 @@ namespace {
 
 /// What another program does while the next file is being read.
 std::function<void()> duringRead;
+/// What it does while the next copy is being flushed.
+std::function<void()> duringFlush;
 
 }  // namespace
 
 extern "C" ssize_t read(int file, void* bytes, std::size_t size) {
     if (duringRead) std::exchange(duringRead, nullptr)();
     return ::syscall(SYS_read, file, bytes, size);
+}
+
+extern "C" int fsync(int file) {
+    if (duringFlush) std::exchange(duringFlush, nullptr)();
+    return static_cast<int>(::syscall(SYS_fsync, file));
 }
 
 namespace {
@@ -53,6 +60,7 @@ protected:
     void TearDown() override {
         ::unsetenv("XDG_DATA_HOME");
         duringRead = nullptr;
+        duringFlush = nullptr;
     }
 
     [[nodiscard]] Url at(std::string_view name) const { return t.url("root/" + std::string(name)); }
@@ -96,6 +104,22 @@ TEST_F(OpenFiles, AreNeitherHashedNorCopied) {
     }
     EXPECT_EQ(error(fs.contentHash(at("a"))), 0);
     EXPECT_EQ(error(fs.copy(at("a"), at("b"))), 0);
+}
+
+TEST_F(OpenFiles, AreNotEvenBegunToBeCopied) {
+    const Descriptor open = writer();
+    bool isBegun = false;
+    duringFlush = [&] { isBegun = true; };
+    EXPECT_EQ(error(fs.copy(at("a"), at("b"))), EBUSY);
+    EXPECT_FALSE(isBegun);
+}
+
+TEST_F(OpenFiles, AreThoseThatAreOpenedWhileTheyAreCopied) {
+    Descriptor open;
+    duringFlush = [&] { open = writer(); };
+    EXPECT_EQ(error(fs.copy(at("a"), at("b"))), EBUSY);
+    EXPECT_TRUE(open);
+    EXPECT_FALSE(t.has("root/b"));
 }
 
 TEST_F(OpenFiles, AreThoseThatAreMappedTooAndNotThoseThatAreRead) {

@@ -208,6 +208,14 @@ TEST_P(RunDisk, EntersAWayAgainForTheSameQuestionAndAfterAnotherItemOrAct) {
     EXPECT_TRUE(isLink("aside")) << "asked after another item";
 }
 
+TEST_P(RunDisk, EntersAWayAgainForAFolderAboveThatIsAskedForTwice) {
+    t.makeFolder("root/sub/deep");
+    EXPECT_FALSE(fs.isSymlink(at("sub/deep")));
+    EXPECT_FALSE(fs.isSymlink(at("sub")));
+    exchangeSubForLink();
+    EXPECT_TRUE(fs.isSymlink(at("sub")));
+}
+
 TEST_P(RunDisk, LooksAgainForTheSameQuestionAndAfterAnotherItemOrAct) {
     write("a", "12345");
     EXPECT_EQ(fs.fileSize(at("a")), 5);
