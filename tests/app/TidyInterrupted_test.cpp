@@ -720,6 +720,34 @@ TEST(TidyInterrupted, IsNoRunThatStillGoesOn) {
     EXPECT_FALSE(world.hasRunRecord());
 }
 
+TEST(TidyInterrupted, IsLeftAloneWhileAnotherRunHoldsItsRecord) {
+    InterruptedWorld world;
+    const Url held = world.locations.runRecord(Url::file("/r"));
+    const Url waiting = world.locations.runRecord(Url::file("/r"), 2);
+    world.memory.write(waiting.path(), *world.memory.read(held.path()));
+    const auto notes = world.runStorage.openNotes(held);
+    ASSERT_TRUE(notes);
+    world.start();
+    EXPECT_TRUE(world.memory.item(held.path()));
+    EXPECT_TRUE(world.memory.item(waiting.path()));
+}
+
+TEST(TidyInterrupted, KeepsItsRecordWhileAFileThatMovedCanNotBeRead) {
+    std::unique_ptr<World> world;
+    for (std::size_t number = 1; !world || !world->memory.item("/r/ordovan+/Documents/x.pdf"); ++number) {
+        world = std::make_unique<World>();
+        world->start();
+        ASSERT_TRUE(world->isKilledAt(number, Moment::after, Notes::none, &World::organize));
+    }
+    world->fs.reset();
+    world->fs.failCall(Operation::contentHash, 1, EIO);
+    world->start();
+    EXPECT_TRUE(world->hasRunRecord());
+    world->start();
+    EXPECT_FALSE(world->hasRunRecord());
+    EXPECT_THAT(World::recoverable(*world->model), SizeIs(1));
+}
+
 TEST(TidyInterrupted, ARecordThatMayNotBeOnTheDiskIsNotLeftBehind) {
     World world;
     world.start();

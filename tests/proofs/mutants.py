@@ -552,7 +552,7 @@ MUTANTS = [
      "const bool mayLook = true;", "TidyInterrupted TidyRecords TidyUndo HostileRecords"),
     ("run record: files outside are hashed ahead", APP + "FolderRun.cpp",
      "return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);", "return true;",
-     "TidyUndo TidyRecords HashAhead HostileRecords"),
+     "TidyUndo TidyRecords HostileRecords"),
     ("run record: it goes though the journal could not be stored", APP + "RunFlow.cpp",
      "const bool isMissing = result.record && result.record->warning;", "const bool isMissing = false;",
      "TidyInterrupted TidyRecords SystemErrors Kills"),
