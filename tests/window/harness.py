@@ -334,6 +334,16 @@ class Window:
         subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--name", "^ordovan\\+$", "windowactivate",
                         "--sync"], check=True, capture_output=True)
 
+    def dialog(self, title):
+        """Waits for a dialog with a frame of its own, and until it has the keyboard."""
+        self.control(title, role="dialog")
+
+        def active():
+            asked = ["xdotool", "getactivewindow", "getwindowname"]
+            return subprocess.run(asked, capture_output=True, text=True).stdout.strip()
+
+        until(lambda: active() == title, lambda: "%r has not the keyboard, but %r" % (title, active()))
+
     def resize(self, width, height):
         subprocess.run(["xdotool", "getactivewindow", "windowsize", str(width), str(height)], check=True)
 

@@ -120,7 +120,7 @@ class Organize(unittest.TestCase):
         with desk.start() as window:
             window.wait("Start with your Downloads folder")
             window.press("Choose Folder…", role="push button")
-            window.control("Choose Folder", role="dialog")
+            window.dialog("Choose Folder")
             window.type(str(self.folder))
             window.key("Return")
             window.wait("5 proposed · 0 need review")

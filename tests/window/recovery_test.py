@@ -128,7 +128,7 @@ class Keyboard(Recovering):
             window.wait("Start with your Downloads folder")
             window.focus()
             window.key("ctrl+o")
-            window.control("Choose Folder", role="dialog")
+            window.dialog("Choose Folder")
             window.type(str(self.folder))
             window.key("Return")
             window.wait("4 proposed · 0 need review")
@@ -231,7 +231,7 @@ class TwoPrograms(Recovering):
     def preview_again(self, window):
         window.focus()
         window.key("ctrl+o")
-        window.control("Choose Folder", role="dialog")
+        window.dialog("Choose Folder")
         window.type(str(self.folder))
         window.key("Return")
 
