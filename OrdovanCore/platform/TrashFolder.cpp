@@ -41,15 +41,16 @@ std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name
         folder = Descriptor::openAt(above.get(), name, folderItself);
     }
     if (!folder) return std::unexpected(errno);
-    if (isPrivate(folder)) {
-        // Else an item could leave its place for a folder that never reaches the disk.
-        const int error = made && !keepsOrder(above.get()) ? syncFolderOf({above.get(), name}) : 0;
-        if (error != 0) return std::unexpected(error);
-        return folder;
+    int error = 0;
+    if (!isPrivate(folder)) {
+        error = EPERM;  // as on a volume that gives new folders to somebody else
+    } else if (made && !keepsOrder(above.get())) {
+        error = syncFolderOf({above.get(), name});  // else an item could leave its place for one that never gets to disk
     }
-    // A volume that gives new folders to somebody else is not for a Trash.
+    if (error == 0) return folder;
+    // One that stayed would be taken for flushed by the next item.
     if (made) ::unlinkat(above.get(), name, AT_REMOVEDIR);
-    return std::unexpected(EPERM);
+    return std::unexpected(error);
 }
 
 /// The device of the path's nearest existing ancestor, itself first.
