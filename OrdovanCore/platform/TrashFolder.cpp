@@ -45,7 +45,8 @@ std::expected<Descriptor, int> openOwn(const Descriptor& above, const char* name
     if (!isPrivate(folder)) {
         error = EPERM;  // as on a volume that gives new folders to somebody else
     } else if (made && !keepsOrder(above.get())) {
-        error = syncFolderOf({above.get(), name});  // else an item could leave its place for one that never gets to disk
+        // Else an item could leave its place for a folder that never reaches the disk.
+        error = syncFolderOf({above.get(), name});
     }
     if (error == 0) return folder;
     // One that stayed would be taken for flushed by the next item.
