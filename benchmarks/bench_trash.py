@@ -2,7 +2,9 @@
 
     bench_trash.py BUILD_FOLDER [--rounds N] [--files N] [--only WORD] [--cold]
 
-The files (1 to 64 KiB, from a fixed seed) and the Trash lie below $ORDOVAN_BENCH_DATA (default /var/tmp/ordovan-bench).
+The files (1 to 64 KiB, from a fixed seed) and the Trash lie below $ORDOVAN_BENCH_DATA (default /var/tmp/ordovan-bench),
+those of each run in a folder of their own, all of which go in the end (about 1 GB a round): ext4 passes over the numbers
+of files deleted in the last minutes one by one, and every run after a deletion would measure that.
 After each run it is checked that all files and nothing else are in the Trash. Programs that are not installed are left
 out. The time of a process of ours is the one it measures itself; of the others the whole run, their start included.
 Does nothing with a word that is not in "trash", and nothing for --cold: the files were written a moment ago.
@@ -24,15 +26,18 @@ class Bench:
     def __init__(self, build, files):
         self.tool = os.path.join(build, "benchmarks/trash_bench")
         self.place = os.path.join(DATA, "trash")
-        self.folder = os.path.join(self.place, "tree")
-        self.trash = os.path.join(self.place, "data/Trash")
-        self.environment = dict(os.environ, HOME=self.place, XDG_DATA_HOME=self.place + "/data")
+        shutil.rmtree(self.place, ignore_errors=True)
+        self.fills = 0
         self.files = files
         self.bytes = 0
 
     def fill(self):
         """A fresh tree on disk and no Trash."""
-        shutil.rmtree(self.place, ignore_errors=True)
+        self.fills += 1
+        home = os.path.join(self.place, str(self.fills))
+        self.folder = os.path.join(home, "tree")
+        self.trash = os.path.join(home, "data/Trash")
+        self.environment = dict(os.environ, HOME=home, XDG_DATA_HOME=home + "/data")
         rng, self.bytes, paths = random.Random(31), 0, []
         for i in range(self.files):
             path = os.path.join(self.folder, "folder %d" % (i % 50), "file %05d.dat" % i)
@@ -40,7 +45,7 @@ class Bench:
             with open(path, "xb") as file:
                 self.bytes += file.write(rng.randbytes(int(1024 * 64 ** rng.random())))
             paths.append(path)
-        subprocess.run(["sync", "-f", self.place], check=True)
+        subprocess.run(["sync", "-f", home], check=True)
         return paths
 
     def check(self, in_trash):
