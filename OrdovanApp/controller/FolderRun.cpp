@@ -9,6 +9,9 @@
 #include <cerrno>
 #include <limits>
 #include <memory>
+#include <span>
+#include <system_error>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -22,6 +25,72 @@ class NoNotes final : public ordovan::RunNotes {
 public:
     OrdovanResult<void> append(std::string_view) override { return std::unexpected(OrdovanSystemError::posix(EBADF)); }
     OrdovanResult<void> sync() override { return {}; }
+};
+
+/// From so many files on, a second thread looks at half of them.
+constexpr std::size_t enoughForTwo = 2048;
+
+/// The files of a run, those of one folder together, which spares the ways to them; else in their order.
+std::vector<OrdovanRunItem*> folderByFolder(std::vector<OrdovanRunItem>& items) {
+    constexpr auto none = std::numeric_limits<std::size_t>::max();
+    std::vector<std::size_t> next(items.size(), none);  // the next item in the same folder
+    std::vector<std::size_t> firsts;
+    std::unordered_map<std::string_view, std::size_t> lasts;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const auto [last, isFirst] = lasts.try_emplace(ordovan::parentPath(items[i].source), i);
+        if (isFirst) {
+            firsts.push_back(i);
+        } else {
+            next[std::exchange(last->second, i)] = i;
+        }
+    }
+    std::vector<OrdovanRunItem*> result;
+    result.reserve(items.size());
+    for (const std::size_t first : firsts) {
+        for (std::size_t i = first; i != none; i = next[i]) result.push_back(&items[i]);
+    }
+    return result;
+}
+
+/// Finds out how files stand before a run moves them. Used by one thread.
+class Look {
+public:
+    /// `below` is what the paths in the run's folder begin with. Both outlive this object.
+    Look(const RecordingPorts& ports, std::string_view below)
+        : ports_(ports), below_(below), facts_(ports.makeFacts ? ports.makeFacts() : ports.facts) {}
+
+    void at(OrdovanRunItem& item) {
+        // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it
+        // does.
+        const bool mayLook = item.source.view().starts_with(below_) || ordovan::isInTrash(item.source);
+        const Url source = Url::file(item.source);
+        auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{});
+        if (!facts) return;
+        item.byteSize = facts->byteSize;
+        item.modifiedNs = facts->modifiedNs;
+        if (!isAnotherName(*facts, Url::file(item.destination))) item.names = facts->names;
+        const std::string_view identity = facts->identity;
+        const std::string_view device = identity.substr(0, identity.find(':'));
+        if (device != device_) {
+            device_ = device;
+            keepsInodes_ = !ports_.keepsInodes || ports_.keepsInodes(source);
+        }
+        if (keepsInodes_) item.identity = std::move(facts->identity);
+    }
+
+private:
+    /// Whether a file may be one with what lies at its destination already. With a single name it can not.
+    [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const {
+        if (file.names <= 1 || !destination.path().starts_with(below_)) return false;
+        const auto there = facts_(destination);
+        return there ? there->identity == file.identity : !ordovan::isAbsent(there.error());
+    }
+
+    const RecordingPorts& ports_;
+    std::string_view below_;
+    ordovan::FactsFunction facts_;
+    std::string device_;       // the last file's, as identities name it
+    bool keepsInodes_ = true;  // what that device does
 };
 
 }  // namespace
@@ -43,7 +112,6 @@ Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& r
     intent_.root = root;
     intent_.startedAtEpoch = nowEpoch;
     if (!isKept_) return;
-    facts_ = ports.recording.makeFacts ? ports.recording.makeFacts() : ports.recording.facts;
     // Where the number of its device may be another's by then, what lies in the folder has to tell.
     const bool isLasting = !ports.recording.keepsIdentities || ports.recording.keepsIdentities(root);
     auto facts = isLasting ? ports.recording.facts(root) : std::unexpected(OrdovanSystemError{});
@@ -70,55 +138,27 @@ void Record::add(const Url& source, const Url& destination, std::int64_t knownSi
                              .contentHash = std::string(knownHash)});
 }
 
-/// Looks at the files folder by folder, which spares the ways to them.
 void Record::lookAtAll() {
-    constexpr auto none = std::numeric_limits<std::size_t>::max();
-    std::vector<OrdovanRunItem>& items = intent_.items;
-    std::vector<std::size_t> next(items.size(), none);  // the next item in the same folder
-    std::vector<std::size_t> firsts;
-    std::unordered_map<std::string_view, std::size_t> lasts;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const auto [last, isFirst] = lasts.try_emplace(ordovan::parentPath(items[i].source), i);
-        if (isFirst) {
-            firsts.push_back(i);
-        } else {
-            next[std::exchange(last->second, i)] = i;
-        }
+    if (!isKept_ || std::exchange(areLookedAt_, true)) return;
+    const std::vector<OrdovanRunItem*> files = folderByFolder(intent_.items);
+    const auto look = [this](std::span<OrdovanRunItem* const> part) {
+        Look looking(ports_.recording, below_);
+        for (OrdovanRunItem* const file : part) looking.at(*file);
+    };
+    const std::span all(files);
+    const std::size_t ours = all.size() < enoughForTwo || !ports_.recording.makeFacts ? all.size() : all.size() / 2;
+    std::jthread second;
+    try {
+        if (ours < all.size()) second = std::jthread([&] { look(all.subspan(ours)); });
+    } catch (const std::system_error&) {
+        look(all.subspan(ours));  // no more threads to be had
     }
-    for (const std::size_t first : firsts) {
-        for (std::size_t i = first; i != none; i = next[i]) lookAt(items[i]);
-    }
-}
-
-void Record::lookAt(OrdovanRunItem& item) {
-    // A stored record may name any place; the run refuses those outside, and nothing is to touch them before it does.
-    const bool mayLook = item.source.view().starts_with(below_) || ordovan::isInTrash(item.source);
-    const Url source = Url::file(item.source);
-    auto facts = mayLook ? facts_(source) : std::unexpected(OrdovanSystemError{});
-    if (!facts) return;
-    item.byteSize = facts->byteSize;
-    item.modifiedNs = facts->modifiedNs;
-    if (!isAnotherName(*facts, Url::file(item.destination))) item.names = facts->names;
-    const std::string_view identity = facts->identity;
-    const std::string_view device = identity.substr(0, identity.find(':'));
-    if (device != device_) {
-        device_ = device;
-        keepsInodes_ = !ports_.recording.keepsInodes || ports_.recording.keepsInodes(source);
-    }
-    if (keepsInodes_) item.identity = std::move(facts->identity);
-}
-
-/// Whether a file may be one with what lies at its destination already. With a single name it can not.
-bool Record::isAnotherName(const ordovan::FileFacts& file, const Url& destination) const {
-    if (file.names <= 1 || !destination.path().starts_with(below_)) return false;
-    const auto there = facts_(destination);
-    return there ? there->identity == file.identity : !ordovan::isAbsent(there.error());
+    look(all.first(ours));
 }
 
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
     if (!isKept_) return fs;
     lookAtAll();
-    facts_ = {};
     if (auto begun = ports_.recording.runRecords->begin(intent_)) {
         place_ = begun->place;
         notes_ = std::move(begun->notes);

@@ -75,8 +75,11 @@ public:
     void add(const Url& source, const Url& destination, std::int64_t knownSize = OrdovanRunItem::unknownSize,
              std::string_view knownHash = {});
 
-    /// Looks at the files and stores the record. The file system through which the run is to work from now on: `fs`,
-    /// kept to what was added. `disk` is what of that moves in steps; null where nothing does.
+    /// Looks at the files, for which a run with many takes a second thread. Before anything else keeps the processor
+    /// busy is a good time for it; else `begin` does it.
+    void lookAtAll();
+    /// Stores the record. The file system through which the run is to work from now on: `fs`, kept to what was added.
+    /// `disk` is what of that moves in steps; null where nothing does.
     OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk);
     /// To be called when the run is over and before what it did is stored: nothing more is noted.
     void endNotes();
@@ -89,21 +92,16 @@ public:
     [[nodiscard]] bool isStored() const { return place_.has_value(); }
 
 private:
-    void lookAtAll();
-    void lookAt(OrdovanRunItem& item);
-    [[nodiscard]] bool isAnotherName(const ordovan::FileFacts& file, const Url& destination) const;
     void syncMoves() const;
     void addTrashPlaces(std::vector<Url>& arrivals) const;
 
     const TidyPorts& ports_;
     bool isKept_;                       // the run is kept to what was added
     std::optional<std::size_t> place_;  // where the record is stored
+    bool areLookedAt_ = false;
     bool leavesSomething_ = false;
     OrdovanRunIntent intent_;
-    ordovan::FactsFunction facts_;
     std::string below_;                         // what the paths in the run's folder begin with
-    std::string device_;                        // the last file's, as identities name it
-    bool keepsInodes_ = true;                   // what that device does
     std::unique_ptr<ordovan::RunNotes> notes_;  // until the end of this: others know by it that the run goes on
     std::optional<ordovan::RecordedFileSystem> recorded_;
 };

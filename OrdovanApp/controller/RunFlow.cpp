@@ -98,13 +98,14 @@ OrdovanExecutionReport undoBatches(const TidyPorts& ports, const RunInputs& inpu
             organized.push_back(Url::file(entry.destination()));
         }
     }
-    FolderRun::FileSystem files(ports, inputs.root, organized);
     auto place = organized.begin();
     for (const UndoBatch& batch : all) {
         for (const OrdovanJournalEntry& entry : std::views::reverse(batch.journal.entries)) {
             record.add(*place++, Url::file(entry.source()), entry.byteSize(), entry.contentHash());
         }
     }
+    record.lookAtAll();
+    FolderRun::FileSystem files(ports, inputs.root, organized);
     OrdovanFileSystem& fs = record.begin(files.port(), files.stepwise());
     OrdovanExecutionReport report;
     report.journal.createdAtEpoch = entries.createdAtEpoch;
@@ -121,10 +122,11 @@ OrdovanExecutionReport applyAll(const TidyPorts& ports, const RunInputs& inputs,
     std::vector<Url> sources;
     sources.reserve(proposals.size());
     for (const OrdovanFileProposal& proposal : proposals) sources.push_back(proposal.source);
-    FolderRun::FileSystem files(ports, inputs.root, sources);
     record.addOutputRoot(inputs.outputRoot);
     record.reserve(proposals.size());
     for (const OrdovanFileProposal& proposal : proposals) record.add(proposal.source, proposal.destination);
+    record.lookAtAll();
+    FolderRun::FileSystem files(ports, inputs.root, sources);
     OrdovanFileSystem& fs = record.begin(files.port(), files.stepwise());
     OrdovanExecutionReport report =
         OrdovanExecutor::apply(proposals, inputs.root, inputs.outputRoot, fs, inputs.nowEpoch, inputs.control);

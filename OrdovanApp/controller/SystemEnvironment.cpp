@@ -100,45 +100,47 @@ SystemEnvironment::SystemEnvironment(ordovan::StorageLocations locations)
 SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
-    return {.fileSystem = state_->fileSystem,
-            .makeRunFileSystem = [](const Url& root) { return std::make_unique<ordovan::RunFileSystem>(root); },
-            .hashAhead =
-                [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
-                    ordovan::HashAheadFileSystem::Options options;
-                    options.root = ordovan::RunFileSystem::rootOf(fs);
-                    options.mayRead = std::move(mayRead);
-                    options.vouch = ordovan::RunFileSystem::voucher(fs);
-                    return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
-                },
-            .contents = &state_->contents,
-            .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
-            .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
-            .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
-            .writeDocument = ordovan::writeDocument,
-            .resolveExisting = OrdovanProposalPlanner::resolveExisting,
-            .ownFolders = [state = state_.get()] { return state->foldersToPassOver(); },
-            .tryLockFolder = [state = state_.get()](const Url& folder) { return state->tryLock(folder); },
-            .clock = ordovan::systemTime,
-            .timeZone = ordovan::text::TimeZone::current,
-            .tasks = state_->tasks,
-            .journals = state_->journals,
-            .history = state_->history,
-            .trashRecords = state_->trashRecords,
-            .recentFolders = state_->recentFolders,
-            .settings = state_->settings,
-            .rules = state_->rules,
-            .recording = {.runRecords = &state_->runRecords,
-                          .facts = ordovan::factsOf,
-                          .makeFacts = ordovan::factsOfMany,
-                          .findInTrash = ordovan::findInTrash,
-                          .removeTrashInfo = ordovan::removeTrashInfo,
-                          .forgetTrashInfo =
-                              [](const Url& item, const Url& putBackTo) {
-                                  ordovan::forgetTrashInfo(item.path(), putBackTo.path());
-                              },
-                          .syncMoves = ordovan::syncMoves,
-                          .keepsInodes = ordovan::keepsInodes,
-                          .keepsIdentities = ordovan::keepsIdentities}};
+    return {
+        .fileSystem = state_->fileSystem,
+        .makeRunFileSystem = [](const Url& root) { return std::make_unique<ordovan::RunFileSystem>(root); },
+        .hashAhead =
+            [](OrdovanFileSystem& fs, std::span<const Url> files, std::function<bool(const Url& file)> mayRead) {
+                ordovan::HashAheadFileSystem::Options options;
+                options.root = ordovan::RunFileSystem::rootOf(fs);
+                options.mayRead = std::move(mayRead);
+                options.vouch = ordovan::RunFileSystem::voucher(fs);
+                return std::make_unique<ordovan::HashAheadFileSystem>(fs, files, std::move(options));
+            },
+        .contents = &state_->contents,
+        .makeDirectoryReader = [] { return std::make_unique<FileManagerDirectoryReader>(); },
+        .supportsCaseSensitiveNames = ordovan::supportsCaseSensitiveNames,
+        .removeEmptyFolders = OrdovanFolderCleanup::removeEmptyFolders,
+        .writeDocument = ordovan::writeDocument,
+        .resolveExisting = OrdovanProposalPlanner::resolveExisting,
+        .ownFolders = [state = state_.get()] { return state->foldersToPassOver(); },
+        .tryLockFolder = [state = state_.get()](const Url& folder) { return state->tryLock(folder); },
+        .clock = ordovan::systemTime,
+        .timeZone = ordovan::text::TimeZone::current,
+        .tasks = state_->tasks,
+        .journals = state_->journals,
+        .history = state_->history,
+        .trashRecords = state_->trashRecords,
+        .recentFolders = state_->recentFolders,
+        .settings = state_->settings,
+        .rules = state_->rules,
+        .recording =
+            {.runRecords = &state_->runRecords,
+             .facts = ordovan::factsOf,
+             .makeFacts = ordovan::factsOfMany,
+             .findInTrash = ordovan::findInTrash,
+             .removeTrashInfo = ordovan::removeTrashInfo,
+             .forgetTrashInfo = [](const Url& item,
+                                   const Url& putBackTo) { ordovan::forgetTrashInfo(item.path(), putBackTo.path()); },
+             .syncMoves = [records = std::string(state_->locations.trashRecord().deletingLastPathComponent().path())](
+                              std::span<const Url> arrivals,
+                              std::span<const Url> departures) { ordovan::syncMoves(arrivals, departures, records); },
+             .keepsInodes = ordovan::keepsInodes,
+             .keepsIdentities = ordovan::keepsIdentities}};
 }
 
 void SystemEnvironment::storeInBackground() {

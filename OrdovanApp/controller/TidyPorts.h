@@ -32,7 +32,8 @@ struct RecordingPorts {
     const ordovan::RunRecordStore* runRecords = nullptr;
     /// `ordovan::factsOf`, or a stand-in.
     ordovan::FactsFunction facts = {};
-    /// `ordovan::factsOfMany`, or a stand-in: looks at the files of one run before it begins. Empty: `facts` does.
+    /// `ordovan::factsOfMany`, or a stand-in: looks at the files of one run before it begins. Each function that it
+    /// makes is used by one thread; there may be two. Empty: `facts` does.
     std::function<ordovan::FactsFunction()> makeFacts = {};
     /// `ordovan::findInTrash`, `removeTrashInfo` and `forgetTrashInfo`, or stand-ins.
     std::function<OrdovanResult<std::vector<ordovan::TrashedFile>>(std::span<const Url> originals)> findInTrash = {};

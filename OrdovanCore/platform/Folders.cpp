@@ -58,6 +58,9 @@ public:
     [[nodiscard]] ::dev_t device() const { return device_; }
     /// Whether a rename reaches the disk whole or not at all, with either folder.
     [[nodiscard]] bool renamesAtOnce() const { return isOrdered(type_); }
+    /// Whether a later flush of another file of its volume brings along what is in the journal before it: all of it, in
+    /// one log for the whole volume. (btrfs flushes what belongs to that file.)
+    [[nodiscard]] bool isBroughtAlong() const { return type_ == EXT4_SUPER_MAGIC || type_ == XFS_SUPER_MAGIC; }
     /// Where folders are flushed one by one, btrfs would keep the new name and, where the old one's folder is not
     /// flushed as well, the old one too. The server of a FUSE volume is told of flushed folders only.
     [[nodiscard]] bool wantsWholeVolume(bool areMany) const {
@@ -124,27 +127,33 @@ bool keepsOrder(int openFolder) {
     return ::fstatfs(openFolder, &volume) == 0 && isOrdered(typeOf(volume));
 }
 
-void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures) {
+void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, std::string_view records) {
     std::vector<MovesFolder> folders;
     std::unordered_set<std::string_view> known;
     std::unordered_set<::dev_t> arrivedAt;
+    std::string_view last;  // mostly that of the next one, too
     for (const Url& item : arrivals) {
         const std::string_view path = parentPath(item.path());
-        if (known.contains(path) || !isThere(item)) continue;
-        known.insert(path);
+        if (path == last || known.contains(path) || !isThere(item)) continue;
+        known.insert(last = path);
         MovesFolder folder(path);
         if (!folder.isThere()) continue;
         arrivedAt.insert(folder.device());
         folders.push_back(std::move(folder));
     }
     known.clear();
+    last = {};
     for (const Url& item : departures) {
         std::string_view path = parentPath(item.path());
-        if (!known.insert(path).second) continue;
+        if (path == last || !known.insert(path).second) continue;
+        last = path;
         MovesFolder folder(path);
         while (!folder.isThere() && path.size() > 1) folder = MovesFolder(path = parentPath(path));
         const bool isOneChange = arrivedAt.contains(folder.device()) && folder.renamesAtOnce();
         if (folder.isThere() && !isOneChange) folders.push_back(std::move(folder));
+    }
+    if (const MovesFolder later(records); later.isThere() && later.isBroughtAlong()) {
+        std::erase_if(folders, [&](const MovesFolder& folder) { return folder.device() == later.device(); });
     }
     const bool areMany = folders.size() > mostFoldersOneByOne;
     std::unordered_set<::dev_t> whole;

@@ -33,6 +33,9 @@ int syncFolderOf(FolderEntry item);
 ///
 /// A few folders one by one (fsync(2)); many, and those of btrfs, by flushing their volumes, each once (syncfs(2));
 /// those of FUSE always one by one.
-void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {});
+///
+/// `records` is the folder in which it is then recorded, on disk, what was moved; empty for none. On its own volume
+/// nothing is flushed where that is ext4 or XFS: their journal brings the moves to the disk with the record, or before.
+void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {}, std::string_view records = {});
 
 }  // namespace ordovan

@@ -8,6 +8,7 @@
 #include "OrdovanCore/platform/WriterProbe.h"
 
 #include <linux/magic.h>
+#include <sys/resource.h>
 #include <sys/vfs.h>
 
 #include <algorithm>
@@ -27,7 +28,10 @@ namespace {
 
 /// How far the workers run ahead of the run, in files. Their results are small; what is bounded is the reading of
 /// files that a cancelled run will not come to.
-constexpr std::size_t window = 1024;
+constexpr std::size_t window = 4096;
+
+/// By how much a worker is nicer than the run (sched(7)): about a third of its share where both want the processor.
+constexpr int politeness = 5;
 
 /// No more workers than this: beyond it, the disk is what one waits for.
 constexpr unsigned mostWorkers = 4;
@@ -199,6 +203,8 @@ private:
     }
 
     void work(const std::stop_token& stop) {
+        // The run itself is what one waits for. On Linux this is the thread's own (setpriority(2)).
+        static_cast<void>(::setpriority(PRIO_PROCESS, 0, politeness));
         Hasher hasher(options_);
         while (Item* const item = claim(stop)) {
             auto hashed = hasher.hash(item->url, [&] { return !stop.stop_requested(); });

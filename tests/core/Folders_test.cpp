@@ -57,6 +57,12 @@ protected:
         Flushes::reset();
         volumes.clear();
     }
+    /// Whether the temporary folder is on a volume with one journal for everything.
+    [[nodiscard]] bool hasOneJournal() const {
+        struct ::statfs volume;
+        return ::statfs(t.path().c_str(), &volume) == 0 &&
+               (volume.f_type == EXT4_SUPER_MAGIC || volume.f_type == XFS_SUPER_MAGIC);
+    }
     /// A file in each of so many folders.
     static void fill(const TempFolder& top, int folders, std::vector<Url>& items) {
         for (int i = 0; i < folders; ++i) items.push_back(top.write(std::to_string(i) + "/a", ""));
@@ -97,14 +103,32 @@ TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftWhereARenameIsMoreThanOneChang
 }
 
 TEST_F(SyncFolders, SparesTheFoldersThatItemsLeftWhereARenameIsOneChange) {
-    struct ::statfs volume;
-    ASSERT_EQ(::statfs(t.path().c_str(), &volume), 0);
-    if (volume.f_type != EXT4_SUPER_MAGIC && volume.f_type != XFS_SUPER_MAGIC) {
-        GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
-    }
+    if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
     t.makeFolder("old");
     syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a")});
     EXPECT_EQ(Flushes::paths, std::vector<std::string>{t.path("new")});
+}
+
+TEST_F(SyncFolders, SparesTheVolumeWhoseJournalBringsTheMovesToTheDiskWithTheRecord) {
+    if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
+    t.makeFolder("records");
+    syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("records"));
+    EXPECT_THAT(Flushes::paths, IsEmpty());
+    syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("missing"));
+    EXPECT_EQ(Flushes::paths, std::vector<std::string>{t.path("new")});
+}
+
+TEST_F(SyncFolders, FlushesAVolumeThatIsNotTheRecords) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other(1 << 20);  // in memory, which keeps no journal
+    other.root().write("new/a", "");
+    t.write("new/a", "");
+    for (const std::string& records : {t.path(), other.path()}) {
+        Flushes::reset();
+        syncMoves(std::vector{t.url("new/a"), other.root().url("new/a")}, {}, records);
+        EXPECT_THAT(Flushes::paths, ::testing::Contains(other.root().path("new"))) << records;
+    }
+    EXPECT_THAT(Flushes::paths, ::testing::Contains(t.path("new")));
 }
 
 TEST_F(SyncFolders, FlushesTheVolumeOnceForManyFolders) {
