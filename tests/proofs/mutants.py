@@ -375,7 +375,7 @@ MUTANTS = [
     ("disk: a folder that was made need not be on the disk", DISK + "ConfinedFolders.cpp",
      "return keepsOrder(folder) ? 0 : syncFolderOf({folder, name.c_str()});", "return 0;", "MadeFolders"),
     ("disk: a Trash that was made need not be on the disk", DISK + "TrashFolder.cpp",
-     "const int error = made && !keepsOrder(above.get()) ? syncFolderOf({above.get(), name}) : 0;", "const int error = 0;",
+     "error = syncFolderOf({above.get(), name});", "",
      "MadeFolders"),
     ("disk: a Trash run needs a thread", DISK + "TrashInfo.cpp",
      "} catch (const std::system_error&) {", "} catch (const int&) {", "NoMoreThreads"),
