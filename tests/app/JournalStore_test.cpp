@@ -228,6 +228,15 @@ TEST_F(JournalStoreTest, TakesRestoredEntriesOutOfAnOlderRecordThatCouldNotBeMov
     EXPECT_FALSE(store.load(root, nullptr, 7, memory).journal);
 }
 
+TEST_F(JournalStoreTest, ReadsNoOlderRecordThroughALinkedFolder) {
+    const std::string theirs = "/elsewhere/.ordovan-journal.json";
+    memory.write(theirs, journal({"a"}).encoded());
+    for (const char* folder : {"/r/Organized", "/r/ordovan+"}) memory.link(folder, "/elsewhere");
+    EXPECT_FALSE(store.load(root, nullptr, 7, memory).journal);
+    EXPECT_FALSE(store.removeRestored(root, {"/r/ordovan+/a"}, nullptr, nullptr, 7, memory).warning);
+    EXPECT_EQ(memory.read(theirs), journal({"a"}).encoded());
+}
+
 TEST_F(JournalStoreTest, WarnsWhenAnOlderRecordStillListsWhatWasRestored) {
     const std::string older = "/r/ordovan+/.ordovan-journal.json";
     memory.write(older, journal({"a"}).encoded());

@@ -3,6 +3,7 @@
 
 #include "OrdovanCore/platform/DirectoryReader.h"
 #include "OrdovanCore/platform/DocumentWriter.h"
+#include "OrdovanCore/platform/EmptyFolder.h"
 #include "OrdovanCore/platform/FileRecordStorage.h"
 #include "OrdovanCore/platform/RealPath.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
@@ -111,6 +112,21 @@ TEST(PlatformFailures, OfComingBackFromADeepFolderAreTold) {
         }
         EXPECT_GT(number, 1) << function;
     }
+}
+
+TEST(PlatformFailures, OfListingAFolderLeaveItAndItsSettings) {
+    const TempFolder t;
+    buildOnDisk(t.path(), {"out/empty/", "out/settings/.DS_Store = x", "out/used/.DS_Store = x", "out/used/a = y"});
+    for (const char* function : {"fdopendir", "readdir"}) {
+        for (const char* folder : {"empty", "settings", "used"}) {
+            const FailingCall failing(function, EIO);
+            EXPECT_FALSE(ordovan::removeFolderIfEmpty(t.path("out"), folder)) << function << " " << folder;
+            EXPECT_EQ(failing.calls(), 1);
+        }
+    }
+    EXPECT_TRUE(t.has("out/empty"));
+    EXPECT_TRUE(t.has("out/settings/.DS_Store"));
+    EXPECT_TRUE(t.has("out/used/.DS_Store"));
 }
 
 TEST(PlatformFailures, OfReadingTheUserDatabaseMeanNoHome) {

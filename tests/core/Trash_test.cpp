@@ -362,6 +362,7 @@ TEST_F(VolumeTrash, ATrashThatEverybodyMayChangeIsNotUsed) {
     ::chmod(at(own_).c_str(), 0777);
     EXPECT_EQ(errorOf(trashIt()), EPERM);
     EXPECT_TRUE(isStillThere());
+    EXPECT_TRUE(volume_->root().has(own_));
 }
 
 TEST_F(VolumeTrash, AnothersTrashIsNotUsed) {
