@@ -3,6 +3,8 @@
 #include "OrdovanApp/controller/FolderRun.h"
 #include "OrdovanApp/controller/StoppableFileSystem.h"
 
+#include "OrdovanCore/TrashPlace.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -62,14 +64,21 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
                                          ports.fileSystem);
 }
 
-/// Puts what the run has moved on the disk before a record says that it was.
-void syncMoves(const TidyPorts& ports, const OrdovanReconciliation& found) {
+/// Puts what the run has moved, what was moved back and what was taken away on the disk, before a record says so and
+/// the run's own is removed: else a copy that only this one tells of might be there again.
+void syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const OrdovanReconciliation& found) {
     if (!ports.recording.syncMoves) return;
     std::vector<Url> arrivals, departures;
     for (const OrdovanExecutionOutcome& outcome : found.run.outcomes) {
-        if (outcome.status != OrdovanExecutionStatus::moved) continue;
-        arrivals.push_back(outcome.destination);
-        departures.push_back(outcome.source);
+        if (outcome.status == OrdovanExecutionStatus::moved) arrivals.push_back(outcome.destination);
+    }
+    const std::string below = std::string(intent.root.path()) + "/";
+    const auto isReached = [&](const ordovan::SharedText& path) {
+        return path.view().starts_with(below) || ordovan::isInTrash(path);
+    };
+    for (const OrdovanRunItem& item : intent.items) {
+        if (isReached(item.destination)) arrivals.push_back(Url::file(item.destination));
+        if (isReached(item.source)) departures.push_back(Url::file(item.source));
     }
     ports.recording.syncMoves(arrivals, departures);
 }
@@ -77,7 +86,7 @@ void syncMoves(const TidyPorts& ports, const OrdovanReconciliation& found) {
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
 bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run, OrdovanReconciliation& found,
            RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
-    syncMoves(ports, found);
+    syncMoves(ports, run.intent, found);
     if (!found.journal.entries.empty() || !found.restored.empty()) {
         result.journal = storeJournal(ports, root, run, found, memory, nowEpoch);
         memory.journal = result.journal->journal;

@@ -128,32 +128,35 @@ bool keepsOrder(int openFolder) {
 }
 
 void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, std::string_view records) {
+    const MovesFolder later(records);
+    const auto comesLater = [&](const MovesFolder& folder) {
+        return later.isThere() && later.isBroughtAlong() && folder.device() == later.device();
+    };
     std::vector<MovesFolder> folders;
-    std::unordered_set<std::string_view> known;
+    std::unordered_set<std::string_view> known, spared;
     std::unordered_set<::dev_t> arrivedAt;
     std::string_view last;  // mostly that of the next one, too
     for (const Url& item : arrivals) {
         const std::string_view path = parentPath(item.path());
-        if (path == last || known.contains(path) || !isThere(item)) continue;
-        known.insert(last = path);
-        MovesFolder folder(path);
-        if (!folder.isThere()) continue;
-        arrivedAt.insert(folder.device());
-        folders.push_back(std::move(folder));
-    }
-    known.clear();
-    last = {};
-    for (const Url& item : departures) {
-        std::string_view path = parentPath(item.path());
         if (path == last || !known.insert(path).second) continue;
         last = path;
         MovesFolder folder(path);
-        while (!folder.isThere() && path.size() > 1) folder = MovesFolder(path = parentPath(path));
-        const bool isOneChange = arrivedAt.contains(folder.device()) && folder.renamesAtOnce();
-        if (folder.isThere() && !isOneChange) folders.push_back(std::move(folder));
+        if (!folder.isThere()) continue;
+        arrivedAt.insert(folder.device());
+        if (!comesLater(folder)) folders.push_back(std::move(folder));
     }
-    if (const MovesFolder later(records); later.isThere() && later.isBroughtAlong()) {
-        std::erase_if(folders, [&](const MovesFolder& folder) { return folder.device() == later.device(); });
+    for (const Url& item : departures) {
+        const std::string_view path = parentPath(item.path());
+        if (known.contains(path) || (spared.contains(path) && !isThere(item))) continue;
+        MovesFolder folder(path);
+        for (std::string_view above = path; !folder.isThere() && above.size() > 1;) {
+            folder = MovesFolder(above = parentPath(above));
+        }
+        // One of several volumes may be left for another one of them. What still stands may have been away meanwhile.
+        const bool isWithin = arrivedAt.size() == 1 && arrivedAt.contains(folder.device());
+        const bool isOneChange = isWithin && folder.renamesAtOnce() && !comesLater(folder) && !isThere(item);
+        (isOneChange ? spared : known).insert(path);
+        if (folder.isThere() && !isOneChange && !comesLater(folder)) folders.push_back(std::move(folder));
     }
     const bool areMany = folders.size() > mostFoldersOneByOne;
     std::unordered_set<::dev_t> whole;

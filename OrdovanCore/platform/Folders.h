@@ -27,9 +27,10 @@ int syncFolderOf(FolderEntry item);
 [[nodiscard]] bool keepsOrder(int openFolder);
 
 /// Puts the names of items that were moved on the disk, as far as that can be done, so that after a power cut each item
-/// has its new name and no other. `arrivals` are the new places; nothing is done for an item that is not there. Then
-/// come the folders of `departures`, the old places, or where such a folder is gone the next one above it: on volumes
-/// to which nothing was moved, and where a rename is not one change of the file system's journal.
+/// has its new name and no other. The folders of `arrivals`, the new places, are flushed whether an item is there or
+/// not: a copy may have been taken away again. Then come the folders of `departures`, the old places, or where such a
+/// folder is gone the next one above it: where an item is still there, since it may have had another name meanwhile;
+/// where items were moved to other volumes; and where a rename is not one change of the file system's journal.
 ///
 /// A few folders one by one (fsync(2)); many, and those of btrfs, by flushing their volumes, each once (syncfs(2));
 /// those of FUSE always one by one.

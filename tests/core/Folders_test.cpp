@@ -76,11 +76,32 @@ TEST_F(SyncFolders, FlushesEachOfAFewFoldersOnce) {
     EXPECT_THAT(volumes, IsEmpty());
 }
 
-TEST_F(SyncFolders, FlushesNothingForItemsThatAreNotThere) {
-    t.makeFolder("y");
-    syncMoves(std::vector{t.url("y/a"), t.url("missing/b"), t.write("x/a", ""), Url::file("")});
+TEST_F(SyncFolders, FlushesNothingForFoldersThatAreNotThere) {
+    syncMoves(std::vector{t.url("missing/b"), t.write("x/a", ""), Url::file("")});
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x")));
     EXPECT_THAT(volumes, IsEmpty());
+}
+
+TEST_F(SyncFolders, FlushesTheFolderFromWhichACopyMayHaveBeenTakenAwayAgain) {
+    t.makeFolder("y");
+    syncMoves(std::vector{t.write("x/a", ""), t.url("y/a")});
+    EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x"), t.path("y")));
+}
+
+TEST_F(SyncFolders, FlushesTheFolderToWhichAnItemMayHaveComeBack) {
+    if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
+    syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a"), t.write("old/b", "")});
+    EXPECT_EQ(Flushes::paths, (std::vector<std::string>{t.path("new"), t.path("old")}));
+}
+
+TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftWhereOthersArrivedOnAnotherVolume) {
+    if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other(1 << 20);
+    t.makeFolder("old");
+    syncMoves(std::vector{t.write("new/a", ""), other.root().write("new/b", "")},
+              std::vector{t.url("old/a"), t.url("old/b")});
+    EXPECT_EQ(Flushes::paths, (std::vector<std::string>{t.path("new"), other.root().path("new"), t.path("old")}));
 }
 
 TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftForAnotherVolume) {

@@ -699,7 +699,7 @@ MUTANTS = [
      "if (isOwn && occasion == RunRecovery::Occasion::preview) return std::nullopt;", "(void)occasion;",
      "RunRecovery"),
     ("reconcile: what was found is not flushed before the records", APP + "RunRecovery.cpp",
-     "    syncMoves(ports, found);\n", "", "RunRecovery"),
+     "    syncMoves(ports, run.intent, found);\n", "", "RunRecovery"),
     ("reconcile: identities that do not last are stored", APP + "RunRecovery.cpp",
      "if (device->second) continue;", "if (true) continue;", "TidyInterruptedRecords TidyOrganize TidyRecords"),
     # Tidying up.
