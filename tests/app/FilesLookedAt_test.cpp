@@ -5,20 +5,27 @@
 #include "OrdovanCore/platform/FileFacts.h"
 #include "OrdovanCore/platform/StableIdentity.h"
 #include "tests/support/QtTestMain.h"
+#include "tests/support/RefusedCall.h"
 #include "tests/support/TempFolder.h"
-#include "tests/support/ThreadLimit.h"
 #include "tests/support/TidyWorld.h"
+#include "tests/support/Unprivileged.h"
 
 #include <gmock/gmock.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
 
 using ordovan::RunRecordStore;
-using ordovan::test::canMakeThreads;
+using ordovan::test::giveToUnprivileged;
+using ordovan::test::refuseCall;
 using ordovan::test::TempFolder;
+using ordovan::test::unprivileged;
 using ::testing::ElementsAre;
 using Kind = OrdovanRunRecord::Kind;
 
@@ -53,18 +60,20 @@ protected:
             if (i % 50 == 0) std::filesystem::create_hard_link(place.path(name), place.path(name + " too"));
         }
     }
-    ~ManyFilesLookedAt() override { canMakeThreads = true; }
 
-    /// Begins a run with all files, and expects each to be recorded as it stands.
-    void expectAllRecorded() {
-        SystemEnvironment environment({.recordsFolder = place.url("data"), .settingsFolder = place.url("config")});
+    /// Begins a run with all files and leaves its record behind. False when none was stored.
+    [[nodiscard]] bool begin() const {
+        SystemEnvironment environment(locations);
         const TidyPorts ports = environment.ports();
-        {
-            FolderRun::Record record(ports, Kind::organize, root, 100);
-            for (const Url& file : files) record.add(file, root.appending("new").appending(file.lastPathComponent()));
-            (void)record.begin(ports.fileSystem, nullptr);
-        }
-        const RunRecordStore::Found found = ports.recording.runRecords->read(root, 1);
+        FolderRun::Record record(ports, Kind::organize, root, 100);
+        for (const Url& file : files) record.add(file, root.appending("new").appending(file.lastPathComponent()));
+        (void)record.begin(ports.fileSystem, nullptr);
+        return record.isStored();
+    }
+
+    void expectEachRecordedAsItStands() const {
+        SystemEnvironment environment(locations);
+        const RunRecordStore::Found found = environment.ports().recording.runRecords->read(root, 1);
         ASSERT_EQ(found.state, RunRecordStore::Found::State::readable);
         const std::vector<OrdovanRunItem>& items = found.run.intent.items;
         ASSERT_EQ(items.size(), files.size());
@@ -83,16 +92,32 @@ protected:
 
     const TempFolder place;
     const Url root = place.url("files");
+    const ordovan::StorageLocations locations{.recordsFolder = place.url("data"),
+                                              .settingsFolder = place.url("config")};
     std::vector<Url> files;
 };
 
-TEST_F(ManyFilesLookedAt, InManyFoldersAreAllRecordedAsTheyStand) {
-    expectAllRecorded();
+TEST_F(ManyFilesLookedAt, InManyFoldersAreEachRecordedAsItStands) {
+    ASSERT_TRUE(begin());
+    expectEachRecordedAsItStands();
 }
 
-TEST_F(ManyFilesLookedAt, AreAllRecordedWhereThereAreNoMoreThreads) {
-    canMakeThreads = false;
-    expectAllRecorded();
+/// Whether this user has no more threads.
+bool hasNoMoreThreads() {
+    try {
+        std::thread([] {}).join();
+        return false;
+    } catch (const std::system_error&) {
+        return true;
+    }
+}
+
+TEST_F(ManyFilesLookedAt, AreEachRecordedWhereThereAreNoMoreThreads) {
+    giveToUnprivileged(place.path());
+    ASSERT_TRUE(unprivileged([this] {
+        return refuseCall(SYS_clone3, EAGAIN) && refuseCall(SYS_clone, EAGAIN) && hasNoMoreThreads() && begin();
+    }));
+    expectEachRecordedAsItStands();
 }
 
 }  // namespace
