@@ -56,7 +56,7 @@ std::expected<std::optional<OrdovanKeepPolicy>, Outcome> keepPolicy(const Invoca
 DuplicatesResult duplicates(const Context& context) {
     const TidyViewModel& model = context.session.model();
     DuplicatesResult result{*model.rootURL(), model.inventory(), model.duplicateReport(), {}, context.unseen()};
-    result.unseen.files = context.session.unreadFiles();
+    result.unseen.files = model.unreadFiles();
     result.keep.reserve(result.report->groups.size());
     for (const OrdovanDuplicateGroup& group : result.report->groups) {
         const auto kept = std::ranges::find(group.files, model.keeper(group));

@@ -57,16 +57,9 @@ void waitWhile(IsRunning isRunning) {
 
 }  // namespace
 
-Session::Session(Console& console)
-    : console_(console), contents_(*environment_.ports().contents), model_(ports(), withoutRepreviews) {
+Session::Session(Console& console) : console_(console), model_(ports(), withoutRepreviews) {
     auto* notifier = new QSocketNotifier(interrupts::descriptor(), QSocketNotifier::Read, &model_);
     QObject::connect(notifier, &QSocketNotifier::activated, &model_, [this] { stopWhatRuns(); });
-}
-
-TidyPorts Session::ports() {
-    TidyPorts ports = environment_.ports();
-    ports.contents = &contents_;
-    return ports;
 }
 
 void Session::stopWhatRuns() {

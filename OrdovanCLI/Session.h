@@ -3,13 +3,11 @@
 #include "OrdovanApp/controller/SystemEnvironment.h"
 #include "OrdovanApp/controller/TidyViewModel.h"
 #include "OrdovanCLI/Console.h"
-#include "OrdovanCLI/WatchedContents.h"
 
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace ordovan::cli {
 
@@ -21,7 +19,7 @@ class Session {
 public:
     explicit Session(Console& console);
 
-    [[nodiscard]] TidyPorts ports();
+    [[nodiscard]] TidyPorts ports() { return environment_.ports(); }
     [[nodiscard]] AppSettings& settings() { return environment_.settings(); }
     [[nodiscard]] RuleStore& rules() { return environment_.rules(); }
     [[nodiscard]] TidyViewModel& model() { return model_; }
@@ -44,9 +42,6 @@ public:
 
     /// Compares the previewed files. False when it was interrupted; else the controller has the report.
     [[nodiscard]] bool findDuplicates();
-
-    /// The files whose content could not be read since the session began.
-    [[nodiscard]] std::vector<Url> unreadFiles() const { return contents_.unread(); }
 
     /// Starts a run by `start` (one of the controller's operations) and waits for its end, showing `verb`
     /// ("Organizing") and how far it is. False when the controller did not start one.
@@ -72,7 +67,6 @@ private:
 
     Console& console_;
     SystemEnvironment environment_;
-    WatchedContents contents_;
     TidyViewModel model_;
     bool isStopping_ = false;
 };

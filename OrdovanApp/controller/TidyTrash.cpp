@@ -43,8 +43,8 @@ bool TidyViewModel::findDuplicates() {
     ports_.tasks.compute([ports = ports_, inventory = inventory_, flag = searchFlag_,
                           progressed] { return DuplicateSearch::run(ports, *inventory, flag, progressed); },
                          whileAlive([this, root = *rootURL_, inventory = inventory_,
-                                     flag = searchFlag_](std::optional<OrdovanDuplicateReport> report) {
-                             if (report && !flag->isCancelled()) completeSearch(root, inventory, std::move(*report));
+                                     flag = searchFlag_](std::optional<DuplicateSearch::Found> found) {
+                             if (found && !flag->isCancelled()) completeSearch(root, inventory, std::move(*found));
                          }));
     return true;
 }
@@ -56,16 +56,19 @@ void TidyViewModel::cancelDuplicateSearch() {
 }
 
 void TidyViewModel::completeSearch(const Url& root, const std::shared_ptr<const OrdovanInventory>& searched,
-                                   OrdovanDuplicateReport report) {
+                                   DuplicateSearch::Found found) {
     if (planRoot_ == root) {
-        if (inventory_ != searched) report = DuplicateSearch::remaining(report, *inventory_);
-        adoptDuplicates(std::make_shared<const OrdovanDuplicateReport>(std::move(report)));
+        if (inventory_ != searched) found = DuplicateSearch::remaining(found.report, found.unread, *inventory_);
+        adoptDuplicates(std::move(found));
     }
     set(isScanningDuplicates_, false, &TidyViewModel::isScanningDuplicatesChanged);
 }
 
-/// Takes over a report (null for none), and forgets the choices that have no file in it any more.
-void TidyViewModel::adoptDuplicates(std::shared_ptr<const OrdovanDuplicateReport> report) {
+/// Takes over what a search found, or that there was none, and forgets the choices that have no file in it any more.
+void TidyViewModel::adoptDuplicates(std::optional<DuplicateSearch::Found> found) {
+    std::shared_ptr<const OrdovanDuplicateReport> report;
+    if (found) report = std::make_shared<const OrdovanDuplicateReport>(std::move(found->report));
+    unreadFiles_ = found ? std::move(found->unread) : std::vector<Url>();
     std::unordered_map<std::string, std::string> keepers;
     if (report && !duplicateKeepers_.empty()) {
         for (const OrdovanDuplicateGroup& group : report->groups) {

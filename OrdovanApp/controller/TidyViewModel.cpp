@@ -193,9 +193,10 @@ void TidyViewModel::completePreview(const PreviewInputs& inputs, PreviewResult r
     }
     addRecentFolder(root);
     if (duplicateReport_) {
-        adoptDuplicates(planRoot_ != root ? nullptr
-                                          : std::make_shared<const OrdovanDuplicateReport>(DuplicateSearch::remaining(
-                                                *duplicateReport_, *result.found.inventory)));
+        if (planRoot_ == root)
+            adoptDuplicates(DuplicateSearch::remaining(*duplicateReport_, unreadFiles_, *result.found.inventory));
+        else
+            adoptDuplicates(std::nullopt);
     }
     planRoot_ = root;
     caseInsensitive_ = result.caseInsensitive;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OrdovanApp/controller/CancelFlag.h"
+#include "OrdovanApp/controller/DuplicateSearch.h"
 #include "OrdovanApp/controller/ExcludedProposals.h"
 #include "OrdovanApp/controller/FileLooks.h"
 #include "OrdovanApp/controller/PlanIndex.h"
@@ -129,6 +130,10 @@ public:
     [[nodiscard]] const std::shared_ptr<const OrdovanDuplicateReport>& duplicateReport() const {
         return duplicateReport_;
     }
+    /// The files that the search behind that report left out because their content could not be read, by path; without
+    /// those that are not there any more, or are no regular files. Changes with the report, with the inventory and at
+    /// the end of a search.
+    [[nodiscard]] const std::vector<Url>& unreadFiles() const { return unreadFiles_; }
     /// The copies chosen to be kept: group id to path. A group without a choice keeps its first file.
     [[nodiscard]] const std::unordered_map<std::string, std::string>& duplicateKeepers() const {
         return duplicateKeepers_;
@@ -312,8 +317,8 @@ private:
 
     [[nodiscard]] bool hasPreview() const;
     void completeSearch(const Url& root, const std::shared_ptr<const OrdovanInventory>& searched,
-                        OrdovanDuplicateReport report);
-    void adoptDuplicates(std::shared_ptr<const OrdovanDuplicateReport> report);
+                        DuplicateSearch::Found found);
+    void adoptDuplicates(std::optional<DuplicateSearch::Found> found);
 
     [[nodiscard]] bool isRunning() const { return isApplying_ || isTrashing_; }
     void beginAnyRun();
@@ -381,6 +386,7 @@ private:
     std::uint64_t surveys_ = 0;
     std::uint64_t adoptedSurvey_ = 0;
     std::shared_ptr<const OrdovanDuplicateReport> duplicateReport_;
+    std::vector<Url> unreadFiles_;
     std::unordered_map<std::string, std::string> duplicateKeepers_;
     bool isScanningDuplicates_ = false;
     bool isTrashing_ = false;

@@ -7,9 +7,9 @@
 #include "OrdovanApp/models/Language.h"
 #include "OrdovanApp/screens/CommandAvailability.h"
 #include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/DuplicatesNotices.h"
 #include "OrdovanApp/screens/ListSight.h"
 #include "OrdovanApp/screens/SpaceTexts.h"
-#include "OrdovanApp/screens/TrashNotices.h"
 #include "OrdovanApp/theme/BottomBar.h"
 #include "OrdovanApp/theme/Buttons.h"
 #include "OrdovanApp/theme/EmptyState.h"
@@ -47,7 +47,7 @@ QString notShown(qint64 count) {
 DuplicatesView::DuplicatesView(const AppContext& context, QWidget* parent)
     : SectionView(context, tr("Duplicates"), parent),
       model_(context.model, context.theme),
-      notices_(new TrashNotices(context, TrashNotices::What::extras, this)) {
+      notices_(new DuplicatesNotices(context, this)) {
     setObjectName(u"duplicates"_s);
     header_->addButton(makeAutoPick());
     for (QWidget* page : {makeStart(), makeSearching(), makeNone(), makeFound()}) pages_->addWidget(page);
@@ -186,7 +186,7 @@ void DuplicatesView::connectModel() {
     }
     connect(model, &TidyViewModel::isScanningDuplicatesChanged, this, &DuplicatesView::followSearch);
     connect(model, &TidyViewModel::duplicateSearchProgressed, this, &DuplicatesView::showSearchProgress);
-    connect(notices_, &TrashNotices::runChanged, this, &DuplicatesView::refreshRun);
+    connect(notices_, &DuplicatesNotices::runChanged, this, &DuplicatesView::refreshRun);
     followTrashProgress();
 }
 
@@ -215,6 +215,7 @@ void DuplicatesView::refresh() {
     pages_->setCurrentWidget(page());
     refreshStart();
     refreshFigures();
+    refreshUnread();
     refreshRun();
     const bool isFound = page() == found_;
     header_->setLede(isFound
@@ -242,7 +243,8 @@ void DuplicatesView::refreshFigures() {
     const qint64 count = model_.extras();
     const QString size = Formats::byteSize(model_.reclaimableBytes());
     const auto& inventory = context_.model.inventory();
-    const auto compared = static_cast<qint64>(inventory ? inventory->fileCount() : 0);
+    const auto unread = static_cast<qint64>(context_.model.unreadFiles().size());
+    const qint64 compared = (inventory ? static_cast<qint64>(inventory->fileCount()) : 0) - unread;
     stats_->setStats({{Formats::count(model_.groups()), tr("duplicate groups", nullptr, model_.groups())},
                       {Formats::count(count), tr("extras", nullptr, pluralOf(count))},
                       {size, tr("can be freed"), true},
@@ -250,6 +252,14 @@ void DuplicatesView::refreshFigures() {
     QString what = tr("· %1, each checked again first").arg(size);
     if (const qint64 hidden = model_.hiddenExtras(); hidden > 0) what += u" · "_s + notShown(hidden);
     bar_->setSummary(extras(count), what);
+}
+
+void DuplicatesView::refreshUnread() {
+    const bool isResult = page() == found_ || page() == none_;
+    if (isResult)
+        notices_->showUnread(context_.model.unreadFiles(), context_.model.planRoot().value_or(Url()));
+    else
+        notices_->showUnread({}, Url());
 }
 
 /// Follows the beginning and the end of runs.

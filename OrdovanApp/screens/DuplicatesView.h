@@ -7,6 +7,7 @@
 #include <QPointer>
 
 class BottomBar;
+class DuplicatesNotices;
 class EmptyState;
 class FilterField;
 class ProgressStrip;
@@ -15,7 +16,6 @@ class QStackedWidget;
 class RowsView;
 class Sheet;
 class StatRow;
-class TrashNotices;
 
 /// The section that finds exact duplicates in the preview, lets their user choose the copy of each that stays, and
 /// moves the others to the Trash.
@@ -47,6 +47,7 @@ private:
     void refresh();
     void refreshStart();
     void refreshFigures();
+    void refreshUnread();
     void refreshRun();
     void followSearch();
     void showSearchProgress(quint64 files, quint64 filesTotal, quint64 bytes, quint64 bytesTotal);
@@ -56,7 +57,7 @@ private:
     void requestTrash();
 
     DuplicatesModel model_;
-    TrashNotices* notices_;
+    DuplicatesNotices* notices_;
     EmptyState* start_;
     QPushButton* choose_;
     QPushButton* find_;

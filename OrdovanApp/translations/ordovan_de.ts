@@ -428,6 +428,28 @@
     </message>
 </context>
 <context>
+    <name>DuplicatesNotices</name>
+    <message>
+        <source>Files that could not be read</source>
+        <translation>Dateien, die nicht lesbar waren</translation>
+    </message>
+    <message>
+        <source>Show Files</source>
+        <translation>Dateien zeigen</translation>
+    </message>
+    <message>
+        <source>Hide Files</source>
+        <translation>Ausblenden</translation>
+    </message>
+    <message numerus="yes">
+        <source>%1 files could not be read and were left out.</source>
+        <translation>
+            <numerusform>%1 Datei war nicht lesbar und wurde ausgelassen.</numerusform>
+            <numerusform>%1 Dateien waren nicht lesbar und wurden ausgelassen.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>DuplicatesView</name>
     <message numerus="yes">
         <source>%1 extras</source>

@@ -81,6 +81,16 @@
     </message>
 </context>
 <context>
+    <name>DuplicatesNotices</name>
+    <message numerus="yes">
+        <source>%1 files could not be read and were left out.</source>
+        <translation>
+            <numerusform>%1 file could not be read and was left out.</numerusform>
+            <numerusform>%1 files could not be read and were left out.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
     <name>DuplicatesView</name>
     <message numerus="yes">
         <source>%1 extras</source>

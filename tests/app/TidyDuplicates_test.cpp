@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,39 @@ TEST_F(TidyDuplicates, AreTheSameWithAReaderForTheirContents) {
     EXPECT_THAT(groups(*accelerated), UnorderedElementsAre("a b", "d e"));
     EXPECT_EQ(*accelerated->duplicateReport(), *plain->duplicateReport());
     EXPECT_EQ(fs.callCount(Operation::contentHash), 0u);
+}
+
+TEST_F(TidyDuplicates, LeaveOutFilesThatCouldNotBeReadAndNameThem) {
+    tree({"a = 1", "b = 1", "unopened = 1", "unread = 1", "gone = 1"});
+    ordovan::testing::MemoryContentReader reader;
+    for (const char* path : {"/r/a", "/r/b", "/r/unopened", "/r/unread"}) reader.write(path, "1");
+    reader.failOpening("/r/unopened", EACCES);
+    reader.failReading("/r/unread", 0, EIO);
+    contents = &reader;
+    const auto model = searched();
+    EXPECT_THAT(groups(*model), ElementsAre("a b"));
+    EXPECT_THAT(model->unreadFiles(), ElementsAre(Url::file("/r/unopened"), Url::file("/r/unread")));
+    memory.removeTree("/r/unopened");
+    previewAgain(*model);
+    EXPECT_THAT(model->unreadFiles(), ElementsAre(Url::file("/r/unread")));
+    reader.replace("/r/unread", "1");
+    find(*model);
+    EXPECT_THAT(groups(*model), ElementsAre("a b unread"));
+    EXPECT_THAT(model->unreadFiles(), IsEmpty());
+}
+
+TEST_F(TidyDuplicates, ForgetWhatCouldNotBeReadInAnotherFolder) {
+    tree({"a = 1", "b = 1"});
+    build(memory, "/s", {"c = 1"});
+    ordovan::testing::MemoryContentReader reader;
+    reader.write("/r/b", "1");
+    reader.failOpening("/r/a", EACCES);
+    contents = &reader;
+    const auto model = searched();
+    EXPECT_THAT(model->unreadFiles(), ElementsAre(Url::file("/r/a")));
+    model->chooseFolder(Url::file("/s"));
+    tasks.finish();
+    EXPECT_THAT(model->unreadFiles(), IsEmpty());
 }
 
 TEST_F(TidyDuplicates, SearchTellsItsProgress) {

@@ -5,6 +5,7 @@
 #include "OrdovanApp/theme/ProgressStrip.h"
 #include "OrdovanApp/theme/RowsView.h"
 #include "OrdovanApp/theme/Sheet.h"
+#include "OrdovanCore/testing/MemoryContentReader.h"
 #include "tests/support/RowText.h"
 #include "tests/support/ScreenWorld.h"
 #include "tests/support/WidgetTestMain.h"
@@ -12,11 +13,17 @@
 #include <gmock/gmock.h>
 
 #include <QLineEdit>
+#include <QListView>
 #include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <cerrno>
+#include <initializer_list>
+#include <string>
+#include <string_view>
 
 using namespace ordovan::test;
 using namespace Qt::StringLiterals;
@@ -48,6 +55,37 @@ protected:
     void trash() {
         click(u"trash-all-extras");
         click(sheet().confirmButton());
+    }
+};
+
+/// Files of one byte that are all alike, of which some can not be opened.
+class UnreadDuplicates : public Duplicates {
+protected:
+    UnreadDuplicates() {
+        contents = &reader;
+        model = make();
+    }
+    void find(std::initializer_list<std::string_view> readable, std::initializer_list<std::string_view> locked) {
+        for (const std::string_view name : readable) put(name);
+        for (const std::string_view name : locked) {
+            put(name);
+            reader.failOpening("/r/" + std::string(name), EACCES);
+        }
+        Duplicates::find({});
+    }
+    QStringList lines() {
+        auto* details = widget<Banner>(u"unreadFiles")->findChild<QListView*>();
+        QStringList result;
+        for (int row = 0; row < details->model()->rowCount(); ++row)
+            result += details->model()->index(row, 0).data().toString();
+        return result;
+    }
+    ordovan::testing::MemoryContentReader reader;
+
+private:
+    void put(std::string_view name) {
+        memory.write("/r/" + std::string(name), "1");
+        reader.write("/r/" + std::string(name), "1");
     }
 };
 
@@ -359,6 +397,60 @@ TEST_F(Duplicates, WarnsWhenTheRestoreRecordCouldNotBeSaved) {
               u"Files were moved to the Trash, but the restore record couldn't be saved. Restore works until you quit; "
               "after that, use Put Back in the Finder Trash."_s);
     EXPECT_EQ(banner(u"trashResult"), u"1 extra moved to the Trash · 1 byte"_s);
+}
+
+// Files that could not be read.
+
+TEST_F(UnreadDuplicates, AreCountedAboveWhatWasFoundAndNamedOnDemand) {
+    find({"a", "b"}, {"old/c", "d", "e"});
+    EXPECT_TRUE(list().isVisible());
+    const QString text = u"3 files could not be read and were left out."_s;
+    EXPECT_EQ(banner(u"unreadFiles"), text);
+    EXPECT_EQ(announcer.lastSaid(), text);
+    auto* unread = widget<Banner>(u"unreadFiles");
+    EXPECT_FALSE(unread->detailsShown());
+    EXPECT_THAT(shown(), Contains(u"Show Files"_s));
+    click(unread->findChild<QPushButton*>(u"bannerToggle"_s));
+    EXPECT_TRUE(unread->detailsShown());
+    EXPECT_THAT(shown(), IsSupersetOf({u"Hide Files"_s, u"Files that could not be read"_s}));
+    EXPECT_EQ(lines(), (QStringList{u"d — r"_s, u"e — r"_s, u"c — r / old"_s}));
+}
+
+TEST_F(UnreadDuplicates, AreNotAmongTheFilesCompared) {
+    find({"a", "b", "c", "d"}, {"e", "f", "g"});
+    EXPECT_THAT(shown(), IsSupersetOf({u"4"_s, u"files compared"_s}));
+    EXPECT_THAT(shown(), Not(Contains(u"7"_s)));
+}
+
+TEST_F(UnreadDuplicates, AreToldOfAlsoWhereNothingWasFound) {
+    find({"a"}, {"b"});
+    EXPECT_THAT(shown(), Contains(u"No exact duplicates"_s));
+    EXPECT_EQ(banner(u"unreadFiles"), u"1 file could not be read and was left out."_s);
+}
+
+TEST_F(UnreadDuplicates, AreNotToldOfWhereAllWereRead) {
+    find({"a", "b"}, {});
+    EXPECT_EQ(banner(u"unreadFiles"), QString());
+}
+
+TEST_F(UnreadDuplicates, StayDismissedUntilTheNextSearch) {
+    find({"a", "b"}, {"c"});
+    click(widget<Banner>(u"unreadFiles")->findChild<QPushButton*>(u"bannerClose"_s));
+    model->preview();
+    tasks.finish();
+    EXPECT_EQ(banner(u"unreadFiles"), QString());
+    click(u"searchAgain");
+    tasks.finish();
+    EXPECT_NE(banner(u"unreadFiles"), QString());
+}
+
+TEST_F(UnreadDuplicates, GoWithTheFolder) {
+    find({"a", "b"}, {"c"});
+    memory.makeDirectory("/s");
+    model->chooseFolder(Url::file("/s"));
+    EXPECT_EQ(banner(u"unreadFiles"), QString());
+    tasks.finish();
+    EXPECT_EQ(banner(u"unreadFiles"), QString());
 }
 
 TEST_F(Duplicates, FitsIntoASmallWindow) {

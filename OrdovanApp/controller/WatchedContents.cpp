@@ -1,11 +1,10 @@
-#include "OrdovanCLI/WatchedContents.h"
+#include "OrdovanApp/controller/WatchedContents.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
 
-namespace ordovan::cli {
 namespace {
 
 /// What is said of a link, a folder or any other thing without content of its own, of something that is gone, and of
@@ -64,5 +63,3 @@ void WatchedContents::note(const Url& file, const OrdovanSystemError& error) {
     const std::lock_guard guard(mutex_);
     unread_.emplace(file.path());
 }
-
-}  // namespace ordovan::cli

@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-namespace ordovan::cli {
-
 /// Reads through another port and remembers which files it could not read. A search for duplicates leaves such a file
 /// out without a word; whoever reads its result has to know that.
 ///
@@ -34,5 +32,3 @@ private:
     mutable std::mutex mutex_;
     std::set<std::string> unread_;
 };
-
-}  // namespace ordovan::cli
