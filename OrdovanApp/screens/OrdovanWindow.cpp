@@ -57,6 +57,7 @@ OrdovanWindow::OrdovanWindow(const Parts& parts, SectionFactories screens)
 void OrdovanWindow::makeMenus() {
     QMenu* file = menuBar()->addMenu(tr("File"));
     file->setObjectName(u"menu-file"_s);
+    file->setAccessibleName(file->title());
     file->setToolTipsVisible(true);
     file->addMenu(new RecentFoldersMenu(context_, *content_, this));
     file->addAction(new CommandAction(context_, *content_, Commands::previewAgain, tr("Preview Again"),
@@ -86,6 +87,7 @@ void OrdovanWindow::makeMenus() {
 
     QMenu* help = menuBar()->addMenu(tr("Help"));
     help->setObjectName(u"menu-help"_s);
+    help->setAccessibleName(help->title());
     help->addAction(tr("ordovan+ Help"), this, &OrdovanWindow::showDocumentation)->setShortcut(Qt::Key_F1);
     makeMenuKeys();
 }

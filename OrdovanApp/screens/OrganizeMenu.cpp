@@ -29,6 +29,7 @@ const std::array<Command, 6> commands = {{
 OrganizeMenu::OrganizeMenu(const AppContext& context, const ContentView& content, QWidget* parent)
     : QMenu(tr("Organize"), parent) {
     setObjectName(u"menu-organize"_s);
+    setAccessibleName(title());
     setToolTipsVisible(true);
     for (const Command& command : commands) {
         addAction(new CommandAction(context, content, command.name, tr(command.text), {command.shortcut}, this));

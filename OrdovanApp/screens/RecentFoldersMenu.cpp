@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 RecentFoldersMenu::RecentFoldersMenu(const AppContext& context, ContentView& content, QWidget* parent)
     : QMenu(tr("Recent Folders"), parent), context_(context), content_(content) {
     setObjectName(u"menu-recent"_s);
+    setAccessibleName(title());
     setToolTipsVisible(true);
     connect(&context_.model, &TidyViewModel::recentFoldersChanged, this, &RecentFoldersMenu::fill);
     connect(&content_, &ContentView::askingChanged, this, &RecentFoldersMenu::refresh);

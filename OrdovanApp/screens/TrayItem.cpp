@@ -21,6 +21,7 @@ TrayItem::TrayItem(const ThemeEnvironment& theme, QObject* parent) : QObject(par
     connect(&theme, &ThemeEnvironment::changed, this, recolor);
     recolor();
     icon_.setToolTip(tr("ordovan+ — preview first"));
+    menu_.setAccessibleName(icon_.toolTip());
     icon_.setContextMenu(&menu_);
     connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
         if (reason == QSystemTrayIcon::Trigger) Q_EMIT openRequested();

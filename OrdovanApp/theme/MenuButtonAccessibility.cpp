@@ -7,6 +7,13 @@
 
 namespace {
 
+/// What a button is called: by a name of its own, else by what it shows.
+QString nameOf(const QPushButton& button) {
+    if (!button.accessibleName().isEmpty()) return button.accessibleName();
+    QString shown = button.text();
+    return shown.replace(QStringLiteral("&&"), QStringLiteral("&"));
+}
+
 class MenuButton : public QAccessibleWidget {
 public:
     explicit MenuButton(QPushButton* button) : QAccessibleWidget(button, QAccessible::ButtonMenu) {}
@@ -20,9 +27,7 @@ public:
     }
     [[nodiscard]] QString text(QAccessible::Text which) const override {
         const QString given = QAccessibleWidget::text(which);
-        if (which != QAccessible::Name || !given.isEmpty() || !isValid()) return given;
-        QString shown = button()->text();
-        return shown.replace(QStringLiteral("&&"), QStringLiteral("&"));
+        return which != QAccessible::Name || !given.isEmpty() || !isValid() ? given : nameOf(*button());
     }
     [[nodiscard]] QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
@@ -64,7 +69,12 @@ void MenuButtonAccessibility::use(QPushButton* button) {
     }();
     Q_UNUSED(installed)
     // What is chosen through an assistive technology leaves the menu open.
-    QObject::connect(button->menu(), &QMenu::triggered, button->menu(), &QMenu::close);
+    QMenu* menu = button->menu();
+    QObject::connect(menu, &QMenu::triggered, menu, &QMenu::close);
+    // The menu is called as its button is, and that may have got another name when it opens.
+    const auto follow = [button, menu] { menu->setAccessibleName(nameOf(*button)); };
+    QObject::connect(menu, &QMenu::aboutToShow, button, follow);
+    follow();
     // A button tells its text while it is made, and is taken for one without a menu then.
     if (!QAccessible::isActive()) return;
     QAccessibleInterface* known = QAccessible::queryAccessibleInterface(button);

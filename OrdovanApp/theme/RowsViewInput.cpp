@@ -193,6 +193,7 @@ void RowsView::openMenu(int row, const QPoint& point) {
     menu_ = menu;
     menuIndex_ = model()->index(row, 0);
     menu->setObjectName(u"rowMenu");
+    menu->setAccessibleName(rows()->title(row));
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->setToolTipsVisible(true);
     for (const RowAction& action : content.actions) {

@@ -3,6 +3,7 @@
 #include "OrdovanApp/controller/CommandCenter.h"
 #include "OrdovanApp/screens/AppContext.h"
 #include "OrdovanApp/screens/Desktop.h"
+#include "OrdovanApp/screens/OrdovanWindow.h"
 #include "OrdovanApp/theme/Announcer.h"
 #include "OrdovanApp/theme/Banner.h"
 #include "OrdovanApp/theme/RowsView.h"
@@ -60,6 +61,18 @@ protected:
                 .commands = commands,
                 .desktop = desktop,
                 .announcer = announcer};
+    }
+
+    /// What the whole window is made of.
+    [[nodiscard]] OrdovanWindow::Parts windowParts() {
+        return {.model = *model,
+                .settings = settings,
+                .rules = rules,
+                .theme = theme,
+                .commands = commands,
+                .desktop = desktop,
+                .values = values,
+                .documentation = QStringLiteral("https://example.org")};
     }
 
     /// Every text that is in sight below a widget, in the order of their making: labels, buttons and accessible names.

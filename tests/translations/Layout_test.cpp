@@ -36,15 +36,7 @@ protected:
     void SetUp() override {
         QLocale::setDefault(QLocale(GetParam().language));
         language_.emplace(QStringList(GetParam().language));
-        window_.emplace(OrdovanWindow::Parts{.model = *model,
-                                             .settings = settings,
-                                             .rules = rules,
-                                             .theme = theme,
-                                             .commands = commands,
-                                             .desktop = desktop,
-                                             .values = values,
-                                             .documentation = u"https://example.org"_s},
-                        Sections::screens());
+        window_.emplace(windowParts(), Sections::screens());
         window_->show();  // not as large as the screen, which is small here
         window_->resize(GetParam().size);
         settle();

@@ -268,6 +268,7 @@ TEST_F(RowsViewMouse, OpensTheMenuOfARow) {
     QContextMenuEvent event(QContextMenuEvent::Mouse, text(0), view->viewport()->mapToGlobal(text(0)));
     QApplication::sendEvent(view->viewport(), &event);
     ASSERT_TRUE(menu());
+    EXPECT_EQ(menu()->accessibleName(), u"a"_s);
     QStringList texts;
     for (const QAction* action : menu()->actions())
         texts << action->text() + (action->isEnabled() ? u""_s : u" (no)"_s);

@@ -173,6 +173,16 @@ TEST_F(SmallWidgets, AnOpenMenuIsFoundInItsButtonThoughThatWasAskedAboutBefore) 
     EXPECT_EQ(told->childCount(), 0);
 }
 
+TEST_F(SmallWidgets, AMenuIsCalledAsItsButtonIsWhenItOpens) {
+    const std::unique_ptr<QPushButton> button(Buttons::quiet(u"Rock && Roll"_s));
+    auto* menu = new QMenu;
+    Buttons::setMenu(*theme, button.get(), menu);
+    EXPECT_EQ(name(menu), u"Rock & Roll"_s);
+    button->setAccessibleName(u"Documents"_s);
+    menu->popup({});
+    EXPECT_EQ(name(menu), u"Documents"_s);
+}
+
 // FilterField
 
 TEST_F(SmallWidgets, AFilterFieldIsNamedByItsPlaceholder) {

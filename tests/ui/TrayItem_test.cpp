@@ -13,6 +13,7 @@ TEST(TrayItem, HasItsTitleAndItsMenu) {
     const ThemeEnvironment theme(AppTheme::lagoon);
     const TrayItem item(theme);
     EXPECT_EQ(item.title(), u"ordovan+ — preview first"_s);
+    EXPECT_EQ(item.menu().accessibleName(), item.title());
     QStringList lines;
     for (const QAction* action : item.menu().actions()) {
         if (action->isSeparator()) continue;
