@@ -1,5 +1,6 @@
 #include "tests/support/QtTestMain.h"
 #include "tests/support/TidyWorld.h"
+#include "tests/support/TrashSentences.h"
 
 #include <gmock/gmock.h>
 
@@ -9,19 +10,14 @@
 #include <string>
 #include <vector>
 
+using ordovan::test::trashNotRecorded;
+using ordovan::test::trashRecordNotUpdated;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 
 namespace {
-
-constexpr const char* notWritten =
-    "Files were moved to the Trash, but the restore record couldn't be saved. Restore works until you quit; after "
-    "that, use Put Back in the Finder Trash.";
-constexpr const char* notUpdated =
-    "The restore record couldn't be updated on disk. Files already put back may be listed again; putting them back "
-    "again is refused safely.";
 
 /// A folder from which an earlier run has trashed old, and in which the duplicates a and b were found.
 class World : public ordovan::test::TidyWorld {
@@ -85,7 +81,7 @@ TEST(TidyTrashFaults, OfAnyRecordCallWhileTrashingLoseNothing) {
         EXPECT_TRUE(world.nothingLost());
         EXPECT_THAT(world.restorable(), ElementsAre("old", "b"));
         const bool writeFailed = call == "write /records/trash-record.json";
-        EXPECT_EQ(world.model->journalWarning(), warningAfter(call, writeFailed, notWritten));
+        EXPECT_EQ(world.model->journalWarning(), warningAfter(call, writeFailed, trashNotRecorded));
         ASSERT_TRUE(world.storedTrash());
         EXPECT_THAT(World::originals(*world.storedTrash()), Contains("old"));
         EXPECT_EQ(world.model->history().records.front().kind, OrdovanRunRecord::Kind::trash);
@@ -116,7 +112,7 @@ TEST(TidyTrashFaults, OfAnyRecordCallWhileRestoringLoseNothing) {
         EXPECT_EQ(world.memory.read("/r/old"), "0");
         EXPECT_THAT(world.restorable(), ElementsAre("b"));
         const bool writeFailed = call == "write /records/trash-record.json";
-        EXPECT_EQ(world.model->journalWarning(), warningAfter(call, writeFailed, notUpdated));
+        EXPECT_EQ(world.model->journalWarning(), warningAfter(call, writeFailed, trashRecordNotUpdated));
         ASSERT_TRUE(world.storedTrash());
         EXPECT_THAT(World::originals(*world.storedTrash()), Contains("b"));
 
@@ -132,8 +128,8 @@ TEST(TidyTrashFaults, OfAnyRecordCallWhileRestoringLoseNothing) {
 
 TEST(TidyTrashFaults, OfEveryRecordCallWhileTrashingLeaveRestoringInMemory) {
     for (const auto& [kind, warning] : {std::pair<const char*, std::optional<std::string>>("read", std::nullopt),
-                                        {"write", notWritten},
-                                        {"setAside", notWritten}}) {
+                                        {"write", trashNotRecorded},
+                                        {"setAside", trashNotRecorded}}) {
         SCOPED_TRACE(kind);
         World world;
         world.memory.write("/records/trash-record.json", "garbage");

@@ -1,6 +1,7 @@
 #include "OrdovanApp/controller/StoppableFileSystem.h"
 #include "OrdovanCore/testing/MemoryContentReader.h"
 #include "tests/support/QtTestMain.h"
+#include "tests/support/TrashSentences.h"
 #include "tests/support/TrashWorld.h"
 
 #include <gmock/gmock.h>
@@ -13,6 +14,8 @@
 #include <vector>
 
 using ordovan::test::SignalCount;
+using ordovan::test::trashNotRecorded;
+using ordovan::test::trashRecordNotUpdated;
 using ordovan::testing::Operation;
 using ::testing::Each;
 using ::testing::ElementsAre;
@@ -24,12 +27,6 @@ namespace {
 constexpr const char* moved = "Moved to the Trash.";
 constexpr const char* putBack = "Put back.";
 constexpr const char* keeperChanged = "The copy you chose to keep changed or is missing; nothing was moved.";
-constexpr const char* notWritten =
-    "Files were moved to the Trash, but the restore record couldn't be saved. Restore works until you quit; after "
-    "that, use Put Back in the Finder Trash.";
-constexpr const char* notUpdated =
-    "The restore record couldn't be updated on disk. Files already put back may be listed again; putting them back "
-    "again is refused safely.";
 constexpr const char* held = "Another ordovan+ run is working in this folder. Try again when it has finished.";
 constexpr const char* trashFolder = "/home/user/.local/share/Trash/files";
 
@@ -194,11 +191,11 @@ TEST_F(TidyTrash, StaysRecoverableInMemoryWhenTheRecordCanNotBeWritten) {
     tree({"a = 1", "b = 2"});
     records.failAll("write", ENOSPC);
     const auto model = trashed({"a"});
-    EXPECT_EQ(model->journalWarning(), notWritten);
+    EXPECT_EQ(model->journalWarning(), trashNotRecorded);
     EXPECT_THAT(originals(*model->trashRecord()), ElementsAre("a"));
     EXPECT_FALSE(storedTrash());
     EXPECT_TRUE(finished(model->restore()));
-    EXPECT_EQ(model->journalWarning(), notUpdated);
+    EXPECT_EQ(model->journalWarning(), trashRecordNotUpdated);
     EXPECT_EQ(memory.read("/r/a"), "1");
     EXPECT_THAT(model->trashRecord()->entries, IsEmpty());
 }
@@ -211,7 +208,7 @@ TEST_F(TidyTrash, StoresWithTheNextRunWhatCouldNotBeStoredBefore) {
     model->preview();
     tasks.finish();
     EXPECT_THAT(originals(*model->trashRecord()), ElementsAre("a"));
-    EXPECT_EQ(model->journalWarning(), notWritten);  // until the next run starts
+    EXPECT_EQ(model->journalWarning(), trashNotRecorded);  // until the next run starts
     finished(model->trashBigFiles(items({"b"})));
     EXPECT_FALSE(model->journalWarning());
     EXPECT_THAT(originals(*storedTrash()), ElementsAre("a", "b"));
@@ -223,7 +220,7 @@ TEST_F(TidyTrash, ListsAgainWhatTheRecordCouldNotForgetAndRefusesItSafely) {
     const auto model = trashed({"a", "b"});
     records.failAll("write", ENOSPC);
     finished(model->restore({"/r/a"}));
-    EXPECT_EQ(model->journalWarning(), notUpdated);
+    EXPECT_EQ(model->journalWarning(), trashRecordNotUpdated);
     EXPECT_THAT(originals(*make()->trashRecord()), ElementsAre("a", "b"));
     records.failAll("", 0);
     finished(model->restore());

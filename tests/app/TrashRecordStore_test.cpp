@@ -3,6 +3,7 @@
 #include "OrdovanCore/testing/MemoryFileSystem.h"
 #include "tests/support/MemoryRecords.h"
 #include "tests/support/QtTestMain.h"
+#include "tests/support/TrashSentences.h"
 
 #include <gmock/gmock.h>
 
@@ -14,18 +15,13 @@
 #include <vector>
 
 using ordovan::TrashRecordStore;
+using ordovan::test::trashNotRecorded;
+using ordovan::test::trashRecordNotUpdated;
 using ::testing::ElementsAre;
 using ::testing::Gt;
 using ::testing::IsEmpty;
 
 namespace {
-
-constexpr const char* notWritten =
-    "Files were moved to the Trash, but the restore record couldn't be saved. Restore works until you quit; after "
-    "that, use Put Back in the Finder Trash.";
-constexpr const char* notUpdated =
-    "The restore record couldn't be updated on disk. Files already put back may be listed again; putting them back "
-    "again is refused safely.";
 
 class TrashRecordStoreTest : public ::testing::Test {
 protected:
@@ -104,7 +100,7 @@ TEST_F(TrashRecordStoreTest, SaysWhichPartIsInMemoryOnly) {
     const auto saved = store.append(record({"c"}), {shared({"a", "b"}), shared({"b"})}, 7);
     EXPECT_THAT(names(saved.known.record), ElementsAre("a", "b", "c"));
     EXPECT_THAT(names(saved.known.unsaved), ElementsAre("b", "c"));
-    EXPECT_EQ(saved.warning, notWritten);
+    EXPECT_EQ(saved.warning, trashNotRecorded);
     EXPECT_THAT(stored(), ElementsAre("a"));
 }
 
@@ -129,9 +125,9 @@ TEST_F(TrashRecordStoreTest, WritesNothingOverARecordThatCanBeNeitherReadNorSetA
     memory.write(file, "garbage");
     records.failAll("setAside", EACCES);
     const auto saved = store.append(record({"b"}), {shared({"a"}), shared({})}, 7);
-    EXPECT_EQ(saved.warning, notWritten);
+    EXPECT_EQ(saved.warning, trashNotRecorded);
     EXPECT_THAT(names(saved.known.unsaved), ElementsAre("a", "b"));
-    EXPECT_EQ(store.removePutBack({}, {shared({"a"}), shared({})}, 7, memory).warning, notUpdated);
+    EXPECT_EQ(store.removePutBack({}, {shared({"a"}), shared({})}, 7, memory).warning, trashRecordNotUpdated);
     EXPECT_EQ(memory.read(file), "garbage");
 }
 
@@ -140,7 +136,7 @@ TEST_F(TrashRecordStoreTest, LeavesARecordThatIsFullAndKeepsTheRunInMemory) {
     memory.write(file, record({"a", "b"}).encoded());
     EXPECT_THAT(names(small.append(record({"c"}), {}, 7).known.record), ElementsAre("a", "b", "c"));
     const auto full = small.append(record({"d"}), {}, 7);
-    EXPECT_EQ(full.warning, notWritten);
+    EXPECT_EQ(full.warning, trashNotRecorded);
     EXPECT_THAT(names(full.known.record), ElementsAre("a", "b", "c", "d"));
     EXPECT_THAT(names(full.known.unsaved), ElementsAre("d"));
     EXPECT_THAT(stored(), ElementsAre("a", "b", "c"));
@@ -160,7 +156,7 @@ TEST_F(TrashRecordStoreTest, StoresWhatDidNotFitOnceThereIsRoom) {
 TEST_F(TrashRecordStoreTest, LeavesAnUnreadableRecordWhereNothingCouldTakeItsPlace) {
     const TrashRecordStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 1);
     memory.write(file, "garbage");
-    EXPECT_EQ(small.append(record({"a", "b"}), {}, 7).warning, notWritten);
+    EXPECT_EQ(small.append(record({"a", "b"}), {}, 7).warning, trashNotRecorded);
     EXPECT_EQ(memory.read(file), "garbage");
 }
 
@@ -168,7 +164,7 @@ TEST_F(TrashRecordStoreTest, NeverWritesMoreThanItCouldReadAgain) {
     const TrashRecordStore small(records, locations, [](const Url&) { return ordovan::HeldLock(); }, 2);
     memory.write(file, record({"a"}).encoded());
     const auto saved = small.append(record({"b", "c", "d"}), {}, 7);
-    EXPECT_EQ(saved.warning, notWritten);
+    EXPECT_EQ(saved.warning, trashNotRecorded);
     EXPECT_THAT(names(saved.known.record), ElementsAre("a", "b", "c", "d"));
     EXPECT_THAT(names(saved.known.unsaved), ElementsAre("b", "c", "d"));
     EXPECT_THAT(stored(), ElementsAre("a"));
@@ -179,7 +175,7 @@ TEST_F(TrashRecordStoreTest, KeepsInMemoryWhatDoesNotFitWhenSomethingIsPutBack) 
     memory.write(file, record({"a", "b"}).encoded());
     const auto saved =
         small.removePutBack({"/T/files/a"}, {shared({"a", "b", "c", "d"}), shared({"c", "d"})}, 7, memory);
-    EXPECT_EQ(saved.warning, notUpdated);
+    EXPECT_EQ(saved.warning, trashRecordNotUpdated);
     EXPECT_THAT(names(saved.known.record), ElementsAre("b", "c", "d"));
     EXPECT_THAT(names(saved.known.unsaved), ElementsAre("c", "d"));
     EXPECT_THAT(stored(), ElementsAre("b"));

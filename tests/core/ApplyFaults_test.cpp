@@ -1,12 +1,11 @@
 #include "OrdovanCore/Executor.h"
-#include "OrdovanCore/testing/FaultyFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/Faults.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <map>
 #include <optional>
@@ -15,6 +14,9 @@
 #include <string_view>
 #include <vector>
 
+using ordovan::test::errors;
+using ordovan::test::Fault;
+using ordovan::test::forEachCall;
 using ordovan::testing::build;
 using ordovan::testing::FaultyFileSystem;
 using ordovan::testing::MemoryFileSystem;
@@ -24,17 +26,6 @@ using Moment = FaultyFileSystem::Moment;
 using Status = OrdovanExecutionStatus;
 
 namespace {
-
-constexpr std::array errors = {ENOSPC, EDQUOT, EROFS,  EPERM,  EACCES, EBUSY, ETXTBSY,
-                               EIO,    ESTALE, EMFILE, ENOENT, EEXIST, EXDEV};
-
-/// One way for a call to go wrong: the N-th of all that can fail, or of one operation.
-struct Fault {
-    std::optional<Operation> operation;
-    int errnoValue;
-    Moment moment;
-    Lasting lasting;
-};
 
 /// A folder with files of distinct contents, one of whose places in the output folder is taken.
 class World {
@@ -127,7 +118,7 @@ void expectJournalOfTheMoved(const OrdovanExecutionReport& report) {
 bool applyWithFault(bool acrossVolumes, const Fault& fault, std::size_t number) {
     World world(acrossVolumes);
     FaultyFileSystem fs(world.memory);
-    fs.failCall(fault.operation, number, OrdovanSystemError::posix(fault.errnoValue), fault.moment, fault.lasting);
+    fault.setIn(fs, number);
     const OrdovanExecutionReport report = world.apply(fs);
     world.expectNothingReplaced();
     world.expectEveryContent();
@@ -147,7 +138,7 @@ bool undoWithFault(bool acrossVolumes, const Fault& fault, std::size_t number) {
     const OrdovanJournal journal = world.apply(world.memory).journal;
     EXPECT_EQ(journal.entries.size(), 3u);
     FaultyFileSystem fs(world.memory);
-    fs.failCall(fault.operation, number, OrdovanSystemError::posix(fault.errnoValue), fault.moment, fault.lasting);
+    fault.setIn(fs, number);
     const OrdovanExecutionReport report = world.undo(journal, fs);
     world.expectNothingReplaced();
     world.expectEveryContent();
@@ -160,24 +151,6 @@ bool undoWithFault(bool acrossVolumes, const Fault& fault, std::size_t number) {
         EXPECT_EQ(world.files(), world.before);
     }
     return fs.faultsDone() > 0;
-}
-
-std::string describe(const Fault& fault, std::size_t number) {
-    const char* moment = fault.moment == Moment::beforeEffect  ? " before"
-                         : fault.moment == Moment::afterEffect ? " after"
-                                                               : " instead of";
-    return "call " + std::to_string(number) +
-           (fault.operation ? " of operation " + std::to_string(static_cast<int>(*fault.operation)) : "") + moment +
-           " its effect, errno " + std::to_string(fault.errnoValue) +
-           (fault.lasting == Lasting::once ? "" : ", and all later calls");
-}
-
-/// Makes call 1, 2, 3 and so on go wrong, until a run finishes before its fault comes about. Returns how many did.
-std::size_t forEachCall(bool (&sequence)(bool, const Fault&, std::size_t), bool acrossVolumes, const Fault& fault) {
-    for (std::size_t number = 1;; ++number) {
-        SCOPED_TRACE(describe(fault, number));
-        if (!sequence(acrossVolumes, fault, number) || ::testing::Test::HasFailure()) return number - 1;
-    }
 }
 
 class Faults : public ::testing::TestWithParam<bool> {};

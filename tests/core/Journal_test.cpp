@@ -1,5 +1,7 @@
 #include "OrdovanCore/Journal.h"
 
+#include "tests/support/StoredText.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -64,10 +66,7 @@ std::string refusal(std::string_view text) {
 
 /// The sample with one stretch replaced by another.
 std::string altered(std::string_view from, std::string_view to) {
-    std::string text(sampleText);
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return text.replace(at, from.size(), to);
+    return ordovan::test::altered(sampleText, from, to);
 }
 
 TEST(Journal, EntryKeepsEveryField) {

@@ -1,5 +1,7 @@
 #include "OrdovanCore/Rules.h"
 
+#include "tests/support/StoredText.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -188,10 +190,7 @@ std::string refusal(std::string_view text) {
 }
 
 std::string altered(std::string_view from, std::string_view to) {
-    std::string text(sampleText);
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return text.replace(at, from.size(), to);
+    return ordovan::test::altered(sampleText, from, to);
 }
 
 TEST(StoredRules, AreWrittenIndentedWithSortedKeys) {

@@ -1,5 +1,7 @@
 #include "OrdovanCore/RunRecord.h"
 
+#include "tests/support/StoredText.h"
+
 #include <gmock/gmock.h>
 
 #include <array>
@@ -7,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+using ordovan::test::altered;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -73,12 +76,6 @@ std::string encoded(const OrdovanRunIntent& intent, const std::vector<OrdovanRun
     });
     for (const OrdovanRunNote& note : notes) note.appendTo(text, intent);
     return text;
-}
-
-std::string replaced(std::string text, std::string_view from, std::string_view to) {
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
 /// Why a record is refused.
@@ -180,7 +177,7 @@ TEST(RunRecord, RefusesAnotherVersion) {
     const std::string text = encoded(intent());
     for (const auto& [version, number] : {std::pair{"0", 0}, std::pair{"2", 2}}) {
         const auto run =
-            OrdovanUnfinishedRun::decoded(replaced(text, "\"version\":1", std::string("\"version\":") + version));
+            OrdovanUnfinishedRun::decoded(altered(text, "\"version\":1", std::string("\"version\":") + version));
         ASSERT_FALSE(run);
         EXPECT_EQ(std::get<OrdovanJournalError>(run.error()),
                   (OrdovanJournalError{OrdovanJournalError::Case::unsupportedVersion, number}));
@@ -189,7 +186,7 @@ TEST(RunRecord, RefusesAnotherVersion) {
 }
 
 TEST(RunRecord, RefusesMoreItemsThanItMayHave) {
-    const auto run = OrdovanUnfinishedRun::decoded(replaced(encoded(intent()), "\"items\":2", "\"items\":1000001"));
+    const auto run = OrdovanUnfinishedRun::decoded(altered(encoded(intent()), "\"items\":2", "\"items\":1000001"));
     ASSERT_FALSE(run);
     EXPECT_EQ(std::get<OrdovanJournalError>(run.error()),
               (OrdovanJournalError{OrdovanJournalError::Case::tooLarge, 1'000'001}));
@@ -220,7 +217,7 @@ TEST(RunRecord, RefusesAnIntentThatContradictsItself) {
              {"\"hash\":\"\"", "\"hash\":\"ABC\"", value},
              {"01234567-89AB", "01234567-89AX", value},
          }) {
-        EXPECT_EQ(refusal(replaced(text, from, to)), reason) << from << " -> " << to;
+        EXPECT_EQ(refusal(altered(text, from, to)), reason) << from << " -> " << to;
     }
 }
 
@@ -248,7 +245,7 @@ TEST(RunRecord, EndsItsNotesAtTheFirstThatCanNotBe) {
              {".ordovan-partial-", ".ordovan-"},
              {"{", ""},
          }) {
-        const auto run = OrdovanUnfinishedRun::decoded(head + good + replaced(bad, from, to) + good);
+        const auto run = OrdovanUnfinishedRun::decoded(head + good + altered(bad, from, to) + good);
         ASSERT_TRUE(run) << from;
         EXPECT_THAT(run->notes, ElementsAre(notes()[0])) << from << " -> " << to;
     }

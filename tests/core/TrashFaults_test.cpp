@@ -3,8 +3,8 @@
 
 #include "OrdovanCore/DuplicateTrasher.h"
 #include "OrdovanCore/FileTrasher.h"
-#include "OrdovanCore/testing/FaultyFileSystem.h"
 #include "OrdovanCore/testing/TreeBuilder.h"
+#include "tests/support/Faults.h"
 
 #include <gtest/gtest.h>
 
@@ -18,6 +18,9 @@
 #include <string_view>
 #include <vector>
 
+using ordovan::test::errors;
+using ordovan::test::Fault;
+using ordovan::test::forEachCall;
 using ordovan::testing::build;
 using ordovan::testing::digestOf;
 using ordovan::testing::FaultyFileSystem;
@@ -28,17 +31,6 @@ using Moment = FaultyFileSystem::Moment;
 using Status = OrdovanExecutionStatus;
 
 namespace {
-
-constexpr std::array errors = {ENOSPC, EDQUOT, EROFS,  EPERM,  EACCES, EBUSY, ETXTBSY,
-                               EIO,    ESTALE, EMFILE, ENOENT, EEXIST, EXDEV};
-
-/// One way for a call to go wrong: the N-th of all that can fail, or of one operation.
-struct Fault {
-    std::optional<Operation> operation;
-    int errnoValue;
-    Moment moment;
-    Lasting lasting;
-};
 
 /// A folder with three copies of one content and two files of others, all of which go to the Trash but one copy.
 class World {
@@ -54,7 +46,7 @@ public:
 
     void set(const Fault& fault, std::size_t number) {
         fs.reset();
-        fs.failCall(fault.operation, number, OrdovanSystemError::posix(fault.errnoValue), fault.moment, fault.lasting);
+        fault.setIn(fs, number);
     }
 
     OrdovanTrashReport trashExtras() {
@@ -187,25 +179,6 @@ bool restoreWithFault(bool acrossVolumes, const Fault& fault, std::size_t number
     for (const auto& [path, description] : world.before) wanted.insert(path);
     EXPECT_EQ(back, wanted);
     return happened;
-}
-
-std::string describe(const Fault& fault, std::size_t number) {
-    const char* moment = fault.moment == Moment::beforeEffect  ? " before"
-                         : fault.moment == Moment::afterEffect ? " after"
-                                                               : " instead of";
-    return "call " + std::to_string(number) +
-           (fault.operation ? " of operation " + std::to_string(static_cast<int>(*fault.operation)) : "") + moment +
-           " its effect, errno " + std::to_string(fault.errnoValue) +
-           (fault.lasting == Lasting::once ? "" : ", and all later calls");
-}
-
-/// Makes call 1, 2, 3 and so on go wrong, until a run finishes before its fault comes about. Returns how many did.
-template <class Sequence, class Kind>
-std::size_t forEachCall(const Sequence& sequence, Kind kind, const Fault& fault) {
-    for (std::size_t number = 1;; ++number) {
-        SCOPED_TRACE(describe(fault, number));
-        if (!sequence(kind, fault, number) || ::testing::Test::HasFailure()) return number - 1;
-    }
 }
 
 constexpr std::array trashings = {&World::trashExtras, &World::trashFiles};

@@ -1,5 +1,7 @@
 #include "OrdovanCore/TrashRecord.h"
 
+#include "tests/support/StoredText.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -56,10 +58,7 @@ constexpr std::string_view sampleText = R"({
 
 /// The sample with one stretch replaced by another.
 std::string altered(std::string_view from, std::string_view to) {
-    std::string text(sampleText);
-    const std::size_t at = text.find(from);
-    EXPECT_NE(at, std::string::npos) << from;
-    return text.replace(at, from.size(), to);
+    return ordovan::test::altered(sampleText, from, to);
 }
 
 /// The decoder's sentence about a text; empty when it is accepted or refused for another reason.
