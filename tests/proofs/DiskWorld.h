@@ -108,6 +108,12 @@ public:
         return isDone;
     }
 
+    /// The same for the volume mounted at one folder, or for that of the disk itself.
+    bool setReadOnly(std::string_view name, bool on) const {
+        const std::string at = name.empty() ? volume_->path() : path(name);
+        return test::detail::MountNamespace::get().remount(at, on ? MS_RDONLY : 0, "");
+    }
+
     /// Everything in the chosen folder, described, without the output folder itself, which stays when it is empty.
     [[nodiscard]] std::map<std::string, std::string> described() const {
         auto items = testing::describeTree(tree());
