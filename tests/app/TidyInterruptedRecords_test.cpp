@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using ordovan::test::InterruptedWorld;
@@ -86,6 +87,22 @@ TEST(TidyInterruptedRecords, ARunWhoseRecordCouldNotBeSavedIsKnownAfterQuitting)
     EXPECT_THAT(World::recoverable(*world.model), SizeIs(3));
     EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
     EXPECT_THAT(world.model->history().records, SizeIs(1));
+}
+
+TEST(TidyInterruptedRecords, ARunWithTheTrashWhoseRecordCouldNotBeSavedIsKnownAfterQuitting) {
+    World world;
+    world.start();
+    world.search();
+    for (const auto& [run, left] : {std::pair{&World::trash, 1U}, std::pair{&World::restore, 0U}}) {
+        world.records.failAll("write", ENOSPC);
+        (world.*run)();
+        EXPECT_TRUE(world.hasRunRecord());
+        world.records.failAll("", 0);
+        world.start();
+        EXPECT_THAT(world.model->trashRecord()->entries, SizeIs(left));
+        EXPECT_FALSE(world.hasRunRecord());
+    }
+    EXPECT_THAT(world.files(), ElementsAre("x.pdf", "y.jpg", "z.txt"));
 }
 
 TEST(TidyInterruptedRecords, ARunThatCanNotBeRecordedGoesOnAsEver) {

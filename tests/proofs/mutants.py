@@ -575,7 +575,7 @@ MUTANTS = [
      "TidyInterruptedRecords TidyRecords SystemErrors Kills"),
     ("run record: it goes though the Trash record could not be stored", APP + "TrashFlow.cpp",
      "const bool isMissing = result.record && result.record->warning;", "const bool isMissing = false;",
-     "TidyRecords TidyTrash SystemErrors Kills"),
+     "TidyInterruptedRecords"),
     ("run record: a new one replaces that of an interrupted run", "OrdovanApp/stores/RunRecordStore.cpp",
      "while (place <= places && !isFree(locations_.runRecord(intent.root, place))) ++place;", "", "TidyInterrupted"),
     ("run record: it is nobody's while its run goes on", DISK + "FileRecordStorage.cpp",
