@@ -207,13 +207,17 @@ TEST(ExclusiveMoveByLink, LeavesAFileThatTookTheOldNameMeanwhile) {
 }
 
 TEST(ExclusiveMoveByLink, IsDoneWhenTheOldNameWentMeanwhile) {
-    const TempFolder t;
-    t.write("a", "old");
-    atExamination = [&] { std::filesystem::remove(t.path("a")); };
-    skip = 1;
-    EXPECT_EQ(move(t, "a", "b", byLink), 0);
-    EXPECT_EQ(t.read("b"), "old");
-    EXPECT_EQ(t.count(), 1u);
+    for (const MoveWays ways : {byLink, byLinkPlainly}) {
+        for (const int looksBefore : {1, 2}) {
+            const TempFolder t;
+            t.write("a", "old");
+            atExamination = [&] { std::filesystem::remove(t.path("a")); };
+            skip = looksBefore;
+            EXPECT_EQ(move(t, "a", "b", ways), 0);
+            EXPECT_EQ(t.read("b"), "old");
+            EXPECT_EQ(t.count(), 1u);
+        }
+    }
 }
 
 TEST(ExclusiveMoveByLink, GivesAFileItsNameBackThatWasSavedBehindTheLastLook) {
@@ -222,6 +226,21 @@ TEST(ExclusiveMoveByLink, GivesAFileItsNameBackThatWasSavedBehindTheLastLook) {
     t.write("fresh", "new");
     atRename = [&] { std::filesystem::rename(t.path("fresh"), t.path("a")); };
     EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    EXPECT_EQ(t.read("a"), "new");
+    EXPECT_EQ(t.read("b"), "old");
+    EXPECT_EQ(t.count(), 2u);
+}
+
+TEST(ExclusiveMoveByLink, GivesAFileItsNameBackThatItMayNotLink) {
+    const TempFolder t;
+    t.write("a", "old");
+    t.write("fresh", "new");
+    atRename = [&] {
+        std::filesystem::rename(t.path("fresh"), t.path("a"));
+        linkRefusal = EPERM;  // as of another user's file (proc_sys_fs(5), protected_hardlinks)
+    };
+    EXPECT_EQ(move(t, "a", "b", byLink), 0);
+    linkRefusal = 0;
     EXPECT_EQ(t.read("a"), "new");
     EXPECT_EQ(t.read("b"), "old");
     EXPECT_EQ(t.count(), 2u);

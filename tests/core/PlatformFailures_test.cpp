@@ -53,6 +53,7 @@ ORDOVAN_FAILING(int, fstat, (int file, struct stat* facts) noexcept, file, facts
 ORDOVAN_FAILING(int, fstatat, (int folder, const char* path, struct stat* facts, int flags) noexcept, folder, path,
                 facts, flags)
 ORDOVAN_FAILING(int, unlink, (const char* path) noexcept, path)
+ORDOVAN_FAILING(ssize_t, read, (int file, void* bytes, size_t count), file, bytes, count)
 ORDOVAN_FAILING(ssize_t, write, (int file, const void* bytes, size_t count), file, bytes, count)
 ORDOVAN_FAILING(ssize_t, readlink, (const char* path, char* text, size_t size) noexcept, path, text, size)
 ORDOVAN_FAILING_POINTER(DIR*, fdopendir, (int folder), folder)
@@ -182,6 +183,21 @@ TEST(PlatformFailures, OfWritingADocumentKeepTheOldOne) {
     const FailingCall interrupted("write", EINTR);
     EXPECT_EQ(error(ordovan::writeDocument(t.url("plan.md"), "new")), 0);
     EXPECT_EQ(t.read("plan.md"), "new");
+}
+
+TEST(PlatformFailures, OfReadingARecordAreToldUnlessItWasOnlyInterrupted) {
+    const TempFolder t;
+    t.write("record", "text");
+    ordovan::FileRecordStorage records;
+    std::string text;
+    const auto keep = [&](std::string_view piece) { return !text.append(piece).empty(); };
+    {
+        const FailingCall failing("read", EIO);
+        EXPECT_EQ(error(records.read(t.url("record"), keep)), EIO);
+    }
+    const FailingCall interrupted("read", EINTR);
+    EXPECT_EQ(error(records.read(t.url("record"), keep)), 0);
+    EXPECT_EQ(text, "text");
 }
 
 TEST(PlatformFailures, OfSweepingUpLetARecordBeWritten) {

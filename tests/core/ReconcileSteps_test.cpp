@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 using ordovan::test::ReconcileFixture;
 using ordovan::testing::digestOf;
@@ -199,6 +200,21 @@ TEST_F(ReconcileHidden, WaitsWhileTheNameCanNotBeGivenBack) {
     EXPECT_EQ(memory.read(aside), "one");
 }
 
+TEST_F(ReconcileHidden, WaitsWhileEitherOfItsNamesCanNotBeLookedAt) {
+    const auto before = memory.snapshot();
+    for (const std::string_view place : {std::string_view(aside), std::string_view("/r/a")}) {
+        ordovan::ReconcilePorts blind = ports();
+        blind.facts = [&](const Url& url) -> OrdovanResult<ordovan::FileFacts> {
+            if (url.path() == place) return std::unexpected(OrdovanSystemError::posix(EACCES));
+            return ordovan::test::factsIn(memory, url);
+        };
+        const auto found = OrdovanReconciler::reconcile(run, blind);
+        EXPECT_THAT(sentences(found), ElementsAre(notExamined)) << place;
+        EXPECT_FALSE(found.isComplete);
+        EXPECT_EQ(memory.snapshot(), before);
+    }
+}
+
 TEST_F(ReconcileHidden, WaitsWhileTheHiddenNameCanNotBeRemoved) {
     memory.write("/r/a", "new");
     fs.failCall(Operation::remove, 1, EIO);
@@ -298,6 +314,23 @@ TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheEntryThatWasNoted) {
     const auto found = reconcile();
     EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
     EXPECT_THAT(found.journal.entries, ElementsAre(entry(true, "one", run.intent.items[0].identity)));
+}
+
+TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsNoRecordThatTellsNothingOfIt) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    memory.link("/r/ordovan+", "/s");
+    const auto found = OrdovanReconciler::reconcile(run, ports());
+    EXPECT_THAT(counts(found), ElementsAre(0, 0, 0, 1));
+    EXPECT_TRUE(found.isComplete);
+}
+
+TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheRecordThatTellsOfItsHiddenName) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    note(NoteKind::claimed, "one", aside);
+    memory.link("/r/ordovan+", "/s");
+    EXPECT_FALSE(OrdovanReconciler::reconcile(run, ports()).isComplete);
 }
 
 TEST_F(ReconcileFixture, AFileBehindALinkByNowKeepsTheRecordThatTellsOfItsCopy) {

@@ -86,6 +86,24 @@ TEST_F(RecordedFileSystemTest, NotesThatAPlaceIsTakenInStepsBeforeThat) {
     EXPECT_EQ(noted[0].path, hidden);
 }
 
+TEST_F(RecordedFileSystemTest, NotesNoStepsOfRenamesThatAreNoItems) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a.pdf = one"});
+    intend("/r/a.pdf", "/r/ordovan+/a.pdf");
+    fs();
+    Stepwise steps;
+    std::size_t renames = 0;
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move && ++renames > 0) steps.announce_(call.url, {});
+    });
+    recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
+    EXPECT_EQ(organize().movedCount(), 1U);
+    EXPECT_EQ(renames, 2U) << "the copy got its name, and the original a hidden one";
+    std::vector<NoteKind> kinds;
+    for (const auto& note : notes()) kinds.push_back(note.kind);
+    EXPECT_THAT(kinds, ElementsAre(NoteKind::begun, NoteKind::claimed, NoteKind::done));
+}
+
 TEST_F(RecordedFileSystemTest, KnowsThatAMoveInStepsHasLeftAHiddenName) {
     for (const bool isLeft : {false, true}) {
         tree({"a.pdf = one"});

@@ -235,6 +235,45 @@ TEST_F(RecordedOriginal, LosesItsCopyUnderItsNameWhereThatCanNotBeRenamed) {
     expectOnlyAt(from);
 }
 
+TEST_F(RecordedOriginal, TellsOfACopyThatCanNotBeRenamedToBeTakenAway) {
+    disk.failCall(Operation::remove, 1, EACCES);
+    disk.failCall(Operation::move, back + 1, EIO);
+    EXPECT_EQ(message(), stays);
+    EXPECT_EQ(memory.read(from), "one");
+    EXPECT_EQ(memory.read(to), "one");
+    EXPECT_THAT(hidden(), IsEmpty());
+    EXPECT_TRUE(fs().leavesSomething());
+}
+
+TEST_F(RecordedOriginal, KeepsOneNameOfACopyWhoseRenameInStepsFailedWithTwo) {
+    disk.failCall(Operation::remove, 1, EACCES);
+    disk.failCall(Operation::move, back + 1, EIO);
+    std::size_t moves = 0;
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || ++moves != back + 1) return;
+        memory.hardLink(std::string(call.second.path()), to);
+    });
+    EXPECT_EQ(message(), stays);
+    EXPECT_EQ(memory.read(from), "one");
+    EXPECT_EQ(memory.read(to), "one");
+    EXPECT_THAT(hidden(), IsEmpty());
+    EXPECT_TRUE(fs().leavesSomething());
+}
+
+TEST_F(RecordedOriginal, LeavesAnotherFileThatHasThePartialNameOfItsCopy) {
+    disk.failCall(Operation::remove, 1, EACCES);
+    std::size_t moves = 0;
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation != Operation::move || ++moves != back + 1) return;
+        memory.write(call.second.path(), "theirs");
+    });
+    EXPECT_EQ(message(), stays);
+    EXPECT_EQ(memory.read(from), "one");
+    EXPECT_EQ(memory.read(to), "one");
+    EXPECT_THAT(hidden(), ElementsAre("theirs"));
+    EXPECT_TRUE(fs().leavesSomething());
+}
+
 TEST_F(RecordedOriginal, TellsOfAPartialCopyThatCanNotBeTakenAway) {
     disk.lieAboutHash(2);
     disk.failCall(Operation::remove, 1, EROFS);

@@ -64,27 +64,32 @@ TEST(HashAhead, GivesTheSameHashesAsHashingInTurn) {
 }
 
 TEST(HashAhead, WaitsForTheRunWhenItIsFarAhead) {
+    constexpr std::size_t window = 4096;
     const TempFolder folder;
     std::vector<Url> files;
-    for (int i = 0; i < 2100; ++i) files.push_back(folder.write("file " + std::to_string(i), ""));
+    for (std::size_t i = 0; i < window + 1500; ++i) files.push_back(folder.write("file " + std::to_string(i), ""));
     SystemFileSystem disk;
     std::atomic<std::size_t> hashed = 0;
     HashAheadFileSystem::Options options = trusting();
     options.clock = [&hashed] {
         ++hashed;
+        hashed.notify_one();
         return static_cast<double>(std::time(nullptr)) + 3600;
     };
     HashAheadFileSystem ahead(disk, files, options);
     const auto waitUntil = [&](std::size_t count) {
-        while (hashed < count) std::this_thread::yield();
+        for (std::size_t now = hashed; now < count; now = hashed) hashed.wait(now);
     };
-    waitUntil(1024);
-    EXPECT_EQ(hashed, 1024U) << "as far ahead as they go";
+    waitUntil(window);
+    EXPECT_EQ(hashed, window) << "as far ahead as they go";
     const std::string expected = disk.contentHash(files[0]).value();
     EXPECT_EQ(ahead.contentHash(files[700]).value(), expected);
-    waitUntil(1724);
+    EXPECT_EQ(hashed, window) << "woken for a few files";
+    EXPECT_EQ(ahead.contentHash(files[window]).value(), expected);
+    EXPECT_EQ(ahead.handedOut(), 1U) << "nobody had come to the last one";
+    waitUntil(files.size() - 1);
     for (const Url& file : files) EXPECT_EQ(ahead.contentHash(file).value(), expected);
-    EXPECT_GE(ahead.handedOut(), 1724U);
+    EXPECT_EQ(ahead.handedOut(), files.size() - 1);
 }
 
 TEST(HashAhead, NeverHandsOutTheHashOfAnOlderContent) {
