@@ -48,8 +48,12 @@ public:
             throw std::runtime_error("can not make a file system of type " + type_);
         }
         attach();
+        mount();
     }
-    ~LoopVolume() { detach(); }
+    ~LoopVolume() {
+        unmount();
+        detach();
+    }
     LoopVolume(const LoopVolume&) = delete;
     LoopVolume& operator=(const LoopVolume&) = delete;
 
@@ -72,17 +76,27 @@ public:
         ::close(folder);
     }
 
+    /// ext4 meets an error and turns read-only, as `errors=remount-ro` makes it: what its log does not hold by now
+    /// never gets there, though it is seen until the volume is mounted anew. Any process.
+    void breakDown() const {
+        if (::mount(nullptr, path().c_str(), nullptr, MS_REMOUNT | MS_NOSUID, "abort") != 0) std::abort();
+    }
+
     /// The computer is started again: the volume is mounted from what its device holds.
     void startAgain() {
-        detach();
-        if (type_ == "btrfs") std::filesystem::rename(image_ + ".cut", image_);
-        attach();
+        unmount();
+        if (type_ == "btrfs") {
+            detach();
+            std::filesystem::rename(image_ + ".cut", image_);
+            attach();
+        }
+        mount();
     }
     /// The volume is unmounted and mounted again; in between something else is, which may take its device number.
     void mountAgain() {
-        detach();
+        unmount();
         others_.push_back(std::make_unique<test::SecondVolume>());
-        attach();
+        mount();
     }
     [[nodiscard]] ::dev_t number() const {
         struct ::stat facts{};
@@ -90,6 +104,7 @@ public:
     }
 
 private:
+    /// Its device keeps its number as long as it is attached: others may be attached and detached meanwhile.
     void attach() {
         std::string command = "losetup --find --show " + image_;
         std::unique_ptr<FILE, int (*)(FILE*)> output(::popen(command.c_str(), "r"), ::pclose);
@@ -97,14 +112,14 @@ private:
         if (!output || std::fgets(line, sizeof line, output.get()) == nullptr)
             throw std::runtime_error("no loop device");
         device_ = std::string(line, std::string_view(line).find_first_of("\n"));
+    }
+    void detach() { (void)did("losetup -d " + device_); }
+    void mount() {
         if (::mount(device_.c_str(), path().c_str(), type_.c_str(), MS_NOSUID, "") != 0) {
             throw std::system_error(errno, std::generic_category(), "can not mount " + type_);
         }
     }
-    void detach() {
-        ::umount2(path().c_str(), 0);
-        (void)did("losetup -d " + device_);
-    }
+    void unmount() { ::umount2(path().c_str(), 0); }
 
     std::string type_;
     test::SecondVolume holder_{512U << 20U};

@@ -52,10 +52,13 @@ public:
 
     /// The disk of the next round, on which nothing has happened yet.
     std::unique_ptr<Scene> nextScene() {
+        if (isLong()) {  // else there is room for all
+            std::filesystem::remove_all(folder());
+            if (second_) std::filesystem::remove_all(share());
+        }
         ++round_;
-        const std::string folder = first_.path("round" + std::to_string(round_));
-        std::filesystem::create_directories(folder);
-        auto scene = std::make_unique<Scene>(flow_, folder);
+        std::filesystem::create_directories(folder());
+        auto scene = std::make_unique<Scene>(flow_, folder());
         ::sync();  // all that was there before is on the device
         return scene;
     }
@@ -63,6 +66,16 @@ public:
     void cut(const Logs& logs) const {
         first_.cut(logs.areWritten);
         if (second_) second_->cut(logs.areOfSecondWritten);
+    }
+
+    void breakDown(bool isSecond) const { (isSecond ? *second_ : first_).breakDown(); }
+
+    /// The computer is started again.
+    void startAgain(Scene& scene) {
+        scene.disk.unmountAll();
+        first_.startAgain();
+        if (second_) second_->startAgain();
+        mountSecond(scene.disk);
     }
 
     /// Runs something until the power is cut before a call of it; what it changed is then what its devices hold. False
@@ -78,10 +91,7 @@ public:
             SystemCalls::ignore();
             cut(logs);
         });
-        scene.disk.unmountAll();
-        first_.startAgain();
-        if (second_) second_->startAgain();
-        mountSecond(scene.disk);
+        startAgain(scene);
         // A second volume has no part in the order in which btrfs keeps what is on the first.
         scene.allows.staleEntries = std::string_view(case_.type) == "btrfs";
         return isInTheMiddle;
@@ -90,10 +100,11 @@ public:
 private:
     void mountSecond(Disk& disk) const {
         if (!second_) return;
-        const std::string share = second_->path("share" + std::to_string(round_));
-        std::filesystem::create_directories(share);
-        disk.bind(share, case_.at);
+        std::filesystem::create_directories(share());
+        disk.bind(share(), case_.at);
     }
+    [[nodiscard]] std::string folder() const { return first_.path("round" + std::to_string(round_)); }
+    [[nodiscard]] std::string share() const { return second_->path("share" + std::to_string(round_)); }
 
     static inline const Rig* running = nullptr;
     const Case& case_;
@@ -183,6 +194,67 @@ TEST_P(PowerCutsTwice, WhileAnInterruptedRunIsPutInOrderLoseNothing) {
     tell(nameOf(GetParam()) + ", put in order", points, "pairs of a kill and a cut, each in order afterwards");
 }
 
+/// One of two volumes meets an error in the middle of a run, which goes on with the other.
+struct BrokenCase {
+    Case on;
+    bool isSecond;
+};
+
+std::string brokenName(const BrokenCase& of) {
+    const std::string which = of.on.at == records
+                                  ? (of.isSecond ? "of the records" : "of the files")
+                                  : (of.isSecond ? "of the destination" : "of the source and the records");
+    return std::string(of.on.flow.name) + ", that " + which;
+}
+
+class VolumesThatBreak : public ::testing::TestWithParam<BrokenCase> {
+protected:
+    [[nodiscard]] static bool areRecordsBroken() { return GetParam().isSecond == (GetParam().on.at == records); }
+    /// Whether a run or what it did is recorded.
+    [[nodiscard]] static bool isRecorded(const Disk& disk) {
+        const auto holds = [&](const char* folder) {
+            if (!disk.has(folder)) return false;
+            // What was not written to its end begins with a dot.
+            return std::ranges::any_of(std::filesystem::directory_iterator(disk.path(folder)), [](const auto& file) {
+                return !file.path().filename().string().starts_with('.');
+            });
+        };
+        return holds("data/ordovan/runs") || holds("data/ordovan/journals");
+    }
+};
+
+TEST_P(VolumesThatBreak, InTheMiddleOfARunLoseNothing) {
+    const Case& on = GetParam().on;
+    const std::string proof = "an error makes a volume read-only: " + brokenName(GetParam());
+    if (const std::string why = LoopVolume::missing({"mkfs.ext4"}); !why.empty()) {
+        tellSkipped(proof, why);
+        GTEST_SKIP() << "NOT TESTED: " << why;
+    }
+    Rig rig(on);
+    std::size_t points = 0;
+    bool isBroken = true;
+    for (std::size_t number = rounds(3, 1); isBroken; number += rounds(12, 1)) {
+        SCOPED_TRACE("before call " + std::to_string(number));
+        const std::unique_ptr<Scene> scene = rig.nextScene();
+        const bool wasRecorded = isRecorded(scene->disk);
+        SystemCalls::watch(
+            {.below = scene->disk.path(""), .at = number, .before = [&] { rig.breakDown(GetParam().isSecond); }});
+        scene->act();
+        SystemCalls::ignore();
+        isBroken = SystemCalls::happened() > 0;
+        scene->expectNothingLost("as long as the volume is broken");
+        rig.startAgain(*scene);
+        // A run that could have no record is as safe for each file, and can not be taken back in another program.
+        const bool canBeTakenBack = wasRecorded || isRecorded(scene->disk) || !areRecordsBroken();
+        if (canBeTakenBack) scene->expectOrder();
+        if (!canBeTakenBack) scene->expectEachFileOnce("without a record");
+        if (isBroken) ++points;
+        if (HasFailure()) return;
+    }
+    EXPECT_GT(points, 0U);
+    tell(proof, points, "points at which one volume of two turns read-only");
+}
+
 /// Each copy is on the disk when it can not get its name, and is taken away again.
 TEST(PowerCut, BringsNoCopyBackThatARunHadTakenAway) {
     if (const std::string why = LoopVolume::missing({"mkfs.ext4"}); !why.empty()) GTEST_SKIP() << "NOT TESTED: " << why;
@@ -249,14 +321,25 @@ std::vector<Case> casesOfTwice() {
     return cases();
 }
 
-std::string caseName(const ::testing::TestParamInfo<Case>& of) {
-    std::string name = nameOf(of.param).substr(std::string_view("power cut on ").size());
+std::vector<BrokenCase> brokenCases() {
+    return {{{organizing, "ext4", "ext4", output}, false}, {{undoing, "ext4", "ext4", output}, false},
+            {{organizing, "ext4", "ext4", output}, true},  {{trashing, "ext4", "ext4", records}, false},
+            {{organizing, "ext4", "ext4", records}, true}, {{trashing, "ext4", "ext4", records}, true},
+            {{restoring, "ext4", "ext4", records}, true}};
+}
+
+std::string plain(std::string name) {
     std::erase_if(name, [](char c) { return c == ':' || c == ','; });
     std::ranges::replace(name, ' ', '_');
     return name;
 }
+std::string caseName(const ::testing::TestParamInfo<Case>& of) {
+    return plain(nameOf(of.param).substr(std::string_view("power cut on ").size()));
+}
 
 INSTANTIATE_TEST_SUITE_P(Of, PowerCuts, ::testing::ValuesIn(cases()), caseName);
 INSTANTIATE_TEST_SUITE_P(Of, PowerCutsTwice, ::testing::ValuesIn(casesOfTwice()), caseName);
+INSTANTIATE_TEST_SUITE_P(Of, VolumesThatBreak, ::testing::ValuesIn(brokenCases()),
+                         [](const auto& of) { return plain(brokenName(of.param)); });
 
 }  // namespace
