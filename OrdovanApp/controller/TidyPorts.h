@@ -41,7 +41,8 @@ struct RecordingPorts {
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo = {};
     /// `ordovan::syncMoves`, or a stand-in; empty: nothing is flushed.
     std::function<void(std::span<const Url> arrivals, std::span<const Url> departures)> syncMoves = {};
-    /// `ordovan::keepsInodes` and `keepsIdentities`, or stand-ins; asked once for each device of a run. Empty: all do.
+    /// `ordovan::keepsInodes` and `keepsIdentities`, or stand-ins; asked about one file of each device in a run, at
+    /// times on two threads at once. Empty: all do.
     std::function<bool(const Url& item)> keepsInodes = {};
     std::function<bool(const Url& item)> keepsIdentities = {};
 };
