@@ -217,7 +217,10 @@ OrdovanResult<void> RecordedFileSystem::removePublished(const Url& copy) {
 void RecordedFileSystem::endCopying() {
     if (copying_ && copying_->stage != Copying::Stage::settled) {
         const Url original = Url::file(intent_.items[copying_->item].source);
-        if (!copyStands() || !isGone(original, copying_->was.identity, *this)) leavesSomething_ = true;
+        // Not asked of this object, which would take that file for the one in work from then on.
+        const bool wentAway =
+            copying_->stage != Copying::Stage::hidden && copyStands() && isGone(original, copying_->was.identity, fs_);
+        if (!wentAway) leavesSomething_ = true;
     }
     copying_.reset();
 }

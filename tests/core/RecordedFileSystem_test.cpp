@@ -57,6 +57,34 @@ TEST_F(RecordedFileSystemTest, NotesACopyOnDiskBeforeItIsBegun) {
     EXPECT_THAT(events, ElementsAre("append", "sync", "copy", "move", "move", "remove", "append"));
 }
 
+TEST_F(RecordedFileSystemTest, NotesACopyThoughTheFileBeforeItLeftSomethingAndIsOutOfSightForAMoment) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a = one", "b = two"});
+    intend("/r/a", "/r/ordovan+/a");
+    intend("/r/b", "/r/ordovan+/b");
+    fs();
+    // The original gets no hidden name, and its copy none to be removed by.
+    disk.failCall(Operation::move, 2, EIO, FaultyFileSystem::Moment::beforeEffect, FaultyFileSystem::Lasting::forGood);
+    bool isTurnOfB = false;
+    const auto isLookAtA = [&](const FaultyFileSystem::Call& call) {
+        return isTurnOfB && call.operation == Operation::isRegularFile && call.url == Url::file("/r/a");
+    };
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (isLookAtA(call)) static_cast<void>(memory.move(Url::file("/r/a"), Url::file("/r/away")));
+    });
+    disk.setAfterCall([&](const FaultyFileSystem::Call& call) {
+        if (isLookAtA(call)) static_cast<void>(memory.move(Url::file("/r/away"), Url::file("/r/a")));
+        if (call.operation == Operation::contentHash && call.url == Url::file("/r/b")) isTurnOfB = true;
+    });
+    EXPECT_EQ(organize().movedCount(), 0U);
+    EXPECT_TRUE(recorded->leavesSomething());
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(2));
+    EXPECT_EQ(noted[1].item, 1U);
+    EXPECT_EQ(noted[1].contentHash, digestOf("two"));
+    EXPECT_TRUE(OrdovanPartialName::isPartial(noted[1].path));
+}
+
 /// A port that says when it is about to move in steps.
 class Stepwise final : public ordovan::StepwiseMoves {
 public:
