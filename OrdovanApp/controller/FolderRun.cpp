@@ -52,6 +52,20 @@ std::vector<OrdovanRunItem*> folderByFolder(std::vector<OrdovanRunItem>& items) 
     return result;
 }
 
+/// The device in what identifies a file.
+std::string_view deviceOf(std::string_view identity) {
+    return identity.substr(0, identity.find(':'));
+}
+
+/// The device on which a folder is, or would be. Empty where that can not be told.
+std::string deviceAt(const Url& folder, const ordovan::FactsFunction& factsOf) {
+    for (std::string_view path = folder.path();; path = ordovan::parentPath(path)) {
+        const auto facts = factsOf(Url::file(path));
+        if (facts) return std::string(deviceOf(facts->identity));
+        if (!ordovan::isAbsent(facts.error()) || path.size() <= 1) return {};
+    }
+}
+
 /// Finds out how files stand before a run moves them. Used by one thread.
 class Look {
 public:
@@ -69,8 +83,7 @@ public:
         item.byteSize = facts->byteSize;
         item.modifiedNs = facts->modifiedNs;
         if (!isAnotherName(*facts, Url::file(item.destination))) item.names = facts->names;
-        const std::string_view identity = facts->identity;
-        const std::string_view device = identity.substr(0, identity.find(':'));
+        const std::string_view device = deviceOf(facts->identity);
         if (device != device_) {
             device_ = device;
             keepsInodes_ = !ports_.keepsInodes || ports_.keepsInodes(source);
@@ -100,6 +113,12 @@ bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     if (ordovan::isInTrash(file.path())) return true;
     const ordovan::Boundary boundary(root);
     return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);
+}
+
+std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {
+    std::vector<std::string> found = {deviceAt(run.root, factsOf)};
+    for (const Url& folder : run.outputRoots) found.push_back(deviceAt(folder, factsOf));
+    return found;
 }
 
 Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch)
@@ -159,6 +178,7 @@ void Record::lookAtAll() {
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
     if (!isKept_) return fs;
     lookAtAll();
+    devices_ = devicesOf(intent_, ports_.recording.facts);
     if (auto begun = ports_.recording.runRecords->begin(intent_)) {
         place_ = begun->place;
         notes_ = std::move(begun->notes);
@@ -170,7 +190,8 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
 
 void Record::endNotes() {
     if (recorded_) {
-        syncMoves();
+        // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
+        isOnDisk_ = syncMoves() && devicesOf(intent_, ports_.recording.facts) == devices_;
         leavesSomething_ = recorded_->leavesSomething();
     }
     recorded_.reset();
@@ -178,8 +199,8 @@ void Record::endNotes() {
 
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
 /// every file system keeps the order.
-void Record::syncMoves() const {
-    if (!ports_.recording.syncMoves) return;
+bool Record::syncMoves() const {
+    if (!ports_.recording.syncMoves) return true;
     std::vector<Url> arrivals, departures;
     arrivals.reserve(intent_.items.size());
     departures.reserve(intent_.items.size());
@@ -192,7 +213,7 @@ void Record::syncMoves() const {
         }
     }
     if (recorded_) addTrashPlaces(arrivals);
-    ports_.recording.syncMoves(arrivals, departures);
+    return ports_.recording.syncMoves(arrivals, departures);
 }
 
 /// Of the info files one for each Trash, which stands for its folder.
@@ -207,7 +228,8 @@ void Record::addTrashPlaces(std::vector<Url>& arrivals) const {
 }
 
 bool Record::remove() {
-    return !place_ || leavesSomething_ || ports_.recording.runRecords->remove(intent_.root, *place_);
+    if (!place_ || leavesSomething_) return true;
+    return isOnDisk_ && ports_.recording.runRecords->remove(intent_.root, *place_);
 }
 
 }  // namespace FolderRun

@@ -22,6 +22,10 @@ namespace FolderRun {
 /// Trash. A record may name others; the run refuses those, and nothing is to open them before it does.
 [[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
 
+/// The devices on which a run's folder and its output folders are, or would be; empty texts where that can not be told.
+/// `factsOf` as `RecordingPorts::facts`.
+[[nodiscard]] std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
+
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that
 /// is known. Used by the run's one thread.
 class FileSystem {
@@ -81,10 +85,15 @@ public:
     /// Stores the record. The file system through which the run is to work from now on: `fs`, kept to what was added.
     /// `disk` is what of that moves in steps; null where nothing does.
     OrdovanFileSystem& begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk);
-    /// To be called when the run is over and before what it did is stored: nothing more is noted.
+    /// To be called when the run is over and before what it did is stored: nothing more is noted, and what was moved is
+    /// put on the disk.
     void endNotes();
+    /// Once the notes have ended, whether that is certain. Not where a volume could not flush, or where another one, or
+    /// none, has taken its place meanwhile: what was moved may be back when it is mounted anew.
+    [[nodiscard]] bool isOnDisk() const { return isOnDisk_; }
     /// Removes the record, which is not needed any more; but where the run has left something that is to be put right
-    /// (`RecordedFileSystem::leavesSomething`) it stays for the next preview. False when it could not be removed.
+    /// (`RecordedFileSystem::leavesSomething`) it stays for the next preview. False when it could not be removed, or
+    /// has to stay because what the run did may not last (`isOnDisk`).
     bool remove();
 
     /// The run's.
@@ -92,7 +101,7 @@ public:
     [[nodiscard]] bool isStored() const { return place_.has_value(); }
 
 private:
-    void syncMoves() const;
+    [[nodiscard]] bool syncMoves() const;
     void addTrashPlaces(std::vector<Url>& arrivals) const;
 
     const TidyPorts& ports_;
@@ -100,7 +109,9 @@ private:
     std::optional<std::size_t> place_;  // where the record is stored
     bool areLookedAt_ = false;
     bool leavesSomething_ = false;
+    bool isOnDisk_ = true;
     OrdovanRunIntent intent_;
+    std::vector<std::string> devices_;          // of the run's folder and its output folders, as the run found them
     std::string below_;                         // what the paths in the run's folder begin with
     std::unique_ptr<ordovan::RunNotes> notes_;  // until the end of this: others know by it that the run goes on
     std::optional<ordovan::RecordedFileSystem> recorded_;

@@ -170,8 +170,9 @@ RunResult RunFlow::undo(const TidyPorts& ports, RunInputs inputs, const OrdovanJ
         const RecordsInMemory& memory = inputs.memory;
         FolderRun::Record record(ports, Kind::undo, inputs.root, inputs.nowEpoch);
         result.report = std::make_shared<const OrdovanExecutionReport>(undoBatches(ports, inputs, entries, record));
-        result.record = ports.journals.removeRestored(inputs.root, restoredDestinations(*result.report), memory.journal,
-                                                      memory.unsavedJournal, inputs.nowEpoch, ports.fileSystem);
+        result.record =
+            ports.journals.removeRestored(inputs.root, restoredDestinations(*result.report), memory.journal,
+                                          memory.unsavedJournal, inputs.nowEpoch, ports.fileSystem, record.isOnDisk());
         finish(ports, inputs, Kind::undo, record, result);
         return result;
     });

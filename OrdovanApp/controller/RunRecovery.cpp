@@ -51,7 +51,7 @@ std::unordered_set<std::string_view> viewsOf(const std::vector<std::string>& tex
 
 /// Stores what a journal has to say about the run.
 ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run,
-                                          OrdovanReconciliation& found, const RecordsInMemory& memory,
+                                          OrdovanReconciliation& found, bool isOnDisk, const RecordsInMemory& memory,
                                           double nowEpoch) {
     if (run.intent.kind == Kind::organize) {
         RunRecovery::dropPassingIdentities(ports, found.journal);
@@ -61,13 +61,14 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
     std::ranges::transform(found.restored, vacated.begin(), [](const std::string& path) { return Url::file(path); });
     for (const Url& outputRoot : run.intent.outputRoots) ports.removeEmptyFolders(vacated, outputRoot);
     return ports.journals.removeRestored(root, viewsOf(found.restored), memory.journal, memory.unsavedJournal, nowEpoch,
-                                         ports.fileSystem);
+                                         ports.fileSystem, isOnDisk);
 }
 
 /// Puts what the run has moved, what was moved back and what was taken away on the disk, before a record says so and
-/// the run's own is removed: else a copy that only this one tells of might be there again.
-void syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const OrdovanReconciliation& found) {
-    if (!ports.recording.syncMoves) return;
+/// the run's own is removed: else a copy that only this one tells of might be there again. False where that is not
+/// certain.
+bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const OrdovanReconciliation& found) {
+    if (!ports.recording.syncMoves) return true;
     std::vector<Url> arrivals, departures;
     for (const OrdovanExecutionOutcome& outcome : found.run.outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) arrivals.push_back(outcome.destination);
@@ -80,15 +81,14 @@ void syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const Ord
         if (isReached(item.destination)) arrivals.push_back(Url::file(item.destination));
         if (isReached(item.source)) departures.push_back(Url::file(item.source));
     }
-    ports.recording.syncMoves(arrivals, departures);
+    return ports.recording.syncMoves(arrivals, departures);
 }
 
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
 bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run, OrdovanReconciliation& found,
-           RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
-    syncMoves(ports, run.intent, found);
+           bool isOnDisk, RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
     if (!found.journal.entries.empty() || !found.restored.empty()) {
-        result.journal = storeJournal(ports, root, run, found, memory, nowEpoch);
+        result.journal = storeJournal(ports, root, run, found, isOnDisk, memory, nowEpoch);
         memory.journal = result.journal->journal;
         memory.unsavedJournal = result.journal->unsaved;
         return !result.journal->warning;
@@ -96,8 +96,8 @@ bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& 
     if (!found.trashed.entries.empty()) {
         result.trash = ports.trashRecords.append(found.trashed, memory.trash, nowEpoch);
     } else if (!found.putBack.empty()) {
-        result.trash =
-            ports.trashRecords.removePutBack(viewsOf(found.putBack), memory.trash, nowEpoch, ports.fileSystem);
+        result.trash = ports.trashRecords.removePutBack(viewsOf(found.putBack), memory.trash, nowEpoch,
+                                                        ports.fileSystem, isOnDisk);
     }
     if (result.trash) memory.trash = result.trash->known;
     return !result.trash || !result.trash->warning;
@@ -133,10 +133,15 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     const bool isOwn = std::ranges::find(memory.ownRuns, run.intent.id) != memory.ownRuns.end();
     if (isOwn && occasion == RunRecovery::Occasion::preview) return std::nullopt;
 
+    const std::vector<std::string> devices = FolderRun::devicesOf(run.intent, ports.recording.facts);
     OrdovanReconciliation found = reconciled(ports, run, control);
     if (found.isStopped || found.isElsewhere) return std::nullopt;
     RecoveredRun result;
-    const bool isStored = store(ports, root, run, found, memory, nowEpoch, result) && found.isComplete;
+    // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
+    const bool isOnDisk =
+        syncMoves(ports, run.intent, found) && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
+    const bool isStored =
+        store(ports, root, run, found, isOnDisk, memory, nowEpoch, result) && isOnDisk && found.isComplete;
     // A run of this program is in the history, or in memory until it can be.
     if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
     if (!isOwn && isStored) addToHistory(ports, found.historyRecord(run.intent), memory, nowEpoch, result);

@@ -128,19 +128,22 @@ TidyPorts SystemEnvironment::ports() {
         .recentFolders = state_->recentFolders,
         .settings = state_->settings,
         .rules = state_->rules,
-        .recording =
-            {.runRecords = &state_->runRecords,
-             .facts = ordovan::factsOf,
-             .makeFacts = ordovan::factsOfMany,
-             .findInTrash = ordovan::findInTrash,
-             .removeTrashInfo = ordovan::removeTrashInfo,
-             .forgetTrashInfo = [](const Url& item,
-                                   const Url& putBackTo) { ordovan::forgetTrashInfo(item.path(), putBackTo.path()); },
-             .syncMoves = [records = std::string(state_->locations.trashRecord().deletingLastPathComponent().path())](
-                              std::span<const Url> arrivals,
-                              std::span<const Url> departures) { ordovan::syncMoves(arrivals, departures, records); },
-             .keepsInodes = ordovan::keepsInodes,
-             .keepsIdentities = ordovan::keepsIdentities}};
+        .recording = {.runRecords = &state_->runRecords,
+                      .facts = ordovan::factsOf,
+                      .makeFacts = ordovan::factsOfMany,
+                      .findInTrash = ordovan::findInTrash,
+                      .removeTrashInfo = ordovan::removeTrashInfo,
+                      .forgetTrashInfo =
+                          [](const Url& item, const Url& putBackTo) {
+                              ordovan::forgetTrashInfo(item.path(), putBackTo.path());
+                          },
+                      .syncMoves =
+                          [records = std::string(state_->locations.trashRecord().deletingLastPathComponent().path())](
+                              std::span<const Url> arrivals, std::span<const Url> departures) {
+                              return ordovan::syncMoves(arrivals, departures, records);
+                          },
+                      .keepsInodes = ordovan::keepsInodes,
+                      .keepsIdentities = ordovan::keepsIdentities}};
 }
 
 void SystemEnvironment::storeInBackground() {

@@ -39,8 +39,8 @@ struct RecordingPorts {
     std::function<OrdovanResult<std::vector<ordovan::TrashedFile>>(std::span<const Url> originals)> findInTrash = {};
     std::function<OrdovanResult<void>(const ordovan::TrashedFile& orphan)> removeTrashInfo = {};
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo = {};
-    /// `ordovan::syncMoves`, or a stand-in; empty: nothing is flushed.
-    std::function<void(std::span<const Url> arrivals, std::span<const Url> departures)> syncMoves = {};
+    /// `ordovan::syncMoves`, or a stand-in; empty: nothing is flushed, and all counts as if it had been.
+    std::function<bool(std::span<const Url> arrivals, std::span<const Url> departures)> syncMoves = {};
     /// `ordovan::keepsInodes` and `keepsIdentities`, or stand-ins; asked about one file of each device in a run, at
     /// times on two threads at once. Empty: all do.
     std::function<bool(const Url& item)> keepsInodes = {};

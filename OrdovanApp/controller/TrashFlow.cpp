@@ -219,8 +219,9 @@ TrashResult TrashFlow::restore(const TidyPorts& ports, TrashInputs inputs, const
             result.report = std::make_shared<const OrdovanTrashReport>(
                 OrdovanDuplicateTrasher::restore(entries, inputs.root, run.fs(), run.control()));
         }
-        result.record = ports.trashRecords.removePutBack(placesPutBack(entries, result.report->record),
-                                                         inputs.memory.trash, inputs.nowEpoch, ports.fileSystem);
+        result.record =
+            ports.trashRecords.removePutBack(placesPutBack(entries, result.report->record), inputs.memory.trash,
+                                             inputs.nowEpoch, ports.fileSystem, record.isOnDisk());
         finish(ports, inputs, kind, record, result);
         return result;
     });

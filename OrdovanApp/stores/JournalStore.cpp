@@ -135,9 +135,9 @@ JournalStore::Saved JournalStore::appended(const OrdovanResult<HeldLock>& lock, 
 
 JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::unordered_set<std::string_view>& restored,
                                                  const Journal& known, const Journal& unsaved, double nowEpoch,
-                                                 OrdovanFileSystem& fs) const {
+                                                 OrdovanFileSystem& fs, bool isOnDisk) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
-    Saved saved = withoutRestored(lock, root, restored, known, unsaved, nowEpoch, fs);
+    Saved saved = withoutRestored(lock, root, restored, known, unsaved, nowEpoch, fs, isOnDisk);
     saved.revision = ++revision_;
     return saved;
 }
@@ -145,7 +145,7 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
 JournalStore::Saved JournalStore::withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
                                                   const std::unordered_set<std::string_view>& restored,
                                                   const Journal& known, const Journal& unsaved, double nowEpoch,
-                                                  OrdovanFileSystem& fs) const {
+                                                  OrdovanFileSystem& fs, bool isOnDisk) const {
     const Url file = locations_.journal(root);
     const Stored stored = readDocument(file);
     const auto isLeft = [&](const OrdovanJournalEntry& entry) { return !restored.contains(entry.destination()); };
@@ -161,7 +161,7 @@ JournalStore::Saved JournalStore::withoutRestored(const OrdovanResult<HeldLock>&
     });
     const Journal remaining = joined(storedLeft, memoryLeft);
     Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
-    if (isHeldElsewhere(lock)) return failure;
+    if (!isOnDisk || isHeldElsewhere(lock)) return failure;
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
     const bool fits = !remaining || remaining->entries.size() <= maxEntries_;

@@ -74,9 +74,12 @@ public:
     /// the document holds beyond `known` stays. What only memory holds stays as well, unless another process has
     /// plainly dealt with it: taken from the document, and nothing lies at its destination any more. The entries are
     /// taken out of what older versions left inside the folder as well, where that could not be moved before.
+    ///
+    /// `isOnDisk`: whether it is certain that what was put back is there after a restart. Where it is not, the document
+    /// stays as it is, as if it could not be written.
     [[nodiscard]] Saved removeRestored(const Url& root, const std::unordered_set<std::string_view>& restored,
                                        const Journal& known, const Journal& unsaved, double nowEpoch,
-                                       OrdovanFileSystem& fs) const;
+                                       OrdovanFileSystem& fs, bool isOnDisk = true) const;
 
     /// Whether records could be saved now: a small file is written to the folder of the journals and to that of the
     /// other records (which are made), flushed and removed again. No lock is taken.
@@ -92,7 +95,8 @@ private:
                                  const Journal& known, const Journal& unsaved, double nowEpoch) const;
     [[nodiscard]] Saved withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
                                         const std::unordered_set<std::string_view>& restored, const Journal& known,
-                                        const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs) const;
+                                        const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs,
+                                        bool isOnDisk) const;
     [[nodiscard]] std::vector<Older> readOlder(const Url& root, OrdovanFileSystem& fs) const;
     [[nodiscard]] bool takeOutOfOlder(const Url& root, const std::unordered_set<std::string_view>& restored,
                                       OrdovanFileSystem& fs) const;

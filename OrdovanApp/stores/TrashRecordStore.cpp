@@ -99,18 +99,18 @@ TrashRecordStore::Saved TrashRecordStore::appended(const OrdovanResult<HeldLock>
 }
 
 TrashRecordStore::Saved TrashRecordStore::removePutBack(const std::unordered_set<std::string_view>& putBack,
-                                                        const Known& known, double nowEpoch,
-                                                        OrdovanFileSystem& fs) const {
+                                                        const Known& known, double nowEpoch, OrdovanFileSystem& fs,
+                                                        bool isOnDisk) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
-    Saved saved = withoutPutBack(lock, putBack, known, nowEpoch, fs);
+    Saved saved = withoutPutBack(lock, putBack, known, nowEpoch, fs, isOnDisk);
     saved.known.revision = ++revision_;
     return saved;
 }
 
 TrashRecordStore::Saved TrashRecordStore::withoutPutBack(const OrdovanResult<HeldLock>& lock,
                                                          const std::unordered_set<std::string_view>& putBack,
-                                                         const Known& known, double nowEpoch,
-                                                         OrdovanFileSystem& fs) const {
+                                                         const Known& known, double nowEpoch, OrdovanFileSystem& fs,
+                                                         bool isOnDisk) const {
     const Stored stored = read();
     const bool readable = stored.state != Stored::State::unreadable;
     const auto isLeft = [&](const OrdovanTrashEntry& entry) { return !putBack.contains(entry.trashed()); };
@@ -126,7 +126,7 @@ TrashRecordStore::Saved TrashRecordStore::withoutPutBack(const OrdovanResult<Hel
     });
     const Record remaining = joined(storedLeft, memoryLeft);
     const Saved failure = {.known = {remaining, memoryLeft}, .warning = notUpdated};
-    if (isHeldElsewhere(lock)) return failure;
+    if (!isOnDisk || isHeldElsewhere(lock)) return failure;
     if (!readable && !setAside(nowEpoch)) return failure;
     const bool fits = remaining->entries.size() <= maxEntries_;
     if (!write(fits ? *remaining : *storedLeft) || !fits) return failure;

@@ -30,6 +30,11 @@ bool isOrdered(unsigned long type) {
     return type == EXT4_SUPER_MAGIC || type == XFS_SUPER_MAGIC || type == BTRFS_SUPER_MAGIC || type == F2FS_SUPER_MAGIC;
 }
 
+/// Whether a flush did all that there is to do: some file systems know none (fsync(2)).
+bool isFlushed(int result) {
+    return result == 0 || errno == EINVAL || errno == ENOTSUP || errno == ENOSYS;
+}
+
 bool isFolder(const char* path) {
     struct ::stat facts;
     return ::stat(path, &facts) == 0 && S_ISDIR(facts.st_mode);
@@ -49,12 +54,15 @@ public:
         struct ::stat facts;
         struct ::statfs volume;
         isThere_ = folder && ::fstat(folder.get(), &facts) == 0 && ::fstatfs(folder.get(), &volume) == 0;
+        isBroken_ = !isThere_ && !isOutOfReach(errno);
         if (!isThere_) return;
         device_ = facts.st_dev;
         type_ = typeOf(volume);
     }
 
     [[nodiscard]] bool isThere() const { return isThere_; }
+    /// Whether it could not even be asked for, so that nothing is known of its volume.
+    [[nodiscard]] bool isBroken() const { return isBroken_; }
     [[nodiscard]] ::dev_t device() const { return device_; }
     /// Whether a rename reaches the disk whole or not at all, with either folder.
     [[nodiscard]] bool renamesAtOnce() const { return isOrdered(type_); }
@@ -66,10 +74,23 @@ public:
     [[nodiscard]] bool wantsWholeVolume(bool areMany) const {
         return type_ == BTRFS_SUPER_MAGIC || (areMany && type_ != FUSE_SUPER_MAGIC);
     }
-    void flush() const { static_cast<void>(::fsync(opened().get())); }
-    void flushVolume() const { static_cast<void>(::syncfs(opened().get())); }
+    /// These say whether what was changed is on the disk now.
+    [[nodiscard]] bool flush() const {
+        const Descriptor folder = opened();
+        return folder ? isFlushed(::fsync(folder.get())) : isOutOfReach(errno);
+    }
+    /// syncfs(2) does nothing, and says so to nobody, where an error has made the volume read-only; fsync(2) tells.
+    [[nodiscard]] bool flushVolume() const {
+        const Descriptor folder = opened();
+        if (!folder) return isOutOfReach(errno);
+        return isFlushed(::syncfs(folder.get())) && isFlushed(::fsync(folder.get()));
+    }
 
 private:
+    /// Whether a folder that can not be opened is gone, or not ours to read: then there is nothing to flush.
+    static bool isOutOfReach(int error) {
+        return error == ENOENT || error == ENOTDIR || error == ELOOP || error == EACCES;
+    }
     [[nodiscard]] Descriptor opened() const {
         const SystemPath text(Url::file(path_));
         return Descriptor::open(text.text(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
@@ -77,6 +98,7 @@ private:
 
     std::string path_;
     bool isThere_ = false;
+    bool isBroken_ = false;
     ::dev_t device_ = 0;
     unsigned long type_ = 0;
 };
@@ -116,7 +138,7 @@ int makeFolders(std::string_view path, ::mode_t mode) {
 int syncFolderOf(FolderEntry item) {
     const std::string folder(item.folder == AT_FDCWD ? parentPath(item.name) : ".");
     const Descriptor opened = Descriptor::openAt(item.folder, folder.c_str(), O_RDONLY | O_DIRECTORY);
-    if (opened) return ::fsync(opened.get()) == 0 || errno == EINVAL || errno == ENOTSUP ? 0 : errno;
+    if (opened) return isFlushed(::fsync(opened.get())) ? 0 : errno;
     if (errno != EACCES) return errno;
     const Descriptor inside = Descriptor::openAt(item.folder, item.name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     return inside && ::syncfs(inside.get()) == 0 ? 0 : errno;
@@ -127,7 +149,7 @@ bool keepsOrder(int openFolder) {
     return ::fstatfs(openFolder, &volume) == 0 && isOrdered(typeOf(volume));
 }
 
-void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, std::string_view records) {
+bool syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, std::string_view records) {
     const MovesFolder later(records);
     const auto comesLater = [&](const MovesFolder& folder) {
         return later.isThere() && later.isBroughtAlong() && folder.device() == later.device();
@@ -135,12 +157,14 @@ void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, s
     std::vector<MovesFolder> folders;
     std::unordered_set<std::string_view> known, spared;
     std::unordered_set<::dev_t> arrivedAt;
+    bool isOnDisk = true;
     std::string_view last;  // mostly that of the next one, too
     for (const Url& item : arrivals) {
         const std::string_view path = parentPath(item.path());
         if (path == last || !known.insert(path).second) continue;
         last = path;
         MovesFolder folder(path);
+        isOnDisk = isOnDisk && !folder.isBroken();
         if (!folder.isThere()) continue;
         arrivedAt.insert(folder.device());
         if (!comesLater(folder)) folders.push_back(std::move(folder));
@@ -150,6 +174,7 @@ void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, s
         if (known.contains(path) || (spared.contains(path) && !isThere(item))) continue;
         MovesFolder folder(path);
         for (std::string_view above = path; !folder.isThere() && above.size() > 1;) {
+            isOnDisk = isOnDisk && !folder.isBroken();
             folder = MovesFolder(above = parentPath(above));
         }
         // One of several volumes may be left for another one of them. What still stands may have been away meanwhile.
@@ -162,11 +187,12 @@ void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, s
     std::unordered_set<::dev_t> whole;
     for (const MovesFolder& folder : folders) {
         if (!folder.wantsWholeVolume(areMany)) {
-            folder.flush();
+            isOnDisk = folder.flush() && isOnDisk;
         } else if (whole.insert(folder.device()).second) {
-            folder.flushVolume();
+            isOnDisk = folder.flushVolume() && isOnDisk;
         }
     }
+    return isOnDisk;
 }
 
 }  // namespace ordovan

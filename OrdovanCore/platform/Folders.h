@@ -37,6 +37,11 @@ int syncFolderOf(FolderEntry item);
 ///
 /// `records` is the folder in which it is then recorded, on disk, what was moved; empty for none. On its own volume
 /// nothing is flushed where that is ext4 or XFS: their journal brings the moves to the disk with the record, or before.
-void syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {}, std::string_view records = {});
+///
+/// False where a volume says that it could not flush, or not even be asked (it has met an error and turned read-only,
+/// say): then nobody knows which of its items will be where when it is mounted anew. What is gone, what may not be
+/// read, and file systems that can not flush folders at all, count as flushed; so does what comes with the record.
+[[nodiscard]] bool syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {},
+                             std::string_view records = {});
 
 }  // namespace ordovan

@@ -27,6 +27,7 @@ TEST(RunRecovery, PutsWhatTheRunHasMovedOnTheDiskBeforeItIsRecorded) {
         for (const Url& url : arrivals) arrived.emplace_back(url.path());
         for (const Url& url : departures) left.emplace_back(url.path());
         calls.emplace_back("flush");
+        return true;
     };
     world.records.observer = world.runStorage.observer = [&](const std::string& call) {
         if (call.starts_with("write") || call.starts_with("remove")) calls.push_back(call);

@@ -37,6 +37,7 @@ TEST_F(TrashFlushes, PutTheItemsTheirInfoFilesAndTheVacatedFoldersOnTheDiskBefor
     all.recording.syncMoves = [&](std::span<const Url> to, std::span<const Url> from) {
         arrivals = paths(to);
         departures = paths(from);
+        return true;
     };
     FolderRun::Record record(all, Kind::trash, Url::file("/r"), 100);
     for (const char* file : {"/r/a", "/r/x/b", "/r/c"}) record.add(Url::file(file), {});

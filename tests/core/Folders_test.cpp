@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 #include <linux/magic.h>
+#include <sys/resource.h>
 #include <sys/vfs.h>
 
 #include <cerrno>
@@ -24,15 +25,17 @@ using ::testing::UnorderedElementsAre;
 
 namespace {
 
-/// The folders by which volumes were flushed.
+/// The folders by which volumes were flushed, and the errno with which that fails.
 std::vector<std::string> volumes;
+int volumeError = 0;
 
 }  // namespace
 
 // Takes the place of the C library's, which would wait for everything that this machine has not written yet.
 extern "C" int syncfs(int file) noexcept {
     volumes.push_back(std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file)).string());
-    return 0;
+    errno = volumeError;
+    return volumeError == 0 ? 0 : -1;
 }
 
 namespace {
@@ -56,6 +59,7 @@ protected:
         if (volume.f_type == BTRFS_SUPER_MAGIC) GTEST_SKIP() << "NOT TESTED: btrfs, where whole volumes are flushed";
         Flushes::reset();
         volumes.clear();
+        volumeError = 0;
     }
     /// Whether the temporary folder is on a volume with one journal for everything.
     [[nodiscard]] bool hasOneJournal() const {
@@ -71,26 +75,26 @@ protected:
 };
 
 TEST_F(SyncFolders, FlushesEachOfAFewFoldersOnce) {
-    syncMoves(std::vector{t.write("x/a", ""), t.write("x/b", ""), t.write("y/c", "")});
+    EXPECT_TRUE(syncMoves(std::vector{t.write("x/a", ""), t.write("x/b", ""), t.write("y/c", "")}));
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x"), t.path("y")));
     EXPECT_THAT(volumes, IsEmpty());
 }
 
 TEST_F(SyncFolders, FlushesNothingForFoldersThatAreNotThere) {
-    syncMoves(std::vector{t.url("missing/b"), t.write("x/a", ""), Url::file("")});
+    EXPECT_TRUE(syncMoves(std::vector{t.url("missing/b"), t.write("x/a", ""), Url::file("")}));
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x")));
     EXPECT_THAT(volumes, IsEmpty());
 }
 
 TEST_F(SyncFolders, FlushesTheFolderFromWhichACopyMayHaveBeenTakenAwayAgain) {
     t.makeFolder("y");
-    syncMoves(std::vector{t.write("x/a", ""), t.url("y/a")});
+    EXPECT_TRUE(syncMoves(std::vector{t.write("x/a", ""), t.url("y/a")}));
     EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x"), t.path("y")));
 }
 
 TEST_F(SyncFolders, FlushesTheFolderToWhichAnItemMayHaveComeBack) {
     if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
-    syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a"), t.write("old/b", "")});
+    EXPECT_TRUE(syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a"), t.write("old/b", "")}));
     EXPECT_EQ(Flushes::paths, (std::vector<std::string>{t.path("new"), t.path("old")}));
 }
 
@@ -99,8 +103,8 @@ TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftWhereOthersArrivedOnAnotherVol
     if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
     const SecondVolume other(1 << 20);
     t.makeFolder("old");
-    syncMoves(std::vector{t.write("new/a", ""), other.root().write("new/b", "")},
-              std::vector{t.url("old/a"), t.url("old/b")});
+    EXPECT_TRUE(syncMoves(std::vector{t.write("new/a", ""), other.root().write("new/b", "")},
+                          std::vector{t.url("old/a"), t.url("old/b")}));
     EXPECT_EQ(Flushes::paths, (std::vector<std::string>{t.path("new"), other.root().path("new"), t.path("old")}));
 }
 
@@ -109,8 +113,8 @@ TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftForAnotherVolume) {
     const SecondVolume other(1 << 20);
     other.root().write("new/a", "");
     t.makeFolder("old");
-    syncMoves(std::vector{other.root().url("new/a")},
-              std::vector{t.url("old/a"), t.url("old/b"), t.url("gone/since/c")});
+    EXPECT_TRUE(syncMoves(std::vector{other.root().url("new/a")},
+                          std::vector{t.url("old/a"), t.url("old/b"), t.url("gone/since/c")}));
     EXPECT_EQ(Flushes::paths, (std::vector<std::string>{other.root().path("new"), t.path("old"), t.path()}));
 }
 
@@ -119,23 +123,23 @@ TEST_F(SyncFolders, FlushesTheFoldersThatItemsLeftWhereARenameIsMoreThanOneChang
     const SecondVolume other(1 << 20);  // in memory, which keeps no journal
     other.root().write("new/a", "");
     other.root().makeFolder("old");
-    syncMoves(std::vector{other.root().url("new/a")}, std::vector{other.root().url("old/a")});
+    EXPECT_TRUE(syncMoves(std::vector{other.root().url("new/a")}, std::vector{other.root().url("old/a")}));
     EXPECT_EQ(Flushes::paths, (std::vector<std::string>{other.root().path("new"), other.root().path("old")}));
 }
 
 TEST_F(SyncFolders, SparesTheFoldersThatItemsLeftWhereARenameIsOneChange) {
     if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
     t.makeFolder("old");
-    syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a")});
+    EXPECT_TRUE(syncMoves(std::vector{t.write("new/a", "")}, std::vector{t.url("old/a")}));
     EXPECT_EQ(Flushes::paths, std::vector<std::string>{t.path("new")});
 }
 
 TEST_F(SyncFolders, SparesTheVolumeWhoseJournalBringsTheMovesToTheDiskWithTheRecord) {
     if (!hasOneJournal()) GTEST_SKIP() << "NOT TESTED: wants ext4 or xfs";
     t.makeFolder("records");
-    syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("records"));
+    EXPECT_TRUE(syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("records")));
     EXPECT_THAT(Flushes::paths, IsEmpty());
-    syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("missing"));
+    EXPECT_TRUE(syncMoves(std::vector{t.write("new/a", "")}, {}, t.path("missing")));
     EXPECT_EQ(Flushes::paths, std::vector<std::string>{t.path("new")});
 }
 
@@ -146,7 +150,7 @@ TEST_F(SyncFolders, FlushesAVolumeThatIsNotTheRecords) {
     t.write("new/a", "");
     for (const std::string& records : {t.path(), other.path()}) {
         Flushes::reset();
-        syncMoves(std::vector{t.url("new/a"), other.root().url("new/a")}, {}, records);
+        EXPECT_TRUE(syncMoves(std::vector{t.url("new/a"), other.root().url("new/a")}, {}, records));
         EXPECT_THAT(Flushes::paths, ::testing::Contains(other.root().path("new"))) << records;
     }
     EXPECT_THAT(Flushes::paths, ::testing::Contains(t.path("new")));
@@ -155,14 +159,14 @@ TEST_F(SyncFolders, FlushesAVolumeThatIsNotTheRecords) {
 TEST_F(SyncFolders, FlushesTheVolumeOnceForManyFolders) {
     std::vector<Url> items;
     fill(t, 32, items);
-    syncMoves(items);
+    EXPECT_TRUE(syncMoves(items));
     EXPECT_THAT(Flushes::paths, SizeIs(32));
     EXPECT_THAT(volumes, IsEmpty());
     items.push_back(t.write("one more/a", ""));
     Flushes::reset();
-    syncMoves(items);
-    EXPECT_THAT(Flushes::paths, IsEmpty());
+    EXPECT_TRUE(syncMoves(items));
     EXPECT_THAT(volumes, SizeIs(1));
+    EXPECT_EQ(Flushes::paths, volumes) << "it is asked whether that was possible";
 }
 
 TEST_F(SyncFolders, FlushesEachVolumeOfManyFolders) {
@@ -171,10 +175,56 @@ TEST_F(SyncFolders, FlushesEachVolumeOfManyFolders) {
     std::vector<Url> items;
     fill(t, 20, items);
     fill(other.root(), 20, items);
-    syncMoves(items);
-    EXPECT_THAT(Flushes::paths, IsEmpty());
+    EXPECT_TRUE(syncMoves(items));
     ASSERT_THAT(volumes, SizeIs(2));
+    EXPECT_EQ(Flushes::paths, volumes);
     EXPECT_NE(volumes[0].starts_with(other.path()), volumes[1].starts_with(other.path()));
+}
+
+TEST_F(SyncFolders, TellsThatOneOfThemCouldNotBeFlushedAndFlushesTheOthers) {
+    const std::vector items{t.write("x/a", ""), t.write("y/a", ""), t.write("z/a", "")};
+    for (const int error : {EIO, EROFS, ENOSPC, EDQUOT}) {
+        Flushes::reset();
+        Flushes::failing = [&](const std::string& path) { return path == t.path("y") ? error : 0; };
+        EXPECT_FALSE(syncMoves(items)) << error;
+        EXPECT_THAT(Flushes::paths, UnorderedElementsAre(t.path("x"), t.path("y"), t.path("z")));
+    }
+}
+
+TEST_F(SyncFolders, CountsFoldersThatNothingCanFlushAsFlushed) {
+    const std::vector items{t.write("x/a", "")};
+    for (const int error : {EINVAL, ENOTSUP, ENOSYS}) {
+        Flushes::failing = [&](const std::string&) { return error; };
+        EXPECT_TRUE(syncMoves(items)) << error;
+    }
+}
+
+TEST_F(SyncFolders, TellsThatAVolumeCouldNotBeFlushed) {
+    std::vector<Url> items;
+    fill(t, 40, items);
+    volumeError = EIO;
+    EXPECT_FALSE(syncMoves(items));
+    // Where an error has made the volume read-only, its flush is said to have gone well.
+    volumeError = 0;
+    Flushes::failing = [](const std::string&) { return EROFS; };
+    EXPECT_FALSE(syncMoves(items));
+    volumeError = ENOSYS;
+    Flushes::failing = nullptr;
+    EXPECT_TRUE(syncMoves(items));
+}
+
+TEST_F(SyncFolders, TellsThatOneOfThemCouldNotBeLookedAt) {
+    const std::vector here{t.write("x/a", "")}, gone{t.url("missing/a")};
+    ::rlimit files{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &files), 0);
+    const ::rlimit none{.rlim_cur = 0, .rlim_max = files.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const bool arrived = syncMoves(here), left = syncMoves({}, here), neither = syncMoves(gone, gone);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &files), 0);
+    EXPECT_FALSE(arrived);
+    EXPECT_FALSE(left);
+    EXPECT_FALSE(neither) << "nobody knows that it is gone";
+    EXPECT_TRUE(syncMoves(gone, gone));
 }
 
 }  // namespace

@@ -85,15 +85,18 @@ public:
     RecordingPorts recording() {
         const ReconcilePorts stand = reconcilePorts(memory, fs);
         return {.runRecords = recordsRuns ? &runRecords : nullptr,
-                .facts = stand.facts,
+                .facts = facts ? facts : stand.facts,
                 .findInTrash = stand.findInTrash,
                 .removeTrashInfo = stand.removeTrashInfo,
                 .forgetTrashInfo = stand.forgetTrashInfo,
+                .syncMoves = syncMoves,
                 .keepsInodes = keepsInodes,
                 .keepsIdentities = keepsIdentities};
     }
 
     bool recordsRuns = true;
+    FactsFunction facts;  ///< empty: those of the files in memory
+    decltype(RecordingPorts::syncMoves) syncMoves;
     std::function<bool(const Url&)> keepsInodes;
     std::function<bool(const Url&)> keepsIdentities;
 
