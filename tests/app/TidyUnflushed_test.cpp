@@ -207,6 +207,23 @@ TEST(TidyUnflushed, ARestoreThatIsPutInOrderKeepsItsRecordsUntilThatIsOnTheDisk)
     EXPECT_FALSE(world.hasRunRecord());
 }
 
+TEST(TidyUnflushed, WhatWasOrganizedAndPutInOrderKeepsItsRunRecordUntilThatIsOnTheDisk) {
+    World world;
+    world.organizeUpToMove(3);
+    world.isFlushed = false;
+    for (int times = 0; times < 2; ++times) {
+        world.start();
+        EXPECT_EQ(world.model->journalWarning(), std::nullopt);
+        EXPECT_THAT(world.storedJournal()->entries, SizeIs(2)) << "each once";
+        EXPECT_TRUE(world.hasRunRecord());
+        EXPECT_THAT(world.model->history().records, IsEmpty());
+    }
+    world.startAgain();
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(2));
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_EQ(world.runsOf(OrdovanRunRecord::Kind::organize), 1);
+}
+
 // A volume that was pulled out answers nothing, so that nothing seems to need a flush.
 
 class VolumePulledOut : public ::testing::TestWithParam<const char*> {};
