@@ -158,11 +158,30 @@ void RunFileSystem::unvouch(std::string_view path) {
 
 // Acting.
 
+/// Through which folders a path is entered: those below the root, or those of the Trash in which it lies. Null for any
+/// other path. Good until another path was asked about.
+ConfinedFolders* RunFileSystem::foldersTo(std::string_view path) {
+    if (folders_.leadsBelow(path)) return &folders_;
+    if (!trashInfoPath(path)) return nullptr;
+    if (trashes_[0] && trashes_[0]->leadsBelow(path)) return &*trashes_[0];
+    // An item may go from one to another.
+    std::swap(trashes_[0], trashes_[1]);
+    if (!trashes_[0] || !trashes_[0]->leadsBelow(path)) trashes_[0].emplace(parentPath(parentPath(path)));
+    return &*trashes_[0];
+}
+
+/// The folder of an item that is held, without a look whether its path leads to it still. Null when none is.
+const ConfinedFolders::Folder* RunFileSystem::heldFolderOf(const SystemPath& path) {
+    ConfinedFolders* const folders = hasDotDotPiece(path.view()) ? nullptr : foldersTo(path.view());
+    return folders == nullptr ? nullptr : folders->held(parentPath(path.view()));
+}
+
 /// The item as the system calls are to name it. The folder is one that its path leads to at this moment.
 RunFileSystem::Entry RunFileSystem::entryOf(const SystemPath& path) {
     if (hasDotDotPiece(path.view())) return std::unexpected(EINVAL);
-    if (!folders_.leadsBelow(path.view())) return FolderEntry(path.text());
-    const auto folder = folders_.open(parentPath(path.view()));
+    ConfinedFolders* const folders = foldersTo(path.view());
+    if (folders == nullptr) return FolderEntry(path.text());
+    const auto folder = folders->open(parentPath(path.view()));
     if (!folder) return std::unexpected(folder.error());
     return FolderEntry((*folder)->descriptor.get(), nameIn(path));
 }
@@ -182,7 +201,7 @@ RunFileSystem::Entry RunFileSystem::provenEntryOf(const SystemPath& path) {
 /// what was hashed, is proof enough that the folder held is the one that the path leads to.
 RunFileSystem::Entry RunFileSystem::sourceEntryOf(const SystemPath& path) {
     const struct ::stat* const was = vouchedFor(path.view());
-    const auto* const folder = was == nullptr ? nullptr : folders_.held(parentPath(path.view()));
+    const auto* const folder = was == nullptr ? nullptr : heldFolderOf(path);
     struct ::stat now;
     if (folder != nullptr && FolderEntry(path.text()).examine(now) && isUntouched(*was, now)) {
         return FolderEntry(folder->descriptor.get(), nameIn(path));
@@ -193,7 +212,7 @@ RunFileSystem::Entry RunFileSystem::sourceEntryOf(const SystemPath& path) {
 /// The same for the new place of an item that was hashed: where it arrives is looked at by the path, and so the folder
 /// held will do.
 RunFileSystem::Entry RunFileSystem::targetEntryOf(const SystemPath& path) {
-    const auto* const folder = hasDotDotPiece(path.view()) ? nullptr : folders_.held(parentPath(path.view()));
+    const auto* const folder = heldFolderOf(path);
     return folder == nullptr ? entryOf(path) : FolderEntry(folder->descriptor.get(), nameIn(path));
 }
 
@@ -276,7 +295,7 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
     }
     const bool isIt = fresh.examine(there) && isMoved(was, there, fresh);
     static_cast<void>(moveExclusively(fresh, old, {.hidesOldName = false}));
-    folders_.forget(parentPath(target.view()));
+    if (ConfinedFolders* const folders = foldersTo(target.view())) folders->forget(parentPath(target.view()));
     if (!isIt) return EBUSY;
     // Its folder was exchanged: by what, the next attempt to enter it tells.
     const Entry again = entryOf(target);

@@ -33,8 +33,8 @@ class SystemPath;
 /// **Confined.** What is below the root is created, moved, copied, removed, trashed and hashed by its name in an open
 /// folder, which was entered without following a link (`ConfinedFolders`): a link on the way is ELOOP and nothing
 /// changes, and one that takes a folder's name at the last instant leads nothing astray. A path with a ".." piece,
-/// whose text does not tell where it leads, is EINVAL. What is not below the root, a Trash for example, is reached by
-/// its path.
+/// whose text does not tell where it leads, is EINVAL. What lies in a Trash elsewhere is reached in the same way from
+/// the folder of that Trash on; anything else that is not below the root, by its path.
 ///
 /// **What was hashed is what is moved.** A file whose content was hashed last is compared before it is renamed, copied,
 /// removed or trashed: device, inode, size and times must be those of the file that was hashed, else EBUSY. After a
@@ -118,6 +118,8 @@ private:
     void vouchFor(std::string_view path, const struct ::stat& facts);
     void unvouch(std::string_view path);
 
+    ConfinedFolders* foldersTo(std::string_view path);
+    const ConfinedFolders::Folder* heldFolderOf(const SystemPath& path);
     Entry entryOf(const SystemPath& path);
     Entry provenEntryOf(const SystemPath& path);
     Entry sourceEntryOf(const SystemPath& path);
@@ -131,6 +133,7 @@ private:
 
     std::string root_;
     ConfinedFolders folders_;
+    std::array<std::optional<ConfinedFolders>, 2> trashes_;  // those used last, the last one first
     WriterProbe writers_;
     TrashSession session_;
     Announce announce_;

@@ -132,13 +132,18 @@ void InfoFlusher::work(const std::stop_token& stop) {
 void forgetTrashInfo(std::string_view item, std::optional<std::string_view> movedTo) {
     const auto path = trashInfoPath(item);
     if (!path || !isMissing(std::string(item))) return;
+    // What takes the folder's name meanwhile is not what the file was read in.
+    const Descriptor folder =
+        Descriptor::open(std::string(parentPath(*path)).c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW);
+    const std::string name(lastPathComponent(*path));
+    const FolderEntry entry(folder.get(), name.c_str());
     RegularFile info;
-    if (info.open(path->c_str()) != 0) return;
+    if (!folder || info.open(entry) != 0) return;
     const auto original = originalPlace(*path, textOf(info));
     if (!original) return;
     const bool isBack =
         !movedTo ? isRegularFile(*original) : *original == *movedTo || resolved(*original) == resolved(*movedTo);
-    if (isBack) ::unlink(path->c_str());
+    if (isBack) entry.unlink();
 }
 
 }  // namespace ordovan

@@ -74,7 +74,8 @@ private:
 /// at the very place that the info file tells (`originalPlace`). `movedTo` is where it was moved; without it the item
 /// was removed after being copied, and a regular file must stand at that place. In every other case nothing happens:
 /// for a path that is no such place (`trashInfoPath`), an item that is still there or may be, an info file that is a
-/// link, a folder or something else; and for a folder that only looks like a Trash, whose items are moved elsewhere.
+/// link, a folder or something else, or lies behind a link; and for a folder that only looks like a Trash, whose items
+/// are moved elsewhere.
 ///
 /// The item leaves first, so that a crash in between leaves an info file without an item, which every reader passes
 /// over, and never an item that no file manager can put back. Nothing is flushed, and a failure is not told. Any

@@ -107,6 +107,48 @@ TEST_P(RunDisk, TrashesAndPutsBackThroughTheFolderThatItHolds) {
     EXPECT_EQ(t.count("data/Trash/info"), 0u);
 }
 
+TEST_P(RunDisk, GoesThroughNoLinkInATrash) {
+    write("a", "mine");
+    const Url trashed = fs.trash(at("a")).value();
+    t.write("decoy/a", "theirs");
+    std::filesystem::rename(t.path("data/Trash/files"), t.path("data/Trash/aside"));
+    t.makeLink("data/Trash/files", t.path("decoy"));
+    EXPECT_EQ(error(fs.contentHash(trashed)), ELOOP);
+    EXPECT_EQ(error(fs.move(trashed, at("a"))), ELOOP);
+    EXPECT_EQ(error(fs.copy(trashed, at("a"))), ELOOP);
+    EXPECT_EQ(error(fs.remove(trashed)), ELOOP);
+    EXPECT_EQ(t.read("decoy/a"), "theirs");
+    EXPECT_EQ(t.read("data/Trash/aside/a"), "mine");
+}
+
+TEST_P(RunDisk, TakesFromTheTrashWhatItHashedThoughALinkTakesTheNameOfItsFolder) {
+    write("a", "mine");
+    const Url trashed = fs.trash(at("a")).value();
+    ASSERT_EQ(error(fs.contentHash(trashed)), 0);
+    t.write("decoy/a", "theirs");
+    beforeRename = [&] {
+        std::filesystem::rename(t.path("data/Trash/files"), t.path("data/Trash/aside"));
+        t.makeLink("data/Trash/files", t.path("decoy"));
+    };
+    EXPECT_EQ(error(fs.move(trashed, at("a"))), 0);
+    EXPECT_EQ(read("a"), "mine");
+    EXPECT_EQ(t.read("decoy/a"), "theirs");
+}
+
+TEST_P(RunDisk, GoesFromTrashToTrash) {
+    for (const std::string trash : {"one", "two", "three"}) t.makeFolder(trash + "/Trash/files");
+    t.write("one/Trash/files/a", "a");
+    const auto in = [&](const std::string& trash) { return t.url(trash + "/Trash/files/a"); };
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(error(fs.move(in("one"), in("two"))), 0);
+        EXPECT_EQ(error(fs.move(in("two"), in("one"))), 0);
+        EXPECT_EQ(error(fs.move(in("one"), in("three"))), 0);
+        EXPECT_EQ(error(fs.move(in("three"), in("one"))), 0);
+    }
+    EXPECT_EQ(error(fs.move(in("one"), at("a"))), 0);
+    EXPECT_EQ(read("a"), "a");
+}
+
 TEST_P(RunDisk, FindsInTheTrashWhatWentThereThoughAnotherFileTakesItsNameAtOnce) {
     write("a", "old");
     afterRename = [&] { write("a", "new"); };

@@ -99,6 +99,17 @@ TEST_F(TrashInfo, OfAnotherItemStaysWhereItTookTheNameOfOneThatWasNotTrashed) {
     EXPECT_EQ(t.read(info), "[Trash Info]\nPath=/theirs\n");
 }
 
+TEST_F(TrashInfo, StaysWhereItLiesBehindALink) {
+    SystemFileSystem fs;
+    const Url file = t.write("a", "one");
+    const auto trashed = fs.trash(file);
+    ASSERT_TRUE(trashed);
+    ASSERT_EQ(std::rename(t.path("data/Trash/info").c_str(), t.path("elsewhere").c_str()), 0);
+    t.makeLink("data/Trash/info", t.path("elsewhere"));
+    EXPECT_EQ(error(fs.move(*trashed, file)), 0);
+    EXPECT_TRUE(t.has("elsewhere/a.trashinfo"));
+}
+
 TEST_F(TrashInfo, StaysWhereAnItemCameToThePlaceOfTheOneThatIsPutBack) {
     SystemFileSystem fs;
     const Url file = t.write("a", "one");
