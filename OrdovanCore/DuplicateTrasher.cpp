@@ -86,6 +86,8 @@ std::expected<Fingerprint, Refusal> provenExtra(const Url& extra, const Keeper& 
     const auto hash = fs.contentHash(extra);
     if (!hash && ordovan::isStop(hash.error())) return skipped(OrdovanExecutor::stoppedMessage);
     if (!hash || *hash != keeper.was.contentHash) return skipped(different);
+    // What was looked at is what was hashed.
+    if (identity && fs.fileIdentity(extra) != identity) return skipped(different);
     if (!keeper.isStillThere(fs)) return skipped(different);
     return Fingerprint{*size, *hash, identity.value_or(std::string())};
 }

@@ -15,6 +15,7 @@ using Status = OrdovanExecutionStatus;
 namespace {
 
 constexpr std::string_view missing = "Missing or no longer a regular file; left untouched.";
+constexpr std::string_view changed = "The file changed since you looked at it; left untouched.";
 constexpr std::string_view unrecordable = "Couldn't read the file to record it for Put Back; left untouched.";
 
 /// Proves that an item is the file the user chose, or tells why not.
@@ -24,12 +25,12 @@ std::expected<Fingerprint, std::string_view> proven(const OrdovanFileTrasher::It
     if (!scope.holds(item.url, fs)) return std::unexpected("Outside the folder you chose; left untouched.");
     if (!fs.isRegularFile(item.url)) return std::unexpected(missing);
     const auto size = fs.fileSize(item.url);
-    if (!size || *size != item.expectedSize) {
-        return std::unexpected("The file changed since you looked at it; left untouched.");
-    }
+    if (!size || *size != item.expectedSize) return std::unexpected(changed);
     const auto identity = fs.fileIdentity(item.url);
     auto hash = fs.contentHash(item.url);
     if (!hash) return std::unexpected(ordovan::isStop(hash.error()) ? OrdovanExecutor::stoppedMessage : unrecordable);
+    // The identity before and after tells that what was looked at is what was hashed.
+    if (identity && fs.fileIdentity(item.url) != identity) return std::unexpected(changed);
     return Fingerprint{*size, std::move(*hash), identity.value_or(std::string())};
 }
 

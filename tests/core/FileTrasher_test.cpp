@@ -122,6 +122,15 @@ TEST_F(FileTrasher, AFileThatCanNotBeReadStaysEvenIfTheTrashWouldTakeIt) {
     EXPECT_THAT(memory.changes(), IsEmpty());
 }
 
+TEST_F(FileTrasher, AFileThatTookThePlaceOfTheOneLookedAtBeforeItWasHashedStays) {
+    tree({"a = content"});
+    fs.setBeforeCall([&](const auto& call) {
+        if (call.operation == Operation::contentHash) memory.replace("/r/a", "CONTENT");
+    });
+    EXPECT_EQ(fate("/r/a"), changed);
+    EXPECT_EQ(memory.read("/r/a"), "CONTENT");
+}
+
 TEST_F(FileTrasher, AFileWhoseNameIsNotUtf8StaysSinceNoRecordCouldNameIt) {
     tree({"a\xFF = content"});
     EXPECT_EQ(fate("/r/a\xFF"), unrecordable);

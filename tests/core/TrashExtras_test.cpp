@@ -183,6 +183,14 @@ TEST_F(TrashExtras, AnExtraWhoseContentChangedSinceTheScanStays) {
     EXPECT_EQ(memory.read("/r/b"), "SAME");
 }
 
+TEST_F(TrashExtras, AnExtraReplacedWhileItWasHashedStays) {
+    tree({"a = same", "b = same"});
+    fs.setAfterCall([&](const auto& call) {
+        if (call.operation == Operation::contentHash && call.url.path() == "/r/b") memory.replace("/r/b", "same");
+    });
+    EXPECT_EQ(fatesOf({"/r/a", "/r/b"}), std::vector{different});
+}
+
 TEST_F(TrashExtras, AnExtraThatCanNotBeReadStays) {
     tree({"a = same", "b = same"});
     memory.setMode("/r/b", 0200);
