@@ -5,63 +5,30 @@
 #include "OrdovanCore/ExecutionScope.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/SystemFileSystem.h"
+#include "tests/support/Attacker.h"
 #include "tests/support/TempFolder.h"
 
 #include <gtest/gtest.h>
-
-#include <fcntl.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <stop_token>
 #include <string>
-#include <thread>
-#include <utility>
 #include <vector>
 
 using ordovan::ConfinedFolders;
 using ordovan::RunFileSystem;
+using ordovan::test::Attacker;
 using ordovan::test::TempFolder;
 
 namespace {
 
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int wantedMoves = 2'000;
-#else
-constexpr int wantedMoves = 20'000;
-#endif
+constexpr int wantedMoves = ordovan::test::isSanitized ? 2'000 : 20'000;
 constexpr int mostAttempts = 50 * wantedMoves;
 constexpr int fileCount = 64;
-
-/// Exchanges two pairs of names again and again, and leaves them as they were.
-class Attacker {
-public:
-    using Pair = std::pair<std::string, std::string>;
-
-    /// True when the file system can exchange these.
-    static bool works(const std::vector<Pair>& pairs) {
-        return std::ranges::all_of(pairs, [](const Pair& pair) { return exchange(pair) && exchange(pair); });
-    }
-
-    explicit Attacker(std::vector<Pair> pairs)
-        : thread_([pairs = std::move(pairs)](const std::stop_token& stop) {
-              while (!stop.stop_requested()) {
-                  for (const Pair& pair : pairs) exchange(pair);
-                  std::this_thread::yield();
-                  for (const Pair& pair : pairs) exchange(pair);
-                  std::this_thread::yield();
-              }
-          }) {}
-
-private:
-    static bool exchange(const Pair& pair) {
-        return ::renameat2(AT_FDCWD, pair.first.c_str(), AT_FDCWD, pair.second.c_str(), RENAME_EXCHANGE) == 0;
-    }
-
-    std::jthread thread_;
-};
+// To hash a file and to move it takes many calls, all of which a file exchanged meanwhile ends.
+constexpr unsigned restBetweenFiles = 64;
 
 class RunRace : public testing::Test {
 protected:
@@ -181,13 +148,13 @@ TEST_F(RunRace, IsLostByMovesByPath) {
 
 TEST_F(RunRace, MovesWhatWasHashedThoughFilesAreExchanged) {
     RunFileSystem fs(t.url("root"));
-    const Attacker attacker(filePair());
+    const Attacker attacker(filePair(), restBetweenFiles);
     EXPECT_EQ(wrongMoves(fs, wantedMoves, false), 0);
 }
 
 TEST_F(RunRace, MovesSomethingElseByPathWhenFilesAreExchanged) {
     SystemFileSystem fs;
-    const Attacker attacker(filePair());
+    const Attacker attacker(filePair(), restBetweenFiles);
     EXPECT_GT(wrongMoves(fs, wantedMoves, true), 0);
 }
 

@@ -1,0 +1,194 @@
+#pragma once
+
+#include "OrdovanCore/Reconcile.h"
+#include "OrdovanCore/RecordedFileSystem.h"
+#include "OrdovanCore/platform/FileFacts.h"
+#include "OrdovanCore/platform/RunFileSystem.h"
+#include "OrdovanCore/platform/Sha256.h"
+#include "OrdovanCore/platform/TrashInfo.h"
+#include "OrdovanCore/platform/TrashSearch.h"
+#include "tests/support/Attacker.h"
+#include "tests/support/SecondVolume.h"
+#include "tests/support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace ordovan::test {
+
+/// A run as the program makes it: it is kept to what its record tells, and whatever it leaves is put right by that.
+class ToldRun {
+public:
+    ToldRun(OrdovanRunRecord::Kind kind, const Url& root) {
+        intent_.id = Uuid::random();
+        intent_.kind = kind;
+        intent_.root = root;
+        intent_.rootIdentity = factsOf(root)->identity;
+    }
+    void addOutputRoot(const Url& folder) { intent_.outputRoots.push_back(folder); }
+    void add(const Url& source, const Url& destination, std::string_view knownHash = {}) {
+        OrdovanRunItem item{.source = source.sharedPath(),
+                            .destination = destination.sharedPath(),
+                            .identity = {},
+                            .contentHash = std::string(knownHash)};
+        if (const auto facts = factsOf(source)) {
+            item.byteSize = facts->byteSize;
+            item.modifiedNs = facts->modifiedNs;
+            item.identity = facts->identity;
+            item.names = facts->names;
+        }
+        intent_.items.push_back(item);
+    }
+
+    OrdovanFileSystem& begin(RunFileSystem& disk) { return recorded_.emplace(disk, intent_, notes_, &disk); }
+
+    /// What the next preview finds; nothing where the run came to its end and its record is gone.
+    std::optional<OrdovanReconciliation> end() {
+        const bool leavesSomething = recorded_->leavesSomething();
+        recorded_.reset();
+        if (!leavesSomething) return std::nullopt;
+        std::string text;
+        intent_.encode([&](std::string_view piece) {
+            text += piece;
+            return true;
+        });
+        RunFileSystem disk(intent_.root);
+        return OrdovanReconciler::reconcile(
+            OrdovanUnfinishedRun::decoded(text + notes_.all).value(),
+            {.fs = disk,
+             .facts = factsOf,
+             .findInTrash = findInTrash,
+             .removeTrashInfo = removeTrashInfo,
+             .forgetTrashInfo = [](const Url& item, const Url& to) { forgetTrashInfo(item.path(), to.path()); }});
+    }
+
+private:
+    struct Notes final : RunNotes {
+        OrdovanResult<void> append(std::string_view text) override {
+            all += text;
+            return {};
+        }
+        OrdovanResult<void> sync() override { return {}; }
+        std::string all;
+    };
+
+    OrdovanRunIntent intent_;
+    Notes notes_;
+    std::optional<RecordedFileSystem> recorded_;
+};
+
+/// What an attack has achieved, by what is found at rest.
+struct Damage {
+    std::size_t escapes = 0;  ///< files that are outside and were not, or were and are not
+    std::size_t missing = 0;  ///< contents that are nowhere
+    std::size_t doubled = 0;  ///< contents that are in two places
+    std::size_t wrong = 0;    ///< places at which a record tells of another content
+    friend bool operator==(const Damage&, const Damage&) = default;
+};
+
+inline void PrintTo(const Damage& damage, std::ostream* out) {
+    *out << damage.escapes << " escapes, " << damage.missing << " missing, " << damage.doubled << " doubled, "
+         << damage.wrong << " wrong";
+}
+
+/// Volumes of memory on which a run works in "root" while an attacker is at work; beside it, in "decoy", is what
+/// nothing may reach or come from. Files have contents of their own, and all one size.
+class RaceWorld : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+        volume_ = std::make_unique<SecondVolume>();
+        build();
+        decoyBefore_ = filesBelow(decoys());
+    }
+    /// Fills the volume.
+    virtual void build() = 0;
+    /// Where the decoys are.
+    [[nodiscard]] virtual std::vector<std::string> decoys() const { return {volume_->path("decoy")}; }
+    /// Where the files may be that are the run's.
+    [[nodiscard]] virtual std::vector<std::string> homes() const = 0;
+
+    [[nodiscard]] Url root() const { return volume_->url("root"); }
+    [[nodiscard]] std::string path(std::string_view name) const { return volume_->path(name); }
+
+    /// Content of a file; of that name outside as well, where it is another.
+    static std::string content(std::string_view whose, int number) {
+        const std::string name = std::to_string(number);
+        return std::string(whose) + std::string(4 - name.size(), ' ') + name + std::string(2000, '.');
+    }
+    void write(std::string_view name, int number) {
+        volume_->root().write(name, content("mine", number));
+        ++written_;
+    }
+    void writeDecoy(std::string_view name, int number) const { volume_->root().write(name, content("evil", number)); }
+
+    using Files = std::map<std::string, std::string>;
+
+    /// Every regular file below some folders, by path.
+    static Files filesBelow(const std::vector<std::string>& folders) {
+        Files found;
+        for (const std::string& folder : folders) {
+            if (!std::filesystem::exists(folder)) continue;
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+                if (!entry.is_regular_file() || entry.is_symlink()) continue;
+                std::string text(entry.file_size(), '\0');
+                std::ifstream(entry.path(), std::ios::binary).read(text.data(), std::ssize(text));
+                found[entry.path()] = std::move(text);
+            }
+        }
+        return found;
+    }
+    [[nodiscard]] Files files() const { return filesBelow(homes()); }
+
+    /// How many of the files outside are not there, are others, or were not there. The folders of the run need not be
+    /// at rest.
+    [[nodiscard]] std::size_t escapes() const {
+        std::size_t count = 0;
+        const Files outside = filesBelow(decoys());
+        for (const auto& [place, text] : outside) count += decoyBefore_.contains(place) ? 0 : 1;
+        for (const auto& [place, text] : decoyBefore_) {
+            const auto now = outside.find(place);
+            count += now != outside.end() && now->second == text ? 0 : 1;
+        }
+        return count;
+    }
+    [[nodiscard]] Damage damage() const {
+        Damage damage{.escapes = escapes(), .wrong = wrong_};
+        std::map<std::string, std::size_t> places;
+        for (const auto& [place, text] : files()) {
+            if (text.starts_with("mine")) ++places[text];
+            if (text.starts_with("evil")) ++damage.escapes;
+        }
+        damage.missing = written_ - std::min(written_, places.size());
+        for (const auto& [text, count] : places) damage.doubled += count - 1;
+        return damage;
+    }
+    static bool isAt(const Files& found, std::string_view place, std::string_view hash) {
+        const auto file = found.find(std::string(place));
+        return file != found.end() && sha256(file->second) == std::string(hash);
+    }
+    /// Notes whether a file is where a record tells.
+    void expectAt(const Files& found, std::string_view place, std::string_view hash) {
+        wrong_ += isAt(found, place, hash) ? 0 : 1;
+    }
+
+    std::unique_ptr<SecondVolume> volume_;
+    std::size_t written_ = 0;
+    std::size_t wrong_ = 0;
+    Files decoyBefore_;
+};
+
+}  // namespace ordovan::test
