@@ -120,13 +120,13 @@ private:
 /// True when file and name are what they were: not written, not replaced, not renamed.
 bool isUnchanged(FolderEntry name, const RegularFile& file) {
     struct ::stat now, named;
-    return ::fstat(file.descriptor.get(), &now) == 0 && name.examine(named) && isUnwritten(file.facts, now) &&
+    return file.examineAfresh(now) && name.examine(named) && isUnwritten(file.facts, now) &&
            isSameFile(file.facts, named);
 }
 
 /// Opens the source as far as it may be copied; 0 or the errno.
 int openSource(RegularFile& source, FolderEntry from, const SourceTerms& terms) {
-    const int error = source.open(from);
+    const int error = source.open(from, RegularFile::Look::afresh);
     if (error != 0) return error == EISDIR ? EINVAL : error;
     if (terms.was != nullptr && !isUntouched(*terms.was, source.facts)) return EBUSY;
     return terms.writers != nullptr && terms.writers->isWrittenAtStart(source) ? EBUSY : 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "OrdovanCore/platform/FreshFacts.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,6 +21,10 @@ struct FolderEntry {
     /// What the item itself is (a link is not followed). False when it can not be examined, and errno tells.
     [[nodiscard]] bool examine(struct ::stat& facts) const noexcept {
         return ::fstatat(folder, name, &facts, AT_SYMLINK_NOFOLLOW) == 0;
+    }
+    /// The same as the file system itself knows it at this moment, see there.
+    [[nodiscard]] bool examineAfresh(struct ::stat& facts) const noexcept {
+        return ordovan::examineAfresh(folder, name, facts);
     }
     /// Takes the name away from what is no folder. 0, or -1 and errno.
     int unlink() const noexcept { return ::unlinkat(folder, name, 0); }

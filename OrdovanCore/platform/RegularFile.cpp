@@ -2,7 +2,7 @@
 
 namespace ordovan {
 
-int RegularFile::check() {
+int RegularFile::check(Look look) {
     if (!descriptor) {
         switch (errno) {
             case ENXIO:  // a socket
@@ -14,7 +14,8 @@ int RegularFile::check() {
                 return errno;
         }
     }
-    if (::fstat(descriptor.get(), &facts) != 0) return errno;
+    const bool isSeen = look == Look::afresh ? examineAfresh(facts) : ::fstat(descriptor.get(), &facts) == 0;
+    if (!isSeen) return errno;
     if (S_ISDIR(facts.st_mode)) return EISDIR;
     return S_ISREG(facts.st_mode) ? 0 : EINVAL;
 }

@@ -264,7 +264,7 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, co
         if (error != 0) {
             // Back under its old name it is still what was hashed, with another time of status change.
             struct ::stat now;
-            if (old->examine(now) && isMoved(was, now, *old)) vouchFor(source.view(), now);
+            if (old->examineAfresh(now) && isMoved(was, now, *old)) vouchFor(source.view(), now);
             return error;
         }
     }
@@ -284,7 +284,7 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
                                 const struct ::stat& was) {
     const FolderEntry place(target.text());
     struct ::stat there;
-    if (place.examine(there)) {
+    if (place.examineAfresh(there)) {
         if (isMoved(was, there, place)) {
             vouchFor(target.view(), there);
             remember(target.view(), there);
@@ -335,7 +335,7 @@ int RunFileSystem::openToHash(const SystemPath& path, RegularFile& file) {
     unvouch(path.view());
     const Entry entry = entryOf(path);
     if (!entry) return entry.error();
-    const int error = file.open(*entry);
+    const int error = file.open(*entry, RegularFile::Look::afresh);
     if (error != 0) return error;
     return writers_.isWrittenAtStart(file) ? EBUSY : 0;
 }
@@ -345,7 +345,7 @@ int RunFileSystem::openToHash(const SystemPath& path, RegularFile& file) {
 int RunFileSystem::endHashing(const SystemPath& path, const RegularFile& file) {
     forgetLook();
     struct ::stat now;
-    const bool isStill = FolderEntry(path.text()).examine(now) && isUntouched(file.facts, now);
+    const bool isStill = FolderEntry(path.text()).examineAfresh(now) && isUntouched(file.facts, now);
     if (!isStill || writers_.isWrittenAtEnd(file)) return EBUSY;
     vouchFor(path.view(), now);
     remember(path.view(), now);
