@@ -5,6 +5,11 @@
 #include "OrdovanApp/stores/RuleStore.h"
 #include "OrdovanApp/stores/SettingsFileStore.h"
 
+#include <QMetaType>
+#include <QVariant>
+
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +19,17 @@
 #include <string_view>
 
 namespace ordovan::fuzz {
+
+/// Whether a value is of a kind that is stored.
+inline bool isPlain(const QVariant& value) {
+    if (value.typeId() == QMetaType::QVariantList) {
+        const QVariantList items = value.toList();
+        return std::all_of(items.begin(), items.end(), isPlain);
+    }
+    constexpr std::array plain = {int{QMetaType::UnknownType}, int{QMetaType::QString}, int{QMetaType::QStringList},
+                                  int{QMetaType::QByteArray}};
+    return std::find(plain.begin(), plain.end(), value.typeId()) != plain.end();
+}
 
 /// What must hold for every content of the settings file: it is written to a file of a folder of its own, below TMPDIR.
 /// Returns what is wrong with the stores that read it, or an empty text.
@@ -37,6 +53,13 @@ inline std::string settings(std::string_view input) {
     if (recent.load().size() > RecentFoldersStore::maxFolders) return "there are too many recent folders";
     const OrdovanRuleSet before = rules.ruleSet();
     if (before.rules.size() > OrdovanRuleSet::maxRules) return "there are too many rules";
+
+    bool allPlain = true;
+    const bool looked = store.update([&](KeyValueStore::Values& values) {
+        for (const auto& [key, value] : values) allPlain = allPlain && isPlain(value);
+    });
+    if (!looked) return "the values could not be looked at";
+    if (!allPlain) return "a value of a type that is never stored was read";
 
     // A change keeps what could be read, and a file that could not be is set aside, not lost.
     const bool month = !read.groupByMonth();

@@ -1,6 +1,7 @@
 #include "OrdovanApp/stores/SettingsFileStore.h"
 
 #include "OrdovanApp/stores/SetAside.h"
+#include "OrdovanApp/stores/SettingsText.h"
 #include "OrdovanApp/stores/StorageLocations.h"
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/platform/Interrupts.h"
@@ -13,6 +14,7 @@
 #include <QTemporaryDir>
 
 #include <chrono>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -30,6 +32,15 @@ constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
 
 Url urlOf(const QString& path) {
     return Url::file(path.toStdString());
+}
+
+/// Whether QSettings would make something of the file that is not stored in it. What can not be opened is for QSettings
+/// to tell.
+bool holdsForeignValues(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    const QByteArray content = file.read(maxFileBytes);
+    return !holdsOnlyPlainValues({content.constData(), static_cast<std::size_t>(content.size())});
 }
 
 }  // namespace
@@ -93,10 +104,16 @@ void SettingsFileStore::read() {
         state_ = State::closed;
         return;
     }
-    if (now.size > maxFileBytes) {
-        state_ = State::damaged;
-        return;
+    try {
+        if (now.size <= maxFileBytes && !holdsForeignValues(path_)) return parse();
+    } catch (const std::bad_alloc&) {
+        values_.clear();
     }
+    state_ = State::damaged;
+}
+
+/// Takes the values of a file that is there, and what QSettings says of it.
+void SettingsFileStore::parse() {
     QSettings settings(path_, QSettings::IniFormat);
     settings.setFallbacksEnabled(false);
     for (const QString& key : settings.allKeys()) {

@@ -45,6 +45,7 @@ private:
 
     [[nodiscard]] Stamp stamp() const;
     void read();
+    void parse();
     [[nodiscard]] bool write(const Values& values);
     [[nodiscard]] std::optional<QByteArray> encoded(const Values& values) const;
 

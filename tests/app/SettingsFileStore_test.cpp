@@ -10,6 +10,9 @@
 
 #include <gmock/gmock.h>
 
+#include <QSettings>
+
+#include <dlfcn.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -18,6 +21,7 @@
 #include <ctime>
 #include <filesystem>
 #include <initializer_list>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -36,7 +40,18 @@ namespace {
 int sleeps = 0;
 std::int64_t sleptNanoseconds = 0;
 
+/// Whether QSettings finds no memory for what it reads.
+bool isMemoryShort = false;
+
 }  // namespace
+
+/// Stands before that of Qt, which it calls.
+QStringList QSettings::allKeys() const {
+    if (isMemoryShort) throw std::bad_alloc();
+    using Function = QStringList (*)(const QSettings*);
+    static const auto function = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "_ZNK9QSettings7allKeysEv"));
+    return function(this);
+}
 
 extern "C" int nanosleep(const ::timespec* time, ::timespec*) {
     ++sleeps;
@@ -269,6 +284,142 @@ TEST_F(SettingsFile, ThatIsFarTooLargeIsSetAsideUnread) {
     EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
     EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=2\n");
     EXPECT_EQ(folder.count("config/ordovan"), 2u);
+}
+
+/// Whether these values stand in a file that is read, and not in one that counts as damaged.
+bool isRead(const TempFolder& folder, const std::string& values) {
+    folder.write("read.conf", "[General]\nk=1\n" + values + "\n");
+    const SettingsFileStore store(folder.url("read.conf"));
+    return store.isReadable() && store.value(QStringLiteral("k")) == QStringLiteral("1");
+}
+
+TEST_F(SettingsFile, WithASerializedValueIsSetAsideUnread) {
+    // Two thousand million items: QSettings would ask for the room for them at once.
+    const std::string damaged = "[General]\nk=1\nlist=@Variant(\\0\\0\\0\\t\\x7f\\xff\\xff\\xff)\n";
+    folder.write("config/ordovan/ordovan.conf", damaged);
+    SettingsFileStore store(file());
+    EXPECT_FALSE(store.isReadable());
+    EXPECT_FALSE(store.value(QStringLiteral("k")));
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
+    EXPECT_TRUE(store.isReadable());
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=2\n");
+    ASSERT_EQ(folder.count("config/ordovan"), 2u);
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path("config/ordovan"))) {
+        if (entry.path().filename() == "ordovan.conf") continue;
+        EXPECT_EQ(folder.read("config/ordovan/" + entry.path().filename().string()), damaged);
+    }
+}
+
+TEST_F(SettingsFile, ThatDoesNotFitIntoTheMemoryIsSetAside) {
+    folder.write("config/ordovan/ordovan.conf", "[General]\nk=1\n");
+    isMemoryShort = true;
+    SettingsFileStore store(file());
+    isMemoryShort = false;
+    EXPECT_FALSE(store.isReadable());
+    EXPECT_FALSE(store.value(QStringLiteral("k")));
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), 2));
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=2\n");
+    EXPECT_EQ(folder.count("config/ordovan"), 2u);
+}
+
+TEST_F(SettingsFile, WithASerializedValueIsDamagedHoweverItIsSpelled) {
+    const std::vector<std::string> spellings = {"a=@Variant(x)",
+                                                "a=@DateTime(x)",
+                                                "a=@Rect(1 2 3 4)",
+                                                "a=@home",
+                                                "a= \t@Variant(x)",
+                                                "a=\"@Variant(x)\"",
+                                                "a=\"\" @Variant(x)",
+                                                "a=b, @Variant(x)",
+                                                "a=\"b\",@Variant(x)",
+                                                "a=@@b, @Variant(x)",
+                                                "a=\\x40Variant(x)",
+                                                "a=\\x0040\\x56ariant(x)",
+                                                "a=\\x10040Variant(x)",
+                                                "a=\\100Variant(x)",
+                                                "a=\\z@Variant(x)",
+                                                "a=\\x@Variant(x)",
+                                                "a=\\\n@Variant(x)",
+                                                "a=\\\r\n@Variant(x)",
+                                                "a=\xef\xbb\xbf@Variant(x)",
+                                                "a=\xc3\\x40\\x56\\x61\\x72iant(x)",
+                                                "a\\=b=@Variant(x)",
+                                                "a=b\r@=@Variant(x)",
+                                                "a=\"b\\\"\", @Variant(x)",
+                                                "a=\"b\n\", @Variant(x)",
+                                                "\"a=b\"c=@Variant(x)",
+                                                "a=b;\"\nc=@Variant(x)",
+                                                ";\"\na=@Variant(x)"};
+    for (const std::string& spelling : spellings) EXPECT_FALSE(isRead(folder, spelling)) << spelling;
+}
+
+TEST_F(SettingsFile, WithAnAtSignThatNamesNoTypeIsRead) {
+    const std::vector<std::string> spellings = {"a=b@Variant(x)",
+                                                "a=b @Variant(x)",
+                                                "a=\xc3\xa9@Variant(x)",
+                                                "a=\"b, @Variant(x)\"",
+                                                "a=\"b\\\", @Variant(x)\"",
+                                                "a=\"b\n,@Variant(x)\"",
+                                                "a=b\\x2c@Variant(x)",
+                                                "a=\\x4@Variant(x)",
+                                                "a=\\4@Variant(x)",
+                                                "a=\\n@Variant(x)",
+                                                "a=@@Variant(x)",
+                                                "a=b, @@Variant(x), @Invalid()",
+                                                "a=@Invalid()",
+                                                "a=@ByteArray(@Variant(x)), @ByteArray()",
+                                                "a=@String(b)",
+                                                "a=b;@Variant(x)",
+                                                ";a=@Variant(x)",
+                                                "  ;a=@Variant(x)",
+                                                "@Variant(x)=b",
+                                                "[@Variant(x)]"};
+    for (const std::string& spelling : spellings) EXPECT_TRUE(isRead(folder, spelling)) << spelling;
+}
+
+TEST_F(SettingsFile, HoldsOneSerializedValueTheListOfOneByteArray) {
+    const std::string head = "a=@Variant(\\0\\0\\0\\t\\0\\0\\0\\x1\\0\\0\\0";
+    EXPECT_TRUE(isRead(folder, head + "\\f\\0\\0\\0\\x2/b)"));
+    EXPECT_TRUE(isRead(folder, head + "\\f\\0\\0\\0\\0)"));
+    EXPECT_FALSE(isRead(folder, head + "\\f\\0\\0\\0\\x2/bc)"));
+    EXPECT_FALSE(isRead(folder, head + "\\f\\0\\0\\0\\x2/)"));
+    EXPECT_FALSE(isRead(folder, head + "\\f\\xff\\xff\\xff\\xff)"));
+    EXPECT_FALSE(isRead(folder, head + "\\f\\0\\0\\0)"));
+    EXPECT_FALSE(isRead(folder, head + "\\n\\0\\0\\0\\x2/b)"));
+}
+
+TEST_F(SettingsFile, GivesBackRulesThatHoldAtSigns) {
+    SettingsFileStore store(file());
+    RuleStore rules(store);
+    EXPECT_EQ(rules.add("pdf", "Books, @home"), std::nullopt);
+    EXPECT_EQ(rules.add("txt", "@Variant(x)"), std::nullopt);
+    EXPECT_EQ(rules.add("md", "a\", @Variant(x); = \"@Rect(1 2 3 4)"), std::nullopt);
+    SettingsFileStore again(file());
+    EXPECT_TRUE(again.isReadable());
+    EXPECT_EQ(RuleStore(again).ruleSet(), rules.ruleSet());
+    EXPECT_EQ(rules.ruleSet().rules.size(), 3u);
+}
+
+TEST_F(SettingsFile, GivesBackWhatItWroteOfEveryKindOfValue) {
+    const std::vector<QVariant> kinds = {QStringLiteral("@home"),
+                                         QStringLiteral("@Variant(x), @"),
+                                         QString(QChar(0)),
+                                         QStringLiteral("\u00e9@, \"@"),
+                                         QByteArray("@Variant(\xff\0x)", 12),
+                                         QStringList{QStringLiteral("@a"), QStringLiteral("@Variant(x)")},
+                                         QVariantList{QByteArray("/a, @b")},
+                                         QVariantList{QByteArray("@a"), QByteArray("b, @c")}};
+    for (const QVariant& kind : kinds) {
+        SettingsFileStore store(file());
+        EXPECT_TRUE(store.setValue(QStringLiteral("k"), kind));
+        const SettingsFileStore again(file());
+        EXPECT_TRUE(again.isReadable()) << folder.read("config/ordovan/ordovan.conf");
+        EXPECT_EQ(again.value(QStringLiteral("k")), kind) << folder.read("config/ordovan/ordovan.conf");
+    }
+    SettingsFileStore store(file());
+    EXPECT_TRUE(store.setValue(QStringLiteral("k"), QVariantList()));
+    EXPECT_TRUE(SettingsFileStore(file()).isReadable());
+    EXPECT_EQ(folder.read("config/ordovan/ordovan.conf"), "[General]\nk=@Invalid()\n");
 }
 
 TEST_F(SettingsFile, ThatMayNotBeReadIsLeftAlone) {
