@@ -106,10 +106,10 @@ void SettingsFileStore::read() {
     }
     try {
         if (now.size <= maxFileBytes && !holdsForeignValues(path_)) return parse();
+        state_ = State::damaged;
     } catch (const std::bad_alloc&) {
-        values_.clear();
+        state_ = State::damaged;
     }
-    state_ = State::damaged;
 }
 
 /// Takes the values of a file that is there, and what QSettings says of it.

@@ -323,57 +323,27 @@ TEST_F(SettingsFile, ThatDoesNotFitIntoTheMemoryIsSetAside) {
 }
 
 TEST_F(SettingsFile, WithASerializedValueIsDamagedHoweverItIsSpelled) {
-    const std::vector<std::string> spellings = {"a=@Variant(x)",
-                                                "a=@DateTime(x)",
-                                                "a=@Rect(1 2 3 4)",
-                                                "a=@home",
-                                                "a= \t@Variant(x)",
-                                                "a=\"@Variant(x)\"",
-                                                "a=\"\" @Variant(x)",
-                                                "a=b, @Variant(x)",
-                                                "a=\"b\",@Variant(x)",
-                                                "a=@@b, @Variant(x)",
-                                                "a=\\x40Variant(x)",
-                                                "a=\\x0040\\x56ariant(x)",
-                                                "a=\\x10040Variant(x)",
-                                                "a=\\100Variant(x)",
-                                                "a=\\z@Variant(x)",
-                                                "a=\\x@Variant(x)",
-                                                "a=\\\n@Variant(x)",
-                                                "a=\\\r\n@Variant(x)",
-                                                "a=\xef\xbb\xbf@Variant(x)",
-                                                "a=\xc3\\x40\\x56\\x61\\x72iant(x)",
-                                                "a\\=b=@Variant(x)",
-                                                "a=b\r@=@Variant(x)",
-                                                "a=\"b\\\"\", @Variant(x)",
-                                                "a=\"b\n\", @Variant(x)",
-                                                "\"a=b\"c=@Variant(x)",
-                                                "a=b;\"\nc=@Variant(x)",
-                                                ";\"\na=@Variant(x)"};
+    // clang-format off: one to a line is long
+    const std::vector<std::string> spellings = {
+        "a=@Variant(x)", "a=@DateTime(x)", "a=@Rect(1 2 3 4)", "a=@home", "a= \t@Variant(x)", "a=\"@Variant(x)\"",
+        "a=\"\" @Variant(x)", "a=b, @Variant(x)", "a=\"b\",@Variant(x)", "a=@@b, @Variant(x)", "a=\\x40Variant(x)",
+        "a=\\x0040\\x56ariant(x)", "a=\\x10040Variant(x)", "a=\\100Variant(x)", "a=\\z@Variant(x)",
+        "a=\\x@Variant(x)", "a=\\\n@Variant(x)", "a=\\\r\n@Variant(x)", "a=\xef\xbb\xbf@Variant(x)",
+        "a=\xc3\\x40\\x56\\x61\\x72iant(x)", "a\\=b=@Variant(x)", "a=b\r@=@Variant(x)", "a=\"b\\\"\", @Variant(x)",
+        "a=\"b\n\", @Variant(x)", "\"a=b\"c=@Variant(x)", "a=b;\"\nc=@Variant(x)", ";\"\na=@Variant(x)"};
+    // clang-format on
     for (const std::string& spelling : spellings) EXPECT_FALSE(isRead(folder, spelling)) << spelling;
 }
 
 TEST_F(SettingsFile, WithAnAtSignThatNamesNoTypeIsRead) {
-    const std::vector<std::string> spellings = {"a=b@Variant(x)",
-                                                "a=b @Variant(x)",
-                                                "a=\xc3\xa9@Variant(x)",
-                                                "a=\"b, @Variant(x)\"",
-                                                "a=\"b\\\", @Variant(x)\"",
-                                                "a=\"b\n,@Variant(x)\"",
-                                                "a=b\\x2c@Variant(x)",
-                                                "a=\\x4@Variant(x)",
-                                                "a=\\4@Variant(x)",
-                                                "a=\\n@Variant(x)",
-                                                "a=@@Variant(x)",
-                                                "a=b, @@Variant(x), @Invalid()",
-                                                "a=@Invalid()",
-                                                "a=@ByteArray(@Variant(x)), @ByteArray()",
-                                                "a=@String(b)",
-                                                "a=b;@Variant(x)",
-                                                ";a=@Variant(x)",
-                                                "  ;a=@Variant(x)",
-                                                "@Variant(x)=b",
-                                                "[@Variant(x)]"};
+    // clang-format off: one to a line is long
+    const std::vector<std::string> spellings = {
+        "a=b@Variant(x)", "a=b @Variant(x)", "a=\xc3\xa9@Variant(x)", "a=\"b, @Variant(x)\"",
+        "a=\"b\\\", @Variant(x)\"", "a=\"b\n,@Variant(x)\"", "a=b\\x2c@Variant(x)", "a=\\x4@Variant(x)",
+        "a=\\4@Variant(x)", "a=\\n@Variant(x)", "a=@@Variant(x)", "a=b, @@Variant(x), @Invalid()", "a=@Invalid()",
+        "a=@ByteArray(@Variant(x)), @ByteArray()", "a=@String(b)", "a=b;@Variant(x)", ";a=@Variant(x)",
+        "  ;a=@Variant(x)", "@Variant(x)=b", "[@Variant(x)]"};
+    // clang-format on
     for (const std::string& spelling : spellings) EXPECT_TRUE(isRead(folder, spelling)) << spelling;
 }
 
