@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -184,6 +185,20 @@ TEST_F(FreshFacts, LetAFileBeMovedOnOfWhichTheKernelMadeUpATime) {
     remembered.reset();
     EXPECT_EQ(error(fs.move(at("b"), at("c"))), 0);
     EXPECT_EQ(t.read("root/c"), "content");
+}
+
+TEST_F(FreshFacts, LetAFileBeMovedOnceMoreThatWentBack) {
+    t.makeFolder("root/sub");
+    ASSERT_EQ(error(fs.contentHash(at("a"))), 0);
+    afterRename = [this] {
+        std::filesystem::rename(t.path("root/sub"), t.path("root/aside"));
+        afterRename = [this] { makeUpTime("a"); };
+    };
+    ASSERT_EQ(error(fs.move(at("a"), at("sub/a"))), ENOENT);
+    remembered.reset();
+    ASSERT_EQ(error(fs.createDirectory(at("sub"))), 0);
+    EXPECT_EQ(error(fs.move(at("a"), at("sub/a"))), 0);
+    EXPECT_EQ(t.read("root/sub/a"), "content");
 }
 
 TEST_F(FreshFacts, TellWhatAnotherMachineWroteWhileAFileWasHashed) {
