@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace ordovan {
 
@@ -18,6 +19,11 @@ struct FileFacts {
     bool isPrivate = true;        ///< nobody but its owner may read, write or run it
     friend bool operator==(const FileFacts&, const FileFacts&) = default;
 };
+
+/// The device in what identifies a file. A part of `identity`.
+[[nodiscard]] inline std::string_view deviceOf(std::string_view identity) {
+    return identity.substr(0, identity.find(':'));
+}
 
 /// Looks at an item, a final link not followed. ENOENT or ENOTDIR where there is none; any other error means that it
 /// can not be told what is there. Any thread, but for one that keeps folders open from call to call: that says so.

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 using ordovan::ItemReconciler;
 using ordovan::ReconcilePorts;
@@ -16,17 +18,35 @@ using Kind = OrdovanRunRecord::Kind;
 
 namespace {
 
-std::string_view deviceOf(std::string_view identity) {
-    return identity.substr(0, identity.find(':'));
-}
-
 /// Whether a folder is the one in which the run worked, by its identity. The tops of volumes are alike in their inodes,
 /// and a device number may be given out again, so that such a folder is told by what lies in it only.
 bool isSameFolder(const OrdovanRunIntent& intent, const ReconcilePorts& ports) {
     const auto root = ports.facts(intent.root);
     if (!root || intent.rootIdentity.empty() || root->identity != intent.rootIdentity) return false;
     const auto above = ports.facts(intent.root.deletingLastPathComponent());
-    return above && deviceOf(above->identity) == deviceOf(root->identity);
+    return above && ordovan::deviceOf(above->identity) == ordovan::deviceOf(root->identity);
+}
+
+/// Whether another volume is mounted at a folder than above it.
+bool isMounted(const Url& volume, const ordovan::FactsFunction& factsOf) {
+    const auto top = factsOf(volume), above = factsOf(volume.deletingLastPathComponent());
+    return top && above && ordovan::deviceOf(top->identity) != ordovan::deviceOf(above->identity);
+}
+
+/// Looks at items. What is on a volume of the run's that is not there now is not gone: it can not be looked at.
+ordovan::FactsFunction lookingAtVolumes(const OrdovanRunIntent& intent, const ordovan::FactsFunction& factsOf) {
+    std::vector<std::string> away;
+    for (const Url& volume : intent.volumes) {
+        if (!isMounted(volume, factsOf)) away.emplace_back(volume.path());
+    }
+    if (away.empty()) return factsOf;
+    return [factsOf, away](const Url& item) -> OrdovanResult<ordovan::FileFacts> {
+        const bool isAway = std::ranges::any_of(away, [&](const std::string& volume) {
+            return item.path() == volume || item.path().starts_with(volume + "/");
+        });
+        if (isAway) return std::unexpected(OrdovanSystemError::posix(ENODEV));
+        return factsOf(item);
+    };
 }
 
 /// Whether the folder can not be told to be the one in which the run worked.
@@ -133,7 +153,9 @@ OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& r
     result.run.root = run.intent.root;
     result.journal.createdAtEpoch = run.intent.startedAtEpoch;
     ordovan::RunProgress progress(control, run.intent.items.size());
-    ItemReconciler reconciler(run, ports);
+    ReconcilePorts looking = ports;
+    looking.facts = lookingAtVolumes(run.intent, ports.facts);
+    ItemReconciler reconciler(run, looking);
     result.isElsewhere = isElsewhere(run, ports, reconciler, progress);
     std::vector<Settled> settled(result.isElsewhere ? 0 : run.intent.items.size());
     // Backwards: where a file was to be moved twice, the second move tells of the first.

@@ -80,6 +80,7 @@ OrdovanResult<void> RecordedFileSystem::copy(const Url& from, const Url& to) {
     handOver();
     if (takesNotes_ && !notes_.sync()) takesNotes_ = false;
     auto copied = fs_.copy(from, to);
+    noteChange(copying_->item, copied);
     // A copy that fails leaves nothing, and what has taken its name is not the run's.
     const bool isTaken = !copied && copied.error() == OrdovanSystemError::posix(EEXIST);
     if (isTaken || (!copied && !fs_.isRegularFile(to))) copying_->stage = Copying::Stage::settled;
@@ -103,7 +104,14 @@ OrdovanResult<void> RecordedFileSystem::moveItem(std::size_t item, const Url& fr
     claiming_ = item;
     auto moved = fs_.move(from, to);
     endMove();
+    noteChange(item, moved);
     return moved;
+}
+
+/// A volume that could not be written to has nothing to lose.
+void RecordedFileSystem::noteChange(std::size_t item, const OrdovanResult<void>& done) {
+    const bool isUntouched = !done && done.error() == OrdovanSystemError::posix(EROFS);
+    if (!isUntouched && (changed_.empty() || changed_.back() != item)) changed_.push_back(item);
 }
 
 bool RecordedFileSystem::isOriginal(const Url& url) const {
@@ -271,6 +279,7 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     claiming_ = item;
     auto place = fs_.trash(url);
     endMove();
+    noteChange(*item, place ? OrdovanResult<void>() : std::unexpected(place.error()));
     if (!place) return place;
     trashedTo_.push_back(*place);
     trashed_ = {*item, place->sharedPath()};

@@ -64,6 +64,8 @@ public:
     /// Whether something of a file is left that the run meant to take away again, or that can not be told: a copy
     /// beside its original, or a file under its hidden name. To be asked when the run is over.
     [[nodiscard]] bool leavesSomething();
+    /// The items of which the run has changed something, or may have, as far as can be told; in its order.
+    [[nodiscard]] const std::vector<std::size_t>& changed() const noexcept { return changed_; }
     /// The places in the Trash to which files were moved, in their order.
     [[nodiscard]] const std::vector<Url>& trashedTo() const noexcept { return trashedTo_; }
 
@@ -89,6 +91,7 @@ private:
     void noteOther(std::size_t item);
     void noteClaim(const Url& hidden);
     void endMove();
+    void noteChange(std::size_t item, const OrdovanResult<void>& done);
     OrdovanResult<void> moveItem(std::size_t item, const Url& from, const Url& to);
 
     [[nodiscard]] bool isOriginal(const Url& url) const;
@@ -138,6 +141,7 @@ private:
     };
     std::optional<Trashed> trashed_;  // the last file that was trashed
     std::vector<Url> trashedTo_;
+    std::vector<std::size_t> changed_;
     Url hidden_;  // by which the file may be left that is on its way; empty for none
 };
 

@@ -40,7 +40,7 @@ std::string_view nameOf(OrdovanRunNote::Kind kind) {
 }
 
 constexpr std::array<json::Member, 1> versionMembers{{{"version", json::Type::integer}}};
-constexpr std::array<json::Member, 7> headMembers{{
+constexpr std::array<json::Member, 8> headMembers{{
     {"id", json::Type::text},
     {"items", json::Type::integer},
     {"kind", json::Type::text},
@@ -48,6 +48,7 @@ constexpr std::array<json::Member, 7> headMembers{{
     {"root", json::Type::text},
     {"rootIdentity", json::Type::text},
     {"startedAtEpoch", json::Type::number},
+    {"volumes", json::Type::texts},
 }};
 constexpr std::array<json::Member, 7> itemMembers{{
     {"bytes", json::Type::integer},
@@ -118,8 +119,8 @@ std::string_view textOf(const json::Value& value) {
     return std::get<std::string_view>(value);
 }
 
-bool takeOutputRoots(std::span<const std::string> paths, OrdovanRunIntent& intent) {
-    for (const std::string& path : paths) intent.outputRoots.push_back(Url::file(path));
+bool takeFolders(const json::Value& value, std::vector<Url>& folders) {
+    for (const std::string& path : std::get<std::span<const std::string>>(value)) folders.push_back(Url::file(path));
     return true;
 }
 
@@ -140,16 +141,18 @@ bool takeHead(std::size_t index, const json::Value& value, OrdovanRunIntent& int
             return kind.has_value();
         }
         case 3:
-            return takeOutputRoots(std::get<std::span<const std::string>>(value), intent);
+            return takeFolders(value, intent.outputRoots);
         case 4:
             intent.root = Url::file(textOf(value));
             return isRoot(textOf(value));
         case 5:
             intent.rootIdentity = textOf(value);
             return true;
-        default:
+        case 6:
             intent.startedAtEpoch = std::get<double>(value);
             return true;
+        default:
+            return takeFolders(value, intent.volumes);
     }
 }
 
@@ -248,6 +251,15 @@ std::optional<OrdovanRunNote> noteOf(std::string_view line, const OrdovanRunInte
     return note;
 }
 
+void appendFolders(std::string& piece, std::span<const Url> folders) {
+    piece += '[';
+    for (const Url& folder : folders) {
+        if (piece.back() != '[') piece += ',';
+        json::appendText(piece, folder.path());
+    }
+    piece += ']';
+}
+
 }  // namespace
 
 bool OrdovanRunIntent::encode(const Sink& sink) const {
@@ -259,12 +271,9 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
     piece += ",\"kind\":";
     json::appendText(piece, rawValue(kind));
-    piece += ",\"outputRoots\":[";
-    for (const Url& outputRoot : outputRoots) {
-        if (piece.back() != '[') piece += ',';
-        json::appendText(piece, outputRoot.path());
-    }
-    piece += "],\"root\":";
+    piece += ",\"outputRoots\":";
+    appendFolders(piece, outputRoots);
+    piece += ",\"root\":";
     json::appendText(piece, root.path());
     piece += ",\"rootIdentity\":";
     json::appendText(piece, rootIdentity);
@@ -272,6 +281,8 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     json::appendNumber(piece, startedAtEpoch);
     piece += ",\"version\":";
     json::appendInteger(piece, supportedVersion);
+    piece += ",\"volumes\":";
+    appendFolders(piece, volumes);
     piece += "}\n";
     for (const OrdovanRunItem& item : items) {
         piece += "{\"bytes\":";
@@ -374,10 +385,15 @@ struct OrdovanRunRecordDecoder::State {
             return;
         }
         const std::string below = std::string(intent.root.path()) + "/";
-        const bool areInside = std::ranges::all_of(intent.outputRoots, [&](const Url& outputRoot) {
-            return ordovan::isNormalPath(outputRoot.path()) && outputRoot.path().starts_with(below);
-        });
-        if (!areInside) return refuse("An output folder lies outside the folder of the run.");
+        const auto isInside = [&](const Url& folder) {
+            return ordovan::isNormalPath(folder.path()) && folder.path().starts_with(below);
+        };
+        if (!std::ranges::all_of(intent.outputRoots, isInside)) {
+            return refuse("An output folder lies outside the folder of the run.");
+        }
+        if (!std::ranges::all_of(intent.volumes, isInside)) {
+            return refuse("A volume lies outside the folder of the run.");
+        }
         place = count == 0 ? Place::end : Place::items;
     }
 

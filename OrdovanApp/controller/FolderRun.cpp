@@ -13,6 +13,7 @@
 #include <system_error>
 #include <thread>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -52,16 +53,11 @@ std::vector<OrdovanRunItem*> folderByFolder(std::vector<OrdovanRunItem>& items) 
     return result;
 }
 
-/// The device in what identifies a file.
-std::string_view deviceOf(std::string_view identity) {
-    return identity.substr(0, identity.find(':'));
-}
-
 /// The device on which a folder is, or would be. Empty where that can not be told.
 std::string deviceAt(const Url& folder, const ordovan::FactsFunction& factsOf) {
     for (std::string_view path = folder.path();; path = ordovan::parentPath(path)) {
         const auto facts = factsOf(Url::file(path));
-        if (facts) return std::string(deviceOf(facts->identity));
+        if (facts) return std::string(ordovan::deviceOf(facts->identity));
         if (!ordovan::isAbsent(facts.error()) || path.size() <= 1) return {};
     }
 }
@@ -83,7 +79,7 @@ public:
         item.byteSize = facts->byteSize;
         item.modifiedNs = facts->modifiedNs;
         if (!isAnotherName(*facts, Url::file(item.destination))) item.names = facts->names;
-        const std::string_view device = deviceOf(facts->identity);
+        const std::string_view device = ordovan::deviceOf(facts->identity);
         if (device != device_) {
             device_ = device;
             keepsInodes_ = !ports_.keepsInodes || ports_.keepsInodes(source);
@@ -115,9 +111,35 @@ bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);
 }
 
+std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {
+    std::vector<Url> found;
+    const std::string below = std::string(run.root.path()) + "/";
+    const std::string home = deviceAt(run.root, factsOf);
+    std::unordered_set<std::string_view> known;
+    const auto lookAt = [&](std::string_view folder) {
+        if (!folder.starts_with(below) || !known.insert(folder).second) return;
+        std::string device = deviceAt(Url::file(folder), factsOf);  // an overlay gives its files other numbers
+        // Up to the run's folder: where the device changes, a volume is mounted.
+        while (device != home && folder.size() > run.root.path().size()) {
+            const std::string_view above = ordovan::parentPath(folder);
+            const std::string deviceAbove = deviceAt(Url::file(above), factsOf);
+            const bool areTold = !device.empty() && !deviceAbove.empty();
+            if (areTold && deviceAbove != device) found.push_back(Url::file(folder));
+            if (!known.insert(above).second) break;
+            folder = above;
+            device = deviceAbove;
+        }
+    };
+    for (const OrdovanRunItem& item : run.items) {
+        lookAt(ordovan::parentPath(item.source));
+        lookAt(ordovan::parentPath(item.destination));
+    }
+    return found;
+}
+
 std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {
     std::vector<std::string> found = {deviceAt(run.root, factsOf)};
-    for (const Url& folder : run.outputRoots) found.push_back(deviceAt(folder, factsOf));
+    for (const Url& volume : run.volumes) found.push_back(deviceAt(volume, factsOf));
     return found;
 }
 
@@ -178,6 +200,7 @@ void Record::lookAtAll() {
 OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* disk) {
     if (!isKept_) return fs;
     lookAtAll();
+    intent_.volumes = volumesOf(intent_, ports_.recording.facts);
     devices_ = devicesOf(intent_, ports_.recording.facts);
     if (auto begun = ports_.recording.runRecords->begin(intent_)) {
         place_ = begun->place;
@@ -200,11 +223,12 @@ void Record::endNotes() {
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
 /// every file system keeps the order.
 bool Record::syncMoves() const {
-    if (!ports_.recording.syncMoves) return true;
+    if (!ports_.recording.syncMoves || recorded_->changed().empty()) return true;
     std::vector<Url> arrivals, departures;
-    arrivals.reserve(intent_.items.size());
-    departures.reserve(intent_.items.size());
-    for (const OrdovanRunItem& item : intent_.items) {
+    arrivals.reserve(recorded_->changed().size());
+    departures.reserve(recorded_->changed().size());
+    for (const std::size_t changed : recorded_->changed()) {
+        const OrdovanRunItem& item = intent_.items[changed];
         const bool goesToTrash = item.destination.empty();
         if (!goesToTrash && !item.destination.view().starts_with(below_)) continue;
         if (!goesToTrash) arrivals.push_back(Url::file(item.destination));
@@ -212,7 +236,7 @@ bool Record::syncMoves() const {
             departures.push_back(Url::file(item.source));
         }
     }
-    if (recorded_) addTrashPlaces(arrivals);
+    addTrashPlaces(arrivals);
     return ports_.recording.syncMoves(arrivals, departures);
 }
 

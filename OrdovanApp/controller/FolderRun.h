@@ -22,8 +22,11 @@ namespace FolderRun {
 /// Trash. A record may name others; the run refuses those, and nothing is to open them before it does.
 [[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
 
-/// The devices on which a run's folder and its output folders are, or would be; empty texts where that can not be told.
-/// `factsOf` as `RecordingPorts::facts`.
+/// The folders inside a run's at which other volumes are mounted that its files are on or go to. `factsOf` as
+/// `RecordingPorts::facts`.
+[[nodiscard]] std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
+/// The devices at a run's folder and at those volumes, or above where they are gone; empty texts where that can not be
+/// told.
 [[nodiscard]] std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
 
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that
@@ -111,7 +114,7 @@ private:
     bool leavesSomething_ = false;
     bool isOnDisk_ = true;
     OrdovanRunIntent intent_;
-    std::vector<std::string> devices_;          // of the run's folder and its output folders, as the run found them
+    std::vector<std::string> devices_;          // of the run's volumes, as it found them
     std::string below_;                         // what the paths in the run's folder begin with
     std::unique_ptr<ordovan::RunNotes> notes_;  // until the end of this: others know by it that the run goes on
     std::optional<ordovan::RecordedFileSystem> recorded_;

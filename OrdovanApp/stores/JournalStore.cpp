@@ -137,7 +137,10 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
                                                  const Journal& known, const Journal& unsaved, double nowEpoch,
                                                  OrdovanFileSystem& fs, bool isOnDisk) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
-    Saved saved = withoutRestored(lock, root, restored, known, unsaved, nowEpoch, fs, isOnDisk);
+    const bool areLeft = !isOnDisk && !restored.empty();
+    const std::unordered_set<std::string_view> none;
+    Saved saved = withoutRestored(lock, root, areLeft ? none : restored, known, unsaved, nowEpoch, fs);
+    if (areLeft) saved.warning = notUpdated;
     saved.revision = ++revision_;
     return saved;
 }
@@ -145,7 +148,7 @@ JournalStore::Saved JournalStore::removeRestored(const Url& root, const std::uno
 JournalStore::Saved JournalStore::withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
                                                   const std::unordered_set<std::string_view>& restored,
                                                   const Journal& known, const Journal& unsaved, double nowEpoch,
-                                                  OrdovanFileSystem& fs, bool isOnDisk) const {
+                                                  OrdovanFileSystem& fs) const {
     const Url file = locations_.journal(root);
     const Stored stored = readDocument(file);
     const auto isLeft = [&](const OrdovanJournalEntry& entry) { return !restored.contains(entry.destination()); };
@@ -161,7 +164,7 @@ JournalStore::Saved JournalStore::withoutRestored(const OrdovanResult<HeldLock>&
     });
     const Journal remaining = joined(storedLeft, memoryLeft);
     Saved failure = {.journal = remaining, .unsaved = memoryLeft, .warning = notUpdated};
-    if (!isOnDisk || isHeldElsewhere(lock)) return failure;
+    if (isHeldElsewhere(lock)) return failure;
     const auto nameAt = [this](double epoch) { return locations_.unreadableJournal(epoch); };
     if (!readable && !setAside(storage_, file, nameAt, nowEpoch)) return failure;
     const bool fits = !remaining || remaining->entries.size() <= maxEntries_;

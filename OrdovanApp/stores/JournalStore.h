@@ -75,8 +75,8 @@ public:
     /// plainly dealt with it: taken from the document, and nothing lies at its destination any more. The entries are
     /// taken out of what older versions left inside the folder as well, where that could not be moved before.
     ///
-    /// `isOnDisk`: whether it is certain that what was put back is there after a restart. Where it is not, the document
-    /// stays as it is, as if it could not be written.
+    /// `isOnDisk`: whether it is certain that what was put back is there after a restart. Where it is not, the entries
+    /// stay, and the warning says so.
     [[nodiscard]] Saved removeRestored(const Url& root, const std::unordered_set<std::string_view>& restored,
                                        const Journal& known, const Journal& unsaved, double nowEpoch,
                                        OrdovanFileSystem& fs, bool isOnDisk = true) const;
@@ -95,8 +95,7 @@ private:
                                  const Journal& known, const Journal& unsaved, double nowEpoch) const;
     [[nodiscard]] Saved withoutRestored(const OrdovanResult<HeldLock>& lock, const Url& root,
                                         const std::unordered_set<std::string_view>& restored, const Journal& known,
-                                        const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs,
-                                        bool isOnDisk) const;
+                                        const Journal& unsaved, double nowEpoch, OrdovanFileSystem& fs) const;
     [[nodiscard]] std::vector<Older> readOlder(const Url& root, OrdovanFileSystem& fs) const;
     [[nodiscard]] bool takeOutOfOlder(const Url& root, const std::unordered_set<std::string_view>& restored,
                                       OrdovanFileSystem& fs) const;

@@ -102,15 +102,17 @@ TrashRecordStore::Saved TrashRecordStore::removePutBack(const std::unordered_set
                                                         const Known& known, double nowEpoch, OrdovanFileSystem& fs,
                                                         bool isOnDisk) const {
     const auto lock = lockRecords_(locations_.recordsFolder);
-    Saved saved = withoutPutBack(lock, putBack, known, nowEpoch, fs, isOnDisk);
+    const bool areLeft = !isOnDisk && !putBack.empty();
+    Saved saved = withoutPutBack(lock, areLeft ? Paths() : putBack, known, nowEpoch, fs);
+    if (areLeft) saved.warning = notUpdated;
     saved.known.revision = ++revision_;
     return saved;
 }
 
 TrashRecordStore::Saved TrashRecordStore::withoutPutBack(const OrdovanResult<HeldLock>& lock,
                                                          const std::unordered_set<std::string_view>& putBack,
-                                                         const Known& known, double nowEpoch, OrdovanFileSystem& fs,
-                                                         bool isOnDisk) const {
+                                                         const Known& known, double nowEpoch,
+                                                         OrdovanFileSystem& fs) const {
     const Stored stored = read();
     const bool readable = stored.state != Stored::State::unreadable;
     const auto isLeft = [&](const OrdovanTrashEntry& entry) { return !putBack.contains(entry.trashed()); };
@@ -126,7 +128,7 @@ TrashRecordStore::Saved TrashRecordStore::withoutPutBack(const OrdovanResult<Hel
     });
     const Record remaining = joined(storedLeft, memoryLeft);
     const Saved failure = {.known = {remaining, memoryLeft}, .warning = notUpdated};
-    if (!isOnDisk || isHeldElsewhere(lock)) return failure;
+    if (isHeldElsewhere(lock)) return failure;
     if (!readable && !setAside(nowEpoch)) return failure;
     const bool fits = remaining->entries.size() <= maxEntries_;
     if (!write(fits ? *remaining : *storedLeft) || !fits) return failure;

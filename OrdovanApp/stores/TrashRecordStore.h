@@ -59,8 +59,8 @@ public:
     /// stays. What only memory holds stays as well, unless another process has plainly dealt with it: taken from the
     /// document, and nothing lies at its place in the Trash any more, or a later entry has its original path.
     ///
-    /// `isOnDisk`: whether it is certain that what was put back is there after a restart. Where it is not, the document
-    /// stays as it is, as if it could not be written.
+    /// `isOnDisk`: whether it is certain that what was put back is there after a restart. Where it is not, the entries
+    /// stay, and the warning says so.
     [[nodiscard]] Saved removePutBack(const std::unordered_set<std::string_view>& putBack, const Known& known,
                                       double nowEpoch, OrdovanFileSystem& fs, bool isOnDisk = true) const;
 
@@ -70,7 +70,7 @@ private:
                                  double nowEpoch) const;
     [[nodiscard]] Saved withoutPutBack(const OrdovanResult<HeldLock>& lock,
                                        const std::unordered_set<std::string_view>& putBack, const Known& known,
-                                       double nowEpoch, OrdovanFileSystem& fs, bool isOnDisk) const;
+                                       double nowEpoch, OrdovanFileSystem& fs) const;
     [[nodiscard]] Stored read() const;
     [[nodiscard]] bool write(const OrdovanTrashRecord& record) const;
     [[nodiscard]] bool setAside(double nowEpoch) const;

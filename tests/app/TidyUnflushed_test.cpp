@@ -6,12 +6,15 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
 using ::testing::SizeIs;
 
 namespace {
@@ -25,47 +28,66 @@ constexpr const char* trashNotUpdated =
 
 class World : public ordovan::test::KillableWorld {
 public:
-    World() {
+    /// `mount`: an empty folder at which another volume is mounted.
+    explicit World(std::string_view mount = {}) {
+        if (memory.item(mount)) memory.removeTree(mount);
+        if (!mount.empty()) {
+            memory.addVolume(mount);
+            memory.write(std::string(mount) + "/.kept", "");  // where something is mounted no folder goes
+        }
         syncMoves = [this](std::span<const Url>, std::span<const Url>) {
             isPulledOut = !pulledAtFlush.empty();
             return isFlushed;
         };
-        facts = [this](const Url& url) -> OrdovanResult<ordovan::FileFacts> {
-            auto found = ordovan::test::factsIn(memory, url);
-            if (!isPulledOut || !url.path().starts_with(pulledAtFlush)) return found;
-            if (!isReadable) return std::unexpected(OrdovanSystemError::posix(EIO));
-            if (found) found->identity.insert(0, "9");
-            return found;
-        };
+        facts = [this](const Url& url) { return factsNow(url); };
         start();
     }
     /// The volume is mounted anew, and the program started.
     void startAgain() {
         isFlushed = true;
+        plugIn();
+        start();
+    }
+    void pullOut(std::string_view volume) {
+        pulledAtFlush = volume;
+        isPulledOut = true;
+    }
+    void plugIn() {
         pulledAtFlush = {};
         isPulledOut = false;
-        start();
     }
     void moveBack(const std::string& from, const std::string& to) {
         memory.makeDirectory(Url::file(to).deletingLastPathComponent().path());
         ASSERT_TRUE(memory.move(Url::file(from), Url::file(to)));
     }
-    void undoUpToItsSecondMove() {
+    void undoUpToMove(std::size_t number) {
         std::size_t moves = 0;
         fs.setBeforeCall([&](const ordovan::testing::FaultyFileSystem::Call& call) {
-            if (call.operation == ordovan::testing::Operation::move && ++moves == 2) throw ordovan::test::Killed();
+            if (call.operation == ordovan::testing::Operation::move && ++moves == number) throw ordovan::test::Killed();
         });
         EXPECT_THROW(undo(), ordovan::test::Killed);
         fs.setBeforeCall({});
     }
 
     bool isFlushed = true;
-    /// The place of a volume that is pulled out right before the next flush, which then has nothing to do; and what
-    /// is found there: another device, or nothing that can be told.
+    /// The place of a volume that is pulled out right before the next flush, which then has nothing to do. What is left
+    /// there is the empty folder at which it was mounted, or nothing.
     std::string_view pulledAtFlush;
+    bool leavesFolder = true;
     bool isReadable = true;
 
 private:
+    [[nodiscard]] OrdovanResult<ordovan::FileFacts> factsNow(const Url& url) const {
+        const bool isInside = isPulledOut && url.path().starts_with(pulledAtFlush);
+        if (!isInside) return ordovan::test::factsIn(memory, url);
+        if (!isReadable) return std::unexpected(OrdovanSystemError::posix(EIO));
+        const bool isTheFolder = url.path() == pulledAtFlush;
+        if (!isTheFolder || !leavesFolder) return std::unexpected(OrdovanSystemError::posix(ENOENT));
+        auto above = ordovan::test::factsIn(memory, url.deletingLastPathComponent());
+        if (above) above->identity += "1";
+        return above;
+    }
+
     bool isPulledOut = false;
 };
 
@@ -173,7 +195,7 @@ TEST(TidyUnflushed, WhatWasTrashedIsRecordedAndLookedAtOnceMore) {
 TEST(TidyUnflushed, ARunThatIsPutInOrderKeepsItsRecordsUntilThatIsOnTheDisk) {
     World world;
     world.organize();
-    world.undoUpToItsSecondMove();
+    world.undoUpToMove(2);
     world.isFlushed = false;
     for (int times = 0; times < 2; ++times) {
         world.start();
@@ -228,14 +250,67 @@ TEST(TidyUnflushed, WhatWasOrganizedAndPutInOrderKeepsItsRunRecordUntilThatIsOnT
 
 class VolumePulledOut : public ::testing::TestWithParam<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Of, VolumePulledOut, ::testing::Values("/r", "/r/ordovan+"),
-                         [](const auto& of) { return of.param == std::string("/r") ? "TheFolder" : "TheOutput"; });
+INSTANTIATE_TEST_SUITE_P(Of, VolumePulledOut, ::testing::Values("/r/ordovan+", "/r/ordovan+/Documents", "/r/sub"),
+                         [](const auto& of) {
+                             const std::string_view path = of.param;
+                             return std::string(path.substr(path.find_last_of("/+") + 1)) +
+                                    (path.ends_with("+") ? "TheOutput" : "");
+                         });
 
 TEST_P(VolumePulledOut, InTheMiddleOfAnUndoKeepsTheRecordsUntilItIsBack) {
-    for (const bool isReadable : {true, false}) {
-        World world;
+    for (const bool leavesFolder : {true, false}) {
+        World world(GetParam());
+        world.tree({"sub/w.zip = 4", "x.pdf = 1"});
+        world.start();
         world.organize();
+        const std::size_t count = world.storedJournal()->entries.size();
         world.pulledAtFlush = GetParam();
+        world.leavesFolder = leavesFolder;
+        world.undo();
+        EXPECT_EQ(world.model->journalWarning(), notUpdated);
+        EXPECT_THAT(world.storedJournal()->entries, SizeIs(count));
+        EXPECT_TRUE(world.hasRunRecord());
+        // Looking at the folder while the volume is away decides nothing of what is on it.
+        world.start();
+        EXPECT_TRUE(world.storedJournal());
+        EXPECT_TRUE(world.hasRunRecord());
+        ASSERT_TRUE(world.model->interruptedRun());
+        EXPECT_GT(world.model->interruptedRun()->unsettled, 0U);
+        world.startAgain();
+        EXPECT_FALSE(world.storedJournal());
+        EXPECT_FALSE(world.hasRunRecord());
+    }
+}
+
+TEST_P(VolumePulledOut, AfterTheProgramEndedInARunDecidesNothingOfWhatIsOnIt) {
+    for (std::size_t number = 1; number <= 5; ++number) {
+        World world(GetParam());
+        world.tree({"sub/w.zip = 4", "x.pdf = 1"});
+        world.start();
+        world.organize();
+        world.undoUpToMove(number);
+        world.pullOut(GetParam());
+        world.start();
+        EXPECT_TRUE(world.hasRunRecord());
+        world.startAgain();
+        EXPECT_FALSE(world.hasRunRecord());
+        const auto files = world.files();
+        const auto organized = std::ranges::count_if(
+            files, [](const std::string& file) { return file.starts_with("ordovan+/") && !file.ends_with(".kept"); });
+        EXPECT_EQ(world.storedJournal() ? world.storedJournal()->entries.size() : 0U, organized) << number;
+        world.undo();
+        EXPECT_THAT(world.files(), IsSupersetOf({"sub/w.zip", "x.pdf", "y.jpg", "z.txt"}));
+        EXPECT_THAT(world.contents(), ElementsAre("", "1", "2", "2", "4"));
+    }
+}
+
+TEST(FolderPulledOut, KeepsTheRecordsUntilItIsBack) {
+    for (const bool isReadable : {true, false}) {
+        World world("/r");
+        world.tree({"x.pdf = 1", "y.jpg = 2", "z.txt = 2"});
+        world.start();
+        world.organize();
+        world.pulledAtFlush = "/r";
         world.isReadable = isReadable;
         world.undo();
         EXPECT_EQ(world.model->journalWarning(), notUpdated);
@@ -247,17 +322,31 @@ TEST_P(VolumePulledOut, InTheMiddleOfAnUndoKeepsTheRecordsUntilItIsBack) {
     }
 }
 
-TEST_P(VolumePulledOut, WhileARunIsPutInOrderKeepsTheRecordsUntilItIsBack) {
-    World world;
+TEST(FolderPulledOut, WhileARunIsPutInOrderKeepsTheRecordsUntilItIsBack) {
+    World world("/r/ordovan+");
     world.organize();
-    world.undoUpToItsSecondMove();
-    world.pulledAtFlush = GetParam();
+    world.undoUpToMove(3);
+    world.pulledAtFlush = "/r/ordovan+";
     world.start();
     EXPECT_EQ(world.model->journalWarning(), notUpdated);
     EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
     EXPECT_TRUE(world.hasRunRecord());
     world.startAgain();
     EXPECT_THAT(world.storedJournal()->entries, SizeIs(2));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+// A volume that was broken before, where nothing could be changed any more.
+
+TEST(VolumeBrokenBefore, LeavesNoRecordAndNoWarning) {
+    World world;
+    world.organize();
+    world.isFlushed = false;
+    using Fs = ordovan::testing::FaultyFileSystem;
+    world.fs.failCall(ordovan::testing::Operation::move, 1, EROFS, Fs::Moment::beforeEffect, Fs::Lasting::forGood);
+    world.undo();
+    EXPECT_EQ(world.model->journalWarning(), std::nullopt);
+    EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
     EXPECT_FALSE(world.hasRunRecord());
 }
 

@@ -47,7 +47,7 @@ TEST_F(TrashFlushes, PutTheItemsTheirInfoFilesAndTheVacatedFoldersOnTheDiskBefor
     record.endNotes();
     const std::string place = "/home/user/.local/share/Trash";
     EXPECT_THAT(arrivals, ElementsAre(place + "/files/a", place + "/info/a.trashinfo", place + "/files/b"));
-    EXPECT_THAT(departures, UnorderedElementsAre("/r/a", "/r/x/b", "/r/c"));
+    EXPECT_THAT(departures, UnorderedElementsAre("/r/a", "/r/x/b")) << "the third was left alone";
 }
 
 }  // namespace

@@ -202,15 +202,29 @@ TEST_F(SyncFolders, CountsFoldersThatNothingCanFlushAsFlushed) {
 TEST_F(SyncFolders, TellsThatAVolumeCouldNotBeFlushed) {
     std::vector<Url> items;
     fill(t, 40, items);
-    volumeError = EIO;
-    EXPECT_FALSE(syncMoves(items));
     // Where an error has made the volume read-only, its flush is said to have gone well.
-    volumeError = 0;
     Flushes::failing = [](const std::string&) { return EROFS; };
     EXPECT_FALSE(syncMoves(items));
     volumeError = ENOSYS;
     Flushes::failing = nullptr;
     EXPECT_TRUE(syncMoves(items));
+}
+
+TEST_F(SyncFolders, AsksEachFolderWhereTheFlushOfTheVolumeMayHaveFailedForAnotherProgramsFile) {
+    std::vector<Url> items;
+    fill(t, 40, items);
+    volumeError = EIO;
+    EXPECT_TRUE(syncMoves(items));
+    EXPECT_THAT(Flushes::paths, SizeIs(40));
+    Flushes::failing = [&](const std::string& path) { return path == t.path("39") ? EIO : 0; };
+    EXPECT_FALSE(syncMoves(items));
+}
+
+TEST_F(SyncFolders, FlushesAgainAfterAnInterruptingSignal) {
+    int times = 0;
+    Flushes::failing = [&](const std::string&) { return ++times < 3 ? EINTR : 0; };
+    EXPECT_TRUE(syncMoves(std::vector{t.write("x/a", "")}));
+    EXPECT_EQ(times, 3);
 }
 
 TEST_F(SyncFolders, TellsThatOneOfThemCouldNotBeLookedAt) {

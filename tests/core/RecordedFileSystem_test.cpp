@@ -42,6 +42,17 @@ TEST_F(RecordedFileSystemTest, NotesWhatWasMovedBehindItAndAtOnce) {
     EXPECT_THAT(events, ElementsAre("move", "move", "append"));
 }
 
+TEST_F(RecordedFileSystemTest, TellsOfWhichFilesItMayHaveChangedSomething) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a = one", "b = two", "c = three"});
+    for (const char* name : {"a", "b", "c"}) intend("/r/" + std::string(name), "/r/ordovan+/" + std::string(name));
+    fs();
+    disk.failCall(Operation::copy, 1, EROFS);
+    disk.failCall(Operation::copy, 2, EIO);
+    EXPECT_EQ(organize().movedCount(), 1U);
+    EXPECT_THAT(recorded->changed(), ElementsAre(1U, 2U)) << "each once, and none that was refused as read-only";
+}
+
 TEST_F(RecordedFileSystemTest, NotesACopyOnDiskBeforeItIsBegun) {
     memory.addVolume("/r/ordovan+");
     tree({"a.pdf = one"});

@@ -41,6 +41,7 @@ OrdovanRunIntent intent() {
         .root = Url::file("/r"),
         .rootIdentity = "40:2",
         .outputRoots = {Url::file("/r/ordovan+")},
+        .volumes = {Url::file("/r/usb")},
         .items = {item("/r/a.pdf", "/r/ordovan+/Documents/a.pdf"), item("/r/b.pdf", "/r/ordovan+/Documents/b.pdf")}};
 }
 
@@ -99,7 +100,7 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
     EXPECT_EQ(encoded(one, {notes().front(), other}),
               "{\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
               "\"outputRoots\":[\"/r/ordovan+\"],\"root\":\"/r\",\"rootIdentity\":\"40:2\","
-              "\"startedAtEpoch\":1700000000.5,\"version\":1}\n"
+              "\"startedAtEpoch\":1700000000.5,\"version\":1,\"volumes\":[\"/r/usb\"]}\n"
               "{\"bytes\":5,\"from\":\"a.pdf\",\"hash\":\"\",\"identity\":\"40:12\",\"modified\":1600000000000000001,"
               "\"names\":1,\"to\":\"ordovan+/Documents/a.pdf\"}\n"
               "{\"end\":1}\n"
@@ -210,6 +211,8 @@ TEST(RunRecord, RefusesAnIntentThatContradictsItself) {
              {"[\"/r/ordovan+\"]", "[\"/s/ordovan+\"]", outside},
              {"[\"/r/ordovan+\"]", "[\"/r/../s\"]", outside},
              {"[\"/r/ordovan+\"]", "[\"/r\"]", outside},
+             {"[\"/r/usb\"]", "[\"/media/usb\"]", "A volume lies outside the folder of the run."},
+             {"[\"/r/usb\"]", "[\"/r\"]", "A volume lies outside the folder of the run."},
              {"\"from\":\"a.pdf\"", "\"from\":\"\"", value},
              {"\"to\":\"ordovan+/Documents/a.pdf\"", "\"to\":\"\"", destination},
              {"\"bytes\":5", "\"bytes\":-2", value},

@@ -41,7 +41,9 @@ public:
         return std::system(("(" + command + ") >/dev/null 2>&1").c_str()) == 0;
     }
 
-    explicit LoopVolume(std::string type) : type_(std::move(type)), image_(holder_.path("image")) {
+    /// `room`: what its device can hold of it, in bytes.
+    explicit LoopVolume(std::string type, std::size_t room = 512U << 20U)
+        : type_(std::move(type)), holder_(room), image_(holder_.path("image")) {
         const std::string megabytes = type_ == "xfs" ? "320" : type_ == "btrfs" ? "128" : "32";
         const std::string quietly = type_ == "ext4" ? " -q -F " : " -q -f ";
         if (!did("truncate -s " + megabytes + "M " + image_ + " && mkfs." + type_ + quietly + image_)) {
@@ -80,6 +82,12 @@ public:
     /// never gets there, though it is seen until the volume is mounted anew. Any process.
     void breakDown() const {
         if (::mount(nullptr, path().c_str(), nullptr, MS_REMOUNT | MS_NOSUID, "abort") != 0) std::abort();
+    }
+
+    /// The device takes nothing more that it does not hold already, or takes it again: it is thinly provisioned, say.
+    void setFull(bool isFull) const {
+        const std::string filler = holder_.path("filler");
+        static_cast<void>(isFull ? did("cat /dev/zero > " + filler) : did("rm " + filler));
     }
 
     /// The computer is started again: the volume is mounted from what its device holds.
@@ -122,7 +130,7 @@ private:
     void unmount() { ::umount2(path().c_str(), 0); }
 
     std::string type_;
-    test::SecondVolume holder_{512U << 20U};
+    test::SecondVolume holder_;
     std::string image_;
     test::TempFolder at_;
     std::string device_;

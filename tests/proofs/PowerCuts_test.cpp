@@ -2,6 +2,7 @@
 // anything more (ext4, xfs), or what its device holds at that moment is all that is left (btrfs). Then it is mounted
 // again, the program is started again, and everything must be in order.
 
+#include "OrdovanCore/platform/Folders.h"
 #include "tests/proofs/Flows.h"
 #include "tests/proofs/LoopVolume.h"
 #include "tests/proofs/Proof.h"
@@ -287,6 +288,25 @@ TEST(PowerCut, BringsNoCopyBackThatARunHadTakenAway) {
     }));
     scene->expectEachFileOnce("after the cut");
     scene->expectOrder();
+}
+
+/// Its flush is said to have gone well, and so is that of a folder in which nothing has changed.
+TEST(PowerCut, BtrfsThatBreaksIsKnownToHaveFlushedNothing) {
+    if (const std::string why = LoopVolume::missing({"mkfs.btrfs"}); !why.empty())
+        GTEST_SKIP() << "NOT TESTED: " << why;
+    const LoopVolume volume("btrfs", 160U << 20U);
+    const auto url = [&](const char* name) { return Url::file(volume.path(name)); };
+    for (const char* folder : {"old", "new", "other", "filled"}) std::filesystem::create_directory(volume.path(folder));
+    std::ofstream(volume.path("old/a")) << "one";
+    EXPECT_TRUE(ordovan::syncMoves(std::vector{url("old/a"), url("other/b")}));
+    std::filesystem::rename(volume.path("old/a"), volume.path("new/a"));
+    volume.setFull(true);
+    const std::string content(1500, 'x');
+    for (int i = 0; i < 1'000; ++i) std::ofstream(volume.path("filled/" + std::to_string(i))) << content;
+    EXPECT_FALSE(ordovan::syncMoves(std::vector{url("other/b"), url("new/a")}, std::vector{url("old/a")}));
+    EXPECT_FALSE(ordovan::syncMoves(std::vector{url("other/b"), url("new/a")}, std::vector{url("old/a")}));
+    EXPECT_TRUE(std::filesystem::exists(volume.path("new/a"))) << "it is seen";
+    volume.setFull(false);
 }
 
 TEST(PowerCut, WhatWasOrganizedOnABtrfsVolumeGoesBackUnderAnotherDeviceNumber) {
