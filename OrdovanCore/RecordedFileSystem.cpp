@@ -51,7 +51,7 @@ OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
     const bool isComingBack =
         trashed_ && trashed_->place == from.path() && intent_.items[trashed_->item].source == to.path();
     if (isPublishing) {
-        auto published = moveItem(copying_->item, from, to);
+        auto published = moveItem({.item = copying_->item, .isSourceToo = false}, from, to);
         if (published) copying_->stage = Copying::Stage::published;
         return published;
     }
@@ -61,7 +61,7 @@ OrdovanResult<void> RecordedFileSystem::move(const Url& from, const Url& to) {
     if (!item || to.path().empty()) return notIntended();
     endCopying();
     noteOther(*item);
-    auto moved = moveItem(*item, from, to);
+    auto moved = moveItem({.item = *item, .isSourceToo = true}, from, to);
     if (moved) note(OrdovanRunNote::Kind::done, *item, true, {});
     return moved;
 }
@@ -80,7 +80,7 @@ OrdovanResult<void> RecordedFileSystem::copy(const Url& from, const Url& to) {
     handOver();
     if (takesNotes_ && !notes_.sync()) takesNotes_ = false;
     auto copied = fs_.copy(from, to);
-    noteChange(copying_->item, copied);
+    noteChange({.item = copying_->item, .isSourceToo = false}, copied);
     // A copy that fails leaves nothing, and what has taken its name is not the run's.
     const bool isTaken = !copied && copied.error() == OrdovanSystemError::posix(EEXIST);
     if (isTaken || (!copied && !fs_.isRegularFile(to))) copying_->stage = Copying::Stage::settled;
@@ -100,18 +100,23 @@ OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
     return removed;
 }
 
-OrdovanResult<void> RecordedFileSystem::moveItem(std::size_t item, const Url& from, const Url& to) {
-    claiming_ = item;
+OrdovanResult<void> RecordedFileSystem::moveItem(const Change& change, const Url& from, const Url& to) {
+    claiming_ = change.item;
     auto moved = fs_.move(from, to);
     endMove();
-    noteChange(item, moved);
+    noteChange(change, moved);
     return moved;
 }
 
 /// A volume that could not be written to has nothing to lose.
-void RecordedFileSystem::noteChange(std::size_t item, const OrdovanResult<void>& done) {
-    const bool isUntouched = !done && done.error() == OrdovanSystemError::posix(EROFS);
-    if (!isUntouched && (changed_.empty() || changed_.back() != item)) changed_.push_back(item);
+template <class Done>
+void RecordedFileSystem::noteChange(const Change& change, const Done& done) {
+    if (!done && done.error() == OrdovanSystemError::posix(EROFS)) return;
+    if (changes_.empty() || changes_.back().item != change.item) {
+        changes_.push_back(change);
+    } else {
+        changes_.back().isSourceToo = changes_.back().isSourceToo || change.isSourceToo;
+    }
 }
 
 bool RecordedFileSystem::isOriginal(const Url& url) const {
@@ -144,6 +149,7 @@ OrdovanResult<void> RecordedFileSystem::removeOriginal(const Url& original) {
     if (isInTrash(original.path())) return copyStands() ? removeAsItIs(original) : refused(ENOENT);
     const Url aside = OrdovanPartialName::asideOf(original, copying_->partial);
     const auto renamed = fs_.move(original, aside);
+    noteChange({.item = copying_->item, .isSourceToo = true}, renamed);
     if (renamed) return removeHidden(original, aside);
     if (fs_.isRegularFile(aside)) {
         // The reply was lost, or a rename in steps has left a second name behind.
@@ -161,6 +167,7 @@ OrdovanResult<void> RecordedFileSystem::removeOriginal(const Url& original) {
 
 OrdovanResult<void> RecordedFileSystem::removeAsItIs(const Url& url) {
     auto removed = fs_.remove(url);
+    noteChange({.item = copying_->item, .isSourceToo = isOriginal(url)}, removed);
     if (removed) copying_->stage = Copying::Stage::settled;
     return removed;
 }
@@ -279,7 +286,7 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     claiming_ = item;
     auto place = fs_.trash(url);
     endMove();
-    noteChange(*item, place ? OrdovanResult<void>() : std::unexpected(place.error()));
+    noteChange({.item = *item, .isSourceToo = true}, place);
     if (!place) return place;
     trashedTo_.push_back(*place);
     trashed_ = {*item, place->sharedPath()};

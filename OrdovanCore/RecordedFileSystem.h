@@ -64,8 +64,14 @@ public:
     /// Whether something of a file is left that the run meant to take away again, or that can not be told: a copy
     /// beside its original, or a file under its hidden name. To be asked when the run is over.
     [[nodiscard]] bool leavesSomething();
-    /// The items of which the run has changed something, or may have, as far as can be told; in its order.
-    [[nodiscard]] const std::vector<std::size_t>& changed() const noexcept { return changed_; }
+    /// An item of which the run has changed something, or may have, as far as can be told.
+    struct Change {
+        std::size_t item;
+        bool isSourceToo;  ///< where it was, not only where it goes
+        friend bool operator==(const Change&, const Change&) = default;
+    };
+    /// These, in the order of the run.
+    [[nodiscard]] const std::vector<Change>& changes() const noexcept { return changes_; }
     /// The places in the Trash to which files were moved, in their order.
     [[nodiscard]] const std::vector<Url>& trashedTo() const noexcept { return trashedTo_; }
 
@@ -91,8 +97,9 @@ private:
     void noteOther(std::size_t item);
     void noteClaim(const Url& hidden);
     void endMove();
-    void noteChange(std::size_t item, const OrdovanResult<void>& done);
-    OrdovanResult<void> moveItem(std::size_t item, const Url& from, const Url& to);
+    template <class Done>
+    void noteChange(const Change& change, const Done& done);
+    OrdovanResult<void> moveItem(const Change& change, const Url& from, const Url& to);
 
     [[nodiscard]] bool isOriginal(const Url& url) const;
     [[nodiscard]] bool looksUnchanged(const Url& original);
@@ -141,7 +148,7 @@ private:
     };
     std::optional<Trashed> trashed_;  // the last file that was trashed
     std::vector<Url> trashedTo_;
-    std::vector<std::size_t> changed_;
+    std::vector<Change> changes_;
     Url hidden_;  // by which the file may be left that is on its way; empty for none
 };
 

@@ -223,15 +223,16 @@ void Record::endNotes() {
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not
 /// every file system keeps the order.
 bool Record::syncMoves() const {
-    if (!ports_.recording.syncMoves || recorded_->changed().empty()) return true;
+    if (!ports_.recording.syncMoves || recorded_->changes().empty()) return true;
     std::vector<Url> arrivals, departures;
-    arrivals.reserve(recorded_->changed().size());
-    departures.reserve(recorded_->changed().size());
-    for (const std::size_t changed : recorded_->changed()) {
-        const OrdovanRunItem& item = intent_.items[changed];
+    arrivals.reserve(recorded_->changes().size());
+    departures.reserve(recorded_->changes().size());
+    for (const auto& change : recorded_->changes()) {
+        const OrdovanRunItem& item = intent_.items[change.item];
         const bool goesToTrash = item.destination.empty();
         if (!goesToTrash && !item.destination.view().starts_with(below_)) continue;
         if (!goesToTrash) arrivals.push_back(Url::file(item.destination));
+        if (!change.isSourceToo) continue;
         if (item.source.view().starts_with(below_) || ordovan::isInTrash(item.source)) {
             departures.push_back(Url::file(item.source));
         }

@@ -50,7 +50,18 @@ TEST_F(RecordedFileSystemTest, TellsOfWhichFilesItMayHaveChangedSomething) {
     disk.failCall(Operation::copy, 1, EROFS);
     disk.failCall(Operation::copy, 2, EIO);
     EXPECT_EQ(organize().movedCount(), 1U);
-    EXPECT_THAT(recorded->changed(), ElementsAre(1U, 2U)) << "each once, and none that was refused as read-only";
+    using Change = RecordedFileSystem::Change;
+    EXPECT_THAT(recorded->changes(), ElementsAre(Change{.item = 1, .isSourceToo = false}, Change{2, true}))
+        << "each once, and none that was refused as read-only";
+}
+
+TEST_F(RecordedFileSystemTest, TellsThatAnOriginalOnAReadOnlyVolumeIsUnchanged) {
+    memory.addVolume("/r/usb");
+    tree({"usb/a = one"});
+    intend("/r/usb/a", "/r/ordovan+/a");
+    memory.setReadOnly("/r/usb", true);
+    EXPECT_EQ(organize().movedCount(), 0U);
+    EXPECT_THAT(recorded->changes(), ElementsAre(RecordedFileSystem::Change{.item = 0, .isSourceToo = false}));
 }
 
 TEST_F(RecordedFileSystemTest, NotesACopyOnDiskBeforeItIsBegun) {
