@@ -54,7 +54,7 @@ enum class Attacked {
 /// a run has to be better than.
 class ByPath final : public SystemFileSystem {
 public:
-    explicit ByPath(std::string trash) : files_(trash + "/files"), info_(trash + "/info") {}
+    explicit ByPath(const std::string& trash) : files_(trash + "/files"), info_(trash + "/info") {}
 
     OrdovanResult<Url> trash(const Url& url) override {
         const Url place = Url::file(files_).appending(url.lastPathComponent());
