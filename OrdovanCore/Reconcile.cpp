@@ -171,6 +171,7 @@ OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& r
         return result;
     }
     for (std::size_t i = 0; i < settled.size(); ++i) {
+        if (!settled[i].isCertain) result.uncertain.push_back(i);
         record(run.intent, run.intent.items[i], std::move(settled[i]), result);
     }
     return result;

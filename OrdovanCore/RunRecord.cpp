@@ -40,7 +40,8 @@ std::string_view nameOf(OrdovanRunNote::Kind kind) {
 }
 
 constexpr std::array<json::Member, 1> versionMembers{{{"version", json::Type::integer}}};
-constexpr std::array<json::Member, 8> headMembers{{
+constexpr std::array<json::Member, 9> headMembers{{
+    {"flushes", json::Type::boolean},
     {"id", json::Type::text},
     {"items", json::Type::integer},
     {"kind", json::Type::text},
@@ -127,28 +128,31 @@ bool takeFolders(const json::Value& value, std::vector<Url>& folders) {
 /// One member of the line about the run.
 bool takeHead(std::size_t index, const json::Value& value, OrdovanRunIntent& intent, std::int64_t& count) {
     switch (index) {
-        case 0: {
+        case 0:
+            intent.isFlushable = std::get<bool>(value);
+            return true;
+        case 1: {
             const auto id = ordovan::Uuid::parse(textOf(value));
             if (id) intent.id = *id;
             return id.has_value();
         }
-        case 1:
+        case 2:
             count = std::get<std::int64_t>(value);
             return count >= 0;
-        case 2: {
+        case 3: {
             const auto kind = runKindFromRawValue(textOf(value));
             if (kind) intent.kind = *kind;
             return kind.has_value();
         }
-        case 3:
-            return takeFolders(value, intent.outputRoots);
         case 4:
+            return takeFolders(value, intent.outputRoots);
+        case 5:
             intent.root = Url::file(textOf(value));
             return isRoot(textOf(value));
-        case 5:
+        case 6:
             intent.rootIdentity = textOf(value);
             return true;
-        case 6:
+        case 7:
             intent.startedAtEpoch = std::get<double>(value);
             return true;
         default:
@@ -265,7 +269,7 @@ void appendFolders(std::string& piece, std::span<const Url> folders) {
 bool OrdovanRunIntent::encode(const Sink& sink) const {
     std::string piece;
     piece.reserve(json::encodedPieceSize + 16 * 1024);
-    piece += "{\"id\":";
+    piece += isFlushable ? "{\"flushes\":true,\"id\":" : "{\"flushes\":false,\"id\":";
     json::appendText(piece, id.text());
     piece += ",\"items\":";
     json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
@@ -308,6 +312,28 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
     piece += "}\n";
     return sink(piece);
+}
+
+OrdovanUnfinishedRun OrdovanUnfinishedRun::only(std::span<const std::size_t> items) const {
+    OrdovanUnfinishedRun result;
+    std::vector<OrdovanRunItem> kept;
+    for (const std::size_t item : items) kept.push_back(intent.items[item]);
+    result.intent = intent;
+    result.intent.items = std::move(kept);
+    for (const OrdovanRunNote& note : notes) {
+        const auto found = std::ranges::lower_bound(items, note.item);
+        if (found == items.end() || *found != note.item) continue;
+        result.notes.push_back(note);
+        result.notes.back().item = static_cast<std::size_t>(found - items.begin());
+    }
+    return result;
+}
+
+bool OrdovanUnfinishedRun::encode(const OrdovanRunIntent::Sink& sink) const {
+    if (!intent.encode(sink)) return false;
+    std::string lines;
+    for (const OrdovanRunNote& note : notes) note.appendTo(lines, intent);
+    return lines.empty() || sink(lines);
 }
 
 void OrdovanRunNote::appendTo(std::string& out, const OrdovanRunIntent& intent) const {

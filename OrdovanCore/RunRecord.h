@@ -12,6 +12,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,6 +46,9 @@ struct OrdovanRunIntent {
     std::vector<Url> outputRoots;  ///< folders inside `root` that files are organized into, or put back from
     /// The folders inside `root` at which other volumes are mounted that its files are on or go to.
     std::vector<Url> volumes;
+    /// Whether these and `root` could be flushed when the run began. Where not (some file systems in user space refuse
+    /// that always), a flush that fails tells nothing.
+    bool isFlushable = true;
     std::vector<OrdovanRunItem> items;  ///< in the order in which the run comes to them
 
     static constexpr std::int64_t supportedVersion = 1;
@@ -83,7 +87,7 @@ struct OrdovanRunNote {
 /// The stored record of a run that has not come to its end.
 ///
 /// UTF-8, one JSON object a line. First what the run is about to do, written whole or not at all: a line about the run
-/// ("id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version",
+/// ("flushes", "id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version",
 /// "volumes"), one for each item ("bytes", "from", "hash", "identity", "modified", "names", "to") and one that ends
 /// this ("end": the number again). Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path",
 /// "sameVolume"). The most common one, of an intended file that was renamed, says no more than it has to ("bytes",
@@ -91,6 +95,12 @@ struct OrdovanRunNote {
 struct OrdovanUnfinishedRun {
     OrdovanRunIntent intent;
     std::vector<OrdovanRunNote> notes;  ///< in the order in which they were made
+
+    /// The same for some of its items, by their numbers in ascending order, and what was noted of them.
+    [[nodiscard]] OrdovanUnfinishedRun only(std::span<const std::size_t> items) const;
+
+    /// Writes the stored form in pieces; false when `sink` stopped it. Paths have to be UTF-8.
+    bool encode(const OrdovanRunIntent::Sink& sink) const;
 
     /// Reads the stored form as `OrdovanRunRecordDecoder` does.
     [[nodiscard]] static std::expected<OrdovanUnfinishedRun, OrdovanRecordError> decoded(std::string_view from);

@@ -6,6 +6,7 @@
 #include "OrdovanCore/Text.h"
 #include "OrdovanCore/TrashPlace.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <limits>
 #include <memory>
@@ -117,7 +118,7 @@ std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunc
     const std::string home = deviceAt(run.root, factsOf);
     std::unordered_set<std::string_view> known;
     const auto lookAt = [&](std::string_view folder) {
-        if (!folder.starts_with(below) || !known.insert(folder).second) return;
+        if (!folder.starts_with(below) || !ordovan::isNormalPath(folder) || !known.insert(folder).second) return;
         std::string device = deviceAt(Url::file(folder), factsOf);  // an overlay gives its files other numbers
         // Up to the run's folder: where the device changes, a volume is mounted.
         while (device != home && folder.size() > run.root.path().size()) {
@@ -201,6 +202,7 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
     if (!isKept_) return fs;
     lookAtAll();
     intent_.volumes = volumesOf(intent_, ports_.recording.facts);
+    intent_.isFlushable = canFlush();
     devices_ = devicesOf(intent_, ports_.recording.facts);
     if (auto begun = ports_.recording.runRecords->begin(intent_)) {
         place_ = begun->place;
@@ -213,11 +215,37 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
 
 void Record::endNotes() {
     if (recorded_) {
+        const bool isFlushed = syncMoves() || !intent_.isFlushable;
         // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
-        isOnDisk_ = syncMoves() && devicesOf(intent_, ports_.recording.facts) == devices_;
+        isOnDisk_ = recorded_->changes().empty() || (isFlushed && areVolumesThere());
         leavesSomething_ = recorded_->leavesSomething();
     }
     recorded_.reset();
+}
+
+bool Record::canFlush() const {
+    if (!ports_.recording.canFlush) return true;
+    std::vector<Url> folders = intent_.volumes;
+    folders.push_back(intent_.root);
+    return ports_.recording.canFlush(folders);
+}
+
+bool Record::isChangedBelow(const Url& folder) const {
+    const std::string below = std::string(folder.path()) + "/";
+    return std::ranges::any_of(recorded_->changes(), [&](const auto& change) {
+        const OrdovanRunItem& item = intent_.items[change.item];
+        return item.destination.view().starts_with(below) ||
+               (change.isSourceToo && item.source.view().starts_with(below));
+    });
+}
+
+bool Record::areVolumesThere() const {
+    const std::vector<std::string> now = devicesOf(intent_, ports_.recording.facts);
+    if (now.front() != devices_.front()) return false;
+    for (std::size_t i = 1; i < now.size(); ++i) {
+        if (now[i] != devices_[i] && isChangedBelow(intent_.volumes[i - 1])) return false;
+    }
+    return true;
 }
 
 /// What was moved has to be on the disk before a record that says so: the record may lie on another volume, and not

@@ -104,7 +104,10 @@ public:
     [[nodiscard]] bool isStored() const { return place_.has_value(); }
 
 private:
+    [[nodiscard]] bool canFlush() const;
     [[nodiscard]] bool syncMoves() const;
+    [[nodiscard]] bool isChangedBelow(const Url& folder) const;
+    [[nodiscard]] bool areVolumesThere() const;
     void addTrashPlaces(std::vector<Url>& arrivals) const;
 
     const TidyPorts& ports_;

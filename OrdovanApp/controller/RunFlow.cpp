@@ -73,17 +73,17 @@ OrdovanRunControl batchControl(const OrdovanRunControl& control, std::size_t don
     return result;
 }
 
-/// Puts back the files of one batch, adds its outcomes to the report and tidies up behind it.
-void undoBatch(const TidyPorts& ports, const RunInputs& inputs, const UndoBatch& batch, OrdovanFileSystem& fs,
-               const OrdovanRunControl& control, OrdovanExecutionReport& report) {
+/// Puts back the files of one batch and adds its outcomes to the report. The places that they left.
+std::vector<Url> undoBatch(const RunInputs& inputs, const UndoBatch& batch, OrdovanFileSystem& fs,
+                           const OrdovanRunControl& control, OrdovanExecutionReport& report) {
     OrdovanExecutionReport part = OrdovanExecutor::undo(batch.journal, inputs.root, batch.outputRoot, fs, control);
     std::vector<Url> vacated;
     for (const OrdovanExecutionOutcome& outcome : part.outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) vacated.push_back(outcome.destination);
     }
-    ports.removeEmptyFolders(vacated, batch.outputRoot);
     std::ranges::move(part.outcomes, std::back_inserter(report.outcomes));
     std::ranges::move(part.journal.entries, std::back_inserter(report.journal.entries));
+    return vacated;
 }
 
 OrdovanExecutionReport undoBatches(const TidyPorts& ports, const RunInputs& inputs, const OrdovanJournal& entries,
@@ -109,11 +109,16 @@ OrdovanExecutionReport undoBatches(const TidyPorts& ports, const RunInputs& inpu
     OrdovanFileSystem& fs = record.begin(files.port(), files.stepwise());
     OrdovanExecutionReport report;
     report.journal.createdAtEpoch = entries.createdAtEpoch;
+    std::vector<std::vector<Url>> vacated;
     for (const UndoBatch& batch : all) {
         const auto control = batchControl(inputs.control, report.outcomes.size(), entries.entries.size());
-        undoBatch(ports, inputs, batch, fs, control, report);
+        vacated.push_back(undoBatch(inputs, batch, fs, control, report));
     }
     record.endNotes();
+    // Last: files that may be back need their folders, and one of those may be a volume of its own.
+    for (std::size_t i = 0; i < all.size() && record.isOnDisk(); ++i) {
+        ports.removeEmptyFolders(vacated[i], all[i].outputRoot);
+    }
     return report;
 }
 

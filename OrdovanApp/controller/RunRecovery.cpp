@@ -138,14 +138,19 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     if (found.isStopped || found.isElsewhere) return std::nullopt;
     RecoveredRun result;
     // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
-    const bool isOnDisk =
-        syncMoves(ports, run.intent, found) && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
-    const bool isStored =
-        store(ports, root, run, found, isOnDisk, memory, nowEpoch, result) && isOnDisk && found.isComplete;
+    const bool isFlushed = syncMoves(ports, run.intent, found) || !run.intent.isFlushable;
+    const bool isOnDisk = isFlushed && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
+    const bool isStored = store(ports, root, run, found, isOnDisk, memory, nowEpoch, result) && isOnDisk;
+    const bool isSettled = isStored && (found.isComplete || found.uncertain.size() < run.intent.items.size());
     // A run of this program is in the history, or in memory until it can be.
     if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
-    if (!isOwn && isStored) addToHistory(ports, found.historyRecord(run.intent), memory, nowEpoch, result);
-    if (isStored) static_cast<void>(ports.recording.runRecords->remove(root, place));
+    if (!isOwn && isSettled) addToHistory(ports, found.historyRecord(run.intent), memory, nowEpoch, result);
+    // What is settled is not looked at again: later runs may have to do with the same places.
+    if (isSettled && !found.isComplete && !found.uncertain.empty()) {
+        static_cast<void>(ports.recording.runRecords->replace(root, place, run.only(found.uncertain)));
+    } else if (isStored && found.isComplete) {
+        static_cast<void>(ports.recording.runRecords->remove(root, place));
+    }
     return result;
 }
 

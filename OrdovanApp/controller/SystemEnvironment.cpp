@@ -100,6 +100,7 @@ SystemEnvironment::SystemEnvironment(ordovan::StorageLocations locations)
 SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
+    const std::string recordsFolder(state_->locations.trashRecord().deletingLastPathComponent().path());
     return {
         .fileSystem = state_->fileSystem,
         .makeRunFileSystem = [](const Url& root) { return std::make_unique<ordovan::RunFileSystem>(root); },
@@ -138,9 +139,14 @@ TidyPorts SystemEnvironment::ports() {
                               ordovan::forgetTrashInfo(item.path(), putBackTo.path());
                           },
                       .syncMoves =
-                          [records = std::string(state_->locations.trashRecord().deletingLastPathComponent().path())](
-                              std::span<const Url> arrivals, std::span<const Url> departures) {
+                          [records = recordsFolder](std::span<const Url> arrivals, std::span<const Url> departures) {
                               return ordovan::syncMoves(arrivals, departures, records);
+                          },
+                      .canFlush =
+                          [records = recordsFolder](std::span<const Url> folders) {
+                              std::vector<Url> items;
+                              for (const Url& folder : folders) items.push_back(folder.appending("item"));
+                              return ordovan::syncMoves(items, {}, records);
                           },
                       .keepsInodes = ordovan::keepsInodes,
                       .keepsIdentities = ordovan::keepsIdentities}};

@@ -66,6 +66,12 @@ RunRecordStore::Found RunRecordStore::read(const Url& root, std::size_t place) c
     return found;
 }
 
+bool RunRecordStore::replace(const Url& root, std::size_t place, const OrdovanUnfinishedRun& run) const {
+    return storage_
+        .write(locations_.runRecord(root, place), [&](const RecordStorage::Sink& sink) { return run.encode(sink); })
+        .has_value();
+}
+
 bool RunRecordStore::remove(const Url& root, std::size_t place) const {
     return storage_.remove(locations_.runRecord(root, place)).has_value();
 }

@@ -53,6 +53,9 @@ public:
     /// The record that stands in a place.
     [[nodiscard]] Found read(const Url& root, std::size_t place) const;
 
+    /// Stores another record in its place. False, and the former one stands, when that is not possible.
+    [[nodiscard]] bool replace(const Url& root, std::size_t place, const OrdovanUnfinishedRun& run) const;
+
     /// Removes it; none there is no error. False when it still stands.
     [[nodiscard]] bool remove(const Url& root, std::size_t place) const;
 

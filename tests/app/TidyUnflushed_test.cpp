@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
@@ -347,6 +348,72 @@ TEST(VolumeBrokenBefore, LeavesNoRecordAndNoWarning) {
     world.undo();
     EXPECT_EQ(world.model->journalWarning(), std::nullopt);
     EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+// Later runs have to do with the same places while the record of an earlier one waits.
+
+TEST(VolumePulledOut, LeavesTheEntriesOfLaterRunsAlone) {
+    World world("/r/sub");
+    world.tree({"sub/w.zip = 4", "x.pdf = 1"});
+    world.start();
+    world.organize();
+    world.pulledAtFlush = "/r/sub";
+    world.undo();
+    EXPECT_TRUE(world.hasRunRecord());
+    // Away with the file; another of its name is organized, while the volume is not there.
+    world.memory.replace("/r/x.pdf", "another");
+    world.start();
+    world.organize();
+    EXPECT_EQ(world.memory.read("/r/ordovan+/Documents/x.pdf"), "another");
+    world.start();
+    EXPECT_THAT(World::recoverable(*world.model), Contains("x.pdf -> ordovan+/Documents/x.pdf"));
+    world.undo();
+    EXPECT_EQ(world.memory.read("/r/x.pdf"), "another");
+    world.startAgain();
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_EQ(world.memory.read("/r/x.pdf"), "another");
+}
+
+TEST(VolumePulledOut, IsNoConcernOfARunThatChangedNothingOnIt) {
+    World world("/r/sub");
+    world.tree({"sub/w.zip = 4", "x.pdf = 1"});
+    world.start();
+    world.organize();
+    world.memory.replace("/r/ordovan+/Archives/w.zip", "changed");
+    world.pulledAtFlush = "/r/sub";
+    world.undo();
+    EXPECT_EQ(world.model->journalWarning(), std::nullopt);
+    EXPECT_THAT(World::recoverable(*world.model), ElementsAre("sub/w.zip -> ordovan+/Archives/w.zip"));
+    EXPECT_FALSE(world.hasRunRecord());
+}
+
+TEST(TidyUnflushed, KeepsTheFoldersThatAnUndoEmptiedForFilesThatMayBeBack) {
+    World world;
+    world.organize();
+    world.isFlushed = false;
+    world.undo();
+    EXPECT_TRUE(world.memory.item("/r/ordovan+/Documents"));
+    world.startAgain();
+    EXPECT_FALSE(world.memory.item("/r/ordovan+/Documents"));
+}
+
+/// Some file systems in user space refuse to flush folders with whatever error.
+TEST(FoldersThatCanNeverBeFlushed, TellNothing) {
+    World world;
+    world.canFlush = [](std::span<const Url> folders) {
+        return std::ranges::find(folders, Url::file("/r")) == folders.end();
+    };
+    world.isFlushed = false;
+    world.start();
+    world.organize();
+    EXPECT_FALSE(world.hasRunRecord());
+    world.undo();
+    EXPECT_EQ(world.model->journalWarning(), std::nullopt);
+    EXPECT_FALSE(world.storedJournal());
+    EXPECT_FALSE(world.hasRunRecord());
+    world.organizeUpToMove(2);
+    world.start();
     EXPECT_FALSE(world.hasRunRecord());
 }
 

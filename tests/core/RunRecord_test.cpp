@@ -98,7 +98,7 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
     OrdovanRunNote other = notes().front();
     other.identity = "40:99";
     EXPECT_EQ(encoded(one, {notes().front(), other}),
-              "{\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
+              "{\"flushes\":true,\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
               "\"outputRoots\":[\"/r/ordovan+\"],\"root\":\"/r\",\"rootIdentity\":\"40:2\","
               "\"startedAtEpoch\":1700000000.5,\"version\":1,\"volumes\":[\"/r/usb\"]}\n"
               "{\"bytes\":5,\"from\":\"a.pdf\",\"hash\":\"\",\"identity\":\"40:12\",\"modified\":1600000000000000001,"
@@ -111,6 +111,24 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
                   hashA +
                   "\",\"identity\":\"40:99\",\"item\":0,\"note\":\"done\",\"path\":\"\","
                   "\"sameVolume\":true}\n");
+}
+
+TEST(RunRecord, CanBeOfSomeOfItsItemsAndWhatWasNotedOfThem) {
+    OrdovanUnfinishedRun run{.intent = intent(), .notes = notes()};
+    run.intent.isFlushable = false;
+    ASSERT_GE(run.intent.items.size(), 2U);
+    const OrdovanUnfinishedRun second = run.only(std::vector<std::size_t>{1});
+    ASSERT_EQ(second.intent.items.size(), 1U);
+    EXPECT_EQ(second.intent.items[0], run.intent.items[1]);
+    std::size_t count = 0;
+    for (const OrdovanRunNote& note : run.notes) count += note.item == 1 ? 1 : 0;
+    EXPECT_EQ(second.notes.size(), count);
+    EXPECT_LT(count, run.notes.size());
+    for (const OrdovanRunNote& note : second.notes) EXPECT_EQ(note.item, 0U);
+    EXPECT_EQ(run.only(std::vector<std::size_t>{0, 1}), run);
+    std::string text;
+    EXPECT_TRUE(second.encode([&](std::string_view piece) { return text += piece, true; }));
+    EXPECT_EQ(OrdovanUnfinishedRun::decoded(text), second);
 }
 
 TEST(RunRecord, KeepsPathsOutsideTheFolderAndOddOnesByteForByte) {

@@ -90,6 +90,7 @@ public:
                 .removeTrashInfo = stand.removeTrashInfo,
                 .forgetTrashInfo = stand.forgetTrashInfo,
                 .syncMoves = syncMoves,
+                .canFlush = canFlush,
                 .keepsInodes = keepsInodes,
                 .keepsIdentities = keepsIdentities};
     }
@@ -97,6 +98,7 @@ public:
     bool recordsRuns = true;
     FactsFunction facts;  ///< empty: those of the files in memory
     decltype(RecordingPorts::syncMoves) syncMoves;
+    decltype(RecordingPorts::canFlush) canFlush;
     std::function<bool(const Url&)> keepsInodes;
     std::function<bool(const Url&)> keepsIdentities;
 

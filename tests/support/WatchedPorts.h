@@ -195,6 +195,7 @@ private:
                 .removeTrashInfo = watched("removeTrashInfo", real.removeTrashInfo),
                 .forgetTrashInfo = watched("forgetTrashInfo", real.forgetTrashInfo),
                 .syncMoves = watched("syncMoves", real.syncMoves),
+                .canFlush = watched("canFlush", real.canFlush),
                 .keepsInodes = watched("keepsInodes", real.keepsInodes),
                 .keepsIdentities = watched("keepsIdentities", real.keepsIdentities)};
     }
