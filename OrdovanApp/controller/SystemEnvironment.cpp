@@ -27,7 +27,6 @@
 #include <iterator>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -100,7 +99,6 @@ SystemEnvironment::SystemEnvironment(ordovan::StorageLocations locations)
 SystemEnvironment::~SystemEnvironment() = default;
 
 TidyPorts SystemEnvironment::ports() {
-    const std::string recordsFolder(state_->locations.trashRecord().deletingLastPathComponent().path());
     return {
         .fileSystem = state_->fileSystem,
         .makeRunFileSystem = [](const Url& root) { return std::make_unique<ordovan::RunFileSystem>(root); },
@@ -139,15 +137,11 @@ TidyPorts SystemEnvironment::ports() {
                               ordovan::forgetTrashInfo(item.path(), putBackTo.path());
                           },
                       .syncMoves =
-                          [records = recordsFolder](std::span<const Url> arrivals, std::span<const Url> departures) {
+                          [records = std::string(state_->locations.trashRecord().deletingLastPathComponent().path())](
+                              std::span<const Url> arrivals, std::span<const Url> departures) {
                               return ordovan::syncMoves(arrivals, departures, records);
                           },
-                      .canFlush =
-                          [records = recordsFolder](std::span<const Url> folders) {
-                              std::vector<Url> items;
-                              for (const Url& folder : folders) items.push_back(folder.appending("item"));
-                              return ordovan::syncMoves(items, {}, records);
-                          },
+                      .canFlush = ordovan::canFlush,
                       .keepsInodes = ordovan::keepsInodes,
                       .keepsIdentities = ordovan::keepsIdentities}};
 }

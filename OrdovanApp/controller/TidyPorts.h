@@ -41,7 +41,7 @@ struct RecordingPorts {
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo = {};
     /// `ordovan::syncMoves`, or a stand-in; empty: nothing is flushed, and all counts as if it had been.
     std::function<bool(std::span<const Url> arrivals, std::span<const Url> departures)> syncMoves = {};
-    /// Whether these folders can be flushed, as `syncMoves` would; empty: all can.
+    /// `ordovan::canFlush`, or a stand-in; empty: all can.
     std::function<bool(std::span<const Url> folders)> canFlush = {};
     /// `ordovan::keepsInodes` and `keepsIdentities`, or stand-ins; asked about one file of each device in a run, at
     /// times on two threads at once. Empty: all do.

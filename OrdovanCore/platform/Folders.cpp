@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <unordered_map>
@@ -209,6 +210,13 @@ bool syncMoves(std::span<const Url> arrivals, std::span<const Url> departures, s
         if (!isWhole) isOnDisk = folder.flush() && isOnDisk;
     }
     return isOnDisk;
+}
+
+bool canFlush(std::span<const Url> folders) {
+    return std::ranges::all_of(folders, [](const Url& url) {
+        const MovesFolder folder(url.path());
+        return folder.isThere() ? folder.renamesAtOnce() || folder.flush() : !folder.isBroken();
+    });
 }
 
 }  // namespace ordovan

@@ -44,4 +44,8 @@ int syncFolderOf(FolderEntry item);
 [[nodiscard]] bool syncMoves(std::span<const Url> arrivals, std::span<const Url> departures = {},
                              std::string_view records = {});
 
+/// Whether folders can be flushed by themselves, so that `syncMoves` tells something. ext4, XFS, btrfs and F2FS are not
+/// asked; of the others each folder is flushed. Folders that are gone or may not be read count as such that can.
+[[nodiscard]] bool canFlush(std::span<const Url> folders);
+
 }  // namespace ordovan

@@ -227,6 +227,18 @@ TEST_F(SyncFolders, FlushesAgainAfterAnInterruptingSignal) {
     EXPECT_EQ(times, 3);
 }
 
+TEST_F(SyncFolders, CanBeAskedForWhetherTheyWorkAtAll) {
+    if (!SecondVolume::available()) GTEST_SKIP() << SecondVolume::unavailable;
+    const SecondVolume other(1 << 20);  // in memory, which keeps no journal
+    const std::vector folders{t.url("missing"), Url::file(other.path())};
+    EXPECT_TRUE(ordovan::canFlush(folders));
+    EXPECT_EQ(Flushes::paths, std::vector<std::string>{other.path()});
+    Flushes::failing = [](const std::string&) { return EIO; };
+    EXPECT_FALSE(ordovan::canFlush(folders));
+    if (!hasOneJournal()) return;
+    EXPECT_TRUE(ordovan::canFlush(std::vector{Url::file(t.path())})) << "it is not asked";
+}
+
 TEST_F(SyncFolders, TellsThatOneOfThemCouldNotBeLookedAt) {
     const std::vector here{t.write("x/a", "")}, gone{t.url("missing/a")};
     ::rlimit files{};

@@ -547,6 +547,8 @@ MUTANTS = [
      "&& isUnwritten(file.facts, now) &&", "&&", "FreshFacts FileCopy"),
     ("run record: btrfs is believed", DISK + "Folders.cpp",
      "return isWhole && isTold && ", "return isWhole && ", "PowerCuts"),
+    ("run record: every file system is believed to flush folders", DISK + "Folders.cpp",
+     "folder.renamesAtOnce() || folder.flush() : !folder.isBroken();", "true : !folder.isBroken();", "Folders"),
     ("run record: a flush is given up for a signal", DISK + "Folders.cpp",
      "while (result != 0 && errno == EINTR);", "while (false);", "Folders"),
     ("run record: a folder that went with its files is taken for its volume", APP + "FolderRun.cpp",
