@@ -51,7 +51,7 @@ std::unordered_set<std::string_view> viewsOf(const std::vector<std::string>& tex
 
 /// Stores what a journal has to say about the run.
 ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run,
-                                          OrdovanReconciliation& found, bool isOnDisk, const RecordsInMemory& memory,
+                                          OrdovanReconciliation& found, const RecordsInMemory& memory,
                                           double nowEpoch) {
     if (run.intent.kind == Kind::organize) {
         RunRecovery::dropPassingIdentities(ports, found.journal);
@@ -61,7 +61,7 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
     std::ranges::transform(found.restored, vacated.begin(), [](const std::string& path) { return Url::file(path); });
     for (const Url& outputRoot : run.intent.outputRoots) ports.removeEmptyFolders(vacated, outputRoot);
     return ports.journals.removeRestored(root, viewsOf(found.restored), memory.journal, memory.unsavedJournal, nowEpoch,
-                                         ports.fileSystem, isOnDisk);
+                                         ports.fileSystem);
 }
 
 /// Puts what the run has moved, what was moved back and what was taken away on the disk, before a record says so and
@@ -86,9 +86,9 @@ bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const Ord
 
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
 bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run, OrdovanReconciliation& found,
-           bool isOnDisk, RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
+           RecordsInMemory& memory, double nowEpoch, RecoveredRun& result) {
     if (!found.journal.entries.empty() || !found.restored.empty()) {
-        result.journal = storeJournal(ports, root, run, found, isOnDisk, memory, nowEpoch);
+        result.journal = storeJournal(ports, root, run, found, memory, nowEpoch);
         memory.journal = result.journal->journal;
         memory.unsavedJournal = result.journal->unsaved;
         return !result.journal->warning;
@@ -96,8 +96,8 @@ bool store(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& 
     if (!found.trashed.entries.empty()) {
         result.trash = ports.trashRecords.append(found.trashed, memory.trash, nowEpoch);
     } else if (!found.putBack.empty()) {
-        result.trash = ports.trashRecords.removePutBack(viewsOf(found.putBack), memory.trash, nowEpoch,
-                                                        ports.fileSystem, isOnDisk);
+        result.trash =
+            ports.trashRecords.removePutBack(viewsOf(found.putBack), memory.trash, nowEpoch, ports.fileSystem);
     }
     if (result.trash) memory.trash = result.trash->known;
     return !result.trash || !result.trash->warning;
@@ -140,7 +140,8 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
     const bool isFlushed = syncMoves(ports, run.intent, found) || !run.intent.isFlushable;
     const bool isOnDisk = isFlushed && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
-    const bool isStored = store(ports, root, run, found, isOnDisk, memory, nowEpoch, result) && isOnDisk;
+    // Else nothing is recorded yet: later runs may have to do with the same places before this one's end is certain.
+    const bool isStored = isOnDisk && store(ports, root, run, found, memory, nowEpoch, result);
     const bool isSettled = isStored && (found.isComplete || found.uncertain.size() < run.intent.items.size());
     // A run of this program is in the history, or in memory until it can be.
     if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);

@@ -200,7 +200,6 @@ TEST(TidyUnflushed, ARunThatIsPutInOrderKeepsItsRecordsUntilThatIsOnTheDisk) {
     world.isFlushed = false;
     for (int times = 0; times < 2; ++times) {
         world.start();
-        EXPECT_EQ(world.model->journalWarning(), notUpdated);
         EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
         EXPECT_TRUE(world.hasRunRecord());
         EXPECT_THAT(world.model->history().records, SizeIs(1));
@@ -222,7 +221,6 @@ TEST(TidyUnflushed, ARestoreThatIsPutInOrderKeepsItsRecordsUntilThatIsOnTheDisk)
     world.fs.setAfterCall({});
     world.isFlushed = false;
     world.start();
-    EXPECT_EQ(world.model->journalWarning(), trashNotUpdated);
     EXPECT_THAT(world.storedTrash()->entries, SizeIs(1));
     EXPECT_TRUE(world.hasRunRecord());
     world.startAgain();
@@ -236,8 +234,7 @@ TEST(TidyUnflushed, WhatWasOrganizedAndPutInOrderKeepsItsRunRecordUntilThatIsOnT
     world.isFlushed = false;
     for (int times = 0; times < 2; ++times) {
         world.start();
-        EXPECT_EQ(world.model->journalWarning(), std::nullopt);
-        EXPECT_THAT(world.storedJournal()->entries, SizeIs(2)) << "each once";
+        EXPECT_FALSE(world.storedJournal()) << "later runs may have to do with the same places";
         EXPECT_TRUE(world.hasRunRecord());
         EXPECT_THAT(world.model->history().records, IsEmpty());
     }
@@ -329,7 +326,6 @@ TEST(FolderPulledOut, WhileARunIsPutInOrderKeepsTheRecordsUntilItIsBack) {
     world.undoUpToMove(3);
     world.pulledAtFlush = "/r/ordovan+";
     world.start();
-    EXPECT_EQ(world.model->journalWarning(), notUpdated);
     EXPECT_THAT(world.storedJournal()->entries, SizeIs(3));
     EXPECT_TRUE(world.hasRunRecord());
     world.startAgain();

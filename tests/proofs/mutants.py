@@ -819,7 +819,7 @@ MUTANTS = [
     ("reconcile: a volume that was pulled out is taken for flushed", APP + "RunRecovery.cpp",
      "isFlushed && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;", "isFlushed;", "TidyUnflushed"),
     ("reconcile: the record goes though what was found may not last", APP + "RunRecovery.cpp",
-     "nowEpoch, result) && isOnDisk;", "nowEpoch, result);", "TidyUnflushed"),
+     "const bool isStored = isOnDisk && store(", "const bool isStored = store(", "TidyUnflushed"),
     ("reconcile: identities that do not last are stored", APP + "RunRecovery.cpp",
      "if (device->second) continue;", "if (true) continue;", "TidyInterruptedRecords TidyOrganize TidyRecords"),
     # The settings.
