@@ -119,7 +119,7 @@ std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunc
     std::unordered_set<std::string_view> known;
     const auto lookAt = [&](std::string_view folder) {
         if (!folder.starts_with(below) || !ordovan::isNormalPath(folder) || !known.insert(folder).second) return;
-        std::string device = deviceAt(Url::file(folder), factsOf);  // an overlay gives its files other numbers
+        std::string device = deviceAt(Url::file(folder), factsOf);
         // Up to the run's folder: where the device changes, a volume is mounted.
         while (device != home && folder.size() > run.root.path().size()) {
             const std::string_view above = ordovan::parentPath(folder);
@@ -132,7 +132,8 @@ std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunc
         }
     };
     for (const OrdovanRunItem& item : run.items) {
-        lookAt(ordovan::parentPath(item.source));
+        // A file on the folder's own device spares a look. (An overlay may give its files other devices.)
+        if (home.empty() || ordovan::deviceOf(item.identity) != home) lookAt(ordovan::parentPath(item.source));
         lookAt(ordovan::parentPath(item.destination));
     }
     return found;
