@@ -66,7 +66,7 @@ struct OrdovanReconciliation {
     /// Everything could be looked at, and what was to be changed was. When false, what is told here holds, and
     /// reconciling once more may tell more: the run's record is still needed.
     bool isComplete = true;
-    /// The items, by their numbers, for which it is needed; none where everything else is what it waits for.
+    /// The items, by their numbers, for which it is needed.
     std::vector<std::size_t> uncertain;
     /// The folder is not the one in which the run worked, and nothing of the run is in sight: its volume is probably
     /// not there. Nothing was decided, and nothing else here has a meaning.

@@ -54,13 +54,38 @@ std::vector<OrdovanRunItem*> folderByFolder(std::vector<OrdovanRunItem>& items) 
     return result;
 }
 
-/// The device on which a folder is, or would be. Empty where that can not be told.
+/// The device of a folder. Empty where it is gone or that can not be told.
 std::string deviceAt(const Url& folder, const ordovan::FactsFunction& factsOf) {
-    for (std::string_view path = folder.path();; path = ordovan::parentPath(path)) {
-        const auto facts = factsOf(Url::file(path));
-        if (facts) return std::string(ordovan::deviceOf(facts->identity));
-        if (!ordovan::isAbsent(facts.error()) || path.size() <= 1) return {};
+    const auto facts = factsOf(folder);
+    return facts ? std::string(ordovan::deviceOf(facts->identity)) : std::string();
+}
+
+/// The folders inside a run's at which other volumes are mounted that its files are on or go to.
+std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {
+    std::vector<Url> found;
+    const std::string below = std::string(run.root.path()) + "/";
+    const std::string home = deviceAt(run.root, factsOf);
+    std::unordered_set<std::string_view> known;
+    const auto lookAt = [&](std::string_view folder) {
+        if (!folder.starts_with(below) || !ordovan::isNormalPath(folder) || !known.insert(folder).second) return;
+        std::string device = deviceAt(Url::file(folder), factsOf);
+        // Up to the run's folder: where the device changes, a volume is mounted.
+        while (device != home && folder.size() > run.root.path().size()) {
+            const std::string_view above = ordovan::parentPath(folder);
+            const std::string deviceAbove = deviceAt(Url::file(above), factsOf);
+            const bool areTold = !device.empty() && !deviceAbove.empty();
+            if (areTold && deviceAbove != device) found.push_back(Url::file(folder));
+            if (!known.insert(above).second) break;
+            folder = above;
+            device = deviceAbove;
+        }
+    };
+    for (const OrdovanRunItem& item : run.items) {
+        // A file on the folder's own device spares a look. (An overlay may give its files other devices.)
+        if (home.empty() || ordovan::deviceOf(item.identity) != home) lookAt(ordovan::parentPath(item.source));
+        lookAt(ordovan::parentPath(item.destination));
     }
+    return found;
 }
 
 /// Finds out how files stand before a run moves them. Used by one thread.
@@ -110,33 +135,6 @@ bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs) {
     if (ordovan::isInTrash(file.path())) return true;
     const ordovan::Boundary boundary(root);
     return boundary.holds(file, fs) && !OrdovanHasSymlinkedParent(file, boundary.canonicalRoot(), fs);
-}
-
-std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {
-    std::vector<Url> found;
-    const std::string below = std::string(run.root.path()) + "/";
-    const std::string home = deviceAt(run.root, factsOf);
-    std::unordered_set<std::string_view> known;
-    const auto lookAt = [&](std::string_view folder) {
-        if (!folder.starts_with(below) || !ordovan::isNormalPath(folder) || !known.insert(folder).second) return;
-        std::string device = deviceAt(Url::file(folder), factsOf);
-        // Up to the run's folder: where the device changes, a volume is mounted.
-        while (device != home && folder.size() > run.root.path().size()) {
-            const std::string_view above = ordovan::parentPath(folder);
-            const std::string deviceAbove = deviceAt(Url::file(above), factsOf);
-            const bool areTold = !device.empty() && !deviceAbove.empty();
-            if (areTold && deviceAbove != device) found.push_back(Url::file(folder));
-            if (!known.insert(above).second) break;
-            folder = above;
-            device = deviceAbove;
-        }
-    };
-    for (const OrdovanRunItem& item : run.items) {
-        // A file on the folder's own device spares a look. (An overlay may give its files other devices.)
-        if (home.empty() || ordovan::deviceOf(item.identity) != home) lookAt(ordovan::parentPath(item.source));
-        lookAt(ordovan::parentPath(item.destination));
-    }
-    return found;
 }
 
 std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf) {

@@ -22,11 +22,8 @@ namespace FolderRun {
 /// Trash. A record may name others; the run refuses those, and nothing is to open them before it does.
 [[nodiscard]] bool mayRead(const Url& file, const Url& root, OrdovanFileSystem& fs);
 
-/// The folders inside a run's at which other volumes are mounted that its files are on or go to. `factsOf` as
-/// `RecordingPorts::facts`.
-[[nodiscard]] std::vector<Url> volumesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
-/// The devices at a run's folder and at those volumes, or above where they are gone; empty texts where that can not be
-/// told.
+/// The devices at a run's folder and at its volumes; empty texts where these are gone or that can not be told.
+/// `factsOf` as `RecordingPorts::facts`.
 [[nodiscard]] std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
 
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that

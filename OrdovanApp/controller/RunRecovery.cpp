@@ -147,10 +147,10 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
     if (!isOwn && isSettled) addToHistory(ports, found.historyRecord(run.intent), memory, nowEpoch, result);
     // What is settled is not looked at again: later runs may have to do with the same places.
-    if (isSettled && !found.isComplete && !found.uncertain.empty()) {
-        static_cast<void>(ports.recording.runRecords->replace(root, place, run.only(found.uncertain)));
-    } else if (isStored && found.isComplete) {
+    if (isStored && found.isComplete) {
         static_cast<void>(ports.recording.runRecords->remove(root, place));
+    } else if (isSettled) {
+        static_cast<void>(ports.recording.runRecords->replace(root, place, run.only(found.uncertain)));
     }
     return result;
 }

@@ -3,6 +3,7 @@
 
 #include "tests/support/InterruptedWorld.h"
 #include "tests/support/QtTestMain.h"
+#include "tests/support/TrashSentences.h"
 
 #include <gmock/gmock.h>
 
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+using ordovan::test::trashRecordNotUpdated;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -23,9 +25,6 @@ namespace {
 constexpr const char* notUpdated =
     "The undo record could not be updated. Files that were restored may be listed again; restoring them again is "
     "refused safely.";
-constexpr const char* trashNotUpdated =
-    "The restore record couldn't be updated on disk. Files already put back may be listed again; putting them back "
-    "again is refused safely.";
 
 class World : public ordovan::test::KillableWorld {
 public:
@@ -147,7 +146,7 @@ TEST(TidyUnflushed, ARestoreIsTakenBackWithItsFilesWhenTheVolumeIsMountedAnew) {
     const std::string trashed(world.storedTrash()->entries[0].trashed());
     world.isFlushed = false;
     world.restore();
-    EXPECT_EQ(world.model->journalWarning(), trashNotUpdated);
+    EXPECT_EQ(world.model->journalWarning(), trashRecordNotUpdated);
     EXPECT_TRUE(world.memory.item(original));
     EXPECT_THAT(world.storedTrash()->entries, SizeIs(1));
     EXPECT_TRUE(world.hasRunRecord());
