@@ -1,9 +1,13 @@
 #pragma once
 
+#include "OrdovanCore/testing/FaultyFileSystem.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <random>
 #include <stop_token>
@@ -23,6 +27,16 @@ inline constexpr bool isSanitized = __has_feature(address_sanitizer) || __has_fe
 inline constexpr bool isSanitized = false;
 #endif
 
+/// How long a race goes on at most. It ends long before, by what it has done; how soon the other thread gets a
+/// processor is up to the machine.
+class Patience {
+public:
+    [[nodiscard]] bool isOver() const { return std::chrono::steady_clock::now() > end_; }
+
+private:
+    std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+};
+
 /// A second thread that takes names away and gives them back, again and again, and leaves them as they were.
 class Attacker {
 public:
@@ -41,10 +55,23 @@ public:
         });
     }
 
+    /// Lets it go first now and then. Where it has no processor of its own, it would hardly ever act between two steps
+    /// of another.
+    static void letIn() {
+        thread_local std::minstd_rand dice;
+        if (dice() % 8 == 0) std::this_thread::yield();
+    }
+
+    /// The same before each call of a file system.
+    static void letInto(testing::FaultyFileSystem& fs) {
+        fs.setBeforeCall([](const testing::FaultyFileSystem::Call&) { letIn(); });
+    }
+
     /// `rest` is up to how many turns, of half a microsecond or so, it lets pass before it acts again, at random, so
-    /// that what takes many steps comes to its end now and then. It holds the names for a shorter time.
+    /// that what takes many steps comes to its end now and then. It holds the names for a shorter time. The thread is
+    /// at work when this returns.
     explicit Attacker(std::vector<Pair> pairs, unsigned rest = 1)
-        : thread_([pairs = std::move(pairs), rest](const std::stop_token& stop) {
+        : thread_([this, pairs = std::move(pairs), rest](const std::stop_token& stop) {
               std::minstd_rand dice;
               const auto pause = [&](unsigned most) {
                   // Given to others, the processor might not come back for long. A system call takes the same time in
@@ -61,9 +88,12 @@ public:
                   // It is in the nature of an attack that it comes too late now and then.
                   for (const Pair* pair : acted) static_cast<void>(act(pair->second, pair->first, pair->areExchanged));
                   acted.clear();
+                  if (!isAtWork_.exchange(true)) isAtWork_.notify_one();
                   pause(rest);
               }
-          }) {}
+          }) {
+        isAtWork_.wait(false);
+    }
 
 private:
     static constexpr unsigned callsATurn = 4;
@@ -75,6 +105,7 @@ private:
         return rename(from, to, exchanges ? RENAME_EXCHANGE : RENAME_NOREPLACE);
     }
 
+    std::atomic<bool> isAtWork_ = false;
     std::jthread thread_;
 };
 

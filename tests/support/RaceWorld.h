@@ -5,6 +5,7 @@
 #include "OrdovanCore/platform/FileFacts.h"
 #include "OrdovanCore/platform/RunFileSystem.h"
 #include "OrdovanCore/platform/Sha256.h"
+#include "OrdovanCore/platform/SystemFileSystem.h"
 #include "OrdovanCore/platform/TrashInfo.h"
 #include "OrdovanCore/platform/TrashSearch.h"
 #include "tests/support/Attacker.h"
@@ -185,10 +186,20 @@ protected:
         wrong_ += isAt(found, place, hash) ? 0 : 1;
     }
 
+    /// The disk, which takes every path as it comes.
+    OrdovanFileSystem& byPath() {
+        Attacker::letInto(byPath_);
+        return byPath_;
+    }
+
     std::unique_ptr<SecondVolume> volume_;
     std::size_t written_ = 0;
     std::size_t wrong_ = 0;
     Files decoyBefore_;
+
+private:
+    SystemFileSystem disk_;
+    testing::FaultyFileSystem byPath_{disk_};
 };
 
 }  // namespace ordovan::test

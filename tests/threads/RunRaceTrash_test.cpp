@@ -28,9 +28,11 @@
 using ordovan::RunFileSystem;
 using ordovan::test::Attacker;
 using ordovan::test::Damage;
+using ordovan::test::Patience;
 using ordovan::test::RaceWorld;
 using ordovan::test::TempFolder;
 using ordovan::test::ToldRun;
+using ordovan::testing::FaultyFileSystem;
 
 namespace {
 
@@ -38,7 +40,6 @@ using Kind = OrdovanRunRecord::Kind;
 using Pairs = std::vector<Attacker::Pair>;
 
 constexpr int wantedMoves = ordovan::test::isSanitized ? 120 : 2'000;
-constexpr int mostRuns = 20'000;
 constexpr unsigned restAmongFolders = 200;
 constexpr unsigned restAmongFiles = 30;
 constexpr unsigned restByPath = 10;  // where hardly any move need come to its end
@@ -77,6 +78,7 @@ public:
 private:
     bool areFolders() { return !isSymlink(Url::file(files_)) && !isSymlink(Url::file(info_)); }
     static OrdovanResult<void> rename(const Url& from, const Url& to) {
+        Attacker::letIn();
         const std::string source(from.path()), target(to.path());
         if (::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) return {};
         return std::unexpected(OrdovanSystemError::posix(errno));
@@ -151,10 +153,12 @@ protected:
         int orphans = 0;     // info files without a file
     };
 
-    /// Moves files to the Trash and back under attack, until so many were. By path, until that does damage.
-    Tally race(int wanted, bool byPath) {
+    /// Moves files to the Trash and back under attack, until as many were as are wanted. By path, until that does
+    /// damage.
+    Tally race(bool byPath) {
+        const Patience patience;
         Tally tally;
-        for (int runs = 0; tally.trashed < wanted && runs < mostRuns; ++runs) {
+        while ((byPath || tally.trashed < wantedMoves) && !patience.isOver()) {
             trashAll(byPath, tally);
             lookAfterRun(tally, false);
             if (byPath && total_ != Damage()) break;
@@ -221,11 +225,14 @@ private:
         found_.reset();
         if (byPath) {
             ByPath disk(path(trashName()));
+            FaultyFileSystem fs(disk);
+            Attacker::letInto(fs);
             const Attacker attacker(pairs(isRestore), restByPath);
-            return action(disk);
+            return action(fs);
         }
         RunFileSystem disk(root());
-        OrdovanFileSystem& fs = run.begin(disk);
+        FaultyFileSystem fs(run.begin(disk));
+        Attacker::letInto(fs);
         {
             const Attacker attacker(pairs(isRestore), rest());
             report = action(fs);
@@ -293,7 +300,7 @@ INSTANTIATE_TEST_SUITE_P(Attacks, RunRaceTrash,
                          nameOf);
 
 TEST_P(RunRaceTrash, NothingLeavesTheRootAndTheTrashOrComesFromOutside) {
-    const Tally tally = race(wantedMoves, false);
+    const Tally tally = race(false);
     EXPECT_GE(tally.trashed, wantedMoves / 10) << "of " << tally.attempts << " attempts";
     EXPECT_GT(tally.restored, 0);
     EXPECT_EQ(total(), Damage());
@@ -302,7 +309,7 @@ TEST_P(RunRaceTrash, NothingLeavesTheRootAndTheTrashOrComesFromOutside) {
 }
 
 TEST_P(RunRaceTrash, ByPathItDoes) {
-    race(mostRuns, true);
+    race(true);
     EXPECT_NE(total(), Damage()) << "the attack does not work here, so that the test above proves nothing";
 }
 

@@ -14,18 +14,20 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 using ordovan::ConfinedFolders;
 using ordovan::RunFileSystem;
 using ordovan::test::Attacker;
+using ordovan::test::Patience;
 using ordovan::test::TempFolder;
+using ordovan::testing::FaultyFileSystem;
 
 namespace {
 
 constexpr int wantedMoves = ordovan::test::isSanitized ? 2'000 : 20'000;
-constexpr int mostAttempts = 50 * wantedMoves;
 constexpr int fileCount = 64;
 // To hash a file and to move it takes many calls, all of which a file exchanged meanwhile ends.
 constexpr unsigned restBetweenFiles = 64;
@@ -73,12 +75,14 @@ protected:
         int attempts = 0;
     };
 
-    /// Moves files to and fro, each after the check that every run makes: no folder on the way is a link.
-    Tally moveFiles(OrdovanFileSystem& fs, int moves, bool endsWithAnEscape) {
+    /// Moves so many files to and fro, or until one has escaped, each after the check that every run makes: no folder
+    /// on the way is a link.
+    Tally moveFiles(OrdovanFileSystem& fs, std::optional<int> moves) {
+        const Patience patience;
         Tally tally;
         std::array<bool, fileCount> isOut{};
         const std::string root = t.path("root");
-        while (tally.moves < moves && tally.attempts < mostAttempts) {
+        while ((!moves || tally.moves < *moves) && !patience.isOver()) {
             const std::size_t i = static_cast<std::size_t>(tally.attempts++) % fileCount;
             const std::string name = std::to_string(i);
             const Url from = at(isOut[i] ? "out" : "in", name), to = at(isOut[i] ? "in" : "out", name);
@@ -88,32 +92,42 @@ protected:
                 isOut[i] = !isOut[i];
                 ++tally.moves;
             }
-            if (endsWithAnEscape && tally.attempts % 256 == 0 && escapes() > 0) break;
+            if (!moves && tally.attempts % 256 == 0 && escapes() > 0) break;
         }
         return tally;
     }
 
-    /// Hashes and moves the files of "in" while an attacker exchanges each two of them: how many of `moves` moved
-    /// another content than was hashed.
-    int wrongMoves(OrdovanFileSystem& fs, int moves, bool endsWithTheFirst) {
+    /// Hashes and moves a file so often while an attacker exchanges it for another, or until the wrong one is moved:
+    /// how many were.
+    int wrongMoves(OrdovanFileSystem& fs, std::optional<int> moves) {
+        const Patience patience;
         SystemFileSystem disk;
         int wrong = 0, done = 0;
         const std::string name = "0";
-        for (int attempts = 0; done < moves && attempts < mostAttempts && !(endsWithTheFirst && wrong > 0);
-             ++attempts) {
+        while ((moves ? done < *moves : wrong == 0) && !patience.isOver()) {
             const auto hash = fs.contentHash(at("in", name));
             if (!hash || !fs.move(at("in", name), at("out", name))) continue;
             ++done;
             wrong += disk.contentHash(at("out", name)) == hash ? 0 : 1;
             EXPECT_TRUE(disk.move(at("out", name), at("in", name)));
         }
-        EXPECT_TRUE(done >= moves / 10 || wrong > 0) << done;
+        EXPECT_GE(done, moves.value_or(0) / 10);
         return wrong;
     }
     /// Two files of two sizes.
     [[nodiscard]] std::vector<Attacker::Pair> filePair() const { return {{t.path("root/in/0"), t.path("root/in/10")}}; }
 
+    /// Moves by path.
+    OrdovanFileSystem& byPath() {
+        Attacker::letInto(byPath_);
+        return byPath_;
+    }
+
     TempFolder t;
+
+private:
+    SystemFileSystem disk_;
+    FaultyFileSystem byPath_{disk_};
 };
 
 class BothWays : public RunRace, public testing::WithParamInterface<ConfinedFolders::Entering> {};
@@ -128,9 +142,11 @@ TEST_P(BothWays, MovesNothingAcrossLinksThatTakeTheNamesOfFolders) {
     const auto before = contents();
     Tally tally;
     {
-        RunFileSystem fs(t.url("root"), GetParam());
+        RunFileSystem disk(t.url("root"), GetParam());
+        FaultyFileSystem fs(disk);
+        Attacker::letInto(fs);
         const Attacker attacker(linkPairs());
-        tally = moveFiles(fs, wantedMoves, false);
+        tally = moveFiles(fs, wantedMoves);
     }
     EXPECT_GE(tally.moves, wantedMoves / 10) << "of " << tally.attempts << " attempts";
     EXPECT_EQ(escapes(), 0u);
@@ -139,23 +155,24 @@ TEST_P(BothWays, MovesNothingAcrossLinksThatTakeTheNamesOfFolders) {
 }
 
 TEST_F(RunRace, IsLostByMovesByPath) {
-    SystemFileSystem fs;
     const Attacker attacker(linkPairs());
-    const Tally tally = moveFiles(fs, mostAttempts, true);
+    const Tally tally = moveFiles(byPath(), std::nullopt);
     EXPECT_GT(escapes(), 0u) << "the attack does not work here, so that the test above proves nothing";
     std::printf("%d moves, %d attempts, %zu escapes\n", tally.moves, tally.attempts, escapes());
 }
 
 TEST_F(RunRace, MovesWhatWasHashedThoughFilesAreExchanged) {
-    RunFileSystem fs(t.url("root"));
+    RunFileSystem disk(t.url("root"));
+    FaultyFileSystem fs(disk);
+    Attacker::letInto(fs);
     const Attacker attacker(filePair(), restBetweenFiles);
-    EXPECT_EQ(wrongMoves(fs, wantedMoves, false), 0);
+    EXPECT_EQ(wrongMoves(fs, wantedMoves), 0);
 }
 
 TEST_F(RunRace, MovesSomethingElseByPathWhenFilesAreExchanged) {
-    SystemFileSystem fs;
     const Attacker attacker(filePair(), restBetweenFiles);
-    EXPECT_GT(wrongMoves(fs, wantedMoves, true), 0);
+    EXPECT_GT(wrongMoves(byPath(), std::nullopt), 0)
+        << "the attack does not work here, so that the test above proves nothing";
 }
 
 }  // namespace
