@@ -32,11 +32,13 @@ RecordedFileSystem::RecordedFileSystem(OrdovanFileSystem& fs, const OrdovanRunIn
                                        StepwiseMoves* disk)
     : fs_(fs), intent_(intent), notes_(notes), disk_(disk) {
     gathered_.reserve(notesAtATime + 1024);
-    if (disk_ != nullptr) disk_->announceTo([this](const Url&, const Url& hidden) { noteClaim(hidden); });
+    if (disk_ == nullptr) return;
+    disk_->tellTo({.begins = [this](const Url&, const Url& hidden) { noteClaim(hidden); },
+                   .leavesSomething = [this] { noteRemains(); }});
 }
 
 RecordedFileSystem::~RecordedFileSystem() {
-    if (disk_ != nullptr) disk_->announceTo({});
+    if (disk_ != nullptr) disk_->tellTo({});
     handOver();
 }
 
@@ -101,9 +103,9 @@ OrdovanResult<void> RecordedFileSystem::remove(const Url& url) {
 }
 
 OrdovanResult<void> RecordedFileSystem::moveItem(const Change& change, const Url& from, const Url& to) {
-    claiming_ = change.item;
+    moving_ = change;
     auto moved = fs_.move(from, to);
-    endMove();
+    moving_.reset();
     noteChange(change, moved);
     return moved;
 }
@@ -111,7 +113,10 @@ OrdovanResult<void> RecordedFileSystem::moveItem(const Change& change, const Url
 /// A volume that could not be written to has nothing to lose.
 template <class Done>
 void RecordedFileSystem::noteChange(const Change& change, const Done& done) {
-    if (!done && done.error() == OrdovanSystemError::posix(EROFS)) return;
+    if (done || done.error() != OrdovanSystemError::posix(EROFS)) addChange(change);
+}
+
+void RecordedFileSystem::addChange(const Change& change) {
     if (changes_.empty() || changes_.back().item != change.item) {
         changes_.push_back(change);
     } else {
@@ -283,10 +288,9 @@ OrdovanResult<Url> RecordedFileSystem::trash(const Url& url) {
     if (!item) return notIntended();
     endCopying();
     noteOther(*item);
-    claiming_ = item;
+    moving_ = {.item = *item, .isSourceToo = true};
     auto place = fs_.trash(url);
-    endMove();
-    noteChange({.item = *item, .isSourceToo = true}, place);
+    noteChange(*std::exchange(moving_, std::nullopt), place);
     if (!place) return place;
     trashedTo_.push_back(*place);
     trashed_ = {*item, place->sharedPath()};
@@ -370,16 +374,15 @@ void RecordedFileSystem::noteOther(std::size_t item) {
 
 /// Called where the port is about to take the new place in steps; `hidden` is the name by which the file may be left.
 void RecordedFileSystem::noteClaim(const Url& hidden) {
-    if (!claiming_) return;
-    hidden_ = hidden;
-    note(OrdovanRunNote::Kind::claimed, *claiming_, false, hidden.sharedPath());
+    if (!moving_) return;
+    note(OrdovanRunNote::Kind::claimed, moving_->item, false, hidden.sharedPath());
     handOver();
 }
 
-void RecordedFileSystem::endMove() {
-    claiming_.reset();
-    if (!hidden_.path().empty() && fs_.isRegularFile(hidden_)) leavesSomething_ = true;
-    hidden_ = {};
+/// Called where the port has moved something and could not take all of that back: it may turn read-only in the middle.
+void RecordedFileSystem::noteRemains() {
+    leavesSomething_ = true;
+    if (moving_) addChange(*moving_);
 }
 
 /// Only of a file that was examined whole: a note is to prove something.

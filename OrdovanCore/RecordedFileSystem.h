@@ -62,7 +62,8 @@ public:
     OrdovanResult<Url> trash(const Url& url) override;
 
     /// Whether something of a file is left that the run meant to take away again, or that can not be told: a copy
-    /// beside its original, or a file under its hidden name. To be asked when the run is over.
+    /// beside its original, a second name, an empty file in its new place, or a file under its hidden name. To be asked
+    /// when the run is over.
     [[nodiscard]] bool leavesSomething();
     /// An item of which the run has changed something, or may have, as far as can be told.
     struct Change {
@@ -96,9 +97,10 @@ private:
     void note(OrdovanRunNote::Kind kind, std::size_t item, bool sameVolume, SharedText path);
     void noteOther(std::size_t item);
     void noteClaim(const Url& hidden);
-    void endMove();
+    void noteRemains();
     template <class Done>
     void noteChange(const Change& change, const Done& done);
+    void addChange(const Change& change);
     OrdovanResult<void> moveItem(const Change& change, const Url& from, const Url& to);
 
     [[nodiscard]] bool isOriginal(const Url& url) const;
@@ -118,7 +120,7 @@ private:
     const OrdovanRunIntent& intent_;
     RunNotes& notes_;
     StepwiseMoves* disk_;
-    std::optional<std::size_t> claiming_;  // the item that is on its way to its new place
+    std::optional<Change> moving_;  // what the move in work changes, of an item on its way to its new place
     std::string gathered_;
     bool takesNotes_ = true;
 
@@ -149,7 +151,6 @@ private:
     std::optional<Trashed> trashed_;  // the last file that was trashed
     std::vector<Url> trashedTo_;
     std::vector<Change> changes_;
-    Url hidden_;  // by which the file may be left that is on its way; empty for none
 };
 
 }  // namespace ordovan

@@ -26,14 +26,18 @@ struct MoveWays {
     /// Called before the first step of a way that has more than one, with that hidden name, empty for none; null for
     /// nobody.
     const std::function<void(const std::string& hiddenName)>* announce = nullptr;
+    /// Set when something that was made on the way may be left, and never cleared: of a failed move the second name or
+    /// the placeholder, and of any the hidden name. Null where nobody wants to know.
+    bool* leavesSomething = nullptr;
 };
 
 /// Renames an item to a name that must be free and returns 0 or the errno (EEXIST when it is taken, a dangling link
-/// counting as taken; EXDEV for another volume). On failure the item stands where it stood and nowhere else, and what
-/// stood at `to` is untouched; what was made there is taken away again while it is provably ours. The reply to a link
-/// is not believed: what it did is seen. Folders too, which take the `placeholder` way where the first one fails
-/// (rename(2) replaces a folder only while it is empty). Where the first way is missing, a hidden name of ours, which
-/// nobody else makes up, is taken by a plain rename(2) if it is free.
+/// counting as taken; EXDEV for another volume). On failure what stood at `to` is untouched, and what was made is taken
+/// away again while it is provably ours: the item stands where it stood and nowhere else. Where that fails as well, or
+/// can not be seen, `leavesSomething` is set. The reply to a link is not believed: what it did is seen. Folders too,
+/// which take the `placeholder` way where the first one fails (rename(2) replaces a folder only while it is empty).
+/// Where the first way is missing, a hidden name of ours, which nobody else makes up, is taken by a plain rename(2) if
+/// it is free.
 int moveExclusively(FolderEntry from, FolderEntry to, MoveWays ways = {});
 
 /// The same, and the new name is on disk when it returns. When it can not be put there, the item goes back to its old

@@ -23,6 +23,14 @@ const char* nameIn(const SystemPath& path) {
     return lastPathComponent(path.view()).data();
 }
 
+/// Gives what was moved its old name back, which was free a moment ago. Should it be taken now, the item stays whole
+/// under its new name, and that is told.
+void takeBack(FolderEntry fresh, FolderEntry old, bool& leavesSomething) {
+    if (moveExclusively(fresh, old, {.hidesOldName = false, .leavesSomething = &leavesSomething}) == 0) return;
+    struct ::stat there;
+    if (fresh.examine(there) || errno != ENOENT) leavesSomething = true;
+}
+
 }  // namespace
 
 RunFileSystem::RunFileSystem(const Url& root, ConfinedFolders::Entering entering)
@@ -233,13 +241,22 @@ OrdovanResult<void> RunFileSystem::move(const Url& from, const Url& to) {
     const std::function<void(const std::string&)> announce = [&](const std::string& name) { announceMove(from, name); };
     // In a Trash an item belongs to its info file by its name, and keeps that.
     const bool isBound = isInTrash(source.view());
-    const int error = moveTo(target, source, {.hidesOldName = !isBound, .announce = announce_ ? &announce : nullptr});
+    bool leavesSomething = false;
+    const int error = moveTo(target, source,
+                             {.hidesOldName = !isBound,
+                              .announce = listener_.begins ? &announce : nullptr,
+                              .leavesSomething = &leavesSomething});
+    tellRemains(leavesSomething);
     if (error == 0) forgetTrashInfo(source.view(), target.view());
     return outcome(error);
 }
 
 void RunFileSystem::announceMove(const Url& item, const std::string& hiddenName) const {
-    announce_(item, hiddenName.empty() ? Url() : item.deletingLastPathComponent().appending(hiddenName));
+    listener_.begins(item, hiddenName.empty() ? Url() : item.deletingLastPathComponent().appending(hiddenName));
+}
+
+void RunFileSystem::tellRemains(bool leavesSomething) const {
+    if (leavesSomething && listener_.leavesSomething) listener_.leavesSomething();
 }
 
 int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways) {
@@ -260,7 +277,7 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, co
     if (const struct ::stat* const vouched = vouchedFor(source.view())) {
         const struct ::stat was = *vouched;
         unvouch(source.view());
-        error = checkLanding(target, *fresh, *old, was);
+        error = checkLanding(target, *fresh, *old, was, *ways.leavesSomething);
         if (error != 0) {
             // Back under its old name it is still what was hashed, with another time of status change.
             struct ::stat now;
@@ -271,8 +288,7 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, co
     if (!OrdovanPartialName::isPartial(source.view())) return 0;
     error = syncFolderOf(*fresh);
     if (error == 0) return 0;
-    // The old name was free a moment ago. Should it be taken now, the item stays whole under its new name.
-    static_cast<void>(moveExclusively(*fresh, *old, {.hidesOldName = false}));
+    takeBack(*fresh, *old, *ways.leavesSomething);
     unvouch(target.view());
     forgetLook();
     return error;
@@ -280,8 +296,8 @@ int RunFileSystem::moveTo(const SystemPath& target, const SystemPath& source, co
 
 /// Looks whether the file that was hashed has arrived, by the path that is going to be recorded; else takes what was
 /// moved back and returns why.
-int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old,
-                                const struct ::stat& was) {
+int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was,
+                                bool& leavesSomething) {
     const FolderEntry place(target.text());
     struct ::stat there;
     if (place.examineAfresh(there)) {
@@ -294,7 +310,7 @@ int RunFileSystem::checkLanding(const SystemPath& target, FolderEntry fresh, Fol
         return 0;  // no sight is no proof of anything; the caller will look as well
     }
     const bool isIt = fresh.examine(there) && isMoved(was, there, fresh);
-    static_cast<void>(moveExclusively(fresh, old, {.hidesOldName = false}));
+    takeBack(fresh, old, leavesSomething);
     if (ConfinedFolders* const folders = foldersTo(target.view())) folders->forget(parentPath(target.view()));
     if (!isIt) return EBUSY;
     // Its folder was exchanged: by what, the next attempt to enter it tells.
@@ -402,8 +418,12 @@ OrdovanResult<Url> RunFileSystem::trash(const Url& url) {
     if (path.error() != 0) return failure(path.error());
     if (hasDotDotPiece(path.view())) return failure(EINVAL);
     const std::function<void(const std::string&)> announce = [&](const std::string& name) { announceMove(url, name); };
-    auto trashed = session_.move(
-        url, {.confined = &folders_, .was = vouchedFor(path.view()), .announce = announce_ ? &announce : nullptr});
+    bool leavesSomething = false;
+    auto trashed = session_.move(url, {.confined = &folders_,
+                                       .was = vouchedFor(path.view()),
+                                       .announce = listener_.begins ? &announce : nullptr,
+                                       .leavesSomething = &leavesSomething});
+    tellRemains(leavesSomething);
     if (trashed) unvouch(path.view());
     return trashed;
 }

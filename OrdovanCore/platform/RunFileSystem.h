@@ -39,8 +39,8 @@ class SystemPath;
 /// **What was hashed is what is moved.** A file whose content was hashed last is compared before it is renamed, copied,
 /// removed or trashed: device, inode, size and times must be those of the file that was hashed, else EBUSY. After a
 /// rename it is looked at again at its new place; another one that slipped in, and one that did not arrive there
-/// because a folder on the way was exchanged, is taken back without replacing anything. A file that was not hashed is
-/// not compared.
+/// because a folder on the way was exchanged, is taken back without replacing anything; one that does not come back is
+/// told of. A file that was not hashed is not compared.
 ///
 /// **Not while others write.** Hashing or copying a file that another program has open for writing, as far as the
 /// kernel tells (`WriterProbe`), or that changes meanwhile, is EBUSY.
@@ -69,7 +69,7 @@ public:
 
     OrdovanResult<std::unique_ptr<OrdovanOpenContent>> open(const Url& url) override;
 
-    void announceTo(Announce announce) override { announce_ = std::move(announce); }
+    void tellTo(Listener listener) override { listener_ = std::move(listener); }
 
     /// Tells that a regular file was hashed elsewhere: `facts` are those of the descriptor that was read. False when
     /// what was seen at the path last, or is seen there now, is another file or was changed since.
@@ -127,8 +127,10 @@ private:
     int openToHash(const SystemPath& path, RegularFile& file);
     int endHashing(const SystemPath& path, const RegularFile& file);
     void announceMove(const Url& item, const std::string& hiddenName) const;
+    void tellRemains(bool leavesSomething) const;
     int moveTo(const SystemPath& target, const SystemPath& source, const MoveWays& ways);
-    int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was);
+    int checkLanding(const SystemPath& target, FolderEntry fresh, FolderEntry old, const struct ::stat& was,
+                     bool& leavesSomething);
     [[nodiscard]] std::optional<::dev_t> knownDevice(const Url& url);
 
     std::string root_;
@@ -136,7 +138,7 @@ private:
     std::array<std::optional<ConfinedFolders>, 2> trashes_;  // those used last, the last one first
     WriterProbe writers_;
     TrashSession session_;
-    Announce announce_;
+    Listener listener_;
     Look look_;
     Seen regular_;  // the regular file that was looked at last
     Way way_;

@@ -29,8 +29,8 @@ bool hasLeft(const TrashItem& item) {
 }
 
 /// Renames the item into the Trash without replacing anything. Returns 0 or the errno.
-int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name, const TrashTerms& terms) {
-    const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()}, {.announce = terms.announce});
+int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name, MoveWays ways) {
+    const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()}, ways);
     if (error == 0) return 0;
     // A network volume may have done it and lost the reply.
     struct ::stat there{};
@@ -49,11 +49,11 @@ bool isProved(const TrashItem& item, const TrashFolder& trash, const std::string
     return ::lstat(path.c_str(), &there) == 0 && isMoved(item.facts, there, path.c_str()) && hasLeft(item);
 }
 
-/// Undoes a move that could not be proved. True when the item is not in the Trash any more, or never was.
+/// Undoes a move that could not be proved. True when the item is certainly not in the Trash any more, or never was.
 bool takeBack(const TrashItem& item, const TrashFolder& trash, const std::string& name) {
     static_cast<void>(moveExclusively({trash.files.get(), name.c_str()}, item.entry(), {.hidesOldName = false}));
     struct ::stat there{};
-    return !examine(trash.files, name, there);
+    return !examine(trash.files, name, there) && errno == ENOENT;
 }
 
 /// A number, from 2 on, that seems free for an item's name. Where one number is taken thousands may be, so they are not
@@ -89,16 +89,20 @@ std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, cons
         InfoFile info;
         int error = info.make(trash.info, name + std::string(trashInfoSuffix), text);
         if (error == 0 && flusher == nullptr) error = info.startWriting();
-        if (error == 0) error = rename(item, trash, name, terms);
+        bool leavesSomething = false;
         if (error == 0) {
-            const bool isThere = isProved(item, trash, name);
-            if (isThere || !takeBack(item, trash, name)) {
-                Descriptor file = info.keep();
-                if (flusher != nullptr) flusher->add(std::move(file));
-            }
-            if (isThere) return name;
-            return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown));
+            error = rename(item, trash, name, {.announce = terms.announce, .leavesSomething = &leavesSomething});
         }
+        const bool isRenamed = error == 0;
+        const bool isThere = isRenamed && isProved(item, trash, name);
+        if (isRenamed && !isThere && !takeBack(item, trash, name)) leavesSomething = true;
+        if (leavesSomething && terms.leavesSomething != nullptr) *terms.leavesSomething = true;
+        if (isThere || leavesSomething) {
+            Descriptor file = info.keep();
+            if (flusher != nullptr) flusher->add(std::move(file));
+        }
+        if (isThere) return name;
+        if (isRenamed) return std::unexpected(OrdovanSystemError::cocoa(OrdovanSystemError::fileWriteUnknown));
         // Taken: by another info file, or by an item that has none.
         if (error != EEXIST) return failure(error);
         number = attempt == 1 ? freeNumber(item, trash) : number + 1;

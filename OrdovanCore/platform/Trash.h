@@ -20,6 +20,9 @@ struct TrashTerms {
     const struct ::stat* was = nullptr;
     /// Called before a move that takes more than one step (`MoveWays`); null for nobody.
     const std::function<void(const std::string& hiddenName)>* announce = nullptr;
+    /// Set when something of the item may be in the Trash though it was to be taken out again, and when it may have a
+    /// hidden name; never cleared. Null where nobody wants to know.
+    bool* leavesSomething = nullptr;
 };
 
 /// Moves items to the user's Trash (freedesktop.org Trash specification 1.0). One object serves one run on one thread:
@@ -32,8 +35,9 @@ struct TrashTerms {
 /// told by `InfoFlusher`), the item is renamed without replacing, and the result is proved. A taken name gets a number;
 /// finding one takes few looks however many items of that name there are.
 ///
-/// Whatever fails, the item is where it was and no info file is left behind. Never a copy, never a delete: no usable
-/// Trash is an error.
+/// Whatever fails, the item is where it was and no info file is left behind, as far as the Trash lets go of them: what
+/// may be left there keeps its info file, by which it is found. Never a copy, never a delete: no usable Trash is an
+/// error.
 class TrashSession {
 public:
     /// Returns where the item lies. Errors: the system's own; EBUSY for the root and for "." and ".."; EPERM for a

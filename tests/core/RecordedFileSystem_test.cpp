@@ -107,11 +107,11 @@ TEST_F(RecordedFileSystemTest, NotesACopyThoughTheFileBeforeItLeftSomethingAndIs
     EXPECT_TRUE(OrdovanPartialName::isPartial(noted[1].path));
 }
 
-/// A port that says when it is about to move in steps.
+/// A port that tells of moves in steps.
 class Stepwise final : public ordovan::StepwiseMoves {
 public:
-    void announceTo(Announce announce) override { announce_ = std::move(announce); }
-    Announce announce_;
+    void tellTo(Listener listener) override { told = std::move(listener); }
+    Listener told;
 };
 
 TEST_F(RecordedFileSystemTest, NotesThatAPlaceIsTakenInStepsBeforeThat) {
@@ -122,14 +122,14 @@ TEST_F(RecordedFileSystemTest, NotesThatAPlaceIsTakenInStepsBeforeThat) {
     Stepwise steps;
     disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
         if (call.operation != Operation::move) return;
-        steps.announce_(call.url, Url::file(hidden));
+        steps.told.begins(call.url, Url::file(hidden));
         events.emplace_back("move");
     });
     recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
     EXPECT_EQ(organize().movedCount(), 1U);
     EXPECT_THAT(events, ElementsAre("append", "move"));
     const auto noted = notes();
-    EXPECT_FALSE(steps.announce_) << "nobody listens any more";
+    EXPECT_FALSE(steps.told.begins || steps.told.leavesSomething) << "nobody listens any more";
     ASSERT_THAT(noted, SizeIs(2));
     EXPECT_EQ(noted[0].kind, NoteKind::claimed);
     EXPECT_EQ(noted[0].contentHash, digestOf("one"));
@@ -144,7 +144,7 @@ TEST_F(RecordedFileSystemTest, NotesNoStepsOfRenamesThatAreNoItems) {
     Stepwise steps;
     std::size_t renames = 0;
     disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
-        if (call.operation == Operation::move && ++renames > 0) steps.announce_(call.url, {});
+        if (call.operation == Operation::move && ++renames > 0) steps.told.begins(call.url, {});
     });
     recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
     EXPECT_EQ(organize().movedCount(), 1U);
@@ -154,26 +154,71 @@ TEST_F(RecordedFileSystemTest, NotesNoStepsOfRenamesThatAreNoItems) {
     EXPECT_THAT(kinds, ElementsAre(NoteKind::begun, NoteKind::claimed, NoteKind::done));
 }
 
-TEST_F(RecordedFileSystemTest, KnowsThatAMoveInStepsHasLeftAHiddenName) {
-    for (const bool isLeft : {false, true}) {
-        tree({"a.pdf = one"});
-        memory.makeDirectory("/r/ordovan+");
-        intent.items.clear();
-        intend("/r/a.pdf", "/r/ordovan+/a.pdf");
-        const std::string hidden = "/r/.a.pdf.ordovan-partial-00000000-0000-4000-8000-000000000000";
-        Stepwise steps;
-        disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
-            if (call.operation != Operation::move) return;
-            steps.announce_(call.url, Url::file(hidden));
-            if (isLeft) memory.hardLink(hidden, "/r/a.pdf");
+/// The disk takes steps, in the course of which it may turn read-only.
+class RecordedSteps : public RecordedFileSystemTest {
+protected:
+    ~RecordedSteps() override { recorded.reset(); }  // it tells the disk that nobody listens any more
+
+    /// What the run has changed when the disk refuses its N-th call of an operation, be it that something is left.
+    std::vector<RecordedFileSystem::Change> changesOfRefused(Operation operation, std::size_t number, bool isLeft) {
+        disk.reset();
+        recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
+        disk.failCall(operation, number, EROFS);
+        std::size_t calls = 0;
+        disk.setBeforeCall([=, this](const FaultyFileSystem::Call& call) mutable {
+            if (call.operation == operation && ++calls == number && isLeft) steps.told.leavesSomething();
         });
-        RecordedFileSystem run(disk, intent, gathered, &steps);
-        EXPECT_TRUE(run.fileSize(Url::file("/r/a.pdf")));
-        EXPECT_TRUE(run.move(Url::file("/r/a.pdf"), Url::file("/r/ordovan+/a.pdf")));
-        EXPECT_EQ(run.leavesSomething(), isLeft);
-        disk.setBeforeCall({});
-        memory.removeTree("/r/ordovan+/a.pdf");
+        if (intent.kind == Kind::trash) {
+            EXPECT_FALSE(recorded->trash(Url::file(intent.items[0].source)));
+        } else {
+            EXPECT_EQ(organize().movedCount(), 0U);
+        }
+        EXPECT_EQ(recorded->leavesSomething(), isLeft);
+        return recorded->changes();
     }
+    using Change = RecordedFileSystem::Change;
+    Stepwise steps;
+};
+
+TEST_F(RecordedSteps, LeaveTheRecordThatIsNeededForWhatTheyLeave) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(changesOfRefused(Operation::move, 1, true), ElementsAre(Change{.item = 0, .isSourceToo = true}));
+}
+
+TEST_F(RecordedSteps, LeaveNothingWhereTheyAreTakenBack) {
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(changesOfRefused(Operation::move, 1, false), IsEmpty());
+}
+
+TEST_F(RecordedSteps, OnTheWayToTheTrashLeaveTheRecordThatIsNeededForWhatTheyLeave) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    EXPECT_THAT(changesOfRefused(Operation::trash, 1, true), ElementsAre(Change{.item = 0, .isSourceToo = true}));
+    EXPECT_THAT(changesOfRefused(Operation::trash, 1, false), IsEmpty());
+}
+
+TEST_F(RecordedSteps, OnTheWayBackFromTheTrashLeaveTheRecordThatIsNeededForWhatTheyLeave) {
+    tree({"a = one"});
+    intend("/r/a", "", Kind::trash);
+    recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
+    const auto place = recorded->trash(Url::file("/r/a"));
+    ASSERT_TRUE(place);
+    EXPECT_FALSE(recorded->leavesSomething());
+    disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
+        if (call.operation == Operation::move) steps.told.leavesSomething();
+    });
+    EXPECT_TRUE(recorded->move(*place, Url::file("/r/a")));
+    EXPECT_TRUE(recorded->leavesSomething());
+    EXPECT_THAT(recorded->changes(), SizeIs(1));
+}
+
+TEST_F(RecordedSteps, OfACopyThatIsPublishedLeaveItsOriginalAlone) {
+    memory.addVolume("/r/ordovan+");
+    tree({"a = one"});
+    intend("/r/a", "/r/ordovan+/a");
+    EXPECT_THAT(changesOfRefused(Operation::move, 1, true), ElementsAre(Change{.item = 0, .isSourceToo = false}));
 }
 
 TEST_F(RecordedFileSystemTest, NotesAFileThatIsNotTheIntendedOneBeforeItMoves) {

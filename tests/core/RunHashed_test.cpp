@@ -98,23 +98,23 @@ TEST_P(RunHashed, BelievesWhoHashedForIt) {
 
 TEST_P(RunHashed, AnnouncesMovesThatTakeMoreThanOneStep) {
     std::vector<std::string> announced;
-    fs.announceTo([&](const Url& item, const Url&) {
+    fs.tellTo({.begins = [&](const Url& item, const Url&) {
         EXPECT_TRUE(has("a"));
         EXPECT_FALSE(has("b"));
         announced.emplace_back(item.lastPathComponent());
-    });
+    }});
     for (const char* name : {"a", "c"}) write(name, name);
     EXPECT_EQ(error(fs.move(at("c"), at("d"))), 0);
     EXPECT_TRUE(announced.empty()) << "in one";
     renameRefusal = EINVAL;
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), 0);
     EXPECT_EQ(announced, std::vector<std::string>{"a"});
-    fs.announceTo([&](const Url& item, const Url&) { announced.emplace_back(item.lastPathComponent()); });
+    fs.tellTo({.begins = [&](const Url& item, const Url&) { announced.emplace_back(item.lastPathComponent()); }});
     linkRefusal = EPERM;
     EXPECT_EQ(error(fs.move(at("b"), at("a"))), 0);
     EXPECT_EQ(error(fs.trash(at("a"))), 0);
     EXPECT_EQ(announced, (std::vector<std::string>{"a", "b", "a"}));
-    fs.announceTo({});
+    fs.tellTo({});
     EXPECT_EQ(error(fs.move(at("d"), at("c"))), 0);
     EXPECT_EQ(announced.size(), 3U);
 }
@@ -152,15 +152,27 @@ TEST_P(RunHashed, BelievesWhatItReadInPiecesToTheEnd) {
 TEST_P(RunHashed, TakesBackAFileThatSlippedInAtTheLastInstant) {
     write("a", "hashed");
     hash("a");
+    bool leavesSomething = false;
+    fs.tellTo({.leavesSomething = [&] { leavesSomething = true; }});
     beforeRename = [&] { replace("a", "another one"); };
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), EBUSY);
     EXPECT_EQ(read("a"), "another one");
     EXPECT_FALSE(has("b"));
+    hash("a");
+    beforeRename = [&] {
+        replace("a", "a third");
+        beforeRename = [&] { std::filesystem::remove(t.path("root/b")); };  // when it is taken back
+    };
+    EXPECT_EQ(error(fs.move(at("a"), at("b"))), EBUSY);
+    EXPECT_EQ(t.count("root"), 0U);
+    EXPECT_FALSE(leavesSomething);
 }
 
-TEST_P(RunHashed, KeepsAFileThatSlippedInWhereItsOldNameIsTaken) {
+TEST_P(RunHashed, KeepsAFileThatSlippedInWhereItsOldNameIsTakenAndTellsOfIt) {
     write("a", "hashed");
     hash("a");
+    bool leavesSomething = false;
+    fs.tellTo({.leavesSomething = [&] { leavesSomething = true; }});
     beforeRename = [&] {
         replace("a", "another one");
         beforeRename = [&] { write("a", "a third"); };  // when it is taken back
@@ -168,6 +180,7 @@ TEST_P(RunHashed, KeepsAFileThatSlippedInWhereItsOldNameIsTaken) {
     EXPECT_EQ(error(fs.move(at("a"), at("b"))), EBUSY);
     EXPECT_EQ(read("a"), "a third");
     EXPECT_EQ(read("b"), "another one");
+    EXPECT_TRUE(leavesSomething);
 }
 
 TEST_P(RunHashed, LeavesTheDecoyAloneWhenALinkTakesAFoldersNameAtTheLastInstant) {

@@ -20,6 +20,7 @@
 #include <utility>
 
 using ordovan::moveToTrash;
+using ordovan::TrashSession;
 using ordovan::test::error;
 using ordovan::test::TempFolder;
 
@@ -67,10 +68,29 @@ TEST_F(TrashInfo, StaysWithAnItemThatIsInTheTrashAndStillStandsAndIsNotSaidToBeT
     inPlaceOfRename = [](const Rename& asked) {
         return ::linkat(asked.fromFolder, asked.from, asked.toFolder, asked.to, 0);
     };
-    EXPECT_EQ(error(moveToTrash(file)), OrdovanSystemError::fileWriteUnknown);
+    bool leavesSomething = false;
+    EXPECT_EQ(error(TrashSession().move(file, {.leavesSomething = &leavesSomething})),
+              OrdovanSystemError::fileWriteUnknown);
+    EXPECT_TRUE(leavesSomething);
     EXPECT_EQ(t.read("a"), "one");
     EXPECT_EQ(t.read(item), "one");
     EXPECT_TRUE(t.has(info));
+}
+
+TEST_F(TrashInfo, GoesAndNothingIsLeftWhereAnItemIsTakenBackOrNeverMoved) {
+    const Url file = t.write("a", "one");
+    bool leavesSomething = false;
+    inPlaceOfRename = [](const Rename&) { return 0; };
+    EXPECT_EQ(error(TrashSession().move(file, {.leavesSomething = &leavesSomething})),
+              OrdovanSystemError::fileWriteUnknown);
+    inPlaceOfRename = [](const Rename&) {
+        errno = ENOSPC;
+        return -1;
+    };
+    EXPECT_EQ(error(TrashSession().move(file, {.leavesSomething = &leavesSomething})), ENOSPC);
+    EXPECT_FALSE(leavesSomething);
+    EXPECT_EQ(t.read("a"), "one");
+    EXPECT_EQ(t.count("data/Trash/files") + t.count("data/Trash/info"), 0U);
 }
 
 TEST_F(TrashInfo, StaysWithAnItemThatCanNotBeTakenBackSinceItsNameIsTaken) {

@@ -4,11 +4,14 @@
 #include "tests/support/TempFolder.h"
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -39,6 +42,12 @@ inline Refusal removal;
 inline std::function<void()> atRename;
 inline int renameReply = 0;
 inline int linkReply = 0;
+inline int openReply = 0;
+
+/// True from when the volume takes no changes any more, as one that has met an error.
+inline bool isReadOnly = false;
+/// Whether the volume makes up an item's number from its name.
+inline bool numbersByName = false;
 
 /// What can not be done to a hidden name of ours, and why not.
 struct HiddenRefusals {
@@ -73,7 +82,27 @@ extern "C" int fstatat(int folder, const char* path, struct stat* facts, int fla
     using namespace ordovan::test;
     if (atExamination && skip-- == 0) std::exchange(atExamination, nullptr)();
     if (refuses(examination, path) || (isHidden(path) && fails(hidden.examination))) return -1;
-    return static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
+    const int done = static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
+    if (done == 0 && numbersByName) facts->st_ino = std::hash<std::string_view>()(path);
+    return done;
+}
+extern "C" int fstatfs(int file, struct statfs* facts) noexcept {
+    const int done = static_cast<int>(::syscall(SYS_fstatfs, file, facts));
+    if (done == 0 && ordovan::test::numbersByName) facts->f_type = FUSE_SUPER_MAGIC;
+    return done;
+}
+extern "C" int openat(int folder, const char* path, int flags, ...) {
+    using namespace ordovan::test;
+    va_list more;
+    va_start(more, flags);
+    const ::mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, ::mode_t) : 0;
+    va_end(more);
+    if ((flags & O_CREAT) != 0 && isReadOnly && fails(EROFS)) return -1;
+    const int file = static_cast<int>(::syscall(SYS_openat, folder, path, flags, mode));
+    if (file < 0 || (flags & O_CREAT) == 0 || openReply == 0) return file;
+    ::close(file);
+    errno = std::exchange(openReply, 0);
+    return -1;
 }
 extern "C" int fstat(int file, struct stat* facts) noexcept {
     using namespace ordovan::test;
@@ -84,18 +113,19 @@ extern "C" int fstat(int file, struct stat* facts) noexcept {
 extern "C" int unlinkat(int folder, const char* path, int flags) noexcept {
     using namespace ordovan::test;
     if (refuses(removal, path) || (isHidden(path) && fails(hidden.removal))) return -1;
+    if (isReadOnly && fails(EROFS)) return -1;
     return static_cast<int>(::syscall(SYS_unlinkat, folder, path, flags));
 }
 extern "C" int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
     using namespace ordovan::test;
-    if (fails(linkRefusal)) return -1;
+    if (fails(isReadOnly ? EROFS : linkRefusal)) return -1;
     const int done = static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
     return done != 0 || fails(std::exchange(linkReply, 0)) ? -1 : 0;
 }
 extern "C" int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept {
     using namespace ordovan::test;
     if (atRename) std::exchange(atRename, nullptr)();
-    if (isHidden(to) && fails(hidden.rename)) return -1;
+    if ((isHidden(to) && fails(hidden.rename)) || (isReadOnly && fails(EROFS))) return -1;
     const int done = static_cast<int>(::syscall(SYS_renameat2, fromFolder, from, toFolder, to, 0));
     return done != 0 || fails(std::exchange(renameReply, 0)) ? -1 : 0;
 }

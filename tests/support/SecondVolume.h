@@ -149,6 +149,12 @@ public:
             throw std::system_error(errno, std::generic_category(), "can not remount read-only");
         }
     }
+    /// No longer.
+    void makeWritable() const {
+        if (!detail::MountNamespace::get().remount(folder_.path(), 0, "")) {
+            throw std::system_error(errno, std::generic_category(), "can not remount writable");
+        }
+    }
 
 private:
     TempFolder folder_;
