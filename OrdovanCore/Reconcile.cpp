@@ -33,12 +33,17 @@ bool isMounted(const Url& volume, const ordovan::FactsFunction& factsOf) {
     return top && above && ordovan::deviceOf(top->identity) != ordovan::deviceOf(above->identity);
 }
 
-/// Looks at items. What is on a volume of the run's that is not there now is not gone: it can not be looked at.
-ordovan::FactsFunction lookingAtVolumes(const OrdovanRunIntent& intent, const ordovan::FactsFunction& factsOf) {
+/// The volumes of a run that are not there now.
+std::vector<std::string> volumesAway(const OrdovanRunIntent& intent, const ordovan::FactsFunction& factsOf) {
     std::vector<std::string> away;
     for (const Url& volume : intent.volumes) {
         if (!isMounted(volume, factsOf)) away.emplace_back(volume.path());
     }
+    return away;
+}
+
+/// Looks at items. What is on a volume that is away is not gone: it can not be looked at.
+ordovan::FactsFunction lookingAtVolumes(const std::vector<std::string>& away, const ordovan::FactsFunction& factsOf) {
     if (away.empty()) return factsOf;
     return [factsOf, away](const Url& item) -> OrdovanResult<ordovan::FileFacts> {
         const bool isAway = std::ranges::any_of(away, [&](const std::string& volume) {
@@ -49,10 +54,13 @@ ordovan::FactsFunction lookingAtVolumes(const OrdovanRunIntent& intent, const or
     };
 }
 
-/// Whether the folder can not be told to be the one in which the run worked.
+/// Whether the folder can not be told to be the one in which the run worked. Volumes that are mounted at the same
+/// places inside tell that it is.
 bool isElsewhere(const OrdovanUnfinishedRun& run, const ReconcilePorts& ports, const ItemReconciler& reconciler,
-                 ordovan::RunProgress& progress) {
-    return !isSameFolder(run.intent, ports) && !run.intent.items.empty() && !reconciler.seesAnything(progress);
+                 bool isVolumeAway, ordovan::RunProgress& progress) {
+    if (run.intent.items.empty() || isSameFolder(run.intent, ports)) return false;
+    const bool hasItsVolumes = !run.intent.volumes.empty() && !isVolumeAway;
+    return !hasItsVolumes && !reconciler.seesAnything(progress);
 }
 
 /// Records what became of one item.
@@ -67,9 +75,14 @@ void record(const OrdovanRunIntent& intent, const OrdovanRunItem& item, Settled 
         result.trashed.entries.emplace_back(ordovan::recordedPath(Url::file(item.source)), settled.lies->place.path(),
                                             settled.lies->what.byteSize, settled.lies->what.contentHash);
     } else if (settled.lies && intent.kind == Kind::undo) {
-        result.restored.emplace_back(item.source);
-    } else if (settled.lies) {
+        // An entry too many is refused safely; the entry of another file that has come there must not go.
+        if (settled.lies->isVacated) result.restored.emplace_back(item.source);
+    } else if (settled.lies && settled.lies->isVacated) {
         result.putBack.emplace_back(item.source);
+    }
+    if (settled.lies && !settled.lies->isSeen) {
+        result.unseen.emplace(intent.kind == Kind::trash ? result.trashed.entries.back().original()
+                                                         : item.destination.view());
     }
     result.isComplete = result.isComplete && settled.isCertain;
     switch (settled.end) {
@@ -127,6 +140,7 @@ std::string OrdovanInterruptedRun::summary() const {
         text += parts[i];
     }
     if (!parts.empty()) text += '.';
+    if (!isRecorded) text += " It could not be recorded yet and will be looked at again.";
     return text;
 }
 
@@ -153,14 +167,17 @@ OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& r
     result.run.root = run.intent.root;
     result.journal.createdAtEpoch = run.intent.startedAtEpoch;
     ordovan::RunProgress progress(control, run.intent.items.size());
+    const std::vector<std::string> away = volumesAway(run.intent, ports.facts);
     ReconcilePorts looking = ports;
-    looking.facts = lookingAtVolumes(run.intent, ports.facts);
+    looking.facts = lookingAtVolumes(away, ports.facts);
     ItemReconciler reconciler(run, looking);
-    result.isElsewhere = isElsewhere(run, ports, reconciler, progress);
+    const bool isOutOfSight = isElsewhere(run, ports, reconciler, !away.empty(), progress);
+    // A record that waits for a volume is told of.
+    result.isElsewhere = isOutOfSight && away.empty();
     std::vector<Settled> settled(result.isElsewhere ? 0 : run.intent.items.size());
     // Backwards: where a file was to be moved twice, the second move tells of the first.
     for (std::size_t i = settled.size(); i > 0 && progress.mayContinue(); --i) {
-        settled[i - 1] = reconciler.settle(i - 1);
+        settled[i - 1] = isOutOfSight ? ItemReconciler::leftAlone() : reconciler.settle(i - 1);
         progress.fileDone();
     }
     // What could not be looked at may only have been given up.
@@ -172,6 +189,7 @@ OrdovanReconciliation OrdovanReconciler::reconcile(const OrdovanUnfinishedRun& r
     }
     for (std::size_t i = 0; i < settled.size(); ++i) {
         if (!settled[i].isCertain) result.uncertain.push_back(i);
+        if (settled[i].isTouched) result.touched.push_back(i);
         record(run.intent, run.intent.items[i], std::move(settled[i]), result);
     }
     return result;

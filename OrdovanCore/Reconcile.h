@@ -11,6 +11,8 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace ordovan {
@@ -32,6 +34,9 @@ struct ReconcilePorts {
     std::function<OrdovanResult<void>(const TrashedFile& orphan)> removeTrashInfo;
     /// Removes what a Trash knows about an item that has been put back, as `forgetTrashInfo` does.
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo;
+    /// Whether a journal tells of the file at this place, which has this identity: then it is not what the run has left
+    /// there. May be empty.
+    std::function<bool(const Url& place, std::string_view identity)> isRecorded = {};
 };
 
 }  // namespace ordovan
@@ -47,6 +52,7 @@ struct OrdovanInterruptedRun {
     std::size_t untouched = 0;  ///< files that are where they were
     std::size_t putRight = 0;   ///< files of which something half done was completed or taken away again
     std::size_t unsettled = 0;  ///< files of which it can not be told, and that the user has to look at
+    bool isRecorded = true;     ///< what it did is in the records; else it is looked at again at the next preview
     /// One for each file that was not simply untouched, in the order of the run. `source` and `destination` are the
     /// run's; for a trashed file `destination` is its place in the Trash.
     std::vector<OrdovanExecutionOutcome> outcomes;
@@ -63,6 +69,12 @@ struct OrdovanReconciliation {
     std::vector<std::string> restored;  ///< destinations of journal entries that must go: their files are back
     OrdovanTrashRecord trashed;         ///< entries that must be there
     std::vector<std::string> putBack;   ///< places in the Trash whose entries must go: their files are back
+    /// Of the entries that must be there, those of files that are only known to have come to their new places: by the
+    /// destination, or by the original place of what was trashed. Where a later run's entry stands, that is nearer the
+    /// truth.
+    std::unordered_set<std::string> unseen;
+    /// The items, by their numbers, of which the run, or this, has changed something or may have.
+    std::vector<std::size_t> touched;
     /// Everything could be looked at, and what was to be changed was. When false, what is told here holds, and
     /// reconciling once more may tell more: the run's record is still needed.
     bool isComplete = true;

@@ -111,11 +111,18 @@ Settled ItemReconciler::settle(std::size_t index) {
         if (remains && !remains->isCertain) return *std::move(remains);
     }
     Settled settled = run_.intent.kind == Kind::trash ? settleTrash(item) : settleMove(item);
+    settled.isTouched = settled.end != End::untouched || !settled.isCertain || item.isNoted();
     if (remains && settled.isCertain) {
         settled.end = End::unsettled;
         settled.sentence = std::move(remains->sentence);
     }
     if (settled.lies) movedOn_.insert(item.intended.source);
+    return settled;
+}
+
+Settled ItemReconciler::leftAlone() {
+    Settled settled = uncertain(notExamined);
+    settled.isTouched = false;
     return settled;
 }
 
@@ -126,11 +133,13 @@ bool ItemReconciler::isBelowRoot(const Item& item) const {
     return isBelow(item.from) && (item.to.path().empty() || isBelow(item.to));
 }
 
-/// What was noted as moved has its entry, though it can not be looked at: undoing it looks again. What was noted as
-/// begun may lie there under a name that only the run's record tells.
+/// What was noted as moved has its entry, though it can not be looked at: undoing it looks again. What was not may have
+/// been moved all the same, unless it is seen where it was; and what was noted as begun may lie there under a name that
+/// only the run's record tells.
 void ItemReconciler::keepNoted(const Item& item, Settled& settled) const {
     if (item.done == nullptr) {
-        settled.isCertain = item.copies.empty() && item.hidden.empty();
+        const bool isWhereItWas = looksLikeTheFile(item, look(item.from)) || wasNeverThere(item);
+        settled.isCertain = isWhereItWas && item.copies.empty() && item.hidden.empty();
         return;
     }
     if (run_.intent.kind == Kind::organize) {
@@ -188,22 +197,26 @@ ItemReconciler::Proof ItemReconciler::hasContent(const Url& url, const Sight& si
     return *hash == contentHash ? Proof::proved : Proof::refuted;
 }
 
-/// Whether what is seen at a place is the file of the item: by its identity, which a rename keeps; by the number of its
-/// inode, its size and its time, where the device has another number by now; or by its content, where that is known.
-ItemReconciler::Proof ItemReconciler::isTheFile(const Item& item, const Url& url, const Sight& sight) const {
-    if (!sight.isRegular()) return Proof::refuted;
+/// Whether what is seen is the file of the item by its identity, which a rename keeps; or by the number of its inode,
+/// its size and its time, where the device has another number by now.
+bool ItemReconciler::looksLikeTheFile(const Item& item, const Sight& sight) {
+    if (!sight.isRegular()) return false;
     const OrdovanRunItem& intended = item.intended;
     const std::string& identity = sight.facts.identity;
     const auto bears = [&](const std::string& known) { return !known.empty() && known == identity; };
     if (bears(intended.identity) || (item.begun != nullptr && bears(item.begun->identity)) ||
         (item.done != nullptr && bears(item.done->identity))) {
-        return Proof::proved;
+        return true;
     }
     const bool isUnchanged = intended.modifiedNs != OrdovanRunItem::unknownTime &&
                              sight.facts.modifiedNs == intended.modifiedNs && sight.facts.byteSize == intended.byteSize;
-    if (isUnchanged && (intended.identity.empty() || inodeOf(intended.identity) == inodeOf(identity))) {
-        return Proof::proved;
-    }
+    return isUnchanged && (intended.identity.empty() || inodeOf(intended.identity) == inodeOf(identity));
+}
+
+/// Whether what is seen at a place is the file of the item: as it looks, or by its content, where that is known.
+ItemReconciler::Proof ItemReconciler::isTheFile(const Item& item, const Url& url, const Sight& sight) const {
+    if (looksLikeTheFile(item, sight)) return Proof::proved;
+    const OrdovanRunItem& intended = item.intended;
     if (const OrdovanRunNote* note = item.done != nullptr ? item.done : item.begun) {
         return hasContent(url, sight, note->byteSize, note->contentHash);
     }
@@ -301,7 +314,9 @@ Settled ItemReconciler::settleMove(const Item& item) const {
         case Proof::refuted:
             break;
     }
-    return settleGone(item, from, to);
+    Settled gone = settleGone(item, from, to);
+    if (gone.lies) gone.lies->isVacated = !from.isThere();
+    return gone;
 }
 
 /// The file stands where it was: whatever else the run has made of it goes.
@@ -378,9 +393,11 @@ ItemReconciler::Proof ItemReconciler::isWhole(const Item& item, const Sight& fro
 }
 
 /// Whether the file at the destination is the verified copy that the run has published: the partial name is free again
-/// or another name of it, it kept the time of the file, and both have the content that was noted.
+/// or another name of it, it kept the time of the file, and both have the content that was noted. What the records tell
+/// of came there by another run.
 ItemReconciler::Proof ItemReconciler::isOurCopy(const Item& item, const Sight& from, const Sight& to) const {
     if (item.copies.empty() || to.facts.modifiedNs != from.facts.modifiedNs) return Proof::refuted;
+    if (ports_.isRecorded && ports_.isRecorded(item.to, to.facts.identity)) return Proof::refuted;
     const OrdovanRunNote& copy = *item.copies.back();
     const Sight partial = look(Url::file(copy.path));
     if (!partial.isKnown()) return Proof::unknown;
@@ -399,10 +416,13 @@ Settled ItemReconciler::settleGone(const Item& item, const Sight& from, const Si
         case Proof::refuted:
             break;
     }
+    const bool isMovedOn = movedOn_.contains(item.intended.destination);
+    if (item.done == nullptr && !isMovedOn) return settleCopies(item, from, to);
     // Whatever became of it afterwards, the run had moved it.
-    if (item.done != nullptr) return moved(item, End::finished, noted(*item.done), item.done->sameVolume);
-    if (movedOn_.contains(item.intended.destination)) return moved(item, End::finished, {}, true);
-    return settleCopies(item, from, to);
+    Settled gone = item.done != nullptr ? moved(item, End::finished, noted(*item.done), item.done->sameVolume)
+                                        : moved(item, End::finished, {}, true);
+    gone.lies->isSeen = false;
+    return gone;
 }
 
 Settled ItemReconciler::arrived(const Item& item, const Sight& to) const {
@@ -461,7 +481,8 @@ Settled ItemReconciler::settleLost(const Item& item, const Sight& from, const Si
     // The run removes an original only when its copy stands verified at the destination. The entry does no harm where
     // somebody else removed it.
     if (run_.intent.kind == Kind::organize && !item.copies.empty()) {
-        result.lies = Settled::Place{.place = item.to, .what = noted(*item.copies.back()), .sameVolume = false};
+        result.lies =
+            Settled::Place{.place = item.to, .what = noted(*item.copies.back()), .sameVolume = false, .isSeen = false};
     }
     return result;
 }
@@ -502,7 +523,10 @@ Settled ItemReconciler::settleTrash(const Item& item) const {
     if (isStanding == Proof::proved) return settleNotTrashed(item, from);
     if (item.done != nullptr) {
         // Putting it back refuses another file that has come to lie there.
-        return trashed(item, Url::file(item.done->path), noted(*item.done));
+        const Url place = Url::file(item.done->path);
+        Settled gone = trashed(item, place, noted(*item.done));
+        gone.lies->isSeen = isTheFile(item, place, look(place)) != Proof::refuted;
+        return gone;
     }
     if (!isTrashKnown_) return uncertain(notExamined);
     for (const TrashedFile* file : inTrash(item)) {

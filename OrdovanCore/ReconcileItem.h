@@ -28,9 +28,12 @@ struct Settled {
         Url place;
         Fingerprint what;
         bool sameVolume = false;
+        bool isSeen = true;     ///< false when it is only known to have come there
+        bool isVacated = true;  ///< nothing stands where it was
     };
     std::optional<Place> lies = std::nullopt;
     bool isCertain = true;  ///< false when something could not be looked at or changed
+    bool isTouched = true;  ///< false when neither the run nor this has changed anything of it
 };
 
 /// Settles the items of one interrupted run, each once and the last first.
@@ -43,6 +46,8 @@ public:
     /// asked before each; once it says stop, none is.
     [[nodiscard]] bool seesAnything(RunProgress& progress) const;
     [[nodiscard]] Settled settle(std::size_t index);
+    /// What can be said of an item while its folder is not in sight.
+    [[nodiscard]] static Settled leftAlone();
 
 private:
     /// What the record says about one item.
@@ -54,6 +59,7 @@ private:
         bool isClaimed = false;  ///< its new place was about to be taken by a second name or an empty file
         std::vector<const OrdovanRunNote*> copies;  ///< the notes of partial copies
         std::vector<const OrdovanRunNote*> hidden;  ///< the notes of hidden names by which it may have been left
+        [[nodiscard]] bool isNoted() const { return begun != nullptr || done != nullptr; }
     };
     /// What is seen at a place.
     struct Sight {
@@ -74,6 +80,7 @@ private:
     [[nodiscard]] Proof hasContent(const Url& url, const Sight& sight, std::int64_t byteSize,
                                    const std::string& contentHash) const;
     [[nodiscard]] Proof isTheFile(const Item& item, const Url& url, const Sight& sight) const;
+    [[nodiscard]] static bool looksLikeTheFile(const Item& item, const Sight& sight);
     [[nodiscard]] static bool wasNeverThere(const Item& item);
     [[nodiscard]] bool hasOneNameMore(const Item& item, const Sight& from) const;
     [[nodiscard]] bool remove(const Url& url) const;

@@ -41,7 +41,6 @@ std::string_view nameOf(OrdovanRunNote::Kind kind) {
 
 constexpr std::array<json::Member, 1> versionMembers{{{"version", json::Type::integer}}};
 constexpr std::array<json::Member, 9> headMembers{{
-    {"flushes", json::Type::boolean},
     {"id", json::Type::text},
     {"items", json::Type::integer},
     {"kind", json::Type::text},
@@ -49,6 +48,7 @@ constexpr std::array<json::Member, 9> headMembers{{
     {"root", json::Type::text},
     {"rootIdentity", json::Type::text},
     {"startedAtEpoch", json::Type::number},
+    {"unflushable", json::Type::texts},
     {"volumes", json::Type::texts},
 }};
 constexpr std::array<json::Member, 7> itemMembers{{
@@ -128,33 +128,32 @@ bool takeFolders(const json::Value& value, std::vector<Url>& folders) {
 /// One member of the line about the run.
 bool takeHead(std::size_t index, const json::Value& value, OrdovanRunIntent& intent, std::int64_t& count) {
     switch (index) {
-        case 0:
-            intent.isFlushable = std::get<bool>(value);
-            return true;
-        case 1: {
+        case 0: {
             const auto id = ordovan::Uuid::parse(textOf(value));
             if (id) intent.id = *id;
             return id.has_value();
         }
-        case 2:
+        case 1:
             count = std::get<std::int64_t>(value);
             return count >= 0;
-        case 3: {
+        case 2: {
             const auto kind = runKindFromRawValue(textOf(value));
             if (kind) intent.kind = *kind;
             return kind.has_value();
         }
-        case 4:
+        case 3:
             return takeFolders(value, intent.outputRoots);
-        case 5:
+        case 4:
             intent.root = Url::file(textOf(value));
             return isRoot(textOf(value));
-        case 6:
+        case 5:
             intent.rootIdentity = textOf(value);
             return true;
-        case 7:
+        case 6:
             intent.startedAtEpoch = std::get<double>(value);
             return true;
+        case 7:
+            return takeFolders(value, intent.unflushable);
         default:
             return takeFolders(value, intent.volumes);
     }
@@ -269,7 +268,7 @@ void appendFolders(std::string& piece, std::span<const Url> folders) {
 bool OrdovanRunIntent::encode(const Sink& sink) const {
     std::string piece;
     piece.reserve(json::encodedPieceSize + 16 * 1024);
-    piece += isFlushable ? "{\"flushes\":true,\"id\":" : "{\"flushes\":false,\"id\":";
+    piece += "{\"id\":";
     json::appendText(piece, id.text());
     piece += ",\"items\":";
     json::appendInteger(piece, static_cast<std::int64_t>(items.size()));
@@ -283,6 +282,8 @@ bool OrdovanRunIntent::encode(const Sink& sink) const {
     json::appendText(piece, rootIdentity);
     piece += ",\"startedAtEpoch\":";
     json::appendNumber(piece, startedAtEpoch);
+    piece += ",\"unflushable\":";
+    appendFolders(piece, unflushable);
     piece += ",\"version\":";
     json::appendInteger(piece, supportedVersion);
     piece += ",\"volumes\":";

@@ -46,9 +46,9 @@ struct OrdovanRunIntent {
     std::vector<Url> outputRoots;  ///< folders inside `root` that files are organized into, or put back from
     /// The folders inside `root` at which other volumes are mounted that its files are on or go to.
     std::vector<Url> volumes;
-    /// Whether these and `root` could be flushed when the run began. Where not (some file systems in user space refuse
-    /// that always), a flush that fails tells nothing.
-    bool isFlushable = true;
+    /// Those of these and `root` that could not be flushed when the run began. (Some file systems in user space refuse
+    /// that always.) There a flush that fails tells nothing.
+    std::vector<Url> unflushable;
     std::vector<OrdovanRunItem> items;  ///< in the order in which the run comes to them
 
     static constexpr std::int64_t supportedVersion = 1;
@@ -87,11 +87,11 @@ struct OrdovanRunNote {
 /// The stored record of a run that has not come to its end.
 ///
 /// UTF-8, one JSON object a line. First what the run is about to do, written whole or not at all: a line about the run
-/// ("flushes", "id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "version",
-/// "volumes"), one for each item ("bytes", "from", "hash", "identity", "modified", "names", "to") and one that ends
-/// this ("end": the number again). Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note", "path",
-/// "sameVolume"). The most common one, of an intended file that was renamed, says no more than it has to ("bytes",
-/// "hash", "renamed": its item). Paths of items below the root are told relative to it.
+/// ("id", "items": their number, "kind", "outputRoots", "root", "rootIdentity", "startedAtEpoch", "unflushable",
+/// "version", "volumes"), one for each item ("bytes", "from", "hash", "identity", "modified", "names", "to") and one
+/// that ends this ("end": the number again). Then, as the run goes, notes ("bytes", "hash", "identity", "item", "note",
+/// "path", "sameVolume"). The most common one, of an intended file that was renamed, says no more than it has to
+/// ("bytes", "hash", "renamed": its item). Paths of items below the root are told relative to it.
 struct OrdovanUnfinishedRun {
     OrdovanRunIntent intent;
     std::vector<OrdovanRunNote> notes;  ///< in the order in which they were made

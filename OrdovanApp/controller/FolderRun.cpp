@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <span>
@@ -143,6 +144,30 @@ std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::F
     return found;
 }
 
+bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& run, const std::vector<Url>& arrivals,
+               const std::vector<Url>& departures) {
+    const auto& sync = ports.recording.syncMoves;
+    if (!sync) return true;
+    const auto isHeeded = [&](const Url& place) {
+        Url volume = run.root;
+        for (const Url& each : run.volumes) {
+            const bool isOn = place.path().starts_with(std::string(each.path()) + "/");
+            if (isOn && each.path().size() > volume.path().size()) volume = each;
+        }
+        return std::ranges::find(run.unflushable, volume) == run.unflushable.end();
+    };
+    const auto those = [&](const std::vector<Url>& places, bool areHeeded) {
+        std::vector<Url> found;
+        std::ranges::copy_if(places, std::back_inserter(found),
+                             [&](const Url& place) { return isHeeded(place) == areHeeded; });
+        return found;
+    };
+    if (run.unflushable.empty()) return sync(arrivals, departures);
+    static_cast<void>(sync(those(arrivals, false), those(departures, false)));
+    const std::vector<Url> heededArrivals = those(arrivals, true), heededDepartures = those(departures, true);
+    return (heededArrivals.empty() && heededDepartures.empty()) || sync(heededArrivals, heededDepartures);
+}
+
 Record::Record(const TidyPorts& ports, OrdovanRunRecord::Kind kind, const Url& root, double nowEpoch)
     : ports_(ports),
       isKept_(ports.recording.runRecords != nullptr && root.path() != "/" && ordovan::isNormalPath(root.path()) &&
@@ -201,7 +226,7 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
     if (!isKept_) return fs;
     lookAtAll();
     intent_.volumes = volumesOf(intent_, ports_.recording.facts);
-    intent_.isFlushable = canFlush();
+    intent_.unflushable = unflushable();
     devices_ = devicesOf(intent_, ports_.recording.facts);
     if (auto begun = ports_.recording.runRecords->begin(intent_)) {
         place_ = begun->place;
@@ -214,7 +239,7 @@ OrdovanFileSystem& Record::begin(OrdovanFileSystem& fs, ordovan::StepwiseMoves* 
 
 void Record::endNotes() {
     if (recorded_) {
-        const bool isFlushed = syncMoves() || !intent_.isFlushable;
+        const bool isFlushed = syncMoves();
         // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
         isOnDisk_ = recorded_->changes().empty() || (isFlushed && areVolumesThere());
         leavesSomething_ = recorded_->leavesSomething();
@@ -222,11 +247,12 @@ void Record::endNotes() {
     recorded_.reset();
 }
 
-bool Record::canFlush() const {
-    if (!ports_.recording.canFlush) return true;
+std::vector<Url> Record::unflushable() const {
+    if (!ports_.recording.canFlush) return {};
     std::vector<Url> folders = intent_.volumes;
     folders.push_back(intent_.root);
-    return ports_.recording.canFlush(folders);
+    std::erase_if(folders, [&](const Url& folder) { return ports_.recording.canFlush(std::span(&folder, 1)); });
+    return folders;
 }
 
 bool Record::isChangedBelow(const Url& folder) const {
@@ -265,7 +291,7 @@ bool Record::syncMoves() const {
         }
     }
     addTrashPlaces(arrivals);
-    return ports_.recording.syncMoves(arrivals, departures);
+    return FolderRun::syncMoves(ports_, intent_, arrivals, departures);
 }
 
 /// Of the info files one for each Trash, which stands for its folder.

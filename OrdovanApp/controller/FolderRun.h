@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What all runs that change a folder have in common. On background threads.
 namespace FolderRun {
@@ -25,6 +26,11 @@ namespace FolderRun {
 /// The devices at a run's folder and at its volumes; empty texts where these are gone or that can not be told.
 /// `factsOf` as `RecordingPorts::facts`.
 [[nodiscard]] std::vector<std::string> devicesOf(const OrdovanRunIntent& run, const ordovan::FactsFunction& factsOf);
+
+/// Puts the names of a run's items on the disk, as `RecordingPorts::syncMoves`. What a volume says that could not be
+/// flushed when the run began is not heeded.
+[[nodiscard]] bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& run, const std::vector<Url>& arrivals,
+                             const std::vector<Url>& departures);
 
 /// The file system that a run in a folder changes files through, told beforehand which files it will hash, where that
 /// is known. Used by the run's one thread.
@@ -101,7 +107,7 @@ public:
     [[nodiscard]] bool isStored() const { return place_.has_value(); }
 
 private:
-    [[nodiscard]] bool canFlush() const;
+    [[nodiscard]] std::vector<Url> unflushable() const;
     [[nodiscard]] bool syncMoves() const;
     [[nodiscard]] bool isChangedBelow(const Url& folder) const;
     [[nodiscard]] bool areVolumesThere() const;

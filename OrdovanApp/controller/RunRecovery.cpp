@@ -6,6 +6,7 @@
 #include "OrdovanCore/TrashPlace.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -17,13 +18,44 @@ namespace {
 using Kind = OrdovanRunRecord::Kind;
 using Found = ordovan::RunRecordStore::Found;
 
-ordovan::ReconcilePorts reconcilePorts(const TidyPorts& ports, OrdovanFileSystem& fs) {
+/// The entries of a folder's journal, by their destinations.
+class Journaled {
+public:
+    Journaled(const TidyPorts& ports, const Url& root, const RecordsInMemory& memory) {
+        for (const auto& journal : {ports.journals.read(root).journal, memory.unsavedJournal}) {
+            if (!journal) continue;
+            for (const OrdovanJournalEntry& entry : journal->entries) entries_[entry.destination()] = &entry;
+            journals_.push_back(journal);
+        }
+    }
+    [[nodiscard]] const OrdovanJournalEntry* at(std::string_view destination) const {
+        const auto found = entries_.find(destination);
+        return found == entries_.end() ? nullptr : found->second;
+    }
+    /// Whether one tells of another file than this.
+    [[nodiscard]] bool tellsOtherwise(const OrdovanJournalEntry& than) const {
+        const OrdovanJournalEntry* const entry = at(than.destination());
+        return entry != nullptr && (entry->contentHash() != than.contentHash() || entry->fileID() != than.fileID());
+    }
+
+private:
+    std::vector<ordovan::JournalStore::Journal> journals_;
+    std::unordered_map<std::string_view, const OrdovanJournalEntry*> entries_;
+};
+
+ordovan::ReconcilePorts reconcilePorts(const TidyPorts& ports, OrdovanFileSystem& fs, const Journaled& journaled) {
     const RecordingPorts& recording = ports.recording;
+    const auto isRecorded = [&journaled](const Url& place, std::string_view identity) {
+        const OrdovanJournalEntry* const entry = journaled.at(place.path());
+        if (entry == nullptr) return false;
+        return !entry->sameVolume() || entry->fileID().empty() || entry->fileID() == identity;
+    };
     return {.fs = fs,
             .facts = recording.facts,
             .findInTrash = recording.findInTrash,
             .removeTrashInfo = recording.removeTrashInfo,
-            .forgetTrashInfo = recording.forgetTrashInfo};
+            .forgetTrashInfo = recording.forgetTrashInfo,
+            .isRecorded = isRecorded};
 }
 
 /// Whether a record is of this folder. Two folders share a record's name where their paths differ only in how accented
@@ -35,13 +67,13 @@ bool isOf(const TidyPorts& ports, const Url& root, const OrdovanRunIntent& inten
     return here && there && here->identity == there->identity;
 }
 
-OrdovanReconciliation reconciled(const TidyPorts& ports, const OrdovanUnfinishedRun& run,
+OrdovanReconciliation reconciled(const TidyPorts& ports, const OrdovanUnfinishedRun& run, const Journaled& journaled,
                                  const RecoveryControl& control) {
     if (control.progressed) control.progressed(0, run.intent.items.size());
     FolderRun::FileSystem files(ports, run.intent.root);
     StoppableFileSystem fs(files.port(), files.contents(), *control.flag);
     return OrdovanReconciler::reconcile(
-        run, reconcilePorts(ports, fs),
+        run, reconcilePorts(ports, fs, journaled),
         {.shouldContinue = [&] { return fs.beginFile(); }, .progressed = control.progressed});
 }
 
@@ -49,12 +81,29 @@ std::unordered_set<std::string_view> viewsOf(const std::vector<std::string>& tex
     return {texts.begin(), texts.end()};
 }
 
+/// Leaves out the entries of files that are not in sight where other entries stand: those are of later runs.
+void dropOvertaken(OrdovanReconciliation& found, const Journaled& journaled) {
+    std::erase_if(found.journal.entries, [&](const OrdovanJournalEntry& entry) {
+        return found.unseen.contains(std::string(entry.destination())) && journaled.tellsOtherwise(entry);
+    });
+}
+
+/// The same for what was trashed.
+void dropOvertaken(OrdovanReconciliation& found, const OrdovanTrashRecord& recorded) {
+    std::unordered_map<std::string_view, const OrdovanTrashEntry*> entries;  // by the original place
+    for (const OrdovanTrashEntry& entry : recorded.entries) entries[entry.original()] = &entry;
+    std::erase_if(found.trashed.entries, [&](const OrdovanTrashEntry& entry) {
+        const auto known = entries.find(entry.original());
+        return found.unseen.contains(std::string(entry.original())) && known != entries.end() &&
+               *known->second != entry;
+    });
+}
+
 /// Stores what a journal has to say about the run.
 ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& root, const OrdovanUnfinishedRun& run,
                                           OrdovanReconciliation& found, const RecordsInMemory& memory,
                                           double nowEpoch) {
     if (run.intent.kind == Kind::organize) {
-        RunRecovery::dropPassingIdentities(ports, found.journal);
         return ports.journals.append(root, found.journal, memory.journal, memory.unsavedJournal, nowEpoch);
     }
     std::vector<Url> vacated(found.restored.size());
@@ -68,7 +117,6 @@ ordovan::JournalStore::Saved storeJournal(const TidyPorts& ports, const Url& roo
 /// the run's own is removed: else a copy that only this one tells of might be there again. False where that is not
 /// certain.
 bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const OrdovanReconciliation& found) {
-    if (!ports.recording.syncMoves) return true;
     std::vector<Url> arrivals, departures;
     for (const OrdovanExecutionOutcome& outcome : found.run.outcomes) {
         if (outcome.status == OrdovanExecutionStatus::moved) arrivals.push_back(outcome.destination);
@@ -77,11 +125,12 @@ bool syncMoves(const TidyPorts& ports, const OrdovanRunIntent& intent, const Ord
     const auto isReached = [&](const ordovan::SharedText& path) {
         return path.view().starts_with(below) || ordovan::isInTrash(path);
     };
-    for (const OrdovanRunItem& item : intent.items) {
+    for (const std::size_t i : found.touched) {
+        const OrdovanRunItem& item = intent.items[i];
         if (isReached(item.destination)) arrivals.push_back(Url::file(item.destination));
         if (isReached(item.source)) departures.push_back(Url::file(item.source));
     }
-    return ports.recording.syncMoves(arrivals, departures);
+    return FolderRun::syncMoves(ports, intent, arrivals, departures);
 }
 
 /// Stores what the run did, where runs of its kind do. False when that was not possible.
@@ -126,22 +175,28 @@ std::optional<RecoveredRun> setAside(const TidyPorts& ports, const Url& root, st
 }
 
 /// The same for the run of one readable record. Nothing where nothing could be said of it this time.
-std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std::size_t place,
-                                   const OrdovanUnfinishedRun& run, RecordsInMemory& memory, double nowEpoch,
-                                   RunRecovery::Occasion occasion, const RecoveryControl& control) {
+std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std::size_t place, Found& stored,
+                                   RecordsInMemory& memory, double nowEpoch, RunRecovery::Occasion occasion,
+                                   const RecoveryControl& control) {
+    const OrdovanUnfinishedRun& run = stored.run;
     if (!isOf(ports, root, run.intent)) return std::nullopt;
     const bool isOwn = std::ranges::find(memory.ownRuns, run.intent.id) != memory.ownRuns.end();
     if (isOwn && occasion == RunRecovery::Occasion::preview) return std::nullopt;
 
     const std::vector<std::string> devices = FolderRun::devicesOf(run.intent, ports.recording.facts);
-    OrdovanReconciliation found = reconciled(ports, run, control);
+    const Journaled journaled(ports, root, memory);
+    OrdovanReconciliation found = reconciled(ports, run, journaled, control);
     if (found.isStopped || found.isElsewhere) return std::nullopt;
     RecoveredRun result;
     // The volumes are looked at behind the flush: where one is gone, that found nothing to do.
-    const bool isFlushed = syncMoves(ports, run.intent, found) || !run.intent.isFlushable;
+    const bool isFlushed = syncMoves(ports, run.intent, found);
     const bool isOnDisk = isFlushed && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
+    RunRecovery::dropPassingIdentities(ports, found.journal);
+    dropOvertaken(found, journaled);
+    if (!found.trashed.entries.empty()) dropOvertaken(found, *ports.trashRecords.load(memory.trash).record);
     // Else nothing is recorded yet: later runs may have to do with the same places before this one's end is certain.
     const bool isStored = isOnDisk && store(ports, root, run, found, memory, nowEpoch, result);
+    found.run.isRecorded = isStored;
     const bool isSettled = isStored && (found.isComplete || found.uncertain.size() < run.intent.items.size());
     // A run of this program is in the history, or in memory until it can be.
     if (!isOwn) result.told = std::make_shared<const OrdovanInterruptedRun>(found.run);
@@ -150,7 +205,8 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     if (isStored && found.isComplete) {
         static_cast<void>(ports.recording.runRecords->remove(root, place));
     } else if (isSettled) {
-        static_cast<void>(ports.recording.runRecords->replace(root, place, run.only(found.uncertain)));
+        auto replaced = ports.recording.runRecords->replace(root, place, run.only(found.uncertain));
+        if (replaced && *replaced) stored.holder = std::move(*replaced);
     }
     return result;
 }
@@ -168,11 +224,15 @@ Recovery RunRecovery::settle(const TidyPorts& ports, const Url& root, RecordsInM
         result.isHeld = result.isHeld || stored.back().state == Found::State::inUse;
     }
     if (result.isHeld) return result;
-    for (std::size_t i = 0; i < stored.size() && !control.flag->isCancelled(); ++i) {
+    std::vector<std::size_t> byTime(stored.size());
+    std::iota(byTime.begin(), byTime.end(), 0);
+    std::ranges::stable_sort(byTime, {}, [&](std::size_t i) { return stored[i].run.intent.startedAtEpoch; });
+    for (const std::size_t i : byTime) {
+        if (control.flag->isCancelled()) break;
         std::optional<RecoveredRun> run;
         if (stored[i].state == Found::State::unreadable) run = setAside(ports, root, i + 1, nowEpoch);
         if (stored[i].state == Found::State::readable) {
-            run = ::settle(ports, root, i + 1, stored[i].run, memory, nowEpoch, occasion, control);
+            run = ::settle(ports, root, i + 1, stored[i], memory, nowEpoch, occasion, control);
         }
         if (run) result.runs.push_back(std::move(*run));
     }

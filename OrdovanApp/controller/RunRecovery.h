@@ -33,7 +33,7 @@ struct RecoveredRun {
 
 /// What was made of the records that stood for a folder.
 struct Recovery {
-    std::vector<RecoveredRun> runs;  ///< one for each that was settled, oldest place first
+    std::vector<RecoveredRun> runs;  ///< one for each that was settled, the oldest first
     bool isHeld = false;  ///< a run goes on in the folder, though the folder's lock did not tell; nothing was settled
 };
 
@@ -57,7 +57,8 @@ enum class Occasion {
 /// Reconciles the runs whose records stand for the folder; stores what they did where runs store that; and then removes
 /// the records. One stays while it can not be read or stored elsewhere; nothing is stored while what was done is not
 /// certain to be on the disk. Where some files can not be looked at, the others are settled and the record is cut down
-/// to these: doing all this again comes to the same. One that is damaged is set aside. `memory` is brought up to date.
+/// to these: doing all this again comes to the same. What later runs have recorded meanwhile stays. One that is damaged
+/// is set aside. `memory` is brought up to date.
 ///
 /// Once the flag of `control` is set, no other file is begun, and the hash of one is given up in its middle: then the
 /// record in work stays and nothing is stored or told of it, as if this had not come to it.

@@ -180,13 +180,20 @@ QString summary(const OrdovanInterruptedRun& run) {
         QT_TRANSLATE_N_NOOP("EngineTexts", "%1 were put right"));
     add(run.unsettled, QT_TRANSLATE_N_NOOP("EngineTexts", "%1 files need a look"),
         QT_TRANSLATE_N_NOOP("EngineTexts", "%1 need a look"));
-    if (parts.isEmpty()) return interrupted;
-    QString list = parts.takeLast();
+    QString text = interrupted;
     if (!parts.isEmpty()) {
-        //: The end of a list: what comes before, and the last part
-        list = QCoreApplication::translate("EngineTexts", "%1 and %2").arg(parts.join(u", "_s), list);
+        QString list = parts.takeLast();
+        if (!parts.isEmpty()) {
+            //: The end of a list: what comes before, and the last part
+            list = QCoreApplication::translate("EngineTexts", "%1 and %2").arg(parts.join(u", "_s), list);
+        }
+        text += u' ' + list + u'.';
     }
-    return interrupted + u' ' + list + u'.';
+    if (!run.isRecorded) {
+        text += u' ' +
+                QCoreApplication::translate("EngineTexts", "It could not be recorded yet and will be looked at again.");
+    }
+    return text;
 }
 
 QString status(const OrdovanPreviewStatus& status) {

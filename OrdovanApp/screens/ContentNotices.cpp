@@ -43,7 +43,7 @@ void ContentNotices::followInterruptedRun() {
     interrupted_->setVisible(run != nullptr);
     refreshRoom();
     if (!run) return;
-    const bool needsALook = run->isUnreadable || run->unsettled > 0;
+    const bool needsALook = run->isUnreadable || run->unsettled > 0 || !run->isRecorded;
     interrupted_->setKind(needsALook ? Banner::Kind::warning : Banner::Kind::info);
     tellInterruptedRun();
     interrupted_->setDetails(RunTexts::sentences(run->outcomes));

@@ -66,10 +66,13 @@ RunRecordStore::Found RunRecordStore::read(const Url& root, std::size_t place) c
     return found;
 }
 
-bool RunRecordStore::replace(const Url& root, std::size_t place, const OrdovanUnfinishedRun& run) const {
-    return storage_
-        .write(locations_.runRecord(root, place), [&](const RecordStorage::Sink& sink) { return run.encode(sink); })
-        .has_value();
+OrdovanResult<std::unique_ptr<RunNotes>> RunRecordStore::replace(const Url& root, std::size_t place,
+                                                                 const OrdovanUnfinishedRun& run) const {
+    const Url file = locations_.runRecord(root, place);
+    const auto written = storage_.write(file, [&](const RecordStorage::Sink& sink) { return run.encode(sink); });
+    if (!written) return std::unexpected(written.error());
+    auto holder = storage_.openNotes(file);
+    return holder ? std::move(*holder) : nullptr;
 }
 
 bool RunRecordStore::remove(const Url& root, std::size_t place) const {

@@ -53,8 +53,10 @@ public:
     /// The record that stands in a place.
     [[nodiscard]] Found read(const Url& root, std::size_t place) const;
 
-    /// Stores another record in its place. False, and the former one stands, when that is not possible.
-    [[nodiscard]] bool replace(const Url& root, std::size_t place, const OrdovanUnfinishedRun& run) const;
+    /// Stores another record in its place. Returns what holds it, or null where it can not be held. On an error the
+    /// former one stands, unless only the flush of their folder failed.
+    [[nodiscard]] OrdovanResult<std::unique_ptr<RunNotes>> replace(const Url& root, std::size_t place,
+                                                                   const OrdovanUnfinishedRun& run) const;
 
     /// Removes it; none there is no error. False when it still stands.
     [[nodiscard]] bool remove(const Url& root, std::size_t place) const;

@@ -1084,6 +1084,10 @@
         <source>Preview unavailable. Check folder permissions and try again.</source>
         <translation>Keine Vorschau möglich. Prüfen Sie die Zugriffsrechte des Ordners und versuchen Sie es noch einmal.</translation>
     </message>
+    <message>
+        <source>It could not be recorded yet and will be looked at again.</source>
+        <translation>Er konnte noch nicht aufgezeichnet werden und wird erneut angesehen.</translation>
+    </message>
 </context>
 <context>
     <name>FilterField</name>

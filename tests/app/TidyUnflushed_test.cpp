@@ -1,9 +1,9 @@
 // Runs whose volume could not put on the disk what they moved: it met an error and turned read-only, or was pulled out.
 // Once it is mounted anew the files may be back where they were, and whatever they are, something has to tell of them.
 
-#include "tests/support/InterruptedWorld.h"
 #include "tests/support/QtTestMain.h"
 #include "tests/support/TrashSentences.h"
+#include "tests/support/UnflushedWorld.h"
 
 #include <gmock/gmock.h>
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 using ordovan::test::trashRecordNotUpdated;
+using World = ordovan::test::UnflushedWorld;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
@@ -25,71 +26,6 @@ namespace {
 constexpr const char* notUpdated =
     "The undo record could not be updated. Files that were restored may be listed again; restoring them again is "
     "refused safely.";
-
-class World : public ordovan::test::KillableWorld {
-public:
-    /// `mount`: an empty folder at which another volume is mounted.
-    explicit World(std::string_view mount = {}) {
-        if (memory.item(mount)) memory.removeTree(mount);
-        if (!mount.empty()) {
-            memory.addVolume(mount);
-            memory.write(std::string(mount) + "/.kept", "");  // where something is mounted no folder goes
-        }
-        syncMoves = [this](std::span<const Url>, std::span<const Url>) {
-            isPulledOut = !pulledAtFlush.empty();
-            return isFlushed;
-        };
-        facts = [this](const Url& url) { return factsNow(url); };
-        start();
-    }
-    /// The volume is mounted anew, and the program started.
-    void startAgain() {
-        isFlushed = true;
-        plugIn();
-        start();
-    }
-    void pullOut(std::string_view volume) {
-        pulledAtFlush = volume;
-        isPulledOut = true;
-    }
-    void plugIn() {
-        pulledAtFlush = {};
-        isPulledOut = false;
-    }
-    void moveBack(const std::string& from, const std::string& to) {
-        memory.makeDirectory(Url::file(to).deletingLastPathComponent().path());
-        ASSERT_TRUE(memory.move(Url::file(from), Url::file(to)));
-    }
-    void undoUpToMove(std::size_t number) {
-        std::size_t moves = 0;
-        fs.setBeforeCall([&](const ordovan::testing::FaultyFileSystem::Call& call) {
-            if (call.operation == ordovan::testing::Operation::move && ++moves == number) throw ordovan::test::Killed();
-        });
-        EXPECT_THROW(undo(), ordovan::test::Killed);
-        fs.setBeforeCall({});
-    }
-
-    bool isFlushed = true;
-    /// The place of a volume that is pulled out right before the next flush, which then has nothing to do. What is left
-    /// there is the empty folder at which it was mounted, or nothing.
-    std::string_view pulledAtFlush;
-    bool leavesFolder = true;
-    bool isReadable = true;
-
-private:
-    [[nodiscard]] OrdovanResult<ordovan::FileFacts> factsNow(const Url& url) const {
-        const bool isInside = isPulledOut && url.path().starts_with(pulledAtFlush);
-        if (!isInside) return ordovan::test::factsIn(memory, url);
-        if (!isReadable) return std::unexpected(OrdovanSystemError::posix(EIO));
-        const bool isTheFolder = url.path() == pulledAtFlush;
-        if (!isTheFolder || !leavesFolder) return std::unexpected(OrdovanSystemError::posix(ENOENT));
-        auto above = ordovan::test::factsIn(memory, url.deletingLastPathComponent());
-        if (above) above->identity += "1";
-        return above;
-    }
-
-    bool isPulledOut = false;
-};
 
 TEST(TidyUnflushed, AnUndoIsTakenBackWithItsFilesWhenTheVolumeIsMountedAnew) {
     World world;

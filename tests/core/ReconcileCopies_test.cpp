@@ -95,6 +95,7 @@ TEST_F(ReconcileCopies, AFileThatWasCarriedOverGetsItsEntry) {
     EXPECT_THAT(counts(found), ElementsAre(1, 0, 0, 0));
     EXPECT_THAT(sentences(found), ElementsAre("Copied, verified and moved."));
     EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+    EXPECT_TRUE(found.unseen.empty());
 }
 
 TEST_F(ReconcileCopies, AVerifiedCopyWithoutItsOriginalIsPutInPlace) {
@@ -131,6 +132,7 @@ TEST_F(ReconcileCopies, ACopyThatIsOutOfSightWithItsOriginalKeepsAnEntry) {
     const auto found = reconcile();
     EXPECT_THAT(sentences(found), ElementsAre(lost));
     EXPECT_THAT(found.journal.entries, ElementsAre(entry(false, "one", run.intent.items[0].identity)));
+    EXPECT_TRUE(found.unseen.contains("/r/ordovan+/a"));
 }
 
 }  // namespace

@@ -388,6 +388,15 @@ TEST(InterruptedRun, IsSummedUpInOneSentence) {
     EXPECT_EQ(summary(0, 0, 0, 0), "An earlier run was interrupted.");
 }
 
+TEST(InterruptedRun, SaysThatItCouldNotBeRecordedYet) {
+    OrdovanInterruptedRun run;
+    run.finished = 2;
+    run.isRecorded = false;
+    EXPECT_EQ(run.summary(),
+              "An earlier run was interrupted. 2 files were finished. It could not be recorded yet and will be looked "
+              "at again.");
+}
+
 TEST(InterruptedRun, SaysThatItsRecordCouldNotBeRead) {
     OrdovanInterruptedRun run;
     run.isUnreadable = true;

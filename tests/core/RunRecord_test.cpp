@@ -42,6 +42,7 @@ OrdovanRunIntent intent() {
         .rootIdentity = "40:2",
         .outputRoots = {Url::file("/r/ordovan+")},
         .volumes = {Url::file("/r/usb")},
+        .unflushable = {},
         .items = {item("/r/a.pdf", "/r/ordovan+/Documents/a.pdf"), item("/r/b.pdf", "/r/ordovan+/Documents/b.pdf")}};
 }
 
@@ -98,9 +99,9 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
     OrdovanRunNote other = notes().front();
     other.identity = "40:99";
     EXPECT_EQ(encoded(one, {notes().front(), other}),
-              "{\"flushes\":true,\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
+              "{\"id\":\"01234567-89AB-4CDE-8F01-23456789ABCD\",\"items\":1,\"kind\":\"organize\","
               "\"outputRoots\":[\"/r/ordovan+\"],\"root\":\"/r\",\"rootIdentity\":\"40:2\","
-              "\"startedAtEpoch\":1700000000.5,\"version\":1,\"volumes\":[\"/r/usb\"]}\n"
+              "\"startedAtEpoch\":1700000000.5,\"unflushable\":[],\"version\":1,\"volumes\":[\"/r/usb\"]}\n"
               "{\"bytes\":5,\"from\":\"a.pdf\",\"hash\":\"\",\"identity\":\"40:12\",\"modified\":1600000000000000001,"
               "\"names\":1,\"to\":\"ordovan+/Documents/a.pdf\"}\n"
               "{\"end\":1}\n"
@@ -115,7 +116,7 @@ TEST(RunRecord, IsAnObjectALineWithSortedKeysAndPathsBelowTheFolder) {
 
 TEST(RunRecord, CanBeOfSomeOfItsItemsAndWhatWasNotedOfThem) {
     OrdovanUnfinishedRun run{.intent = intent(), .notes = notes()};
-    run.intent.isFlushable = false;
+    run.intent.unflushable = {Url::file("/r/usb")};
     ASSERT_GE(run.intent.items.size(), 2U);
     const OrdovanUnfinishedRun second = run.only(std::vector<std::size_t>{1});
     ASSERT_EQ(second.intent.items.size(), 1U);
