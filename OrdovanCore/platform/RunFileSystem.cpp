@@ -26,7 +26,7 @@ const char* nameIn(const SystemPath& path) {
 /// Gives what was moved its old name back, which was free a moment ago. Should it be taken now, the item stays whole
 /// under its new name, and that is told.
 void takeBack(FolderEntry fresh, FolderEntry old, bool& leavesSomething) {
-    if (moveExclusively(fresh, old, {.hidesOldName = false, .leavesSomething = &leavesSomething}) == 0) return;
+    if (moveExclusively(fresh, old, {.hidesOldName = false}) == 0) return;
     struct ::stat there;
     if (fresh.examine(there) || errno != ENOENT) leavesSomething = true;
 }

@@ -78,8 +78,9 @@ unsigned freeNumber(const TrashItem& item, const TrashFolder& trash) {
     return free;
 }
 
-/// Puts an item into a Trash and returns the name it got there; on failure the item is where it was. The info file is
-/// sent on its way to the disk by the flusher, or before the item moves where there is none.
+/// Puts an item into a Trash and returns the name it got there; on failure the item is where it was, and what may be in
+/// the Trash though it was to be taken out again keeps its info file. That is sent on its way to the disk by the
+/// flusher, or before the item moves where there is none.
 std::expected<std::string, OrdovanSystemError> place(const TrashItem& item, const TrashFolder& trash,
                                                      const TrashTerms& terms, InfoFlusher* flusher) {
     const std::string text = trashInfoText(trash.storedPath(item), std::time(nullptr));

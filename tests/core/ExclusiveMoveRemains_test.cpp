@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <filesystem>
 #include <functional>
@@ -116,6 +118,28 @@ TEST_F(ExclusiveMoveRemains, AreToldWhenTheSecondNameCanNotBeRemoved) {
     EXPECT_EQ(t.count(), 2U);
 }
 
+TEST_F(ExclusiveMoveRemains, AreToldWhenTheSecondNameCanNotBeSeenNorRemoved) {
+    linkReply = EIO;
+    afterLooks(1, [&] { examination = {t.path("b"), EIO}; });
+    removal = {t.path("b"), EIO};
+    EXPECT_EQ(moved(byLink), EIO);
+    EXPECT_TRUE(told);
+    EXPECT_EQ(t.count(), 2U);
+}
+
+TEST_F(ExclusiveMoveRemains, AreToldWhenTheSecondNameStaysThoughTheHiddenOneIsGone) {
+    hidden.removal = EBUSY;
+    removal = {t.path("b"), EIO};
+    atRename = [] {
+        linkReply = EIO;  // when it gets its name back, which is seen then
+        afterLooks(1, [] { hidden.removal = 0; });
+    };
+    EXPECT_EQ(moved(byLink), EBUSY);
+    EXPECT_TRUE(told);
+    EXPECT_TRUE(t.has("a") && t.has("b"));
+    EXPECT_EQ(t.count(), 2U);
+}
+
 TEST_F(ExclusiveMoveRemains, AreToldWhenTheFirstNameCanNotBeSeen) {
     afterLooks(2, [&] { examination = {t.path("a"), EIO}; });
     EXPECT_EQ(moved(byLinkPlainly), EIO);
@@ -210,6 +234,14 @@ TEST_F(ExclusiveMoveRemains, AreNotToldWhenAnotherFileHasTheName) {
     }
 }
 
+TEST_F(ExclusiveMoveRemains, AreNotToldWhenTheNameIsTakenByWhatLooksLikeTheItem) {
+    numbersByName = true;
+    t.write("b", "another");
+    std::filesystem::last_write_time(t.path("b"), std::filesystem::last_write_time(t.path("a")));
+    EXPECT_EQ(moved(byLink), EEXIST);
+    EXPECT_FALSE(told);
+}
+
 TEST_F(ExclusiveMoveRemains, AreNotToldWhenTheNameIsAnotherOfTheItem) {
     std::filesystem::create_hard_link(t.path("a"), t.path("b"));
     for (const int refusal : {EIO, EEXIST}) {
@@ -252,6 +284,32 @@ TEST_F(ExclusiveMoveRemains, AreToldWhenThePlaceholderCanNotBeSeenInAnyWay) {
     EXPECT_EQ(moved(byPlaceholder), EIO);
     EXPECT_TRUE(told);
     EXPECT_TRUE(t.has("b"));
+}
+
+TEST_F(ExclusiveMoveRemains, AreNotToldWhenSomebodyElseRemovedThePlaceholder) {
+    openFileRefusal = EIO;
+    afterLooks(1, [&] { std::filesystem::remove(t.path("b")); });
+    EXPECT_EQ(moved(byPlaceholder), EIO);
+    EXPECT_FALSE(told);
+    openFileRefusal = 0;
+    removal = {t.path("b"), ENOENT};  // as if that were done between the look and the removal
+    atRename = [&] { std::filesystem::rename(t.path("a"), t.path("c")); };
+    EXPECT_EQ(moved(byPlaceholder), ENOENT);
+    EXPECT_FALSE(told);
+}
+
+TEST_F(ExclusiveMoveRemains, AreNotToldWhenAnotherItemTookThePlaceOfAPlaceholderThatWasNotLookedInto) {
+    openFileRefusal = EIO;
+    t.write("theirs", "");
+    std::filesystem::create_hard_link(t.path("theirs"), t.path("also theirs"));
+    ASSERT_EQ(::mkfifo(t.path("pipe").c_str(), 0600), 0);
+    for (const char* name : {"theirs", "pipe"}) {
+        afterLooks(1, [&] { std::filesystem::rename(t.path(name), t.path("b")); });
+        EXPECT_EQ(moved(byPlaceholder), EIO);
+        EXPECT_FALSE(told);
+        EXPECT_TRUE(t.has("b"));
+        std::filesystem::remove(t.path("b"));
+    }
 }
 
 TEST_F(ExclusiveMoveRemains, AreToldWhenThePlaceholderIsSaidNotToBeMadeAndStandsThere) {

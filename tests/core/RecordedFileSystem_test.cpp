@@ -203,15 +203,22 @@ TEST_F(RecordedSteps, OnTheWayBackFromTheTrashLeaveTheRecordThatIsNeededForWhatT
     tree({"a = one"});
     intend("/r/a", "", Kind::trash);
     recorded = std::make_unique<RecordedFileSystem>(disk, intent, gathered, &steps);
-    const auto place = recorded->trash(Url::file("/r/a"));
+    const Url file = Url::file("/r/a");
+    EXPECT_TRUE(recorded->fileSize(file) && recorded->contentHash(file) && recorded->fileIdentity(file));
+    const auto place = recorded->trash(file);
     ASSERT_TRUE(place);
     EXPECT_FALSE(recorded->leavesSomething());
     disk.setBeforeCall([&](const FaultyFileSystem::Call& call) {
-        if (call.operation == Operation::move) steps.told.leavesSomething();
+        if (call.operation != Operation::move) return;
+        steps.told.begins(call.url, {});
+        steps.told.leavesSomething();
     });
-    EXPECT_TRUE(recorded->move(*place, Url::file("/r/a")));
+    EXPECT_TRUE(recorded->move(*place, file));
     EXPECT_TRUE(recorded->leavesSomething());
     EXPECT_THAT(recorded->changes(), SizeIs(1));
+    const auto noted = notes();
+    ASSERT_THAT(noted, SizeIs(1)) << "that it was trashed, and no claim";
+    EXPECT_EQ(noted[0].kind, NoteKind::done);
 }
 
 TEST_F(RecordedSteps, OfACopyThatIsPublishedLeaveItsOriginalAlone) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include <cstdlib>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 using ordovan::moveToTrash;
@@ -41,12 +43,22 @@ struct Rename {
 /// What the volume does in place of the next rename.
 std::function<int(const Rename& asked)> inPlaceOfRename;
 
+/// The errno with which "a" can not be looked at in an open folder.
+int lookRefusal = 0;
+
 }  // namespace
 
 // Takes the place of the C library's.
 extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned) noexcept {
     const Rename asked{fromFolder, from, toFolder, to};
     return inPlaceOfRename ? std::exchange(inPlaceOfRename, nullptr)(asked) : asked.done();
+}
+extern "C" int fstatat(int folder, const char* path, struct stat* facts, int flags) noexcept {
+    if (lookRefusal == 0 || std::string_view(path) != "a") {
+        return static_cast<int>(::syscall(SYS_newfstatat, folder, path, facts, flags));
+    }
+    errno = lookRefusal;
+    return -1;
 }
 
 namespace {
@@ -56,6 +68,7 @@ protected:
     TrashInfo() { ::setenv("XDG_DATA_HOME", t.path("data").c_str(), 1); }
     ~TrashInfo() override {
         inPlaceOfRename = nullptr;
+        lookRefusal = 0;
         ::unsetenv("XDG_DATA_HOME");
     }
 
@@ -73,6 +86,21 @@ TEST_F(TrashInfo, StaysWithAnItemThatIsInTheTrashAndStillStandsAndIsNotSaidToBeT
               OrdovanSystemError::fileWriteUnknown);
     EXPECT_TRUE(leavesSomething);
     EXPECT_EQ(t.read("a"), "one");
+    EXPECT_EQ(t.read(item), "one");
+    EXPECT_TRUE(t.has(info));
+}
+
+TEST_F(TrashInfo, StaysWhereNobodyCanSeeWhetherTheItemWasTakenBack) {
+    const Url file = t.write("a", "one");
+    inPlaceOfRename = [](const Rename& asked) {
+        inPlaceOfRename = [](const Rename& back) {
+            lookRefusal = EIO;
+            return back.done();
+        };
+        return ::linkat(asked.fromFolder, asked.from, asked.toFolder, asked.to, 0);
+    };
+    EXPECT_EQ(error(moveToTrash(file)), OrdovanSystemError::fileWriteUnknown);
+    lookRefusal = 0;
     EXPECT_EQ(t.read(item), "one");
     EXPECT_TRUE(t.has(info));
 }
