@@ -256,13 +256,14 @@ bool ItemReconciler::remove(const Url& url) const {
 // Runs that move files.
 
 /// A file that had got its second name goes by a hidden one when it is looked at before it loses the old one. It gets
-/// that back, as does what another program had saved there, and is then settled as if nothing had happened. Says what
-/// is left.
+/// that back, as does what another program had saved there, and is then settled as if nothing had happened. One that
+/// was noted as moved all the same (its volume turned read-only) only loses the hidden name. Says what is left.
 std::optional<Settled> ItemReconciler::settleHidden(const Item& item, const Url& hidden) const {
     const Sight sight = look(hidden);
     const Sight from = sight.isKnown() ? look(item.from) : Sight{};
     if (!sight.isKnown() || !from.isKnown()) return uncertain(notExamined);
     if (!sight.isThere()) return std::nullopt;
+    if (hasArrivedAs(item, sight)) return remove(hidden) ? std::nullopt : std::optional(uncertain(notRemoved));
     if (!from.isThere()) {
         if (ports_.fs.move(hidden, item.from) || look(item.from).isThere()) return std::nullopt;
         return uncertain(notExamined);
@@ -272,6 +273,13 @@ std::optional<Settled> ItemReconciler::settleHidden(const Item& item, const Url&
     if (!isSpare) return unsettled(otherLies(hidden));
     if (!remove(hidden)) return uncertain(notRemoved);
     return std::nullopt;
+}
+
+/// Whether what was noted as moved is seen at its new place, and is this.
+bool ItemReconciler::hasArrivedAs(const Item& item, const Sight& sight) const {
+    if (item.done == nullptr) return false;
+    const Sight there = look(item.done->path.empty() ? item.to : Url::file(item.done->path));
+    return there.isRegular() && there.facts.identity == sight.facts.identity;
 }
 
 /// An original whose copy was in place goes by a hidden name when it is looked at for the last time. It gets its own

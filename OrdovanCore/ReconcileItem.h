@@ -82,6 +82,7 @@ private:
     [[nodiscard]] Proof isTheFile(const Item& item, const Url& url, const Sight& sight) const;
     [[nodiscard]] static bool looksLikeTheFile(const Item& item, const Sight& sight);
     [[nodiscard]] static bool wasNeverThere(const Item& item);
+    [[nodiscard]] bool hasArrivedAs(const Item& item, const Sight& sight) const;
     [[nodiscard]] bool hasOneNameMore(const Item& item, const Sight& from) const;
     [[nodiscard]] bool remove(const Url& url) const;
     [[nodiscard]] bool removeCopy(const Item& item, const Sight& seen) const;

@@ -157,6 +157,21 @@ TEST_F(ReconcileHidden, TheFileGetsItsNameBackAndLosesTheSecond) {
     EXPECT_FALSE(memory.item(aside));
 }
 
+TEST_F(ReconcileHidden, TheHiddenNameGoesOfAFileThatWasNotedAsMoved) {
+    note(NoteKind::done, "one");
+    EXPECT_THAT(counts(reconcile()), ElementsAre(1, 0, 0, 0));
+    EXPECT_EQ(memory.read("/r/ordovan+/a"), "one");
+    EXPECT_FALSE(memory.item("/r/a"));
+    EXPECT_FALSE(memory.item(aside));
+}
+
+TEST_F(ReconcileHidden, TheHiddenNameOfAFileThatWasNotedAsMovedStaysWhereItHasLeftSince) {
+    note(NoteKind::done, "one");
+    memory.removeTree("/r/ordovan+/a");
+    static_cast<void>(OrdovanReconciler::reconcile(run, ports()));
+    EXPECT_EQ(memory.read("/r/a"), "one");
+}
+
 TEST_F(ReconcileHidden, AThirdNameGoes) {
     memory.hardLink("/r/a", aside);
     EXPECT_THAT(counts(OrdovanReconciler::reconcile(run, ports())), ElementsAre(0, 0, 1, 0));
