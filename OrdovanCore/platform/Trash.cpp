@@ -29,7 +29,7 @@ bool hasLeft(const TrashItem& item) {
 }
 
 /// Renames the item into the Trash without replacing anything. Returns 0 or the errno.
-int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name, MoveWays ways) {
+int rename(const TrashItem& item, const TrashFolder& trash, const std::string& name, const MoveWays& ways) {
     const int error = moveExclusively(item.entry(), {trash.files.get(), name.c_str()}, ways);
     if (error == 0) return 0;
     // A network volume may have done it and lost the reply.
