@@ -59,7 +59,7 @@ public:
     /// of another.
     static void letIn() {
         thread_local std::minstd_rand dice;
-        if (dice() % 8 == 0) std::this_thread::yield();
+        if (dice() % 16 == 0) std::this_thread::yield();
     }
 
     /// The same before each call of a file system.

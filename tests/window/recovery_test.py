@@ -129,7 +129,7 @@ class Keyboard(Recovering):
             window.focus()
             window.key("ctrl+o")
             window.dialog("Choose Folder")
-            window.type(str(self.folder))
+            window.enter("Directory:", str(self.folder))
             window.key("Return")
             window.wait("4 proposed · 0 need review")
             self.trash_extras(window)
@@ -232,7 +232,7 @@ class TwoPrograms(Recovering):
         window.focus()
         window.key("ctrl+o")
         window.dialog("Choose Folder")
-        window.type(str(self.folder))
+        window.enter("Directory:", str(self.folder))
         window.key("Return")
 
     def test_the_command_line_waits_for_the_window(self):
