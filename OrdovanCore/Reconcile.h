@@ -34,9 +34,10 @@ struct ReconcilePorts {
     std::function<OrdovanResult<void>(const TrashedFile& orphan)> removeTrashInfo;
     /// Removes what a Trash knows about an item that has been put back, as `forgetTrashInfo` does.
     std::function<void(const Url& item, const Url& putBackTo)> forgetTrashInfo;
-    /// Whether a journal tells of the file at this place, which has this identity: then it is not what the run has left
-    /// there. May be empty.
-    std::function<bool(const Url& place, std::string_view identity)> isRecorded = {};
+    /// Whether a journal tells that the file at an item's destination, which has this content and identity, came from
+    /// elsewhere: then it is not what the run has left there. May be empty.
+    std::function<bool(const OrdovanRunItem& item, std::string_view contentHash, std::string_view identity)>
+        isAnothers = {};
 };
 
 }  // namespace ordovan

@@ -143,9 +143,11 @@ void ItemReconciler::keepNoted(const Item& item, Settled& settled) const {
         return;
     }
     if (run_.intent.kind == Kind::organize) {
-        settled.lies = {.place = item.to, .what = noted(*item.done), .sameVolume = item.done->sameVolume};
+        settled.lies = {
+            .place = item.to, .what = noted(*item.done), .sameVolume = item.done->sameVolume, .isSeen = false};
     } else if (run_.intent.kind == Kind::trash) {
-        settled.lies = {.place = Url::file(item.done->path), .what = noted(*item.done), .sameVolume = true};
+        settled.lies = {
+            .place = Url::file(item.done->path), .what = noted(*item.done), .sameVolume = true, .isSeen = false};
     }
 }
 
@@ -405,8 +407,9 @@ ItemReconciler::Proof ItemReconciler::isWhole(const Item& item, const Sight& fro
 /// of came there by another run.
 ItemReconciler::Proof ItemReconciler::isOurCopy(const Item& item, const Sight& from, const Sight& to) const {
     if (item.copies.empty() || to.facts.modifiedNs != from.facts.modifiedNs) return Proof::refuted;
-    if (ports_.isRecorded && ports_.isRecorded(item.to, to.facts.identity)) return Proof::refuted;
     const OrdovanRunNote& copy = *item.copies.back();
+    const auto& isAnothers = ports_.isAnothers;
+    if (isAnothers && isAnothers(item.intended, copy.contentHash, to.facts.identity)) return Proof::refuted;
     const Sight partial = look(Url::file(copy.path));
     if (!partial.isKnown()) return Proof::unknown;
     if (partial.isThere() && partial.facts.identity != to.facts.identity) return Proof::refuted;

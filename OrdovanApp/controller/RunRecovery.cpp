@@ -32,11 +32,6 @@ public:
         const auto found = entries_.find(destination);
         return found == entries_.end() ? nullptr : found->second;
     }
-    /// Whether one tells of another file than this.
-    [[nodiscard]] bool tellsOtherwise(const OrdovanJournalEntry& than) const {
-        const OrdovanJournalEntry* const entry = at(than.destination());
-        return entry != nullptr && (entry->contentHash() != than.contentHash() || entry->fileID() != than.fileID());
-    }
 
 private:
     std::vector<ordovan::JournalStore::Journal> journals_;
@@ -45,9 +40,11 @@ private:
 
 ordovan::ReconcilePorts reconcilePorts(const TidyPorts& ports, OrdovanFileSystem& fs, const Journaled& journaled) {
     const RecordingPorts& recording = ports.recording;
-    const auto isRecorded = [&journaled](const Url& place, std::string_view identity) {
-        const OrdovanJournalEntry* const entry = journaled.at(place.path());
-        if (entry == nullptr) return false;
+    const auto isAnothers = [&journaled](const OrdovanRunItem& item, std::string_view contentHash,
+                                         std::string_view identity) {
+        const OrdovanJournalEntry* const entry = journaled.at(item.destination);
+        if (entry == nullptr || entry->source() == item.source.view()) return false;
+        if (entry->contentHash() != contentHash) return false;
         return !entry->sameVolume() || entry->fileID().empty() || entry->fileID() == identity;
     };
     return {.fs = fs,
@@ -55,7 +52,7 @@ ordovan::ReconcilePorts reconcilePorts(const TidyPorts& ports, OrdovanFileSystem
             .findInTrash = recording.findInTrash,
             .removeTrashInfo = recording.removeTrashInfo,
             .forgetTrashInfo = recording.forgetTrashInfo,
-            .isRecorded = isRecorded};
+            .isAnothers = isAnothers};
 }
 
 /// Whether a record is of this folder. Two folders share a record's name where their paths differ only in how accented
@@ -81,21 +78,29 @@ std::unordered_set<std::string_view> viewsOf(const std::vector<std::string>& tex
     return {texts.begin(), texts.end()};
 }
 
-/// Leaves out the entries of files that are not in sight where other entries stand: those are of later runs.
-void dropOvertaken(OrdovanReconciliation& found, const Journaled& journaled) {
+/// Leaves out the entries that would come in the place of those of later runs: of a file that is not in sight where
+/// another one stands, and of one that a stored entry tells to be another run's by its identity.
+void dropOvertaken(OrdovanReconciliation& found, const Journaled& journaled, const ordovan::FactsFunction& factsOf) {
     std::erase_if(found.journal.entries, [&](const OrdovanJournalEntry& entry) {
-        return found.unseen.contains(std::string(entry.destination())) && journaled.tellsOtherwise(entry);
+        const OrdovanJournalEntry* const known = journaled.at(entry.destination());
+        if (known == nullptr || *known == entry) return false;
+        const auto there = factsOf(Url::file(entry.destination()));
+        if (!there) return false;
+        const bool isKnownFile = known->sameVolume() && !known->fileID().empty() &&
+                                 known->fileID() == there->identity && known->source() != entry.source();
+        return isKnownFile || found.unseen.contains(std::string(entry.destination()));
     });
 }
 
 /// The same for what was trashed.
-void dropOvertaken(OrdovanReconciliation& found, const OrdovanTrashRecord& recorded) {
+void dropOvertaken(OrdovanReconciliation& found, const OrdovanTrashRecord& recorded,
+                   const ordovan::FactsFunction& factsOf) {
     std::unordered_map<std::string_view, const OrdovanTrashEntry*> entries;  // by the original place
     for (const OrdovanTrashEntry& entry : recorded.entries) entries[entry.original()] = &entry;
     std::erase_if(found.trashed.entries, [&](const OrdovanTrashEntry& entry) {
         const auto known = entries.find(entry.original());
-        return found.unseen.contains(std::string(entry.original())) && known != entries.end() &&
-               *known->second != entry;
+        return known != entries.end() && *known->second != entry &&
+               found.unseen.contains(std::string(entry.original())) && factsOf(Url::file(known->second->trashed()));
     });
 }
 
@@ -192,8 +197,10 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     const bool isFlushed = syncMoves(ports, run.intent, found);
     const bool isOnDisk = isFlushed && FolderRun::devicesOf(run.intent, ports.recording.facts) == devices;
     RunRecovery::dropPassingIdentities(ports, found.journal);
-    dropOvertaken(found, journaled);
-    if (!found.trashed.entries.empty()) dropOvertaken(found, *ports.trashRecords.load(memory.trash).record);
+    dropOvertaken(found, journaled, ports.recording.facts);
+    if (!found.trashed.entries.empty()) {
+        dropOvertaken(found, *ports.trashRecords.load(memory.trash).record, ports.recording.facts);
+    }
     // Else nothing is recorded yet: later runs may have to do with the same places before this one's end is certain.
     const bool isStored = isOnDisk && store(ports, root, run, found, memory, nowEpoch, result);
     found.run.isRecorded = isStored;

@@ -12,6 +12,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <string_view>
 
 using ordovan::test::Killed;
 using World = ordovan::test::UnflushedWorld;
@@ -34,6 +35,47 @@ void endBeforeTheCopy(World& world) {
     world.fs.setBeforeCall({});
 }
 
+/// The program ends right behind the move by which a run puts its copy in place.
+void endBehindTheCopy(World& world) {
+    world.fs.setAfterCall([](const Call& call) {
+        if (call.operation == Operation::move && call.second.path() == "/r/ordovan+/Archives/w.zip") throw Killed();
+    });
+    EXPECT_THROW(world.organize(), Killed);
+    world.fs.setAfterCall({});
+    ASSERT_TRUE(world.memory.item("/r/ordovan+/Archives/w.zip"));
+}
+
+/// A world in which duplicates of the folder and of one inside it were moved to the Trash.
+class TrashWorld : public World {
+public:
+    explicit TrashWorld(std::string_view brokenMeanwhile = {}) {
+        tree({"sub/b.txt = 33", "sub/c.txt = 33"});
+        start();
+        search();
+        broken = brokenMeanwhile;
+        trash();
+    }
+    /// That of the file that lay in the folder itself.
+    [[nodiscard]] OrdovanTrashEntry entry() {
+        const auto record = storedTrash();
+        const auto found = std::ranges::find_if(
+            record->entries, [](const OrdovanTrashEntry& each) { return !each.original().starts_with("/r/sub/"); });
+        EXPECT_NE(found, record->entries.end());
+        return *found;
+    }
+    /// Another file of the same place goes there too, by a run that has nothing to do with the inner folder.
+    void trashAnother(const OrdovanTrashEntry& first) {
+        if (memory.item(first.original())) memory.removeTree(first.original());
+        tree({std::string(first.original().substr(3)) + " = another", "other.txt = another"});
+        memory.setModified("/r/other.txt", 1);
+        start();
+        search();
+        trash();
+        EXPECT_EQ(entry().original(), first.original());
+        EXPECT_NE(entry(), first);
+    }
+};
+
 TEST(TidyOvertaken, AnUndoThatWaitsLeavesTheEntryOfAFileThatCameToTheSamePlace) {
     World world("/r/sub");
     world.tree({"sub/w.zip = 4"});
@@ -44,7 +86,9 @@ TEST(TidyOvertaken, AnUndoThatWaitsLeavesTheEntryOfAFileThatCameToTheSamePlace) 
     world.pullOut("/r/sub");
     world.tree({"w.zip = 999"});
     world.start();
-    EXPECT_TRUE(world.hasRunRecord());
+    ASSERT_TRUE(world.hasRunRecord());
+    EXPECT_THAT(*world.runRecord(), HasSubstr("w.zip"));
+    EXPECT_THAT(*world.runRecord(), Not(HasSubstr("x.pdf"))) << "that is settled";
     world.organize();
     ASSERT_EQ(world.memory.read("/r/ordovan+/Archives/w.zip"), "999");
     world.startAgain();
@@ -95,24 +139,18 @@ TEST(TidyOvertaken, ARecordThatCouldNotBeCutDownLeavesTheEntriesOfLaterRuns) {
 }
 
 TEST(TidyOvertaken, ARestoreThatCouldNotBeFlushedLeavesTheEntryOfAFileThatCameToTheSamePlace) {
-    World world;
-    world.search();
-    world.trash();
-    ASSERT_THAT(world.storedTrash()->entries, SizeIs(1));
-    const std::string original(world.storedTrash()->entries[0].original());
-    const std::string trashed(world.storedTrash()->entries[0].trashed());
-    world.isFlushed = false;
+    TrashWorld world;
+    const OrdovanTrashEntry first = world.entry();
+    world.broken = "/r/sub";
     world.restore();
     EXPECT_TRUE(world.hasRunRecord());
-    world.start();
-    world.search();
-    world.trash();
-    ASSERT_TRUE(world.memory.item(trashed));
+    world.trashAnother(first);
+    ASSERT_EQ(world.entry().trashed(), first.trashed());
+    world.broken = {};
     world.startAgain();
     EXPECT_FALSE(world.hasRunRecord());
-    ASSERT_THAT(world.storedTrash()->entries, SizeIs(1));
-    EXPECT_EQ(world.storedTrash()->entries[0].original(), original);
-    EXPECT_EQ(world.storedTrash()->entries[0].trashed(), trashed);
+    world.restore();
+    EXPECT_EQ(world.memory.read(first.original()), "another");
 }
 
 TEST(TidyOvertaken, AnOrganizeRunThatWaitsPutsNoEntryInThePlaceOfALaterOne) {
@@ -139,27 +177,17 @@ TEST(TidyOvertaken, AnOrganizeRunThatWaitsPutsNoEntryInThePlaceOfALaterOne) {
 }
 
 TEST(TidyOvertaken, ATrashRunThatWaitsPutsNoEntryInThePlaceOfALaterOne) {
-    World world;
-    world.search();
-    world.isFlushed = false;
-    world.trash();
-    ASSERT_THAT(world.storedTrash()->entries, SizeIs(1));
-    const std::string original(world.storedTrash()->entries[0].original());
-    const std::string trashed(world.storedTrash()->entries[0].trashed());
+    TrashWorld world("/r/sub");
+    const OrdovanTrashEntry first = world.entry();
     EXPECT_TRUE(world.hasRunRecord());
     // The Trash is emptied, and another file goes there from the same place.
-    world.memory.removeTree(trashed);
-    world.tree({original.substr(3) + " = 77", "other.txt = 77"});
-    world.memory.setModified("/r/other.txt", 1);
-    world.start();
-    world.search();
-    world.trash();
-    ASSERT_THAT(world.storedTrash()->entries, SizeIs(1));
-    ASSERT_EQ(world.storedTrash()->entries[0].original(), original);
+    world.memory.removeTree(first.trashed());
+    world.trashAnother(first);
+    world.broken = {};
     world.startAgain();
     EXPECT_FALSE(world.hasRunRecord());
     world.restore();
-    EXPECT_EQ(world.memory.read(original), "77");
+    EXPECT_EQ(world.memory.read(first.original()), "another");
 }
 
 TEST(TidyOvertaken, AFileThatALaterRunHasRecordedIsNotTakenForTheCopyOfOneThatWaits) {
@@ -191,15 +219,100 @@ TEST(TidyOvertaken, ACopyIsTakenAwayThoughTheJournalTellsOfAnotherFileThatLayThe
     world.memory.removeTree("/r/ordovan+/Archives/w.zip");
     world.tree({"sub/w.zip = 4"});
     world.start();
-    world.fs.setAfterCall([](const Call& call) {
-        if (call.operation == Operation::move && call.second.path() == "/r/ordovan+/Archives/w.zip") throw Killed();
-    });
-    EXPECT_THROW(world.organize(), Killed);
-    world.fs.setAfterCall({});
-    ASSERT_TRUE(world.memory.item("/r/ordovan+/Archives/w.zip"));
+    endBehindTheCopy(world);
     world.start();
     EXPECT_FALSE(world.memory.item("/r/ordovan+/Archives/w.zip"));
     EXPECT_TRUE(world.memory.item("/r/sub/w.zip"));
+}
+
+TEST(TidyOvertaken, ACopyIsTakenAwayThoughTheJournalTellsOfOneWithAnotherContent) {
+    for (const bool keepsIdentities : {true, false}) {
+        World world("/r/sub");
+        world.keepsIdentities = [&](const Url&) { return keepsIdentities; };
+        world.tree({keepsIdentities ? "sub/w.zip = 4" : "w.zip = 4"});
+        world.start();
+        world.organize();
+        world.memory.removeTree("/r/ordovan+/Archives/w.zip");
+        world.tree({"sub/w.zip = 5555"});
+        world.start();
+        endBehindTheCopy(world);
+        world.start();
+        EXPECT_FALSE(world.memory.item("/r/ordovan+/Archives/w.zip"));
+        EXPECT_EQ(world.memory.read("/r/sub/w.zip"), "5555");
+    }
+}
+
+TEST(TidyOvertaken, ACopyIsTakenAwayWhoseOriginalIsBackThoughTheRunHadItsEntry) {
+    World world("/r/sub");
+    world.tree({"sub/w.zip = 4"});
+    const auto modified = world.memory.item("/r/sub/w.zip")->modifiedNs;
+    world.start();
+    world.broken = "/r/sub";
+    world.organize();
+    EXPECT_THAT(world.stored(), Contains("sub/w.zip -> ordovan+/Archives/w.zip"));
+    EXPECT_TRUE(world.hasRunRecord());
+    // Its removal did not last.
+    world.tree({"sub/w.zip = 4"});
+    world.memory.setModified("/r/sub/w.zip", modified);
+    world.broken = {};
+    world.startAgain();
+    EXPECT_FALSE(world.memory.item("/r/ordovan+/Archives/w.zip"));
+    EXPECT_EQ(world.memory.read("/r/sub/w.zip"), "4");
+}
+
+TEST(TidyOvertaken, AnOrganizeRunThatWaitsPutsNoEntryInThePlaceOfALaterOneForAnEqualFile) {
+    World world("/r/sub");
+    world.tree({"sub/w.zip = 4"});
+    world.start();
+    world.pulledAtFlush = "/r/sub";
+    world.organize();
+    world.pullOut("/r/sub");
+    world.start();
+    world.memory.removeTree("/r/ordovan+/Archives/w.zip");
+    world.tree({"w.zip = 4"});
+    world.start();
+    world.organize();
+    world.startAgain();
+    EXPECT_FALSE(world.hasRunRecord());
+    EXPECT_THAT(world.stored(), Contains("w.zip -> ordovan+/Archives/w.zip"));
+    world.undo();
+    EXPECT_EQ(world.memory.read("/r/w.zip"), "4");
+}
+
+TEST(TidyOvertaken, ARunBehindALinkPutsNoEntryInThePlaceOfALaterOne) {
+    World world;
+    world.tree({"sub/w.zip = 4"});
+    world.start();
+    world.broken = "/r/sub";
+    world.organize();
+    EXPECT_TRUE(world.hasRunRecord());
+    world.memory.removeTree("/r/ordovan+/Archives/w.zip");
+    world.tree({"w.zip = 999"});
+    world.start();
+    world.organize();
+    world.memory.removeTree("/r/sub");
+    world.memory.makeDirectory("/elsewhere/sub");
+    world.memory.link("/r/sub", "/elsewhere/sub");
+    world.broken = {};
+    world.startAgain();
+    EXPECT_THAT(world.stored(), Contains("w.zip -> ordovan+/Archives/w.zip"));
+    world.undo();
+    EXPECT_EQ(world.memory.read("/r/w.zip"), "999");
+}
+
+TEST(TidyOvertaken, TheEntryOfAFileThatIsAwayForAMomentComesInThePlaceOfOneWhoseFileIsGone) {
+    World world;
+    world.organize();
+    world.memory.removeTree("/r/ordovan+/Documents/x.pdf");
+    world.tree({"sub/x.pdf = 55", "sub/zz.png = 8"});
+    world.start();
+    world.organizeUpToMove(2);
+    world.moveBack("/r/ordovan+/Documents/x.pdf", "/desktop/x.pdf");
+    world.start();
+    world.moveBack("/desktop/x.pdf", "/r/ordovan+/Documents/x.pdf");
+    world.start();
+    world.undo();
+    EXPECT_EQ(world.memory.read("/r/sub/x.pdf"), "55");
 }
 
 TEST(TidyOvertaken, TheEntryOfAnInterruptedRunComesInThePlaceOfOneWhoseFileIsGone) {
