@@ -18,10 +18,12 @@ namespace {
 using Kind = OrdovanRunRecord::Kind;
 using Found = ordovan::RunRecordStore::Found;
 
-/// The entries of a folder's journal, by their destinations.
+/// The entries of a folder's journal, by their destinations. Only organize runs come to have entries there; for others
+/// it is not read.
 class Journaled {
 public:
-    Journaled(const TidyPorts& ports, const Url& root, const RecordsInMemory& memory) {
+    Journaled(const TidyPorts& ports, const Url& root, Kind kind, const RecordsInMemory& memory) {
+        if (kind != Kind::organize) return;
         for (const auto& journal : {ports.journals.read(root).journal, memory.unsavedJournal}) {
             if (!journal) continue;
             for (const OrdovanJournalEntry& entry : journal->entries) entries_[entry.destination()] = &entry;
@@ -189,7 +191,7 @@ std::optional<RecoveredRun> settle(const TidyPorts& ports, const Url& root, std:
     if (isOwn && occasion == RunRecovery::Occasion::preview) return std::nullopt;
 
     const std::vector<std::string> devices = FolderRun::devicesOf(run.intent, ports.recording.facts);
-    const Journaled journaled(ports, root, memory);
+    const Journaled journaled(ports, root, run.intent.kind, memory);
     OrdovanReconciliation found = reconciled(ports, run, journaled, control);
     if (found.isStopped || found.isElsewhere) return std::nullopt;
     RecoveredRun result;

@@ -79,6 +79,16 @@ protected:
         return found;
     }
     static void turnReadOnly() { isReadOnly = true; }
+    /// What a run leaves at the new place goes when it is put in order.
+    void expectToBeTakenAway() {
+        EXPECT_EQ(organize(t), Status::failed);
+        EXPECT_THAT(files(t), ElementsAre("root/a", "root/ordovan+/a"));
+        const auto found = end();
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->run.putRight, 1U);
+        EXPECT_TRUE(found->isComplete);
+        EXPECT_THAT(files(t), ElementsAre("root/a"));
+    }
 
     TempFolder t;
     std::optional<RunFileSystem> disk;
@@ -87,13 +97,7 @@ protected:
 
 TEST_F(RecordedRemains, OfALinkAreTakenAway) {
     atRename = turnReadOnly;
-    EXPECT_EQ(organize(t), Status::failed);
-    EXPECT_THAT(files(t), ElementsAre("root/a", "root/ordovan+/a"));
-    const auto found = end();
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->run.putRight, 1U);
-    EXPECT_TRUE(found->isComplete);
-    EXPECT_THAT(files(t), ElementsAre("root/a"));
+    expectToBeTakenAway();
 }
 
 TEST_F(RecordedRemains, OfALinkOnARealVolumeAreTakenAway) {
@@ -128,12 +132,7 @@ TEST_F(RecordedRemains, UnderAHiddenNameAreTakenAway) {
 TEST_F(RecordedRemains, OfAPlaceholderAreTakenAway) {
     linkRefusal = EPERM;
     atRename = turnReadOnly;
-    EXPECT_EQ(organize(t), Status::failed);
-    EXPECT_THAT(files(t), ElementsAre("root/a", "root/ordovan+/a"));
-    const auto found = end();
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->run.putRight, 1U);
-    EXPECT_THAT(files(t), ElementsAre("root/a"));
+    expectToBeTakenAway();
     EXPECT_EQ(t.read("root/a"), "content");
 }
 
